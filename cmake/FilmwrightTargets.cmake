@@ -1,0 +1,62 @@
+# SPDX-License-Identifier: MIT
+# How every target of the project is compiled, and the two helpers that declare libraries and tests.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+option(FILMWRIGHT_WARNINGS_AS_ERRORS "Stop the build at a compiler warning" OFF)
+set(FILMWRIGHT_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
+
+add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+                    -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference)
+if(FILMWRIGHT_WARNINGS_AS_ERRORS)
+    add_compile_options(-Werror)
+endif()
+if(FILMWRIGHT_SANITIZE)
+    add_compile_options(-fsanitize=${FILMWRIGHT_SANITIZE} -fno-omit-frame-pointer
+                        -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${FILMWRIGHT_SANITIZE})
+endif()
+
+# Strict Qt for everything that uses it; targets without Qt ignore these.
+add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
+                        QT_NO_URL_CAST_FROM_STRING QT_DISABLE_DEPRECATED_BEFORE=0x060400)
+
+# filmwright_link_system_tools(NAME...)
+# Puts links to tools that the distribution brings beside our own in the resources folder.
+function(filmwright_link_system_tools)
+    file(MAKE_DIRECTORY "${FILMWRIGHT_RESOURCES_DIR}")
+    foreach(tool IN LISTS ARGN)
+        find_program(FILMWRIGHT_TOOL_${tool} ${tool})
+        if(FILMWRIGHT_TOOL_${tool})
+            file(CREATE_LINK "${FILMWRIGHT_TOOL_${tool}}" "${FILMWRIGHT_RESOURCES_DIR}/${tool}"
+                 SYMBOLIC)
+        else()
+            message(WARNING "${tool} was not found; scripts/install-dependencies installs it")
+        endif()
+    endforeach()
+endfunction()
+
+# filmwright_bundled_tool(TARGET)
+# The program is built into the resources folder and installed into the private libexec folder.
+function(filmwright_bundled_tool target)
+    set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${FILMWRIGHT_RESOURCES_DIR}")
+    install(TARGETS ${target} RUNTIME DESTINATION "${FILMWRIGHT_LIBEXECDIR}")
+endfunction()
+
+# filmwright_test(NAME SOURCES FILE... LIBRARIES LIB...)
+# One Qt Test program a unit, known to ctest under its name, with a time limit.
+function(filmwright_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 test "" "" "SOURCES;LIBRARIES")
+    add_executable(${name} ${test_SOURCES})
+    set_target_properties(${name} PROPERTIES AUTOMOC ON)
+    target_link_libraries(${name} PRIVATE ${test_LIBRARIES} Qt6::Test)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
+        "QT_QPA_PLATFORM=offscreen;FILMWRIGHT_TEST_DATA=${PROJECT_SOURCE_DIR}/tests/data;FILMWRIGHT_BUILD_RESOURCES=${FILMWRIGHT_RESOURCES_DIR}")
+endfunction()
