@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#include "runner/files.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace filmwright {
+
+QStringList folderEntries(const QString &folder)
+{
+    return QDir(folder).entryList(
+        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+}
+
+QString pathWithExtension(const QString &path, const QString &extension)
+{
+    const QString suffix = QFileInfo(path).suffix();
+    const qsizetype dotAndSuffix = suffix.isEmpty() ? 0 : suffix.size() + 1;
+    return path.chopped(dotAndSuffix) + QLatin1Char('.') + extension;
+}
+
+bool createPrivateFolder(const QString &path)
+{
+    const QFileInfo folder(path);
+    if (folder.isDir())
+        return true;
+    const QString parent = folder.absolutePath();
+    if (parent == folder.absoluteFilePath() || !createPrivateFolder(parent))
+        return false;
+    return QDir().mkdir(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner) ||
+           QFileInfo(path).isDir();
+}
+
+} // namespace filmwright

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace filmwright {
+
+/// The names of everything directly in the folder, hidden entries too, in ascending order of their
+/// names; empty when the folder can't be read.
+QStringList folderEntries(const QString &folder);
+
+/// The path with its last extension replaced: a.b.MLV gives a.b.mov. A path without an extension
+/// gets one.
+QString pathWithExtension(const QString &path, const QString &extension);
+
+/// Creates the folder and its missing parents, each readable by the user alone (mode 0700): footage
+/// must not be readable by others. True when the folder is there afterwards.
+bool createPrivateFolder(const QString &path);
+
+} // namespace filmwright

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#include "runner/notificationcenter.h"
+
+namespace filmwright {
+
+NotificationCenter &NotificationCenter::defaultCenter()
+{
+    static NotificationCenter center;
+    return center;
+}
+
+} // namespace filmwright

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#include "runner/resources.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+namespace filmwright {
+
+QStringList resourceFolders()
+{
+    QStringList folders;
+    const QString chosen = qEnvironmentVariable("FILMWRIGHT_RESOURCES");
+    if (!chosen.isEmpty())
+        folders << QDir(chosen).absolutePath();
+    const QDir programs(QCoreApplication::applicationDirPath());
+    folders << QDir::cleanPath(programs.filePath(QStringLiteral("../libexec/filmwright")))
+            << QDir::cleanPath(programs.filePath(QStringLiteral("../resources")));
+    return folders;
+}
+
+QString resourcePath(const QString &name)
+{
+    const QString bundled = QStandardPaths::findExecutable(name, resourceFolders());
+    return bundled.isEmpty() ? QStandardPaths::findExecutable(name) : bundled;
+}
+
+} // namespace filmwright

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace filmwright {
+
+/// The path of the bundled tool of that name, or a null string when it is nowhere.
+///
+/// Looked for, in this order, in the folder that the environment variable FILMWRIGHT_RESOURCES
+/// names, in ../libexec/filmwright beside the program (installed), in ../resources beside the
+/// program (built), and in the folders of PATH. Any thread, once the application object exists.
+QString resourcePath(const QString &name);
+
+/// The folders in which resourcePath() looks before PATH, for telling where a tool was missed.
+QStringList resourceFolders();
+
+} // namespace filmwright

@@ -1,0 +1,274 @@
+// SPDX-License-Identifier: MIT
+#include "runner/taskwrapper.h"
+
+#include "runner/notificationcenter.h"
+#include "runner/systemlog.h"
+
+#include <QDeadlineTimer>
+#include <QPointer>
+#include <QProcess>
+#include <QScopedValueRollback>
+
+#include <chrono>
+#include <csignal>
+#include <stdexcept>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+
+namespace filmwright {
+
+namespace {
+
+constexpr std::chrono::milliseconds graceBeforeKill = 5s;
+constexpr std::chrono::milliseconds cancelPollInterval = 100ms;
+
+int milliseconds(std::chrono::milliseconds duration)
+{
+    return static_cast<int>(duration.count());
+}
+
+void signalProcessGroup(const QProcess &child, int signal)
+{
+    const auto leader = static_cast<pid_t>(child.processId());
+    if (leader > 0)
+        ::kill(-leader, signal);
+}
+
+/// Runs in the child between fork and exec, where only async-signal-safe calls are allowed.
+void prepareChild(pid_t application)
+{
+    setpgid(0, 0);
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    // The application may have died before the death signal was asked for.
+    if (getppid() != application)
+        _exit(EXIT_FAILURE);
+}
+
+} // namespace
+
+TaskWrapper::TaskWrapper() = default;
+
+TaskWrapper::~TaskWrapper()
+{
+    releaseChild();
+}
+
+void TaskWrapper::start()
+{
+    startAndWaitUntilExit(false);
+}
+
+bool TaskWrapper::startAndWaitUntilExit(bool wait)
+{
+    if (m_running || m_launchPath.isNull())
+        return false;
+    createChild();
+    bool stillRunning = false;
+    try {
+        stillRunning = launch();
+        if (wait) {
+            if (stillRunning)
+                runUntilExit();
+            stillRunning = false;
+        }
+    } catch (const std::exception &) {
+        stillRunning = false;
+    }
+    if (!stillRunning) {
+        releaseAfterFailedStart();
+        return false;
+    }
+    m_running = true;
+    connect(m_internalTask.get(), &QProcess::readyRead, this, &TaskWrapper::completeBackgroundRead);
+    connect(m_internalTask.get(), &QProcess::finished, this, &TaskWrapper::completeBackgroundRead);
+    return true;
+}
+
+void TaskWrapper::createChild()
+{
+    releaseChild();
+    m_internalTask = std::make_unique<QProcess>();
+    m_internalTask->setProgram(m_launchPath);
+    m_internalTask->setArguments(m_arguments);
+    m_internalTask->setProcessChannelMode(QProcess::MergedChannels);
+    m_internalTask->setStandardInputFile(QProcess::nullDevice());
+    m_internalTask->setChildProcessModifier(
+        [application = getpid()] { prepareChild(application); });
+    if (!m_currentDirectoryPath.isNull())
+        m_internalTask->setWorkingDirectory(m_currentDirectoryPath);
+    if (m_environmentVariables)
+        m_internalTask->setProcessEnvironment(*m_environmentVariables);
+}
+
+bool TaskWrapper::launch()
+{
+    m_internalTask->start(QIODevice::ReadOnly);
+    return m_internalTask->waitForStarted(-1) && m_internalTask->state() == QProcess::Running;
+}
+
+void TaskWrapper::runUntilExit()
+{
+    while (m_internalTask->state() != QProcess::NotRunning &&
+           !m_internalTask->waitForFinished(milliseconds(cancelPollInterval))) {
+        if (m_cancelRequested) {
+            signalProcessGroup(*m_internalTask, SIGTERM);
+            interruptAndReap();
+        }
+    }
+    const QByteArray output = m_internalTask->readAll();
+    if (!output.isEmpty())
+        deliver(output);
+}
+
+void TaskWrapper::releaseAfterFailedStart()
+{
+    releaseChild();
+    m_running = false;
+    NotificationCenter::defaultCenter().post(TaskWrapperTerminateWithErrorNotification, this);
+}
+
+/// The pipe is read only when the last chunk has been dealt with, so that a delegate that runs a
+/// dialog keeps the order of the lines.
+void TaskWrapper::completeBackgroundRead()
+{
+    if (m_delivering || !m_running)
+        return;
+    const QPointer<QProcess> child = m_internalTask.get();
+    {
+        const QScopedValueRollback delivering(m_delivering, true);
+        const QByteArray data = child->readAll();
+        if (!data.isEmpty() || child->state() == QProcess::NotRunning)
+            onEventData(data);
+    }
+    const bool sameRun = m_running && child && child == m_internalTask.get();
+    if (sameRun && (child->bytesAvailable() > 0 || child->state() == QProcess::NotRunning))
+        QMetaObject::invokeMethod(this, &TaskWrapper::completeBackgroundRead, Qt::QueuedConnection);
+}
+
+/// No data means the end of the output.
+void TaskWrapper::onEventData(const QByteArray &data)
+{
+    if (!m_running)
+        return;
+    try {
+        if (data.isEmpty())
+            stop(false);
+        else
+            deliver(data);
+    } catch (const std::exception &) {
+        m_running = false;
+    }
+}
+
+void TaskWrapper::deliver(const QByteArray &data)
+{
+    if (auto *receiver = dynamic_cast<TaskWrapperDataReceiver *>(m_taskWrapperdelegate))
+        receiver->receivedData(data, *this);
+    if (dynamic_cast<TaskWrapperLineReceiver *>(m_taskWrapperdelegate))
+        sendDataAsLines(data);
+}
+
+void TaskWrapper::sendDataAsLines(const QByteArray &data)
+{
+    try {
+        if (!data.isValidUtf8()) {
+            if (!m_lastBeginingLine.isEmpty())
+                throw std::invalid_argument("The output is not valid UTF-8");
+            return;
+        }
+        QString text = m_lastBeginingLine + QString::fromUtf8(data);
+        text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+        text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+        QStringList lines = text.split(QLatin1Char('\n'));
+        m_lastBeginingLine = lines.takeLast();
+        // The complete line in front of a partial one is dropped on purpose: the callers' texts are
+        // laid out for it, and the bundled tools never let a chunk end inside a line.
+        if (!m_lastBeginingLine.isEmpty() && !lines.isEmpty())
+            lines.removeLast();
+        if (m_lastBeginingLine.isNull())
+            m_lastBeginingLine = QLatin1String("");
+        for (const QString &line : std::as_const(lines)) {
+            if (auto *receiver = dynamic_cast<TaskWrapperLineReceiver *>(m_taskWrapperdelegate))
+                receiver->receivedLine(line, *this);
+        }
+    } catch (const std::exception &error) {
+        systemLog(QString::fromUtf8(error.what()));
+    }
+}
+
+void TaskWrapper::stop(bool flush)
+{
+    if (!m_running)
+        return;
+    m_internalTask->disconnect(this);
+    signalProcessGroup(*m_internalTask, SIGTERM);
+    if (flush)
+        drain();
+    interruptAndReap();
+    m_terminationStatus = m_internalTask->exitCode();
+    releaseChild();
+    m_running = false;
+    NotificationCenter::defaultCenter().post(TaskWrapperTerminateNotification, this);
+    taskWrapperTerminated();
+}
+
+void TaskWrapper::drain()
+{
+    const QDeadlineTimer deadline(graceBeforeKill);
+    do {
+        const QByteArray data = m_internalTask->readAll();
+        auto *receiver = dynamic_cast<TaskWrapperDrainReceiver *>(m_taskWrapperdelegate);
+        if (receiver && !data.isEmpty())
+            receiver->receivedData(data);
+    } while (m_internalTask->bytesAvailable() > 0 ||
+             m_internalTask->waitForReadyRead(static_cast<int>(deadline.remainingTime())));
+}
+
+void TaskWrapper::interruptAndReap()
+{
+    signalProcessGroup(*m_internalTask, SIGINT);
+    if (m_internalTask->state() != QProcess::NotRunning &&
+        !m_internalTask->waitForFinished(milliseconds(graceBeforeKill))) {
+        signalProcessGroup(*m_internalTask, SIGKILL);
+        m_internalTask->waitForFinished(-1);
+    }
+}
+
+void TaskWrapper::abort()
+{
+    stop(false);
+    if (m_taskWrapperdelegate)
+        m_taskWrapperdelegate->aborted();
+}
+
+void TaskWrapper::kill()
+{
+    if (!m_running)
+        return;
+    signalProcessGroup(*m_internalTask, SIGTERM);
+    signalProcessGroup(*m_internalTask, SIGINT);
+    releaseChild();
+    m_running = false;
+}
+
+/// A QProcess kills its child when it is destroyed; one whose child still runs is therefore kept,
+/// unread, until the child has exited.
+void TaskWrapper::releaseChild()
+{
+    if (!m_internalTask)
+        return;
+    m_internalTask->disconnect(this);
+    QProcess *child = m_internalTask.release();
+    if (child->state() != QProcess::NotRunning) {
+        child->closeReadChannel(QProcess::StandardOutput);
+        connect(child, &QProcess::finished, child, &QObject::deleteLater);
+    } else if (m_delivering) {
+        child->deleteLater(); // one of its own signals is still on the stack
+    } else {
+        delete child;
+    }
+}
+
+} // namespace filmwright

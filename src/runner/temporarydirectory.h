@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace filmwright {
+
+// Where frames, sound and averaged calibration recordings are kept while a movie is made.
+// Main thread only.
+
+/// The per-user temporary folder: $TMPDIR when it is the user's own and closed to others, else the
+/// user's cache folder, because frames need a real disk and must not be readable by others.
+QString userTemporaryFolder();
+
+/// The working directory, derived anew at each call: the base joined with "FilmwrightTmp", or,
+/// while no base is set, the per-user temporary folder joined with "Filmwright". It isn't created
+/// here; who writes into it creates it.
+QString temporaryDirectory();
+
+/// The base that was chosen, or a null string.
+QString baseTemporaryDirectory();
+
+/// Chooses the base, creating it when it doesn't exist; a null string returns to the per-user
+/// folder. False, and the base stays what it was, when the path is no writable directory.
+bool setBaseTemporaryDirectory(const QString &path);
+
+} // namespace filmwright

@@ -1,0 +1,588 @@
+// SPDX-License-Identifier: MIT
+#include "runner/notificationcenter.h"
+#include "runner/taskwrapper.h"
+#include "support/logcapture.h"
+#include "support/processes.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <csignal>
+#include <functional>
+#include <stdexcept>
+
+using namespace filmwright;
+
+namespace {
+
+/// A wrapper that notes everything it says, in order.
+class Recorder : public TaskWrapper
+{
+public:
+    Recorder()
+    {
+        QObject::connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
+                         [this](const QString &name, const QObject *sender) {
+                             if (sender == this)
+                                 events << name;
+                         });
+    }
+
+    void runShell(const QString &script, bool wait = false)
+    {
+        setLaunchPath(QStringLiteral("/bin/sh"));
+        setArguments({QStringLiteral("-c"), script});
+        result = startAndWaitUntilExit(wait);
+    }
+
+    QStringList events;
+    bool result = false;
+
+protected:
+    void taskWrapperTerminated() override { events << QStringLiteral("terminated"); }
+};
+
+class AbortListener : public TaskWrapperDelegate
+{
+public:
+    explicit AbortListener(Recorder &recorder)
+        : m_recorder(recorder)
+    {
+        recorder.setTaskWrapperdelegate(this);
+    }
+    void aborted() override { m_recorder.events << QStringLiteral("aborted"); }
+
+protected:
+    Recorder &m_recorder;
+};
+
+class LineListener : public AbortListener, public TaskWrapperLineReceiver
+{
+public:
+    using AbortListener::AbortListener;
+    void receivedLine(const QString &line, TaskWrapper &) override
+    {
+        m_recorder.events << QStringLiteral("line ") + line;
+        if (onLine)
+            onLine(line);
+    }
+    std::function<void(const QString &)> onLine;
+};
+
+class FullListener : public LineListener,
+                     public TaskWrapperDataReceiver,
+                     public TaskWrapperDrainReceiver
+{
+public:
+    using LineListener::LineListener;
+    void receivedData(const QByteArray &data, TaskWrapper &) override
+    {
+        m_recorder.events << QStringLiteral("data ") + QString::fromUtf8(data);
+    }
+    void receivedData(const QByteArray &data) override { drained += data; }
+    QByteArray drained;
+};
+
+const QString terminateNotification = TaskWrapperTerminateNotification;
+const QString errorNotification = TaskWrapperTerminateWithErrorNotification;
+
+QStringList lines(std::initializer_list<const char *> texts)
+{
+    QStringList events;
+    for (const char *text : texts)
+        events << QStringLiteral("line ") + QString::fromUtf8(text);
+    return events;
+}
+
+} // namespace
+
+class TestTaskWrapper : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initialState();
+    void startWithoutLaunchPathIsRefusedSilently();
+    void missingProgramPostsTheErrorNotification();
+    void programThatIsNotExecutablePostsTheErrorNotification();
+    void secondStartWhileRunningIsRefusedSilently();
+
+    void asynchronousRunReportsInOrder();
+    void fastChildIsNotLost();
+    void childEndedBySignalLeavesTheSignalsNumber();
+    void wrapperCanBeStartedAgain();
+    void bothOutputStreamsArriveMerged();
+    void delegateWithoutLineReceiverGetsDataOnly();
+    void linesWaitWhileTheDelegateRunsADialog();
+
+    void synchronousRunDeliversOneChunkAndAnswersFalse();
+    void synchronousRunLeavesTheTerminationStatusAlone();
+    void cancelEndsASynchronousRun();
+
+    void everyKindOfLineEndEndsALine();
+    void unterminatedTailPrefixesTheNextRunsFirstLine();
+    void lineBeforeAPartialLineIsLost_data();
+    void lineBeforeAPartialLineIsLost();
+    void chunkThatEndsWithALineEndLosesNothing();
+    void blankLinesAreDelivered();
+    void invalidUtf8WithoutATailIsDropped();
+    void invalidUtf8BehindATailIsLogged();
+    void errorInTheDelegateIsLoggedAndCostsTheRestOfTheChunk();
+
+    void stopWhileIdleDoesNothing();
+    void abortWhileIdleStillTellsTheDelegate();
+    void abortEndsTheChildThenTellsTheDelegate();
+    void stopWithFlushDrainsThePipeUnsplit();
+    void stopFromInsideALineKeepsDeliveringTheChunk();
+    void childThatIgnoresBothSignalsIsKilled();
+    void signalsReachTheChildrenOfTheChild();
+    void killIsSilent();
+    void destroyedWrapperLeavesItsChildRunning();
+    void childDiesWithTheApplication();
+
+    void emptyEnvironmentIsPassedOn();
+    void withoutEnvironmentTheChildInherits();
+    void workingDirectoryIsPassedOn();
+    void standardInputIsTheNullDevice();
+};
+
+void TestTaskWrapper::initialState()
+{
+    const TaskWrapper wrapper;
+    QVERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.terminationStatus(), 0);
+    QVERIFY(wrapper.launchPath().isNull());
+    QVERIFY(wrapper.lastBeginingLine().isNull());
+    QVERIFY(!wrapper.environmentVariables().has_value());
+}
+
+void TestTaskWrapper::startWithoutLaunchPathIsRefusedSilently()
+{
+    Recorder wrapper;
+    QVERIFY(!wrapper.startAndWaitUntilExit(false));
+    QVERIFY(!wrapper.startAndWaitUntilExit(true));
+    QCOMPARE(wrapper.events, QStringList());
+}
+
+void TestTaskWrapper::missingProgramPostsTheErrorNotification()
+{
+    Recorder wrapper;
+    FullListener listener(wrapper);
+    wrapper.setLaunchPath(QStringLiteral("/nonexistent/tool"));
+    QVERIFY(!wrapper.startAndWaitUntilExit(false));
+    QVERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.events, QStringList{errorNotification});
+}
+
+void TestTaskWrapper::programThatIsNotExecutablePostsTheErrorNotification()
+{
+    Recorder wrapper;
+    wrapper.setLaunchPath(QStringLiteral("/etc/passwd"));
+    QVERIFY(!wrapper.startAndWaitUntilExit(true));
+    QCOMPARE(wrapper.events, QStringList{errorNotification});
+}
+
+void TestTaskWrapper::secondStartWhileRunningIsRefusedSilently()
+{
+    Recorder wrapper;
+    wrapper.runShell(QStringLiteral("sleep 1000"));
+    QVERIFY(wrapper.result);
+    QVERIFY(!wrapper.startAndWaitUntilExit(false));
+    QVERIFY(wrapper.isRunning());
+    QCOMPARE(wrapper.events, QStringList());
+    wrapper.stop(false);
+}
+
+void TestTaskWrapper::asynchronousRunReportsInOrder()
+{
+    Recorder wrapper;
+    FullListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("printf 'a\\nb\\n'; exit 3"));
+    QVERIFY(wrapper.result);
+    QTRY_VERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.events, (QStringList{QStringLiteral("data a\nb\n"), QStringLiteral("line a"),
+                                          QStringLiteral("line b"), terminateNotification,
+                                          QStringLiteral("terminated")}));
+    QCOMPARE(wrapper.terminationStatus(), 3);
+}
+
+void TestTaskWrapper::fastChildIsNotLost()
+{
+    for (int run = 0; run < 50; ++run) {
+        Recorder wrapper;
+        wrapper.setLaunchPath(QStringLiteral("/bin/true"));
+        QVERIFY(wrapper.startAndWaitUntilExit(false));
+        QTRY_COMPARE(wrapper.events,
+                     (QStringList{terminateNotification, QStringLiteral("terminated")}));
+    }
+}
+
+void TestTaskWrapper::childEndedBySignalLeavesTheSignalsNumber()
+{
+    Recorder wrapper;
+    wrapper.runShell(QStringLiteral("kill -KILL $$"));
+    QTRY_VERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.terminationStatus(), SIGKILL);
+}
+
+void TestTaskWrapper::wrapperCanBeStartedAgain()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    for (int run = 0; run < 2; ++run) {
+        wrapper.runShell(QStringLiteral("echo run"));
+        QVERIFY(wrapper.result);
+        QTRY_VERIFY(!wrapper.isRunning());
+    }
+    QCOMPARE(wrapper.events.count(QStringLiteral("line run")), 2);
+}
+
+void TestTaskWrapper::bothOutputStreamsArriveMerged()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("echo one; echo two >&2; echo three"), true);
+    QCOMPARE(wrapper.events.mid(0, 3), lines({"one", "two", "three"}));
+}
+
+void TestTaskWrapper::delegateWithoutLineReceiverGetsDataOnly()
+{
+    class DataListener : public AbortListener, public TaskWrapperDataReceiver
+    {
+    public:
+        using AbortListener::AbortListener;
+        void receivedData(const QByteArray &data, TaskWrapper &) override
+        {
+            m_recorder.events << QString::fromUtf8(data);
+        }
+    };
+    Recorder wrapper;
+    DataListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("printf 'a\\nb'"), true);
+    QCOMPARE(wrapper.events, (QStringList{QStringLiteral("a\nb"), errorNotification}));
+    QVERIFY(wrapper.lastBeginingLine().isNull());
+}
+
+void TestTaskWrapper::linesWaitWhileTheDelegateRunsADialog()
+{
+    QTemporaryDir folder;
+    const QString goOn = folder.filePath(QStringLiteral("go-on"));
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    listener.onLine = [&](const QString &line) {
+        if (line != QLatin1String("question"))
+            return;
+        QVERIFY(QFile(goOn).open(QIODevice::WriteOnly));
+        QTest::qWait(300);
+        wrapper.events << QStringLiteral("answered");
+    };
+    wrapper.runShell(
+        QStringLiteral(
+            "printf 'question\\nsame chunk\\n'; until test -e '%1'; do sleep 0.01; done; "
+            "echo later")
+            .arg(goOn));
+    QTRY_VERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.events,
+             (QStringList{QStringLiteral("line question"), QStringLiteral("answered"),
+                          QStringLiteral("line same chunk"), QStringLiteral("line later"),
+                          terminateNotification, QStringLiteral("terminated")}));
+}
+
+void TestTaskWrapper::synchronousRunDeliversOneChunkAndAnswersFalse()
+{
+    Recorder wrapper;
+    FullListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("echo a; sleep 0.05; echo b"), true);
+    QVERIFY(!wrapper.result);
+    QVERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.events, (QStringList{QStringLiteral("data a\nb\n"), QStringLiteral("line a"),
+                                          QStringLiteral("line b"), errorNotification}));
+}
+
+void TestTaskWrapper::synchronousRunLeavesTheTerminationStatusAlone()
+{
+    Recorder wrapper;
+    wrapper.runShell(QStringLiteral("exit 7"), true);
+    QCOMPARE(wrapper.terminationStatus(), 0);
+}
+
+void TestTaskWrapper::cancelEndsASynchronousRun()
+{
+    Recorder wrapper;
+    const std::unique_ptr<QThread> canceller(QThread::create([&wrapper] {
+        QThread::msleep(50);
+        wrapper.requestCancel();
+    }));
+    canceller->start();
+    wrapper.runShell(QStringLiteral("sleep 1000"), true);
+    QVERIFY(wrapper.isCancelRequested());
+    canceller->wait();
+    wrapper.runShell(QStringLiteral("sleep 1000"), true);
+    QCOMPARE(wrapper.events, (QStringList{errorNotification, errorNotification}));
+}
+
+void TestTaskWrapper::everyKindOfLineEndEndsALine()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("printf 'x\\r\\ny\\rz\\n'"), true);
+    QCOMPARE(wrapper.events.mid(0, 3), lines({"x", "y", "z"}));
+    QCOMPARE(wrapper.lastBeginingLine(), QString());
+    QVERIFY(!wrapper.lastBeginingLine().isNull());
+}
+
+void TestTaskWrapper::unterminatedTailPrefixesTheNextRunsFirstLine()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("printf abc"), true);
+    QCOMPARE(wrapper.lastBeginingLine(), QStringLiteral("abc"));
+    QCOMPARE(wrapper.events, QStringList{errorNotification});
+    wrapper.events.clear();
+    wrapper.runShell(QStringLiteral("printf 'def\\n'"), true);
+    QCOMPARE(wrapper.events.value(0), QStringLiteral("line abcdef"));
+}
+
+void TestTaskWrapper::lineBeforeAPartialLineIsLost_data()
+{
+    QTest::addColumn<QByteArrayList>("chunks");
+    QTest::addColumn<QStringList>("delivered");
+    QTest::newRow("two lines and a piece")
+        << QByteArrayList{"a\nb\nc", "d\n"} << lines({"a", "cd"});
+    QTest::newRow("numbers") << QByteArrayList{"1\n2\n3", "4\n"} << lines({"1", "34"});
+    QTest::newRow("one line and a piece") << QByteArrayList{"a\nb", "\n"} << lines({"b"});
+    QTest::newRow("a piece alone") << QByteArrayList{"a", "b", "c\n"} << lines({"abc"});
+}
+
+void TestTaskWrapper::lineBeforeAPartialLineIsLost()
+{
+    QFETCH(QByteArrayList, chunks);
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    for (const QByteArray &chunk : std::as_const(chunks))
+        wrapper.sendDataAsLines(chunk);
+    QTEST(wrapper.events, "delivered");
+}
+
+void TestTaskWrapper::chunkThatEndsWithALineEndLosesNothing()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.sendDataAsLines("1\n2\n3\n");
+    QCOMPARE(wrapper.events, lines({"1", "2", "3"}));
+}
+
+void TestTaskWrapper::blankLinesAreDelivered()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.sendDataAsLines("\na\n\n");
+    QCOMPARE(wrapper.events, lines({"", "a", ""}));
+}
+
+void TestTaskWrapper::invalidUtf8WithoutATailIsDropped()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    const LogCapture log;
+    wrapper.sendDataAsLines("caf\xe9\n");
+    QCOMPARE(wrapper.events, QStringList());
+    QCOMPARE(LogCapture::lines(), QStringList());
+    QVERIFY(wrapper.lastBeginingLine().isNull());
+}
+
+void TestTaskWrapper::invalidUtf8BehindATailIsLogged()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    const LogCapture log;
+    wrapper.sendDataAsLines("tail");
+    wrapper.sendDataAsLines("caf\xe9\n");
+    QCOMPARE(wrapper.events, QStringList());
+    QCOMPARE(LogCapture::lines(), QStringList{QStringLiteral("The output is not valid UTF-8")});
+    QCOMPARE(wrapper.lastBeginingLine(), QStringLiteral("tail"));
+}
+
+void TestTaskWrapper::errorInTheDelegateIsLoggedAndCostsTheRestOfTheChunk()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    listener.onLine = [](const QString &line) {
+        if (line == QLatin1String("2"))
+            throw std::out_of_range("index 1 beyond bounds");
+    };
+    const LogCapture log;
+    wrapper.sendDataAsLines("1\n2\n3\n");
+    wrapper.sendDataAsLines("4\n");
+    QCOMPARE(wrapper.events, lines({"1", "2", "4"}));
+    QCOMPARE(LogCapture::lines(), QStringList{QStringLiteral("index 1 beyond bounds")});
+}
+
+void TestTaskWrapper::stopWhileIdleDoesNothing()
+{
+    Recorder wrapper;
+    AbortListener listener(wrapper);
+    wrapper.stop(false);
+    wrapper.stop(true);
+    wrapper.kill();
+    QCOMPARE(wrapper.events, QStringList());
+}
+
+void TestTaskWrapper::abortWhileIdleStillTellsTheDelegate()
+{
+    Recorder wrapper;
+    AbortListener listener(wrapper);
+    wrapper.abort();
+    QCOMPARE(wrapper.events, QStringList{QStringLiteral("aborted")});
+}
+
+void TestTaskWrapper::abortEndsTheChildThenTellsTheDelegate()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("echo up; exec sleep 1000"));
+    QTRY_COMPARE(wrapper.events, lines({"up"}));
+    wrapper.events.clear();
+    wrapper.abort();
+    QCOMPARE(wrapper.events, (QStringList{terminateNotification, QStringLiteral("terminated"),
+                                          QStringLiteral("aborted")}));
+    QCOMPARE(wrapper.terminationStatus(), SIGTERM);
+    QVERIFY(!wrapper.isRunning());
+}
+
+void TestTaskWrapper::stopWithFlushDrainsThePipeUnsplit()
+{
+    Recorder wrapper;
+    FullListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("trap 'echo last words; exit' TERM; echo up; "
+                                    "while :; do :; done"));
+    QTRY_VERIFY(wrapper.events.contains(QStringLiteral("line up")));
+    wrapper.events.clear();
+    wrapper.stop(true);
+    QCOMPARE(listener.drained, QByteArray("last words\n"));
+    QCOMPARE(wrapper.events, (QStringList{terminateNotification, QStringLiteral("terminated")}));
+}
+
+void TestTaskWrapper::stopFromInsideALineKeepsDeliveringTheChunk()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    listener.onLine = [&](const QString &line) {
+        if (line == QLatin1String("Done"))
+            wrapper.stop(false);
+    };
+    wrapper.runShell(QStringLiteral("printf 'Done\\nafter\\n'; exec sleep 1000"));
+    QTRY_VERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.events,
+             (QStringList{QStringLiteral("line Done"), terminateNotification,
+                          QStringLiteral("terminated"), QStringLiteral("line after")}));
+}
+
+void TestTaskWrapper::childThatIgnoresBothSignalsIsKilled()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("trap '' TERM INT; echo up; while :; do sleep 1; done"));
+    QTRY_COMPARE(wrapper.events, lines({"up"}));
+    wrapper.stop(false);
+    QCOMPARE(wrapper.terminationStatus(), SIGKILL);
+}
+
+void TestTaskWrapper::signalsReachTheChildrenOfTheChild()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("sleep 1000 & echo $!; wait"));
+    QTRY_COMPARE(wrapper.events.size(), 1);
+    const qint64 grandchild = wrapper.events.first().mid(5).toLongLong();
+    QVERIFY(processRuns(grandchild));
+    wrapper.stop(false);
+    QTRY_VERIFY(!processRuns(grandchild));
+}
+
+void TestTaskWrapper::killIsSilent()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("echo $$; exec sleep 1000"));
+    QTRY_COMPARE(wrapper.events.size(), 1);
+    const qint64 child = wrapper.events.takeFirst().mid(5).toLongLong();
+    wrapper.kill();
+    QVERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.events, QStringList());
+    QCOMPARE(wrapper.terminationStatus(), 0);
+    QTRY_VERIFY(!processRuns(child));
+}
+
+void TestTaskWrapper::destroyedWrapperLeavesItsChildRunning()
+{
+    QTemporaryDir folder;
+    const QString goOn = folder.filePath(QStringLiteral("go-on"));
+    const QString survived = folder.filePath(QStringLiteral("survived"));
+    {
+        Recorder wrapper;
+        LineListener listener(wrapper);
+        wrapper.runShell(
+            QStringLiteral("echo up; until test -e '%1'; do sleep 0.01; done; : > '%2'")
+                .arg(goOn, survived));
+        QTRY_COMPARE(wrapper.events, lines({"up"}));
+    }
+    QVERIFY(QFile(goOn).open(QIODevice::WriteOnly));
+    QTRY_VERIFY(QFile::exists(survived));
+}
+
+void TestTaskWrapper::childDiesWithTheApplication()
+{
+    QProcess application;
+    application.start(QStringLiteral(DYING_APPLICATION), QStringList());
+    QVERIFY(application.waitForStarted());
+    QTRY_VERIFY(application.canReadLine());
+    const qint64 child = application.readLine().trimmed().toLongLong();
+    QVERIFY(processRuns(child));
+    application.kill();
+    QVERIFY(application.waitForFinished());
+    QTRY_VERIFY(!processRuns(child));
+}
+
+void TestTaskWrapper::emptyEnvironmentIsPassedOn()
+{
+    Recorder wrapper;
+    FullListener listener(wrapper);
+    wrapper.setEnvironmentVariables(QProcessEnvironment());
+    wrapper.setLaunchPath(QStringLiteral("/usr/bin/env"));
+    wrapper.startAndWaitUntilExit(true);
+    QCOMPARE(wrapper.events, QStringList{errorNotification});
+}
+
+void TestTaskWrapper::withoutEnvironmentTheChildInherits()
+{
+    qputenv("FILMWRIGHT_TEST_VARIABLE", "inherited");
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("echo $FILMWRIGHT_TEST_VARIABLE"), true);
+    QCOMPARE(wrapper.events.value(0), QStringLiteral("line inherited"));
+}
+
+void TestTaskWrapper::workingDirectoryIsPassedOn()
+{
+    QTemporaryDir folder;
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.setCurrentDirectoryPath(folder.path());
+    wrapper.runShell(QStringLiteral("pwd -P"), true);
+    QCOMPARE(wrapper.events.value(0),
+             QStringLiteral("line ") + QFileInfo(folder.path()).canonicalFilePath());
+}
+
+void TestTaskWrapper::standardInputIsTheNullDevice()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("readlink /proc/self/fd/0; cat"), true);
+    QCOMPARE(wrapper.events.value(0), QStringLiteral("line /dev/null"));
+}
+
+QTEST_GUILESS_MAIN(TestTaskWrapper)
+#include "tst_taskwrapper.moc"
