@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "mlvdump/mlvdumparguments.h"
+
+#include <stdexcept>
+
+namespace filmwright {
+
+QStringList metaArguments(const QString &mlvPath)
+{
+    return {QStringLiteral("-m"), QStringLiteral("-v"), mlvPath};
+}
+
+QStringList frameArguments(const QString &mlvPath, qint64 index, const QString &darkPath,
+                           const QString &flatPath, const QString &directory)
+{
+    if (mlvPath.isNull())
+        throw std::invalid_argument("No recording to extract frames from");
+    QStringList arguments{QStringLiteral("--dng"), mlvPath, QStringLiteral("--no-cs"),
+                          QStringLiteral("-f"), QStringLiteral("%1-%1").arg(index)};
+    if (!darkPath.isEmpty())
+        arguments << QStringLiteral("-s") << darkPath;
+    if (!flatPath.isEmpty())
+        arguments << QStringLiteral("-t") << flatPath;
+    arguments << QStringLiteral("-o") << directory + QStringLiteral("tmp");
+    return arguments;
+}
+
+QStringList averageArguments(const QString &recording, const QString &output)
+{
+    return {QStringLiteral("-a"), recording, QStringLiteral("-o"), output};
+}
+
+QStringList flatDarkSubstractionArguments(const QString &directory)
+{
+    return {QStringLiteral("-s"), directory + averagedFlatDarkName, QStringLiteral("-o"),
+            directory + substractedFlatName, directory + averagedFlatName};
+}
+
+QString frameName(quint64 number)
+{
+    return QStringLiteral("tmp%1.dng").arg(number, 6, 10, QLatin1Char('0'));
+}
+
+} // namespace filmwright

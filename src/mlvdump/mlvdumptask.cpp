@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+#include "mlvdump/mlvdumptask.h"
+
+#include "mlvdump/mlvdumparguments.h"
+#include "runner/files.h"
+#include "runner/resources.h"
+#include "runner/temporarydirectory.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTimer>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace filmwright {
+
+namespace {
+
+/// The file that an averaging run writes; null for every other run.
+QString averageName(MlvDumpMode mode)
+{
+    switch (mode) {
+    case MlvDumpModeDark:
+        return averagedDarkName;
+    case MlvDumpModeFlat:
+        return averagedFlatName;
+    case MlvDumpModeFlatDark:
+        return averagedFlatDarkName;
+    default:
+        return {};
+    }
+}
+
+} // namespace
+
+std::unique_ptr<MlvDumpTask> MlvDumpTask::mlvDumpTask()
+{
+    auto task = std::make_unique<MlvDumpTask>();
+    task->setLaunchPath(resourcePath(QStringLiteral("mlv_dump")));
+    task->setTaskWrapperdelegate(task.get());
+    return task;
+}
+
+MlvDumpTask::~MlvDumpTask()
+{
+    setTaskWrapperdelegate(nullptr);
+}
+
+QString MlvDumpTask::mlvPath() const
+{
+    for (const QString &path : {m_mlvPath, m_darkPath, m_flatPath}) {
+        if (!path.isNull())
+            return path;
+    }
+    return m_flatDarkPath;
+}
+
+QString MlvDumpTask::extractionDirectory() const
+{
+    const QString name = QFileInfo(m_mlvPath).fileName();
+    const QString base = temporaryDirectory();
+    return (name.isEmpty() ? base : QDir(base).filePath(name)) + QLatin1Char('/');
+}
+
+void MlvDumpTask::beginRun(MlvDumpMode mode)
+{
+    m_processMode = mode;
+    m_log.clear();
+    m_error = QString();
+}
+
+void MlvDumpTask::extractMeta()
+{
+    beginRun(MlvDumpModeMeta);
+    m_metadata = MlvMetadata();
+    setArguments(metaArguments(mlvPath()));
+    start();
+}
+
+void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)
+{
+    beginRun(MlvDumpModeDNG);
+    const QString directory = extractionDirectory();
+    if (QFileInfo::exists(directory)) {
+        const bool knowsFrames = index == 0 && m_metadata.videoFrames != 0;
+        if (!knowsFrames || allFramesExist(directory)) {
+            m_processMode = MlvDumpModeNone;
+            tellLater(&MlvDumpTaskProtocol::dngExtractionFinished);
+            return;
+        }
+        QDir(directory).removeRecursively();
+    }
+    createPrivateFolder(directory);
+    setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, directory));
+    startAndWaitUntilExit(andWaitUntilExit);
+}
+
+bool MlvDumpTask::allFramesExist(const QString &directory) const
+{
+    for (quint64 number = 0; number < m_metadata.videoFrames; ++number) {
+        if (!QFileInfo::exists(directory + frameName(number)))
+            return false;
+    }
+    return true;
+}
+
+void MlvDumpTask::prepareDark()
+{
+    average(MlvDumpModeDark, m_darkPath);
+}
+
+void MlvDumpTask::prepareFlatDark()
+{
+    average(MlvDumpModeFlatDark, m_flatDarkPath);
+}
+
+void MlvDumpTask::prepareFlat()
+{
+    average(MlvDumpModeFlat, m_flatPath);
+}
+
+void MlvDumpTask::average(MlvDumpMode mode, const QString &recording)
+{
+    beginRun(mode);
+    const QString directory = extractionDirectory();
+    createPrivateFolder(directory);
+    setArguments(averageArguments(recording, directory + averageName(mode)));
+    start();
+}
+
+void MlvDumpTask::substractFlatDark()
+{
+    // The dark is asked for, not the dark of the flat: the calibration sets the flat in any case.
+    if (m_darkPath.isEmpty() && m_flatPath.isEmpty())
+        return;
+    beginRun(MlvDumpModeFlatDarkSubstraction);
+    const QString directory = extractionDirectory();
+    createPrivateFolder(directory);
+    setArguments(flatDarkSubstractionArguments(directory));
+    start();
+}
+
+void MlvDumpTask::receivedLine(const QString &line, TaskWrapper &)
+{
+    m_log << line;
+    if (line.contains(QLatin1String("[ERROR]")))
+        handleErrorLine(line);
+    if (line.contains(QLatin1String("Done")))
+        handleEndOfWork();
+}
+
+void MlvDumpTask::handleErrorLine(const QString &line)
+{
+    m_error = line;
+    const QString output = averageName(m_processMode);
+    if (!output.isNull())
+        QFile::remove(extractionDirectory() + output);
+    if (m_delegate)
+        m_delegate->error(line, *this);
+}
+
+void MlvDumpTask::handleEndOfWork()
+{
+    switch (m_processMode) {
+    case MlvDumpModeMeta:
+        readReport(m_log, m_metadata);
+        m_processMode = MlvDumpModeNone;
+        tell(&MlvDumpTaskProtocol::metaExtractionFinished);
+        break;
+    case MlvDumpModeDNG:
+        stop(false);
+        m_processMode = MlvDumpModeNone;
+        checkForSkippedFrame();
+        tell(&MlvDumpTaskProtocol::dngExtractionFinished);
+        break;
+    case MlvDumpModeDark:
+        finishCalibration(&MlvDumpTaskProtocol::processingDarkFinished);
+        break;
+    case MlvDumpModeFlatDark:
+        finishCalibration(&MlvDumpTaskProtocol::processingFlatDarkFinished);
+        break;
+    case MlvDumpModeFlat:
+        finishCalibration(&MlvDumpTaskProtocol::processingFlatFinished);
+        break;
+    case MlvDumpModeFlatDarkSubstraction:
+        finishCalibration(&MlvDumpTaskProtocol::processingFlatDarkSubstractionFinished);
+        break;
+    case MlvDumpModeNone:
+        break;
+    }
+    m_log.clear();
+}
+
+/// The line before the last tells how many frames were averaged: "Processed 8 video frames …".
+void MlvDumpTask::finishCalibration(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &))
+{
+    const QString processed = entryAt(m_log, m_log.size() - 2);
+    const QString count = entryAt(processed.split(QLatin1Char(' ')), 1);
+    m_metadata.videoFrames = static_cast<quint64>(leadingInteger(count));
+    tell(report);
+}
+
+/// Closes gaps in the numbering of the frame files. The number counts all entries of the folder,
+/// not the frames alone: a folder with other files in it keeps being treated as it always was.
+void MlvDumpTask::checkForSkippedFrame()
+{
+    const QString directory = extractionDirectory();
+    const QStringList entries = folderEntries(directory);
+    const auto isFrame = [](const QString &name) {
+        return QFileInfo(name).suffix().compare(QLatin1String("dng"), Qt::CaseInsensitive) == 0;
+    };
+    const auto frames = std::count_if(entries.cbegin(), entries.cend(), isFrame);
+    for (qsizetype number = 0; number < frames; ++number) {
+        const QString expected = frameName(static_cast<quint64>(number));
+        if (entries.at(number) != expected)
+            QFile::rename(directory + entries.at(number), directory + expected);
+    }
+}
+
+void MlvDumpTask::aborted()
+{
+    m_log.clear();
+    m_error = QString();
+    tellLater(&MlvDumpTaskProtocol::dngExtractionAborted);
+}
+
+void MlvDumpTask::tell(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &))
+{
+    if (m_delegate)
+        (m_delegate->*report)(*this);
+}
+
+/// After the current event, so that no report arrives inside the caller's own call.
+void MlvDumpTask::tellLater(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &))
+{
+    QTimer::singleShot(0ms, this, [this, report] { tell(report); });
+}
+
+} // namespace filmwright

@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mlvdump/mlvdumpreport.h"
+#include "mlvdump/mlvdumptaskprotocol.h"
+#include "runner/taskwrapper.h"
+
+namespace filmwright {
+
+/// The kind of run that an MlvDumpTask is in.
+enum MlvDumpMode : qint32 {
+    MlvDumpModeNone = 0,
+    MlvDumpModeMeta = 1,
+    MlvDumpModeDNG = 2,
+    MlvDumpModeDark = 3,
+    MlvDumpModeFlatDark = 4,
+    MlvDumpModeFlat = 5,
+    MlvDumpModeFlatDarkSubstraction = 6,
+};
+
+/// Runs mlv_dump on one recording: the metadata report, the extraction of frames, the averaging of
+/// calibration recordings and the subtraction of one average from another. One run at a time; a
+/// task is reused for run after run. Main thread only.
+///
+/// A run's end is recognised by a printed line that contains "Done", a failure by one that contains
+/// "[ERROR]"; exit statuses are not looked at. A report that is cut short never finishes its run:
+/// the error is in the system log only.
+class MlvDumpTask : public TaskWrapper, public TaskWrapperDelegate, public TaskWrapperLineReceiver
+{
+    Q_OBJECT
+
+public:
+    /// A task that is ready to run the bundled mlv_dump and listens to itself.
+    static std::unique_ptr<MlvDumpTask> mlvDumpTask();
+
+    MlvDumpTask() = default;
+    ~MlvDumpTask() override;
+
+    MlvDumpTaskProtocol *delegate() const { return m_delegate; }
+    void setDelegate(MlvDumpTaskProtocol *delegate) { m_delegate = delegate; }
+
+    /// The recording, or the first calibration path that is set on a task without a recording.
+    QString mlvPath() const;
+    void setMlvPath(const QString &path) { m_mlvPath = path; }
+    QString darkPath() const { return m_darkPath; }
+    void setDarkPath(const QString &path) { m_darkPath = path; }
+    QString flatPath() const { return m_flatPath; }
+    void setFlatPath(const QString &path) { m_flatPath = path; }
+    QString flatDarkPath() const { return m_flatDarkPath; }
+    void setFlatDarkPath(const QString &path) { m_flatDarkPath = path; }
+
+    MlvDumpMode processMode() const { return m_processMode; }
+    /// The last error line of the current run; null without one.
+    QString error() const { return m_error; }
+
+    float fps() const { return m_metadata.fps; }
+    float aperture() const { return m_metadata.aperture; }
+    /// Frames of the recording; after a calibration run, the frames that were averaged.
+    quint64 videoFrames() const { return m_metadata.videoFrames; }
+    quint64 audioFrames() const { return m_metadata.audioFrames; }
+    quint64 iso() const { return m_metadata.iso; }
+    double shutter() const { return m_metadata.shutter; }
+    QString camera() const { return m_metadata.camera; }
+    QString cameraSerial() const { return m_metadata.cameraSerial; }
+    QString lens() const { return m_metadata.lens; }
+    QString focal() const { return m_metadata.focal; }
+    QString date() const { return m_metadata.date; }
+    QString time() const { return m_metadata.time; }
+    QString resolution() const { return m_metadata.resolution; }
+
+    /// Where the runs write, ending with a path separator: the recording's own folder in the
+    /// temporary directory, or that directory itself for a task without a recording. Derived anew
+    /// at each call.
+    QString extractionDirectory() const;
+
+    /// Reads the recording's metadata; ends with metaExtractionFinished().
+    void extractMeta();
+
+    void extractDNGAtIndex(qint64 index) { extractDNGAtIndex(index, false); }
+    /// Extracts the frames from `index` on; ends with dngExtractionFinished(). With index 0, frames
+    /// that are all there already are used as they are; with another index, whatever the directory
+    /// holds. Throws std::invalid_argument when no recording is set.
+    void extractDNGAtIndex(qint64 index, bool andWaitUntilExit);
+
+    // Averages the dark, the dark of the flat, the flat into their files in the extraction
+    // directory.
+    void prepareDark();
+    void prepareFlatDark();
+    void prepareFlat();
+    /// Subtracts the averaged dark of the flat from the averaged flat.
+    void substractFlatDark();
+
+    void receivedLine(const QString &line, TaskWrapper &taskWrapper) override;
+    void aborted() override;
+
+private:
+    void beginRun(MlvDumpMode mode);
+    void average(MlvDumpMode mode, const QString &recording);
+    bool allFramesExist(const QString &directory) const;
+    void checkForSkippedFrame();
+    void handleErrorLine(const QString &line);
+    void handleEndOfWork();
+    void finishCalibration(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &));
+    void tell(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &));
+    void tellLater(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &));
+
+    QStringList m_log;
+    MlvMetadata m_metadata;
+    MlvDumpMode m_processMode = MlvDumpModeNone;
+    MlvDumpTaskProtocol *m_delegate = nullptr;
+    QString m_mlvPath;
+    QString m_darkPath;
+    QString m_flatPath;
+    QString m_flatDarkPath;
+    QString m_error;
+};
+
+} // namespace filmwright

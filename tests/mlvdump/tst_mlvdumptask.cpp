@@ -1,0 +1,522 @@
+// SPDX-License-Identifier: MIT
+#include "mlvdump/mlvdumptask.h"
+#include "runner/temporarydirectory.h"
+#include "support/logcapture.h"
+#include "support/toolfolder.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <stdexcept>
+
+using namespace filmwright;
+
+namespace {
+
+class Listener : public MlvDumpTaskProtocol
+{
+public:
+    void metaExtractionFinished(MlvDumpTask &) override { events << QStringLiteral("meta"); }
+    void dngExtractionFinished(MlvDumpTask &) override { events << QStringLiteral("dng"); }
+    void dngExtractionAborted(MlvDumpTask &) override { events << QStringLiteral("aborted"); }
+    void processingDarkFinished(MlvDumpTask &) override { events << QStringLiteral("dark"); }
+    void processingFlatFinished(MlvDumpTask &) override { events << QStringLiteral("flat"); }
+    void processingFlatDarkFinished(MlvDumpTask &) override
+    {
+        events << QStringLiteral("flat dark");
+    }
+    void processingFlatDarkSubstractionFinished(MlvDumpTask &) override
+    {
+        events << QStringLiteral("flat dark substraction");
+    }
+    void error(const QString &error, MlvDumpTask &) override
+    {
+        events << QStringLiteral("error ") + error;
+    }
+
+    QStringList events;
+};
+
+const QString clip = QStringLiteral("/v/a.MLV");
+const QString mlvDump = QStringLiteral("mlv_dump");
+
+} // namespace
+
+class TestMlvDumpTask : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void mlvPathFallsBackToTheCalibrationPaths();
+    void extractionDirectoryIsNamedAfterTheRecording();
+    void extractionDirectoryOfACalibrationTaskIsTheTemporaryDirectory();
+
+    void metaRunReadsTheReport();
+    void metaRunForgetsEarlierValues();
+    void cutOffReportIsLoggedAndNeverFinishes();
+    void errorLineThatAlsoSaysDoneFinishesTheRun();
+    void secondDoneLineReportsNothing();
+
+    void framesWithoutCalibration();
+    void framesWithDark();
+    void framesWithFlat();
+    void framesWithDarkAndFlat();
+    void frameRunCreatesAPrivateDirectory();
+    void doneEndsTheFrameToolAtOnce();
+    void completeExtractionIsReused();
+    void extractionWithAGapIsMadeAnew();
+    void otherIndexUsesAnExistingDirectoryAsItIs();
+    void unknownFrameCountUsesAnExistingDirectoryAsItIs();
+    void synchronousFrameRunReportsBeforeItReturns();
+    void frameRunWithoutARecordingThrows();
+
+    void gapsInTheNumberingAreClosed();
+    void otherFilesTakePartInTheRenumbering();
+
+    void averagingRuns_data();
+    void averagingRuns();
+    void errorDeletesTheAverage_data();
+    void errorDeletesTheAverage();
+    void averagingErrorTextBeforeDoneIsNoCount();
+    void substractionArguments();
+    void substractionWithoutCalibrationDoesNothing();
+    void substractionErrorDeletesNothing();
+
+    void abortIsReportedLater();
+    void abortOfAnIdleTaskIsReportedToo();
+
+private:
+    void knowFrames(int count);
+    QString frame(int number) const
+    {
+        return m_task->extractionDirectory() +
+               QStringLiteral("tmp%1.dng").arg(number, 6, 10, QLatin1Char('0'));
+    }
+    void touch(const QString &path)
+    {
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(path.toUtf8());
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<ToolFolder> m_tools;
+    std::unique_ptr<MlvDumpTask> m_task;
+    Listener m_listener;
+};
+
+void TestMlvDumpTask::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(setBaseTemporaryDirectory(m_folder->path()));
+    m_tools = std::make_unique<ToolFolder>();
+    m_tools->addTool(mlvDump,
+                     QStringLiteral("echo 'Processed 8 video frames at 25.00 FPS (0.32 s)'; "
+                                    "echo Done"));
+    m_task = MlvDumpTask::mlvDumpTask();
+    m_task->setDelegate(&m_listener);
+    m_task->setMlvPath(clip);
+    m_listener.events.clear();
+}
+
+void TestMlvDumpTask::cleanup()
+{
+    m_task.reset();
+    m_tools.reset();
+    m_folder.reset();
+}
+
+/// Lets a report tell the task how many frames the recording has.
+void TestMlvDumpTask::knowFrames(int count)
+{
+    const LogCapture log;
+    m_task->extractMeta();
+    for (const QString &line :
+         {QStringLiteral("File Header (MLVI)"), QStringLiteral("Size: 0"), QStringLiteral("Ver: 0"),
+          QStringLiteral("GUID: 0"), QStringLiteral("FPS: 25.000000"),
+          QStringLiteral("File: 0 / 1"), QStringLiteral("Frames Video: %1").arg(count),
+          QStringLiteral("Frames Audio: 0"), QStringLiteral("Done")})
+        m_task->receivedLine(line, *m_task);
+    QTRY_VERIFY(!m_task->isRunning());
+    QCOMPARE(m_task->videoFrames(), static_cast<quint64>(count));
+    m_listener.events.clear();
+    QVERIFY(QFile::remove(m_tools->path() + QStringLiteral("/mlv_dump.calls")));
+}
+
+void TestMlvDumpTask::mlvPathFallsBackToTheCalibrationPaths()
+{
+    m_task->setMlvPath(QString());
+    QVERIFY(m_task->mlvPath().isNull());
+    m_task->setFlatDarkPath(QStringLiteral("/c/flatdark.MLV"));
+    QCOMPARE(m_task->mlvPath(), QStringLiteral("/c/flatdark.MLV"));
+    m_task->setFlatPath(QStringLiteral("/c/flat.MLV"));
+    QCOMPARE(m_task->mlvPath(), QStringLiteral("/c/flat.MLV"));
+    m_task->setDarkPath(QStringLiteral("/c/dark.MLV"));
+    QCOMPARE(m_task->mlvPath(), QStringLiteral("/c/dark.MLV"));
+    m_task->setMlvPath(clip);
+    QCOMPARE(m_task->mlvPath(), clip);
+}
+
+void TestMlvDumpTask::extractionDirectoryIsNamedAfterTheRecording()
+{
+    QCOMPARE(m_task->extractionDirectory(),
+             m_folder->path() + QStringLiteral("/FilmwrightTmp/a.MLV/"));
+}
+
+void TestMlvDumpTask::extractionDirectoryOfACalibrationTaskIsTheTemporaryDirectory()
+{
+    m_task->setMlvPath(QString());
+    m_task->setDarkPath(QStringLiteral("/c/dark.MLV"));
+    QCOMPARE(m_task->extractionDirectory(), m_folder->path() + QStringLiteral("/FilmwrightTmp/"));
+}
+
+void TestMlvDumpTask::metaRunReadsTheReport()
+{
+    const LogCapture log;
+    m_tools->addTool(mlvDump,
+                     QStringLiteral("printf 'File Header (MLVI)\\n1:\\n2:\\n3:\\nFPS: 24.0\\n5:\\n"
+                                    "Video: 12\\nAudio: 3\\n'; echo Done"));
+    m_task->extractMeta();
+    QCOMPARE(m_task->processMode(), MlvDumpModeMeta);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("meta")});
+    QCOMPARE(m_task->processMode(), MlvDumpModeNone);
+    QCOMPARE(m_task->videoFrames(), 12U);
+    QCOMPARE(m_tools->calls(mlvDump),
+             QList<QStringList>({{QStringLiteral("-m"), QStringLiteral("-v"), clip}}));
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::metaRunForgetsEarlierValues()
+{
+    knowFrames(12);
+    const LogCapture log;
+    m_task->extractMeta();
+    QCOMPARE(m_task->videoFrames(), 0U);
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::cutOffReportIsLoggedAndNeverFinishes()
+{
+    const LogCapture log;
+    m_tools->addTool(mlvDump, QStringLiteral("printf 'File Header (MLVI)\\n1:\\nDone\\n'"));
+    m_task->extractMeta();
+    QTRY_VERIFY(!m_task->isRunning());
+    QCOMPARE(m_listener.events, QStringList());
+    QCOMPARE(m_task->processMode(), MlvDumpModeMeta);
+    QCOMPARE(LogCapture::lines(),
+             QStringList{QStringLiteral("Index 7 is beyond the bounds of 3 entries")});
+}
+
+void TestMlvDumpTask::errorLineThatAlsoSaysDoneFinishesTheRun()
+{
+    const LogCapture log;
+    m_tools->addTool(mlvDump, QStringLiteral("echo '[ERROR] bad block, Done'"));
+    m_task->extractMeta();
+    QTRY_COMPARE(m_listener.events, (QStringList{QStringLiteral("error [ERROR] bad block, Done"),
+                                                 QStringLiteral("meta")}));
+    QCOMPARE(m_task->error(), QStringLiteral("[ERROR] bad block, Done"));
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::secondDoneLineReportsNothing()
+{
+    const LogCapture log;
+    m_tools->addTool(mlvDump, QStringLiteral("echo Done; echo Done"));
+    m_task->extractMeta();
+    QTRY_VERIFY(!m_task->isRunning());
+    QCOMPARE(m_listener.events, QStringList{QStringLiteral("meta")});
+}
+
+void TestMlvDumpTask::framesWithoutCalibration()
+{
+    m_task->extractDNGAtIndex(0);
+    QCOMPARE(m_task->processMode(), MlvDumpModeDNG);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump),
+             QList<QStringList>({{QStringLiteral("--dng"), clip, QStringLiteral("--no-cs"),
+                                  QStringLiteral("-f"), QStringLiteral("0-0"), QStringLiteral("-o"),
+                                  m_task->extractionDirectory() + QStringLiteral("tmp")}}));
+}
+
+void TestMlvDumpTask::framesWithDark()
+{
+    m_task->setDarkPath(QStringLiteral("/x/dark.MLV"));
+    m_task->setFlatPath(QLatin1String(""));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump),
+             QList<QStringList>(
+                 {{QStringLiteral("--dng"), clip, QStringLiteral("--no-cs"), QStringLiteral("-f"),
+                   QStringLiteral("0-0"), QStringLiteral("-s"), QStringLiteral("/x/dark.MLV"),
+                   QStringLiteral("-o"), m_task->extractionDirectory() + QStringLiteral("tmp")}}));
+}
+
+void TestMlvDumpTask::framesWithFlat()
+{
+    m_task->setFlatPath(QStringLiteral("/x/flat.MLV"));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump),
+             QList<QStringList>(
+                 {{QStringLiteral("--dng"), clip, QStringLiteral("--no-cs"), QStringLiteral("-f"),
+                   QStringLiteral("0-0"), QStringLiteral("-t"), QStringLiteral("/x/flat.MLV"),
+                   QStringLiteral("-o"), m_task->extractionDirectory() + QStringLiteral("tmp")}}));
+}
+
+void TestMlvDumpTask::framesWithDarkAndFlat()
+{
+    m_task->setDarkPath(QStringLiteral("/x/dark.MLV"));
+    m_task->setFlatPath(QStringLiteral("/x/flat.MLV"));
+    m_task->extractDNGAtIndex(7);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump),
+             QList<QStringList>(
+                 {{QStringLiteral("--dng"), clip, QStringLiteral("--no-cs"), QStringLiteral("-f"),
+                   QStringLiteral("7-7"), QStringLiteral("-s"), QStringLiteral("/x/dark.MLV"),
+                   QStringLiteral("-t"), QStringLiteral("/x/flat.MLV"), QStringLiteral("-o"),
+                   m_task->extractionDirectory() + QStringLiteral("tmp")}}));
+}
+
+void TestMlvDumpTask::frameRunCreatesAPrivateDirectory()
+{
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    const QFileInfo directory(m_task->extractionDirectory());
+    QVERIFY(directory.isDir());
+    QCOMPARE(directory.permissions() & QFileDevice::Permissions(0x0077),
+             QFileDevice::Permissions());
+}
+
+void TestMlvDumpTask::doneEndsTheFrameToolAtOnce()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("echo 'is this Done?'; exec sleep 1000"));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QVERIFY(!m_task->isRunning());
+    QCOMPARE(m_task->processMode(), MlvDumpModeNone);
+}
+
+void TestMlvDumpTask::completeExtractionIsReused()
+{
+    knowFrames(100);
+    for (int number = 0; number < 100; ++number)
+        touch(frame(number));
+    m_task->extractDNGAtIndex(0);
+    QCOMPARE(m_listener.events, QStringList());
+    QCOMPARE(m_task->processMode(), MlvDumpModeNone);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+}
+
+void TestMlvDumpTask::extractionWithAGapIsMadeAnew()
+{
+    knowFrames(100);
+    for (int number = 0; number < 100; ++number)
+        touch(frame(number));
+    QVERIFY(QFile::remove(frame(50)));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump).size(), 1);
+    QCOMPARE(m_tools->calls(mlvDump).first().mid(3, 2),
+             (QStringList{QStringLiteral("-f"), QStringLiteral("0-0")}));
+    QCOMPARE(QDir(m_task->extractionDirectory()).entryList(QDir::Files), QStringList());
+}
+
+void TestMlvDumpTask::otherIndexUsesAnExistingDirectoryAsItIs()
+{
+    knowFrames(100);
+    QVERIFY(QDir().mkpath(m_task->extractionDirectory()));
+    m_task->extractDNGAtIndex(3);
+    QCOMPARE(m_listener.events, QStringList());
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+}
+
+void TestMlvDumpTask::unknownFrameCountUsesAnExistingDirectoryAsItIs()
+{
+    QVERIFY(QDir().mkpath(m_task->extractionDirectory()));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+}
+
+void TestMlvDumpTask::synchronousFrameRunReportsBeforeItReturns()
+{
+    m_task->extractDNGAtIndex(0, true);
+    QCOMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+}
+
+void TestMlvDumpTask::frameRunWithoutARecordingThrows()
+{
+    m_task->setMlvPath(QString());
+    m_task->setDarkPath(QStringLiteral("/c/dark.MLV"));
+    QVERIFY_THROWS_EXCEPTION(std::invalid_argument, m_task->extractDNGAtIndex(0));
+    QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+}
+
+void TestMlvDumpTask::gapsInTheNumberingAreClosed()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("for last; do :; done; for n in 0 2 5; do "
+                                             "echo $n > \"$last\"00000$n.dng; done; echo Done"));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(QDir(m_task->extractionDirectory()).entryList(QDir::Files),
+             (QStringList{QStringLiteral("tmp000000.dng"), QStringLiteral("tmp000001.dng"),
+                          QStringLiteral("tmp000002.dng")}));
+    QFile last(frame(2));
+    QVERIFY(last.open(QIODevice::ReadOnly));
+    QCOMPARE(last.readAll(), QByteArray("5\n"));
+}
+
+void TestMlvDumpTask::otherFilesTakePartInTheRenumbering()
+{
+    // The sound file comes first in the listing; with frame 0 missing it is taken for it.
+    m_tools->addTool(mlvDump, QStringLiteral("for last; do :; done; echo sound > \"$last\".wav; "
+                                             "echo 1 > \"$last\"000001.dng; echo Done"));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QFile moved(frame(0));
+    QVERIFY(moved.open(QIODevice::ReadOnly));
+    QCOMPARE(moved.readAll(), QByteArray("sound\n"));
+}
+
+void TestMlvDumpTask::averagingRuns_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("output");
+    QTest::addColumn<int>("mode");
+    QTest::newRow("dark") << "dark"
+                          << "dark.mlv" << int(MlvDumpModeDark);
+    QTest::newRow("flat") << "flat"
+                          << "flat.mlv" << int(MlvDumpModeFlat);
+    QTest::newRow("flat dark") << "flat dark"
+                               << "flat_dark.mlv" << int(MlvDumpModeFlatDark);
+}
+
+namespace {
+
+void prepare(MlvDumpTask &task, const QString &kind)
+{
+    task.setMlvPath(QString());
+    task.setDarkPath(QStringLiteral("/c/dark.MLV"));
+    task.setFlatPath(QStringLiteral("/c/flat.MLV"));
+    task.setFlatDarkPath(QStringLiteral("/c/flat dark.MLV"));
+    if (kind == QLatin1String("dark"))
+        task.prepareDark();
+    else if (kind == QLatin1String("flat"))
+        task.prepareFlat();
+    else
+        task.prepareFlatDark();
+}
+
+} // namespace
+
+void TestMlvDumpTask::averagingRuns()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, output);
+    QFETCH(int, mode);
+    prepare(*m_task, kind);
+    QTRY_COMPARE(m_listener.events, QStringList{kind});
+    QCOMPARE(m_task->videoFrames(), 8U);
+    QCOMPARE(int(m_task->processMode()), mode);
+    QCOMPARE(m_tools->calls(mlvDump),
+             QList<QStringList>(
+                 {{QStringLiteral("-a"), QStringLiteral("/c/%1.MLV").arg(kind),
+                   QStringLiteral("-o"), temporaryDirectory() + QLatin1Char('/') + output}}));
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::errorDeletesTheAverage_data()
+{
+    averagingRuns_data();
+}
+
+void TestMlvDumpTask::errorDeletesTheAverage()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, output);
+    m_tools->addTool(mlvDump, QStringLiteral("echo x > \"$4\"; echo '[ERROR] bad'; "
+                                             "printf 'Processed 0 video frames\\nDone\\n'"));
+    prepare(*m_task, kind);
+    QTRY_COMPARE(m_listener.events, (QStringList{QStringLiteral("error [ERROR] bad"), kind}));
+    QVERIFY(!QFile::exists(temporaryDirectory() + QLatin1Char('/') + output));
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::averagingErrorTextBeforeDoneIsNoCount()
+{
+    const LogCapture log;
+    m_tools->addTool(mlvDump, QStringLiteral("echo Done"));
+    prepare(*m_task, QStringLiteral("dark"));
+    QTRY_VERIFY(!m_task->isRunning());
+    QCOMPARE(m_listener.events, QStringList());
+    QCOMPARE(LogCapture::lines(),
+             QStringList{QStringLiteral("Index -1 is beyond the bounds of 1 entries")});
+}
+
+void TestMlvDumpTask::substractionArguments()
+{
+    m_task->setMlvPath(QString());
+    m_task->setFlatPath(QStringLiteral("/c/flat.MLV"));
+    m_task->setFlatDarkPath(QStringLiteral("/c/flatdark.MLV"));
+    m_task->substractFlatDark();
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("flat dark substraction")});
+    const QString directory = temporaryDirectory() + QLatin1Char('/');
+    QCOMPARE(
+        m_tools->calls(mlvDump),
+        QList<QStringList>({{QStringLiteral("-s"), directory + QStringLiteral("flat_dark.mlv"),
+                             QStringLiteral("-o"), directory + QStringLiteral("flat-flat_dark.mlv"),
+                             directory + QStringLiteral("flat.mlv")}}));
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::substractionWithoutCalibrationDoesNothing()
+{
+    m_task->setDarkPath(QLatin1String(""));
+    m_task->setFlatPath(QLatin1String(""));
+    m_task->setFlatDarkPath(QLatin1String(""));
+    m_task->substractFlatDark();
+    QCOMPARE(m_task->processMode(), MlvDumpModeNone);
+    QVERIFY(!m_task->isRunning());
+    QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+}
+
+void TestMlvDumpTask::substractionErrorDeletesNothing()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("echo x > \"$4\"; echo '[ERROR] bad'; "
+                                             "printf 'Processed 0 video frames\\nDone\\n'"));
+    m_task->setMlvPath(QString());
+    m_task->setFlatPath(QStringLiteral("/c/flat.MLV"));
+    m_task->substractFlatDark();
+    QTRY_COMPARE(m_listener.events.size(), 2);
+    QVERIFY(QFile::exists(temporaryDirectory() + QStringLiteral("/flat-flat_dark.mlv")));
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::abortIsReportedLater()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("exec sleep 1000"));
+    m_task->extractMeta();
+    QVERIFY(m_task->isRunning());
+    m_task->abort();
+    QVERIFY(!m_task->isRunning());
+    QCOMPARE(m_listener.events, QStringList());
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("aborted")});
+    QCOMPARE(m_task->processMode(), MlvDumpModeMeta);
+}
+
+void TestMlvDumpTask::abortOfAnIdleTaskIsReportedToo()
+{
+    m_task->abort();
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("aborted")});
+}
+
+QTEST_GUILESS_MAIN(TestMlvDumpTask)
+#include "tst_mlvdumptask.moc"
