@@ -238,7 +238,10 @@ void TaskWrapper::interruptAndReap()
 
 void TaskWrapper::abort()
 {
-    stop(false);
+    {
+        const QScopedValueRollback aborting(m_aborting, true);
+        stop(false);
+    }
     if (m_taskWrapperdelegate)
         m_taskWrapperdelegate->aborted();
 }

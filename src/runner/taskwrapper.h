@@ -112,6 +112,9 @@ protected:
     /// Called at the very end of stop(), after the notification.
     virtual void taskWrapperTerminated() {}
 
+    /// True inside abort(), for a subclass that reports either an end or an abort, never both.
+    bool isAborting() const { return m_aborting; }
+
 private:
     void createChild();
     bool launch();
@@ -133,6 +136,7 @@ private:
     QString m_lastBeginingLine;
     bool m_running = false;
     bool m_delivering = false;
+    bool m_aborting = false;
     int m_terminationStatus = 0;
     std::atomic<bool> m_cancelRequested = false;
 };

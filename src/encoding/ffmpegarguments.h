@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+namespace filmwright {
+
+/// Container and codec family; any value but 0 acts as MovieFormatMOV.
+enum MovieFormat : qint32 {
+    MovieFormatAVI = 0,
+    MovieFormatMOV = 1,
+};
+
+/// Quality within the format; any value but 0 acts as MovieQualityHigh.
+enum MovieQuality : qint32 {
+    MovieQualityMaximum = 0,
+    MovieQualityHigh = 1,
+};
+
+/// What a movie is made of.
+struct MovieSources
+{
+    QString tiffsDirectory; ///< ends with a path separator; holds tmp%06d.tiff from 0 on
+    QString soundPath;      ///< empty: a movie without sound
+    float fps = 0;          ///< frames a second
+};
+
+/// The recording's path with the extension "avi" or "mov".
+QString moviePathFor(const QString &mlvPath, qint32 format);
+
+/// ffmpeg's arguments for building the movie. The frame pattern reaches ffmpeg as it stands; a
+/// directory without its trailing separator is glued to it.
+QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,
+                           const QString &moviePath);
+
+} // namespace filmwright

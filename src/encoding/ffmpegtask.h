@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "encoding/encodercapabilities.h"
+#include "encoding/ffmpegarguments.h"
+#include "runner/taskwrapper.h"
+
+namespace filmwright {
+
+class FFmpegTask;
+
+/// Who is told of the end of a movie build: exactly one of the two, on the main thread.
+class FFmpegTaskProtocol
+{
+public:
+    virtual ~FFmpegTaskProtocol() = default;
+
+    /// ffmpeg ended, whatever its status.
+    virtual void movieExtractionFinished(FFmpegTask &task) = 0;
+    /// The run was aborted and the partial movie deleted.
+    virtual void movieExtractionAborted(FFmpegTask &task) = 0;
+};
+
+/// Builds a movie beside the recording from its numbered TIFF frames and its sound, and tells what
+/// ffmpeg can encode. One run at a time. Main thread only.
+class FFmpegTask : public TaskWrapper, public TaskWrapperDelegate, public TaskWrapperLineReceiver
+{
+    Q_OBJECT
+
+public:
+    /// A task that is ready to run the bundled ffmpeg and listens to itself.
+    static std::unique_ptr<FFmpegTask> ffmpegTask();
+
+    FFmpegTask() = default;
+    ~FFmpegTask() override;
+
+    FFmpegTaskProtocol *delegate() const { return m_delegate; }
+    void setDelegate(FFmpegTaskProtocol *delegate) { m_delegate = delegate; }
+
+    /// The folder of the frames (tmp%06d.tiff) and the optional sound (tmp.wav); it must end with a
+    /// path separator.
+    QString tiffsDirectory() const { return m_tiffsDirectory; }
+    void setTiffsDirectory(const QString &directory) { m_tiffsDirectory = directory; }
+    QString mlvPath() const { return m_mlvPath; }
+    void setMlvPath(const QString &path) { m_mlvPath = path; }
+    float fps() const { return m_fps; }
+    void setFps(float fps) { m_fps = fps; }
+    qint32 format() const { return m_format; }
+    void setFormat(qint32 format) { m_format = format; }
+    qint32 quality() const { return m_quality; }
+    void setQuality(qint32 quality) { m_quality = quality; }
+
+    /// Where the movie is written: beside the recording.
+    QString moviePath() const { return moviePathFor(m_mlvPath, m_format); }
+
+    /// Replaces any file at moviePath() by the movie; returns at once. A missing sound file gives a
+    /// movie without sound.
+    void buildMovie();
+
+    void start() override;
+    bool startAndWaitUntilExit(bool wait) override;
+
+    /// Every line that ffmpeg printed since the last start.
+    QStringList logs() const { return m_logs; }
+
+    /// The frames that the running build says it has encoded; 0 until it says so.
+    quint64 encodedFrames() const;
+
+    /// Asks ffmpeg for its lists "pix_fmts", "video_encoders" and "audio_encoders"; blocks until it
+    /// has answered. A list that can't be had is empty. Not during a movie build.
+    QMap<QString, CapabilityList> readOptions();
+
+    CapabilityList validPixFmts() const { return pixFmtsIn(m_logs); }
+    CapabilityList validVideoEncoders() const { return videoEncodersIn(m_logs); }
+    CapabilityList validAudioEncoders() const { return audioEncodersIn(m_logs); }
+
+    void receivedLine(const QString &line, TaskWrapper &taskWrapper) override;
+    void aborted() override;
+
+protected:
+    void taskWrapperTerminated() override;
+
+private:
+    FFmpegTaskProtocol *m_delegate = nullptr;
+    QString m_tiffsDirectory;
+    QString m_mlvPath;
+    float m_fps = 0;
+    qint32 m_format = MovieFormatAVI;
+    qint32 m_quality = MovieQualityMaximum;
+    QStringList m_logs;
+};
+
+} // namespace filmwright
