@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "sluice/sloutlet.h"
+
+#include <deque>
+#include <memory>
+#include <mutex>
+
+/// A typed first-in-first-out queue of values, alone or as the feed of a unit's input outlet.
+///
+/// setValue(), value() and isEmpty() are safe for one producer and one consumer in different
+/// threads. The rest belongs to the main thread and doesn't change while a connected unit is
+/// executed; with an output, setValue() belongs to the main thread too.
+class SLUICE_EXPORT SLPipeline
+{
+public:
+    /// A new empty pipeline.
+    static std::unique_ptr<SLPipeline> pipeline();
+
+    SLPipeline();
+    ~SLPipeline();
+    Q_DISABLE_COPY_MOVE(SLPipeline)
+
+    /// The type of every queued value. It describes; values are not converted to it.
+    QMetaType dataType() const;
+    void setDataType(QMetaType dataType);
+
+    SLOutletMode mode() const;
+    void setMode(SLOutletMode mode);
+
+    /// The input outlet that the queue feeds; not owned. nullptr disconnects.
+    std::shared_ptr<SLOutlet> output() const;
+    void setOutput(const std::shared_ptr<SLOutlet> &output);
+
+    /// Appends a valid value; never replaces a queued one.
+    void setValue(const QVariant &value);
+
+    /// Takes the oldest value out; an invalid QVariant when the queue is empty.
+    QVariant value();
+
+    bool isEmpty() const;
+
+private:
+    QMetaType m_dataType;
+    SLOutletMode m_mode = SLOutletModeInput;
+    std::weak_ptr<SLOutlet> m_output;
+
+    mutable std::mutex m_mutex;
+    std::deque<QVariant> m_values; // guarded by m_mutex
+};
