@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+// The blocks of a recording that describe it.
+#pragma once
+
+#include "mlv_sample/settings.h"
+
+#include "mlv/blocks.h"
+
+#include <cstdint>
+#include <string>
+
+namespace sample {
+
+mlv::FileHeader fileHeader(const Settings &settings, int chunk);
+mlv::RawInfo rawInfo(const Settings &settings);
+mlv::RawCapture rawCapture(const Settings &settings);
+mlv::Identity identity();
+mlv::Clock clock();
+mlv::Lens lens(int focalLength);
+mlv::WhiteBalance whiteBalance();
+mlv::WaveInfo waveInfo();
+mlv::DualIso dualIso(const Settings &settings);
+std::string versionText();
+std::string infoText(const Settings &settings);
+
+/// `stops` brighter than the settings say.
+mlv::Exposure exposure(const Settings &settings, double stops);
+
+} // namespace sample

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+#include "mlv_sample/options.h"
+
+#include "mlv/samples.h"
+
+#include <charconv>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace sample {
+
+const std::string_view helpText =
+    R"(Usage: mlv_sample [options] OUT.MLV
+Writes a synthetic raw video recording: a chart by which movement, colour, sharpness, tones and
+sync can be judged. The same options give the same file.
+
+  --size WxH           frame size (1280x720); W a multiple of 8, H a multiple of 2
+  --frames N           number of frames (48)
+  --bits N             10, 12, 14 or 16 bits a sample (14)
+  --fps F              frames a second: 24, 23.976, 30000/1001 (24)
+  --sound, --no-sound  with or without sound (with)
+  --dark, --flat       film the lens cap, or an evenly lit wall, instead of the chart; without sound
+  --seed N             chooses the noise (1)
+  --iso N              sensitivity (100)
+  --perfect            a camera without noise, hot pixels and offsets
+
+Two exposures in one recording:
+  --dual-iso LOW/HIGH  pairs of rows alternate between two sensitivities
+  --phase N            row in which the first low pair starts, 0 to 3 (0)
+  --hdr EV             every other frame is EV stops brighter
+  --truth FILE         also write the scene without noise, at the lower sensitivity, 16 bits a sample
+
+What cameras and damaged cards make:
+  --compress KIND      lossless or lzma
+  --shape SHAPE        of a lossless frame: camera, folded or plain (camera)
+  --predictor N        of a lossless frame, 1 to 7 (1)
+  --split N            N files: OUT.MLV, OUT.M00, OUT.M01 ...
+  --shuffle            blocks out of order
+  --drop LIST          leave frames out, for example 0,3,5-7
+  --drop-sound LIST    leave pieces of sound out
+  --repeat LIST        write frames twice
+  --omit TYPES         leave metadata blocks out, for example LENS,WBAL
+  --sound-delay MS     the sound starts later than the picture, or earlier if negative
+  --sound-piece MS     length of a piece of sound (that of a frame)
+  --padding            padding and unknown blocks between the frames
+  --change             exposure and lens are noted to change halfway
+  --zero-counts        frame counts of 0 in the header
+  --cut BYTES          the last file ends so many bytes early
+
+  --help, --version
+)";
+
+namespace {
+
+template <typename Number>
+Number number(std::string_view option, std::string_view text,
+              Number least = std::numeric_limits<Number>::lowest(),
+              Number most = std::numeric_limits<Number>::max())
+{
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc{} || end != text.data() + text.size() || !(value >= least) ||
+        !(value <= most)) {
+        throw UsageError(std::string(option) + " cannot be \"" + std::string(text) + "\"");
+    }
+    return value;
+}
+
+/// The parts of `text` around the first `separator`; the second is empty without one.
+std::pair<std::string_view, std::string_view> halves(std::string_view text, char separator)
+{
+    const std::size_t at = text.find(separator);
+    if (at == std::string_view::npos) {
+        return {text, {}};
+    }
+    return {text.substr(0, at), text.substr(at + 1)};
+}
+
+std::vector<std::string_view> listItems(std::string_view text)
+{
+    std::vector<std::string_view> items;
+    while (!text.empty()) {
+        const auto [item, rest] = halves(text, ',');
+        items.push_back(item);
+        text = rest;
+    }
+    return items;
+}
+
+std::set<int> numberList(std::string_view option, std::string_view text)
+{
+    constexpr int most = 1000000;
+    std::set<int> numbers;
+    for (const std::string_view item : listItems(text)) {
+        const auto [first, last] = halves(item, '-');
+        const int from = number(option, first, 0, most);
+        const int to = last.empty() ? from : number(option, last, from, most);
+        for (int i = from; i <= to; ++i) {
+            numbers.insert(i);
+        }
+    }
+    return numbers;
+}
+
+void setRate(Settings &settings, std::string_view text)
+{
+    const auto [numerator, denominator] = halves(text, '/');
+    if (denominator.empty()) {
+        const double rate = number("--fps", text, 1.0, 1000.0);
+        settings.rateNumerator = static_cast<std::uint32_t>(std::lround(rate * 1000));
+        settings.rateDenominator = 1000;
+    } else {
+        settings.rateNumerator = number<std::uint32_t>("--fps", numerator, 1, 1000000);
+        settings.rateDenominator = number<std::uint32_t>("--fps", denominator, 1, 1000000);
+    }
+}
+
+template <typename Choice>
+Choice choice(std::string_view option, std::string_view text,
+              const std::map<std::string_view, Choice> &choices)
+{
+    const auto found = choices.find(text);
+    if (found == choices.end()) {
+        throw UsageError(std::string(option) + " cannot be \"" + std::string(text) + "\"");
+    }
+    return found->second;
+}
+
+using Flag = std::function<void(Options &)>;
+using Setter = std::function<void(Settings &, std::string_view)>;
+
+const std::map<std::string_view, Flag> &flags()
+{
+    static const std::map<std::string_view, Flag> table{
+        {"--help", [](Options &o) { o.help = true; }},
+        {"--version", [](Options &o) { o.version = true; }},
+        {"--sound", [](Options &o) { o.settings.sound = true; }},
+        {"--no-sound", [](Options &o) { o.settings.sound = false; }},
+        {"--dark", [](Options &o) { o.settings.subject = Subject::Dark; }},
+        {"--flat", [](Options &o) { o.settings.subject = Subject::Flat; }},
+        {"--perfect", [](Options &o) { o.settings.perfect = true; }},
+        {"--shuffle", [](Options &o) { o.settings.shuffle = true; }},
+        {"--padding", [](Options &o) { o.settings.cameraPadding = true; }},
+        {"--change", [](Options &o) { o.settings.changeSettings = true; }},
+        {"--zero-counts", [](Options &o) { o.settings.zeroCounts = true; }},
+    };
+    return table;
+}
+
+const std::map<std::string_view, Setter> &setters()
+{
+    static const std::map<std::string_view, Setter> table{
+        {"--size",
+         [](Settings &s, std::string_view text) {
+             const auto [width, height] = halves(text, 'x');
+             s.width = number("--size", width, 16, 16384);
+             s.height = number("--size", height, 16, 16384);
+         }},
+        {"--frames",
+         [](Settings &s, std::string_view t) { s.frames = number("--frames", t, 1, 1000000); }},
+        {"--bits", [](Settings &s, std::string_view t) { s.bits = number<int>("--bits", t); }},
+        {"--fps", setRate},
+        {"--seed",
+         [](Settings &s, std::string_view t) { s.seed = number<std::uint64_t>("--seed", t); }},
+        {"--iso", [](Settings &s, std::string_view t) { s.iso = number("--iso", t, 50, 51200); }},
+        {"--dual-iso",
+         [](Settings &s, std::string_view text) {
+             const auto [low, high] = halves(text, '/');
+             s.iso = number("--dual-iso", low, 50, 51200);
+             s.highIso = number("--dual-iso", high, 50, 51200);
+         }},
+        {"--phase",
+         [](Settings &s, std::string_view t) { s.dualIsoPhase = number("--phase", t, 0, 3); }},
+        {"--hdr",
+         [](Settings &s, std::string_view t) { s.hdrStops = number("--hdr", t, 0.0, 10.0); }},
+        {"--truth", [](Settings &s, std::string_view t) { s.truthPath = t; }},
+        {"--compress",
+         [](Settings &s, std::string_view t) {
+             s.compression = choice<Compression>(
+                 "--compress", t,
+                 {{"lossless", Compression::Lossless}, {"lzma", Compression::Lzma}});
+         }},
+        {"--shape",
+         [](Settings &s, std::string_view t) {
+             s.losslessShape = choice<LosslessShape>("--shape", t,
+                                                     {{"camera", LosslessShape::Camera},
+                                                      {"folded", LosslessShape::Folded},
+                                                      {"plain", LosslessShape::Plain}});
+         }},
+        {"--predictor",
+         [](Settings &s, std::string_view t) { s.predictor = number("--predictor", t, 1, 7); }},
+        {"--split",
+         [](Settings &s, std::string_view t) { s.chunks = number("--split", t, 1, 99); }},
+        {"--drop",
+         [](Settings &s, std::string_view t) { s.droppedFrames = numberList("--drop", t); }},
+        {"--drop-sound",
+         [](Settings &s, std::string_view t) { s.droppedSound = numberList("--drop-sound", t); }},
+        {"--repeat",
+         [](Settings &s, std::string_view t) { s.repeatedFrames = numberList("--repeat", t); }},
+        {"--omit",
+         [](Settings &s, std::string_view text) {
+             for (const std::string_view type : listItems(text)) {
+                 s.omittedBlocks.emplace(type);
+             }
+         }},
+        {"--sound-delay",
+         [](Settings &s, std::string_view t) {
+             s.soundDelayMs = number("--sound-delay", t, -2000, 1000000);
+         }},
+        {"--sound-piece",
+         [](Settings &s, std::string_view t) {
+             s.soundPieceMs = number("--sound-piece", t, 10, 10000);
+         }},
+        {"--cut",
+         [](Settings &s, std::string_view t) { s.cutBytes = number<std::uint64_t>("--cut", t); }},
+    };
+    return table;
+}
+
+void checkSettings(const Settings &settings)
+{
+    if (settings.path.empty()) {
+        throw UsageError("no output file is given");
+    }
+    if (!mlv::isSupportedDepth(settings.bits)) {
+        throw UsageError("--bits must be 10, 12, 14 or 16");
+    }
+    if (settings.width % 8 != 0 || settings.height % 2 != 0) {
+        throw UsageError("--size must be a multiple of 8 by a multiple of 2");
+    }
+    if (settings.highIso != 0 && settings.highIso <= settings.iso) {
+        throw UsageError("--dual-iso needs the lower sensitivity first");
+    }
+    const std::size_t dot = settings.path.rfind('.');
+    if (settings.chunks > 1 && (dot == std::string::npos || settings.path.size() - dot != 4)) {
+        throw UsageError("--split needs an output file that ends in .MLV");
+    }
+}
+
+} // namespace
+
+Options parseOptions(std::span<const char *const> arguments)
+{
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        if (const auto flag = flags().find(argument); flag != flags().end()) {
+            flag->second(options);
+        } else if (const auto setter = setters().find(argument); setter != setters().end()) {
+            if (++i == arguments.size()) {
+                throw UsageError(std::string(argument) + " needs a value");
+            }
+            setter->second(options.settings, arguments[i]);
+        } else if (argument.starts_with('-')) {
+            throw UsageError("unknown option: " + std::string(argument));
+        } else if (options.settings.path.empty()) {
+            options.settings.path = argument;
+        } else {
+            throw UsageError("more than one output file is given");
+        }
+    }
+    if (options.settings.subject != Subject::Chart) {
+        options.settings.sound = false;
+    }
+    if (!options.help && !options.version) {
+        checkSettings(options.settings);
+    }
+    return options;
+}
+
+} // namespace sample
