@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <span>
+
+namespace mlv {
+
+/// A regular file that is open for reading. Reads carry their own position, so that any number of
+/// threads may read at once.
+class File
+{
+public:
+    /// Throws ReadError when the path is no regular file that can be read.
+    explicit File(const std::filesystem::path &path);
+    File(File &&other) noexcept;
+    File &operator=(File &&other) noexcept;
+    ~File();
+
+    /// The size at the time of opening, bytes.
+    [[nodiscard]] std::uint64_t size() const { return m_size; }
+
+    /// Fills `bytes` from `offset` on. Throws ReadError when the file ends before or cannot be
+    /// read.
+    void read(std::uint64_t offset, std::span<std::byte> bytes) const;
+
+    /// Whether `path` leads to this very file.
+    [[nodiscard]] bool isSameAs(const std::filesystem::path &path) const;
+
+private:
+    int m_descriptor = -1;
+    std::uint64_t m_size = 0;
+};
+
+} // namespace mlv

@@ -1,0 +1,121 @@
+// SPDX-License-Identifier: MIT
+#include "mlv/framedecoder.h"
+
+#include "mlv/error.h"
+#include "mlv/losslessjpeg.h"
+#include "mlv/lzmaframe.h"
+
+#include <algorithm>
+
+namespace mlv {
+namespace {
+
+FrameFormat checkedFormat(const Recording &recording)
+{
+    if (!recording.rawInfo()) {
+        throw Error("does not say what its frames look like (no RAWI block)");
+    }
+    if (recording.changesFormat()) {
+        throw Error("changes the size or depth of its frames on the way, which cannot be read");
+    }
+    return frameFormat(*recording.rawInfo());
+}
+
+Compression checkedCompression(const FileHeader &header)
+{
+    const std::uint16_t videoClass = header.videoClass;
+    if ((videoClass & videoclass::kindMask) != videoclass::raw) {
+        throw Error("holds no raw video");
+    }
+    switch (videoClass & ~videoclass::kindMask) {
+    case 0:
+        return Compression::None;
+    case videoclass::losslessJpeg:
+        return Compression::LosslessJpeg;
+    case videoclass::lzma:
+        return Compression::Lzma;
+    case videoclass::delta:
+    case videoclass::delta | videoclass::losslessJpeg:
+    case videoclass::delta | videoclass::lzma:
+        throw Error("has frames that are stored as differences, which cannot be read");
+    default:
+        throw Error("has frames of a compression that cannot be read");
+    }
+}
+
+} // namespace
+
+FrameDecoder::FrameDecoder(const Recording &recording)
+    : m_recording(recording)
+    , m_format(checkedFormat(recording))
+    , m_compression(checkedCompression(recording.header()))
+{
+}
+
+std::span<std::uint16_t> FrameDecoder::decode(const DataBlock &block)
+{
+    if (m_compression == Compression::LosslessJpeg) {
+        static_cast<void>(losslessStream(block));
+        return m_samples;
+    }
+    requirePlausible(block);
+    m_packed.resize(m_format.packedBytes());
+    decodePacked(block, m_packed);
+    m_samples.resize(m_format.sampleCount());
+    unpackSamples(m_packed, m_format.bitsPerSample, WordOrder::LittleEndian, m_samples);
+    return m_samples;
+}
+
+void FrameDecoder::decodePacked(const DataBlock &block, std::span<std::byte> packed)
+{
+    requirePlausible(block);
+    if (m_compression == Compression::Lzma) {
+        decodeLzmaFrame(readData(block), packed);
+    } else {
+        m_recording.read(block, packed);
+    }
+}
+
+std::span<const std::byte> FrameDecoder::losslessStream(const DataBlock &block)
+{
+    requirePlausible(block);
+    const auto data = readData(block);
+    m_samples.resize(m_format.sampleCount());
+    const auto size = decodeLosslessJpeg(data, m_samples);
+    const bool tooLarge =
+        std::any_of(m_samples.begin(), m_samples.end(),
+                    [level = m_format.maxLevel()](std::uint16_t sample) { return sample > level; });
+    if (tooLarge) {
+        throw Error("has a lossless picture with levels beyond its depth");
+    }
+    return data.first(size);
+}
+
+void FrameDecoder::requirePlausible(const DataBlock &block) const
+{
+    bool plausible = false;
+    switch (m_compression) {
+    case Compression::None:
+        plausible = block.size >= m_format.packedBytes();
+        break;
+    case Compression::LosslessJpeg:
+        // A sample costs at least one bit.
+        plausible = m_format.sampleCount() / 8 <= block.size;
+        break;
+    case Compression::Lzma:
+        plausible = canLzmaFrameHold(block.size, m_format.packedBytes());
+        break;
+    }
+    if (!plausible) {
+        throw Error("has a frame that is cut off");
+    }
+}
+
+std::span<const std::byte> FrameDecoder::readData(const DataBlock &block)
+{
+    m_data.resize(block.size);
+    m_recording.read(block, m_data);
+    return m_data;
+}
+
+} // namespace mlv

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mlv/frameformat.h"
+#include "mlv/recording.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace mlv {
+
+enum class Compression {
+    None,
+    LosslessJpeg,
+    Lzma,
+};
+
+/// Reads frames of a recording. It keeps its buffers from frame to frame: one decoder a thread.
+class FrameDecoder
+{
+public:
+    /// Throws Error when the frames of the recording cannot be read at all. The recording outlives
+    /// the decoder.
+    explicit FrameDecoder(const Recording &recording);
+
+    [[nodiscard]] const FrameFormat &format() const { return m_format; }
+    [[nodiscard]] Compression compression() const { return m_compression; }
+
+    /// The samples of a frame, row by row. They stay until the next call. Throws Error when the
+    /// frame is damaged.
+    [[nodiscard]] std::span<std::uint16_t> decode(const DataBlock &block);
+
+    /// The packed samples of a frame, into format().packedBytes() bytes, without a buffer in
+    /// between; not for recordings with lossless JPEG. Throws Error when the frame is damaged.
+    void decodePacked(const DataBlock &block, std::span<std::byte> packed);
+
+    /// Throws Error when the frame cannot be there in whole. Memory for a frame is taken only
+    /// behind this, so that no forged size makes anybody take more than the recording's own size
+    /// justifies.
+    void requirePlausible(const DataBlock &block) const;
+
+    /// The stream of a frame of a lossless-JPEG recording, without padding behind its end and
+    /// decoded once as a proof that it is whole. It stays until the next call. Throws Error when
+    /// the frame is damaged.
+    [[nodiscard]] std::span<const std::byte> losslessStream(const DataBlock &block);
+
+private:
+    std::span<const std::byte> readData(const DataBlock &block);
+
+    const Recording &m_recording;
+    FrameFormat m_format;
+    Compression m_compression;
+    std::vector<std::byte> m_data;
+    std::vector<std::byte> m_packed;
+    std::vector<std::uint16_t> m_samples;
+};
+
+} // namespace mlv

@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+#include "mlv/losslessjpeg.h"
+
+#include "mlv/losslessjpegheader.h"
+
+#include "mlv/bitreader.h"
+#include "mlv/error.h"
+
+namespace mlv {
+namespace {
+
+/// The scan's state: where samples are predicted from and written to.
+struct Scan
+{
+    BitReader reader;
+    std::uint16_t *line; ///< of the frame, all components
+    std::size_t lineLength;
+    std::array<const HuffmanTable *, maxComponents> tables;
+    std::size_t components;
+    bool invalid = false;
+};
+
+template <int predictor>
+std::uint16_t predict(const std::uint16_t *sample, std::size_t left, std::size_t above)
+{
+    const int a = sample[-static_cast<std::ptrdiff_t>(left)];
+    if constexpr (predictor == 1) {
+        return static_cast<std::uint16_t>(a);
+    } else {
+        const int b = sample[-static_cast<std::ptrdiff_t>(above)];
+        const int c = sample[-static_cast<std::ptrdiff_t>(above + left)];
+        switch (predictor) {
+        case 2:
+            return static_cast<std::uint16_t>(b);
+        case 3:
+            return static_cast<std::uint16_t>(c);
+        case 4:
+            return static_cast<std::uint16_t>(a + b - c);
+        case 5:
+            return static_cast<std::uint16_t>(a + ((b - c) >> 1));
+        case 6:
+            return static_cast<std::uint16_t>(b + ((a - c) >> 1));
+        default:
+            return static_cast<std::uint16_t>((a + b) >> 1);
+        }
+    }
+}
+
+std::uint16_t add(std::uint16_t prediction, std::uint16_t difference)
+{
+    return static_cast<std::uint16_t>(prediction + difference);
+}
+
+/// The samples of a line behind its first of each component. With `fixedComponents` above 0 the
+/// compiler knows their number.
+template <int predictor, std::size_t fixedComponents>
+void decodeRestOfLine(Scan &scan)
+{
+    const std::size_t components = fixedComponents > 0 ? fixedComponents : scan.components;
+    BitReader reader = scan.reader; // a copy stays in registers
+    bool invalid = false;
+    std::uint16_t *sample = scan.line + components;
+    const std::uint16_t *const end = scan.line + scan.lineLength;
+    while (sample < end) {
+        for (std::size_t component = 0; component < components; ++component, ++sample) {
+            reader.refill();
+            const auto difference = scan.tables[component]->decode(reader, invalid);
+            *sample = add(predict<predictor>(sample, components, scan.lineLength), difference);
+        }
+    }
+    scan.reader = reader;
+    scan.invalid = scan.invalid || invalid;
+}
+
+template <int predictor>
+void decodeRestOfLine(Scan &scan)
+{
+    switch (scan.components) {
+    case 1:
+        return decodeRestOfLine<predictor, 1>(scan);
+    case 2:
+        return decodeRestOfLine<predictor, 2>(scan);
+    default:
+        return decodeRestOfLine<predictor, 0>(scan);
+    }
+}
+
+using LineDecoder = void (*)(Scan &);
+
+LineDecoder lineDecoder(int predictor)
+{
+    constexpr std::array<LineDecoder, 7> decoders{
+        decodeRestOfLine<1>, decodeRestOfLine<2>, decodeRestOfLine<3>, decodeRestOfLine<4>,
+        decodeRestOfLine<5>, decodeRestOfLine<6>, decodeRestOfLine<7>};
+    return decoders[static_cast<std::size_t>(predictor - 1)];
+}
+
+/// The first sample of each component is predicted from the line above, in the first line from the
+/// middle of the range.
+void decodeStartOfLine(Scan &scan, bool isFirstLine, std::uint16_t middle)
+{
+    for (std::size_t component = 0; component < scan.components; ++component) {
+        scan.reader.refill();
+        std::uint16_t *sample = scan.line + component;
+        const std::uint16_t prediction =
+            isFirstLine ? middle : sample[-static_cast<std::ptrdiff_t>(scan.lineLength)];
+        *sample = add(prediction, scan.tables[component]->decode(scan.reader, scan.invalid));
+    }
+}
+
+constexpr std::byte markerStart{0xff};
+constexpr std::byte endOfImage{0xd9};
+
+/// The size of the stream up to and with its end marker, which the bit reader does not pass.
+std::size_t streamEnd(std::span<const std::byte> stream, std::size_t position)
+{
+    for (std::size_t i = position; i + 1 < stream.size(); ++i) {
+        if (stream[i] == markerStart && stream[i + 1] == endOfImage) {
+            return i + 2;
+        }
+    }
+    return stream.size();
+}
+
+} // namespace
+
+LosslessJpegShape losslessJpegShape(std::span<const std::byte> stream)
+{
+    return readLosslessJpegHeader(stream).shape;
+}
+
+std::size_t decodeLosslessJpeg(std::span<const std::byte> stream, std::span<std::uint16_t> samples)
+{
+    const auto header = readLosslessJpegHeader(stream);
+    const auto &shape = header.shape;
+    if (shape.sampleCount() != samples.size()) {
+        throw Error("has a lossless picture of another size");
+    }
+    const auto components = static_cast<std::size_t>(shape.components);
+    Scan scan{BitReader(stream.subspan(header.scanStart)),
+              samples.data(),
+              static_cast<std::size_t>(shape.width) * components,
+              {},
+              components};
+    for (std::size_t component = 0; component < components; ++component) {
+        scan.tables[component] = &*header.tables[header.tableOfComponent[component]];
+    }
+    const auto middle = static_cast<std::uint16_t>(1U << (shape.precision - 1));
+    for (int line = 0; line < shape.lines; ++line) {
+        decodeStartOfLine(scan, line == 0, middle);
+        lineDecoder(line == 0 ? 1 : header.predictor)(scan);
+        scan.line += scan.lineLength;
+        if (scan.invalid || scan.reader.isOverrun()) {
+            throw Error("has a lossless picture that is damaged or cut off");
+        }
+    }
+    return streamEnd(stream, header.scanStart + scan.reader.position());
+}
+
+} // namespace mlv

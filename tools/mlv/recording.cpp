@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+#include "mlv/recording.h"
+
+#include "mlv/error.h"
+#include "mlv/frameformat.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace mlv {
+namespace {
+
+/// The extension of continuation `counter`: the first letter of the first file's extension stays
+/// as it is spelled, so clip.mlv goes on in clip.m00.
+std::string continuationExtension(const std::string &firstExtension, int counter)
+{
+    const std::string digits = std::to_string(100 + counter).substr(1);
+    return firstExtension.substr(0, 2) + digits;
+}
+
+bool isMlvExtension(const std::string &extension)
+{
+    return extension.size() == 4 &&
+           std::equal(extension.begin(), extension.end(), ".mlv", [](char a, char b) {
+               return std::tolower(static_cast<unsigned char>(a)) == b;
+           });
+}
+
+/// Sorts by number and keeps the last block of each number. Answers how many were left out.
+std::size_t sortByNumber(DataIndex &index)
+{
+    std::stable_sort(index.begin(), index.end(),
+                     [](const DataBlock &a, const DataBlock &b) { return a.number < b.number; });
+    const std::size_t before = index.size();
+    const auto kept =
+        std::unique(index.rbegin(), index.rend(),
+                    [](const DataBlock &a, const DataBlock &b) { return a.number == b.number; });
+    index.erase(index.begin(), kept.base());
+    return before - index.size();
+}
+
+bool isSameShape(const RawInfo &a, const RawInfo &b)
+{
+    return a.width == b.width && a.height == b.height && a.bitsPerSample == b.bitsPerSample;
+}
+
+} // namespace
+
+Recording::Recording(const std::filesystem::path &path)
+{
+    m_chunks.emplace_back(path);
+    openContinuations(path);
+    for (std::size_t chunk = 0; chunk < m_chunks.size(); ++chunk) {
+        scan(static_cast<std::uint16_t>(chunk));
+    }
+    finishIndex();
+}
+
+void Recording::openContinuations(const std::filesystem::path &path)
+{
+    const std::string extension = path.extension().string();
+    if (!isMlvExtension(extension)) {
+        return;
+    }
+    for (int counter = 0; counter < 100; ++counter) {
+        auto next = path;
+        next.replace_extension(continuationExtension(extension, counter));
+        std::error_code ignored;
+        if (!std::filesystem::exists(next, ignored)) {
+            break;
+        }
+        const std::string name = next.extension().string();
+        try {
+            Chunk chunk(next);
+            if (chunk.header().guid == header().guid) {
+                m_chunks.push_back(std::move(chunk));
+            } else {
+                m_warnings.push_back("the file with the extension " + name +
+                                     " belongs to another recording and is not read");
+            }
+        } catch (const Error &error) {
+            m_warnings.push_back("the file with the extension " + name + " is not read: it " +
+                                 error.what());
+        }
+    }
+    if (m_chunks.size() < header().chunkCount) {
+        m_warnings.push_back("of the " + std::to_string(header().chunkCount) +
+                             " chunks of the recording only " + std::to_string(m_chunks.size()) +
+                             " could be read");
+    }
+}
+
+double Recording::framesPerSecond() const
+{
+    if (header().frameRateDenominator == 0) {
+        return 0;
+    }
+    return static_cast<double>(header().frameRateNumerator) / header().frameRateDenominator;
+}
+
+void Recording::read(const DataBlock &block, std::span<std::byte> bytes) const
+{
+    m_chunks[block.chunk].file().read(block.offset, bytes);
+}
+
+void Recording::scan(std::uint16_t chunk)
+{
+    BlockWalk walk(m_chunks[chunk]);
+    while (const auto block = walk.next()) {
+        visit(walk, *block, chunk);
+    }
+    warnOfEnd(walk, chunk);
+}
+
+void Recording::visit(BlockWalk &walk, const Block &block, std::uint16_t chunk)
+{
+    const auto &type = block.header.type;
+    const auto timestamp = block.header.timestamp;
+    if (type == blocktype::videoFrame) {
+        addData<VideoFrame>(walk, block, chunk, m_video);
+    } else if (type == blocktype::audioFrame) {
+        addData<AudioFrame>(walk, block, chunk, m_audio);
+    } else if (type == blocktype::rawInfo) {
+        const auto rawInfo = walk.layout<RawInfo>();
+        m_changesFormat = m_changesFormat || (m_rawInfo && !isSameShape(*m_rawInfo, rawInfo));
+        m_rawInfo = m_rawInfo.value_or(rawInfo);
+    } else if (type == blocktype::rawCapture) {
+        m_rawCapture = m_rawCapture.value_or(walk.layout<RawCapture>());
+    } else if (type == blocktype::waveInfo) {
+        m_waveInfo = m_waveInfo.value_or(walk.layout<WaveInfo>());
+    } else if (type == blocktype::identity) {
+        m_identity = m_identity.value_or(walk.layout<Identity>());
+    } else if (type == blocktype::info && m_info.empty()) {
+        readInfo(block, chunk);
+    } else if (type == blocktype::clock) {
+        m_clock.add(timestamp, walk.layout<Clock>());
+    } else if (type == blocktype::exposure) {
+        m_exposure.add(timestamp, walk.layout<Exposure>());
+    } else if (type == blocktype::lens) {
+        m_lens.add(timestamp, walk.layout<Lens>());
+    } else if (type == blocktype::whiteBalance) {
+        m_whiteBalance.add(timestamp, walk.layout<WhiteBalance>());
+    }
+}
+
+void Recording::readInfo(const Block &block, std::uint16_t chunk)
+{
+    constexpr std::size_t maxInfo = 1000;
+    m_info.resize(std::min<std::size_t>(block.header.size - sizeof(BlockHeader), maxInfo));
+    m_chunks[chunk].file().read(block.offset + sizeof(BlockHeader),
+                                std::as_writable_bytes(std::span(m_info)));
+}
+
+template <typename Layout>
+void Recording::addData(BlockWalk &walk, const Block &block, std::uint16_t chunk, DataIndex &index)
+{
+    constexpr std::uint32_t headSize = sizeof(BlockHeader) + sizeof(Layout);
+    const auto layout = walk.layout<Layout>();
+    if (block.header.size < headSize || layout.frameSpace > block.header.size - headSize) {
+        ++m_damagedBlocks;
+        return;
+    }
+    const std::uint32_t head = headSize + layout.frameSpace;
+    index.push_back({block.offset + head, block.header.timestamp, block.header.size - head,
+                     layout.number, chunk});
+}
+
+void Recording::finishIndex()
+{
+    dropShortFrames();
+    m_clock.sort();
+    m_exposure.sort();
+    m_lens.sort();
+    m_whiteBalance.sort();
+    const std::size_t repeatedFrames = sortByNumber(m_video);
+    sortByNumber(m_audio);
+    warnOfLosses(repeatedFrames);
+}
+
+void Recording::dropShortFrames()
+{
+    const bool compressed =
+        (header().videoClass & (videoclass::losslessJpeg | videoclass::lzma)) != 0;
+    if (compressed || !m_rawInfo || m_changesFormat) {
+        return;
+    }
+    const auto frameSize =
+        packedSize(std::size_t{m_rawInfo->width} * m_rawInfo->height, m_rawInfo->bitsPerSample);
+    m_damagedBlocks += std::erase_if(
+        m_video, [frameSize](const DataBlock &block) { return block.size < frameSize; });
+}
+
+void Recording::warnOfEnd(const BlockWalk &walk, std::uint16_t chunk)
+{
+    const std::string name = "chunk " + std::to_string(chunk + 1) + " of the recording";
+    const std::string rest =
+        std::to_string(m_chunks[chunk].file().size() - walk.position()) + " bytes";
+    if (walk.end() == BlockWalk::End::CutOff) {
+        m_warnings.push_back(name + " is cut off: its last " + rest + " are no whole block");
+    } else if (walk.end() == BlockWalk::End::Damaged) {
+        m_warnings.push_back(name + " is damaged at byte " + std::to_string(walk.position()) +
+                             ": the " + rest + " from there on are not read");
+    }
+    if (walk.repaired()) {
+        m_warnings.push_back(name + " has filler blocks without a size, which were stepped over");
+    }
+}
+
+void Recording::warnOfLosses(std::size_t repeatedFrames)
+{
+    if (m_damagedBlocks > 0) {
+        m_warnings.push_back(std::to_string(m_damagedBlocks) +
+                             " damaged frame or sound blocks are left out");
+    }
+    if (repeatedFrames > 0) {
+        m_warnings.push_back(std::to_string(repeatedFrames) +
+                             " frames have the number of a later one and are left out");
+    }
+}
+
+} // namespace mlv

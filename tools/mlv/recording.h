@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mlv/chunk.h"
+#include "mlv/timeline.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mlv {
+
+/// Where the data of a video or audio block lie.
+struct DataBlock
+{
+    std::uint64_t offset;    ///< of the data in the chunk's file
+    std::uint64_t timestamp; ///< microseconds
+    std::uint32_t size;      ///< of the data, bytes
+    std::uint32_t number;    ///< of the frame, counted apart for video and audio
+    std::uint16_t chunk;     ///< index into Recording::chunks()
+};
+
+/// The blocks of one kind, ascending by number, each number once.
+using DataIndex = std::vector<DataBlock>;
+
+/// A recording of one or more chunks, with an index of its blocks. Nothing in it changes after the
+/// opening, so that any number of threads may use it at once.
+class Recording
+{
+public:
+    /// Opens the file and, when its extension is "mlv" in any case, the chunks that continue it.
+    /// Throws Error when the first file is no MLV recording.
+    explicit Recording(const std::filesystem::path &path);
+
+    [[nodiscard]] const std::vector<Chunk> &chunks() const { return m_chunks; }
+    /// The first chunk's.
+    [[nodiscard]] const FileHeader &header() const { return m_chunks.front().header(); }
+    /// 0 when the recording gives none.
+    [[nodiscard]] double framesPerSecond() const;
+
+    /// The frames that lie whole in the recording. Of frames that carry the same number the last
+    /// one counts.
+    [[nodiscard]] const DataIndex &videoFrames() const { return m_video; }
+    [[nodiscard]] const DataIndex &audioBlocks() const { return m_audio; }
+
+    [[nodiscard]] const std::optional<RawInfo> &rawInfo() const { return m_rawInfo; }
+    /// Whether frames of another size or depth follow in the same recording.
+    [[nodiscard]] bool changesFormat() const { return m_changesFormat; }
+    [[nodiscard]] const std::optional<RawCapture> &rawCapture() const { return m_rawCapture; }
+    [[nodiscard]] const std::optional<WaveInfo> &waveInfo() const { return m_waveInfo; }
+    [[nodiscard]] const std::optional<Identity> &identity() const { return m_identity; }
+    /// The first text that the user or the recorder left, as it stands, at most 1000 bytes.
+    [[nodiscard]] const std::string &info() const { return m_info; }
+    [[nodiscard]] const Timeline<Clock> &clock() const { return m_clock; }
+    [[nodiscard]] const Timeline<Exposure> &exposure() const { return m_exposure; }
+    [[nodiscard]] const Timeline<Lens> &lens() const { return m_lens; }
+    [[nodiscard]] const Timeline<WhiteBalance> &whiteBalance() const { return m_whiteBalance; }
+
+    /// Fills `bytes` with the first bytes of a block's data, at most block.size.
+    void read(const DataBlock &block, std::span<std::byte> bytes) const;
+
+    /// What a person should know about the state of the recording: one sentence a line, naming no
+    /// path.
+    [[nodiscard]] const std::vector<std::string> &warnings() const { return m_warnings; }
+
+private:
+    void openContinuations(const std::filesystem::path &path);
+    void scan(std::uint16_t chunk);
+    void visit(BlockWalk &walk, const Block &block, std::uint16_t chunk);
+    void readInfo(const Block &block, std::uint16_t chunk);
+    template <typename Layout>
+    void addData(BlockWalk &walk, const Block &block, std::uint16_t chunk, DataIndex &index);
+    void dropShortFrames();
+    void finishIndex();
+    void warnOfEnd(const BlockWalk &walk, std::uint16_t chunk);
+    void warnOfLosses(std::size_t repeatedFrames);
+
+    std::vector<Chunk> m_chunks;
+    DataIndex m_video;
+    DataIndex m_audio;
+    std::optional<RawInfo> m_rawInfo;
+    bool m_changesFormat = false;
+    std::optional<RawCapture> m_rawCapture;
+    std::optional<WaveInfo> m_waveInfo;
+    std::optional<Identity> m_identity;
+    std::string m_info;
+    Timeline<Clock> m_clock;
+    Timeline<Exposure> m_exposure;
+    Timeline<Lens> m_lens;
+    Timeline<WhiteBalance> m_whiteBalance;
+    std::size_t m_damagedBlocks = 0;
+    std::vector<std::string> m_warnings;
+};
+
+} // namespace mlv

@@ -1,0 +1,122 @@
+// SPDX-License-Identifier: MIT
+#include "mlv_dump/extraction.h"
+
+#include "mlv/error.h"
+#include "mlv_dump/text.h"
+
+#include <algorithm>
+#include <thread>
+
+namespace mlvdump {
+
+Extraction::Extraction(const Job &job, std::vector<PlannedFrame> frames, Output &output)
+    : m_job(job)
+    , m_frames(std::move(frames))
+    , m_output(output)
+{
+}
+
+std::size_t Extraction::run()
+{
+    replaceLeadingDamage();
+    {
+        const auto threads = std::min<std::size_t>(m_job.threads, m_frames.size());
+        std::vector<std::jthread> workers;
+        for (std::size_t i = 0; i < threads; ++i) {
+            workers.emplace_back([this] { work(); });
+        }
+    }
+    if (m_failure) {
+        std::rethrow_exception(m_failure);
+    }
+    m_firstFile->commit();
+    return m_frames.size();
+}
+
+/// Frames at the start that cannot be decoded have none before them; the first good one stands in.
+void Extraction::replaceLeadingDamage()
+{
+    FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags);
+    for (std::size_t i = 0; i < m_frames.size(); ++i) {
+        try {
+            static_cast<void>(encoder.encode(m_frames[i]));
+            for (std::size_t damaged = 0; damaged < i; ++damaged) {
+                m_frames[damaged].block = m_frames[i].block;
+            }
+            if (i > 0) {
+                m_output.warning(format("the first %zu frames are damaged and replaced by the "
+                                        "frame behind them",
+                                        i));
+            }
+            return;
+        } catch (const mlv::ReadError &) {
+            throw;
+        } catch (const mlv::Error &) {
+            continue;
+        }
+    }
+    throw mlv::Error("holds no frame that can be decoded");
+}
+
+void Extraction::work()
+{
+    try {
+        FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags);
+        for (std::size_t i = m_next++; i < m_frames.size(); i = m_next++) {
+            extract(encoder, i);
+        }
+    } catch (...) {
+        fail(std::current_exception());
+    }
+}
+
+void Extraction::extract(FrameEncoder &encoder, std::size_t index)
+{
+    const auto &frame = m_frames[index];
+    auto path = m_job.prefix;
+    path += format("%06u.dng", frame.number);
+    m_job.sources.requireOther(path);
+    OutputFile file(std::move(path));
+    bool damaged = false;
+    try {
+        file.write(encoder.encode(frame));
+    } catch (const mlv::ReadError &) {
+        throw;
+    } catch (const mlv::Error &) {
+        damaged = true;
+    }
+    if (!m_turnstile.enter(index)) {
+        return;
+    }
+    if (damaged) {
+        m_output.warning(
+            format("frame %u is damaged and replaced by the frame before it", frame.number));
+        file.write(encoder.encode({frame.number, m_lastGood}));
+    } else {
+        m_lastGood = frame.block;
+    }
+    publish(index, file);
+    m_turnstile.leave();
+}
+
+void Extraction::publish(std::size_t index, OutputFile &file)
+{
+    if (index == 0) {
+        m_firstFile.emplace(std::move(file));
+    } else {
+        file.commit();
+    }
+    m_output.line(format("Frame %zu of %zu", index + 1, m_frames.size()));
+    m_output.flush();
+}
+
+void Extraction::fail(std::exception_ptr exception)
+{
+    const std::lock_guard lock(m_failureMutex);
+    if (!m_failure) {
+        m_failure = std::move(exception);
+    }
+    m_turnstile.close();
+}
+
+} // namespace mlvdump

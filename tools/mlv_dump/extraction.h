@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mlv_dump/frameencoder.h"
+#include "mlv_dump/output.h"
+#include "mlv_dump/outputfile.h"
+#include "mlv_dump/sourcefiles.h"
+#include "mlv_dump/turnstile.h"
+
+#include <atomic>
+#include <exception>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+
+namespace mlvdump {
+
+/// Writes the planned frames as DNG files, on several threads, with the same files and the same
+/// lines in the same order as on one. Each thread holds one frame at a time.
+///
+/// The first frame gets its name when all others have theirs: whoever finds every frame he expects
+/// has found the first, and so the whole extraction, however many frames he expects.
+class Extraction
+{
+public:
+    struct Job
+    {
+        const mlv::Recording &recording;
+        const Calibration &calibration;
+        const FrameTags &tags;
+        const SourceFiles &sources;
+        std::filesystem::path prefix;
+        unsigned threads; ///< at least 1
+    };
+
+    /// What the job refers to and the output outlive the extraction.
+    Extraction(const Job &job, std::vector<PlannedFrame> frames, Output &output);
+
+    /// Answers the number of files written. Throws WriteError, mlv::ReadError, or mlv::Error when
+    /// not one frame can be decoded.
+    std::size_t run();
+
+private:
+    void replaceLeadingDamage();
+    void work();
+    void extract(FrameEncoder &encoder, std::size_t index);
+    void publish(std::size_t index, OutputFile &file);
+    void fail(std::exception_ptr exception);
+
+    const Job &m_job;
+    std::vector<PlannedFrame> m_frames;
+    Output &m_output; // by the thread that is in the turnstile
+    Turnstile m_turnstile;
+    std::atomic<std::size_t> m_next = 0;
+    std::optional<OutputFile> m_firstFile;      // by the thread in the turnstile
+    const mlv::DataBlock *m_lastGood = nullptr; // by the thread in the turnstile
+    std::mutex m_failureMutex;
+    std::exception_ptr m_failure; // guarded by m_failureMutex
+};
+
+} // namespace mlvdump

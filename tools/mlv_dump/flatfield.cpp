@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+#include "mlv_dump/flatfield.h"
+
+#include "mlv/error.h"
+#include "mlv_dump/text.h"
+
+#include <algorithm>
+
+namespace mlvdump {
+namespace {
+
+/// The largest level that fewer than `limit` samples reach or stay below, above black; 0 when there
+/// is none.
+std::int64_t levelBelow(const std::vector<std::size_t> &histogram, std::size_t limit,
+                        int blackLevel)
+{
+    std::size_t count = 0;
+    for (std::size_t level = 0; level < histogram.size(); ++level) {
+        count += histogram[level];
+        if (count >= limit) {
+            return level == 0 ? 0 : static_cast<std::int64_t>(level) - 1 - blackLevel;
+        }
+    }
+    return static_cast<std::int64_t>(histogram.size()) - 1 - blackLevel;
+}
+
+std::size_t bayerPosition(int x, int y)
+{
+    return static_cast<std::size_t>(y % 2 * 2 + x % 2);
+}
+
+constexpr std::size_t firstGreen = 1;
+constexpr std::size_t secondGreen = 2;
+
+} // namespace
+
+FlatField::FlatField(std::span<const std::uint16_t> flat, const mlv::FrameFormat &format)
+    : m_format(format)
+{
+    measure(flat);
+    const bool dark = m_numerator <= 0 || m_denominator <= 0 ||
+                      std::any_of(m_median.begin(), m_median.end(),
+                                  [](std::int64_t median) { return median <= 0; });
+    if (dark) {
+        throw mlv::Error("has too little light to be a flat field");
+    }
+    prepareDivisors(flat);
+}
+
+void FlatField::measure(std::span<const std::uint16_t> flat)
+{
+    std::array<std::vector<std::size_t>, 4> histograms;
+    std::array<std::size_t, 4> counts{};
+    histograms.fill(std::vector<std::size_t>(static_cast<std::size_t>(m_format.maxLevel()) + 1));
+    // The centre only: the corners are what is to be corrected.
+    for (int y = m_format.height / 4; y < m_format.height * 3 / 4; ++y) {
+        for (int x = m_format.width / 4; x < m_format.width * 3 / 4; ++x) {
+            const auto position = bayerPosition(x, y);
+            const auto index =
+                static_cast<std::size_t>(y) * static_cast<std::size_t>(m_format.width) +
+                static_cast<std::size_t>(x);
+            ++histograms[position][flat[index]];
+            ++counts[position];
+        }
+    }
+    std::array<std::int64_t, 4> darkEnd{};
+    for (std::size_t position = 0; position < 4; ++position) {
+        m_median[position] =
+            levelBelow(histograms[position], counts[position] / 2, m_format.blackLevel);
+        darkEnd[position] =
+            levelBelow(histograms[position], counts[position] / 20, m_format.blackLevel);
+    }
+    m_numerator = (darkEnd[firstGreen] + darkEnd[secondGreen]) / 2;
+    m_denominator = (m_median[firstGreen] + m_median[secondGreen]) / 2;
+}
+
+void FlatField::prepareDivisors(std::span<const std::uint16_t> flat)
+{
+    m_divisors.resize(flat.size());
+    const auto width = static_cast<std::size_t>(m_format.width);
+    for (std::size_t i = 0; i < flat.size(); ++i) {
+        int level = flat[i];
+        if (level <= m_format.blackLevel) {
+            // A dead sample takes over from its neighbours in the row.
+            const std::size_t x = i % width;
+            const int left = flat[x == 0 ? i : i - 1];
+            const int right = flat[x + 1 == width ? i : i + 1];
+            level = std::max(left, right);
+        }
+        m_divisors[i] = static_cast<std::uint16_t>(std::max(level - m_format.blackLevel, 0));
+    }
+}
+
+void FlatField::apply(std::span<std::uint16_t> samples) const
+{
+    const std::int64_t black = m_format.blackLevel;
+    const std::int64_t maxLevel = m_format.maxLevel();
+    const auto width = static_cast<std::size_t>(m_format.width);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const std::int64_t divisor = m_divisors[i];
+        if (divisor == 0) {
+            continue;
+        }
+        const std::int64_t median = m_median[i / width % 2 * 2 + i % width % 2];
+        const std::int64_t light = samples[i] - black;
+        const std::int64_t even = light * median * m_numerator / m_denominator / divisor;
+        samples[i] =
+            static_cast<std::uint16_t>(std::clamp<std::int64_t>(even + black, 0, maxLevel));
+    }
+}
+
+std::string FlatField::description() const
+{
+    const auto number = [](std::int64_t value) { return static_cast<long long>(value); };
+    return format("Flat-field median: [%lld %lld; %lld %lld], adjusted by %lld/%lld",
+                  number(m_median[0]), number(m_median[1]), number(m_median[2]),
+                  number(m_median[3]), number(m_numerator), number(m_denominator));
+}
+
+} // namespace mlvdump

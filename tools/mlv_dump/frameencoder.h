@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mlv/framedecoder.h"
+#include "mlv_dump/calibration.h"
+#include "mlv_dump/frameplan.h"
+#include "mlv_dump/frametags.h"
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace mlvdump {
+
+/// Makes DNG files of frames. It keeps its buffers from frame to frame: one encoder a thread.
+class FrameEncoder
+{
+public:
+    /// The arguments outlive the encoder.
+    FrameEncoder(const mlv::Recording &recording, const Calibration &calibration,
+                 const FrameTags &tags);
+
+    /// The whole file. It stays until the next call. Throws mlv::Error when the frame is damaged.
+    [[nodiscard]] std::span<const std::byte> encode(const PlannedFrame &frame);
+
+private:
+    std::span<std::byte> beginFile(const PlannedFrame &frame, std::size_t stripBytes,
+                                   bool isLosslessJpeg);
+    void encodeLossless(const PlannedFrame &frame);
+    void encodePacked(const PlannedFrame &frame);
+    void encodeSamples(const PlannedFrame &frame);
+    [[nodiscard]] std::size_t rowBytes() const;
+
+    const Calibration &m_calibration;
+    const FrameTags &m_tags;
+    mlv::FrameDecoder m_decoder;
+    std::vector<std::byte> m_file;
+};
+
+} // namespace mlvdump

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "mlv_dump/frameplan.h"
+
+namespace mlvdump {
+
+FramePlan planFrames(const mlv::DataIndex &frames, const FrameRange &range)
+{
+    // A camera that drops more frames than it keeps is of no use; short recordings get some more.
+    std::uint64_t mayBeMissing = frames.size() + 1000;
+    FramePlan plan;
+    std::uint32_t number = 0;
+    std::size_t filled = 0;
+    std::size_t jumps = 0;
+    const auto add = [&](const mlv::DataBlock &block) {
+        const bool selected = range.contains(number);
+        if (selected) {
+            plan.frames.push_back({number, &block});
+        }
+        ++number;
+        return selected;
+    };
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const std::uint64_t gap = i == 0 ? 0 : frames[i].number - frames[i - 1].number - 1;
+        if (gap > mayBeMissing) {
+            ++jumps;
+        } else {
+            mayBeMissing -= gap;
+            for (std::uint64_t missing = 0; missing < gap; ++missing) {
+                filled += add(frames[i - 1]) ? 1U : 0U;
+            }
+        }
+        add(frames[i]);
+    }
+    if (filled > 0) {
+        plan.remarks.push_back(std::to_string(filled) +
+                               " dropped frames are filled by the frame before them");
+    }
+    if (jumps > 0) {
+        plan.remarks.push_back("the frame numbers jump too far to be true in " +
+                               std::to_string(jumps) + " places, which are not filled");
+    }
+    return plan;
+}
+
+} // namespace mlvdump

@@ -1,0 +1,258 @@
+// SPDX-License-Identifier: MIT
+#include "mlv_dump/frametags.h"
+
+#include "dng/tags.h"
+#include "mlv_dump/text.h"
+#include "mlv_dump/version.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <limits>
+
+namespace mlvdump {
+namespace {
+
+namespace tag = dng::tag;
+
+constexpr std::uint16_t photometricCfa = 32803;
+constexpr std::uint16_t compressionNone = 1;
+constexpr std::uint16_t compressionJpeg = 7; // in DNG: lossless
+constexpr std::uint16_t illuminantD65 = 21;
+constexpr std::uint8_t red = 0;
+constexpr std::uint8_t green = 1;
+constexpr std::uint8_t blue = 2;
+
+dng::Rational ratio(double value)
+{
+    constexpr std::uint32_t denominator = 1000000;
+    return {static_cast<std::uint32_t>(std::lround(value * denominator)), denominator};
+}
+
+dng::SRational signedRatio(double value)
+{
+    constexpr std::int32_t denominator = 10000;
+    return {static_cast<std::int32_t>(std::lround(value * denominator)), denominator};
+}
+
+std::uint8_t binaryCodedDecimal(std::uint64_t number)
+{
+    return static_cast<std::uint8_t>(number / 10 % 10 * 16 + number % 10);
+}
+
+/// What stands in a text tag: printable, and ASCII as TIFF wants it.
+std::string asciiText(const std::string &text)
+{
+    std::string ascii;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            ascii += c;
+        } else if (byte >= 0xc0) {
+            ascii += '?'; // one for each character, not for its further bytes
+        }
+    }
+    const auto end = ascii.find_last_not_of(' ');
+    return ascii.substr(0, end == std::string::npos ? 0 : end + 1);
+}
+
+bool isDate(const std::chrono::year_month_day &date, const mlv::Clock &clock)
+{
+    return date.ok() && clock.hour < 24 && clock.minute < 60 && clock.second < 60;
+}
+
+} // namespace
+
+FrameTags::FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
+                     const std::string &reelName)
+    : m_recording(recording)
+    , m_matrix(colourMatrix(*recording.rawInfo()))
+{
+    m_common.setBytes(tag::dngVersion, {1, 4, 0, 0});
+    m_common.setBytes(tag::dngBackwardVersion, {1, 1, 0, 0});
+    m_common.setText(tag::software, "Filmwright mlv_dump " FILMWRIGHT_VERSION);
+    m_common.setText(tag::reelName, asciiText(harmless(reelName)));
+    m_common.setText(tag::imageDescription, asciiText(harmless(recording.info())));
+    setShape(format);
+    setCamera();
+    setLevels(format);
+    setColour();
+    setAreas(format);
+    setRate();
+}
+
+void FrameTags::setShape(const mlv::FrameFormat &format)
+{
+    const auto width = static_cast<std::uint32_t>(format.width);
+    const auto height = static_cast<std::uint32_t>(format.height);
+    m_common.setLongs(tag::newSubFileType, {0});
+    m_common.setLongs(tag::imageWidth, {width});
+    m_common.setLongs(tag::imageLength, {height});
+    m_common.setShorts(tag::bitsPerSample, {static_cast<std::uint16_t>(format.bitsPerSample)});
+    m_common.setShorts(tag::photometricInterpretation, {photometricCfa});
+    m_common.setShorts(tag::fillOrder, {1});
+    m_common.setShorts(tag::orientation, {1});
+    m_common.setShorts(tag::samplesPerPixel, {1});
+    m_common.setLongs(tag::rowsPerStrip, {height});
+    m_common.setShorts(tag::planarConfiguration, {1});
+    m_common.setShorts(tag::cfaRepeatPatternDim, {2, 2});
+    m_common.setBytes(tag::cfaPattern, {red, green, green, blue});
+}
+
+void FrameTags::setCamera()
+{
+    const auto &identity = m_recording.identity();
+    std::string name = identity ? asciiText(harmless(identity->name)) : std::string();
+    if (name.empty()) {
+        name = "Unknown camera"; // readers refuse a file without a name
+    }
+    m_common.setText(tag::make, name.substr(0, name.find(' ')));
+    m_common.setText(tag::model, name);
+    m_common.setText(tag::uniqueCameraModel, name);
+    if (identity) {
+        m_common.setText(tag::cameraSerialNumber, asciiText(harmless(identity->serial)));
+    }
+}
+
+void FrameTags::setLevels(const mlv::FrameFormat &format)
+{
+    const auto &rawInfo = *m_recording.rawInfo();
+    m_common.setLongs(tag::blackLevel, {static_cast<std::uint32_t>(format.blackLevel)});
+    m_common.setLongs(tag::whiteLevel, {static_cast<std::uint32_t>(format.whiteLevel)});
+    const std::int32_t denominator = rawInfo.exposureBiasDenominator;
+    if (denominator > 0) {
+        const dng::SRational bias{rawInfo.exposureBiasNumerator, denominator};
+        m_common.setSRationals(tag::baselineExposure, {&bias, 1});
+    }
+}
+
+void FrameTags::setColour()
+{
+    // Recorders store the camera's matrix for daylight of 6500 K.
+    std::array<dng::SRational, 9> matrix{};
+    std::transform(m_matrix.begin(), m_matrix.end(), matrix.begin(), signedRatio);
+    m_common.setSRationals(tag::colorMatrix1, matrix);
+    m_common.setShorts(tag::calibrationIlluminant1, {illuminantD65});
+}
+
+void FrameTags::setAreas(const mlv::FrameFormat &format)
+{
+    const auto &rawInfo = *m_recording.rawInfo();
+    // The stored area belongs to the read-out of the sensor: a frame that was cut out of it is
+    // active everywhere.
+    const bool holds =
+        rawInfo.activeTop >= 0 && rawInfo.activeLeft >= 0 &&
+        rawInfo.activeBottom <= format.height && rawInfo.activeRight <= format.width &&
+        rawInfo.activeTop < rawInfo.activeBottom && rawInfo.activeLeft < rawInfo.activeRight;
+    const auto top = static_cast<std::uint32_t>(holds ? rawInfo.activeTop : 0);
+    const auto left = static_cast<std::uint32_t>(holds ? rawInfo.activeLeft : 0);
+    const auto bottom = static_cast<std::uint32_t>(holds ? rawInfo.activeBottom : format.height);
+    const auto right = static_cast<std::uint32_t>(holds ? rawInfo.activeRight : format.width);
+    m_common.setLongs(tag::activeArea, {top, left, bottom, right});
+    m_common.setLongs(tag::defaultCropOrigin, {0, 0});
+    m_common.setLongs(tag::defaultCropSize, {right - left, bottom - top});
+
+    const auto capture = m_recording.rawCapture().value_or(mlv::RawCapture{});
+    const std::uint32_t factorX = std::uint32_t{capture.binningX} + capture.skippingX;
+    const std::uint32_t factorY = std::uint32_t{capture.binningY} + capture.skippingY;
+    const bool sampled = factorX > 0 && factorY > 0;
+    const std::array<dng::Rational, 2> scale{
+        {{1, 1}, {sampled ? factorY : 1, sampled ? factorX : 1}}};
+    m_common.setRationals(tag::defaultScale, scale);
+}
+
+void FrameTags::setRate()
+{
+    const auto &header = m_recording.header();
+    constexpr std::uint32_t largest = std::numeric_limits<std::int32_t>::max();
+    if (m_recording.framesPerSecond() > 0 && header.frameRateNumerator <= largest &&
+        header.frameRateDenominator <= largest) {
+        const dng::SRational rate{static_cast<std::int32_t>(header.frameRateNumerator),
+                                  static_cast<std::int32_t>(header.frameRateDenominator)};
+        m_common.setSRationals(tag::frameRate, {&rate, 1});
+    }
+}
+
+dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block,
+                          bool isLosslessJpeg) const
+{
+    dng::Ifd image = m_common;
+    image.setShorts(tag::compression, {isLosslessJpeg ? compressionJpeg : compressionNone});
+    image.setText(tag::dateTime, dateTime(block.timestamp));
+
+    const auto *balance = m_recording.whiteBalance().at(block.timestamp);
+    const auto neutral = asShotNeutral(balance == nullptr ? nullptr : &balance->value, m_matrix);
+    const std::array<dng::Rational, 3> ratios{ratio(neutral[0]), ratio(neutral[1]),
+                                              ratio(neutral[2])};
+    image.setRationals(tag::asShotNeutral, ratios);
+
+    // A time code has two decimal digits of two and four bits for the frame in its second.
+    const auto rate = static_cast<std::uint64_t>(
+        std::lround(std::clamp(m_recording.framesPerSecond(), 0.0, 1000.0)));
+    if (rate > 0 && rate < 40) {
+        const std::uint64_t seconds = number / rate;
+        image.setBytes(tag::timeCodes,
+                       {binaryCodedDecimal(number % rate), binaryCodedDecimal(seconds % 60),
+                        binaryCodedDecimal(seconds / 60 % 60),
+                        binaryCodedDecimal(seconds / 3600 % 24), 0, 0, 0, 0});
+    }
+    return image;
+}
+
+dng::Ifd FrameTags::exif(const mlv::DataBlock &block) const
+{
+    dng::Ifd exif;
+    exif.setUndefined(tag::exifVersion, "0230");
+    exif.setText(tag::dateTimeOriginal, dateTime(block.timestamp));
+    if (const auto *entry = m_recording.exposure().at(block.timestamp)) {
+        const auto &exposure = entry->value;
+        const auto shutter = static_cast<std::uint32_t>(
+            std::min<std::uint64_t>(exposure.shutter, std::numeric_limits<std::uint32_t>::max()));
+        if (shutter > 0) {
+            exif.setRational(tag::exposureTime, {shutter, 1000000});
+        }
+        if (exposure.iso > 0) {
+            exif.setShorts(tag::isoSpeedRatings,
+                           {static_cast<std::uint16_t>(std::min(exposure.iso, 65535U))});
+        }
+    }
+    if (const auto *entry = m_recording.lens().at(block.timestamp)) {
+        const auto &lens = entry->value;
+        if (lens.aperture > 0) {
+            exif.setRational(tag::fNumber, {lens.aperture, 100});
+        }
+        if (lens.focalLength > 0) {
+            exif.setRational(tag::focalLength, {lens.focalLength, 1});
+        }
+        exif.setText(tag::lensModel, asciiText(harmless(lens.name)));
+        exif.setText(tag::lensSerialNumber, asciiText(harmless(lens.serial)));
+    }
+    return exif;
+}
+
+std::string FrameTags::dateTime(std::uint64_t timestamp) const
+{
+    using namespace std::chrono;
+    const auto *entry = m_recording.clock().at(timestamp);
+    if (entry == nullptr) {
+        return {};
+    }
+    const auto &clock = entry->value;
+    const year_month_day start(year(clock.year + 1900), month(clock.month + 1U), day(clock.day));
+    if (!isDate(start, clock)) {
+        return {};
+    }
+    constexpr std::uint64_t longest = 24ULL * 3600 * 1000000;
+    const auto passed = timestamp > entry->timestamp ? timestamp - entry->timestamp : 0;
+    const auto time = sys_days(start) + hours(clock.hour) + minutes(clock.minute) +
+                      seconds(clock.second) +
+                      seconds(static_cast<long>(std::min(passed, longest) / 1000000));
+    const auto date = floor<days>(time);
+    const year_month_day today(date);
+    const hh_mm_ss<seconds> now(time - date);
+    return format("%04d:%02u:%02u %02d:%02d:%02d", int{today.year()}, unsigned{today.month()},
+                  unsigned{today.day()}, static_cast<int>(now.hours().count()),
+                  static_cast<int>(now.minutes().count()), static_cast<int>(now.seconds().count()));
+}
+
+} // namespace mlvdump

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "dng/ifd.h"
+#include "mlv/frameformat.h"
+#include "mlv/recording.h"
+#include "mlv_dump/colour.h"
+
+#include <string>
+
+namespace mlvdump {
+
+/// What the DNG files of a recording say of their frames. Nothing changes after construction, so
+/// that threads may share it.
+class FrameTags
+{
+public:
+    /// `reelName` is what the recording is called. The recording has a RAWI block; it outlives the
+    /// tags.
+    FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
+              const std::string &reelName);
+
+    /// The image directory of the frame of that number from `block`, but for the strip.
+    [[nodiscard]] dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block,
+                                 bool isLosslessJpeg) const;
+    [[nodiscard]] dng::Ifd exif(const mlv::DataBlock &block) const;
+
+private:
+    void setShape(const mlv::FrameFormat &format);
+    void setCamera();
+    void setLevels(const mlv::FrameFormat &format);
+    void setColour();
+    void setAreas(const mlv::FrameFormat &format);
+    void setRate();
+    [[nodiscard]] std::string dateTime(std::uint64_t timestamp) const;
+
+    const mlv::Recording &m_recording;
+    ColourMatrix m_matrix;
+    dng::Ifd m_common; ///< what is the same in all frames
+};
+
+} // namespace mlvdump

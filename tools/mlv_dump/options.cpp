@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+#include "mlv_dump/options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+namespace mlvdump {
+namespace {
+
+template <typename Number>
+std::optional<Number> parseNumber(std::string_view text)
+{
+    Number number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool whole = error == std::errc() && end == text.data() + text.size();
+    return whole ? std::optional(number) : std::nullopt;
+}
+
+/// "a-b" or "b". Our caller asks for "0-0" when it wants every frame, so an end of 0 in a range is
+/// no limit; a range that ends before it starts holds its first frame.
+std::optional<FrameRange> parseRange(std::string_view text)
+{
+    const auto dash = text.find('-');
+    if (dash == std::string_view::npos) {
+        const auto last = parseNumber<std::uint32_t>(text);
+        return last ? std::optional(FrameRange{0, *last}) : std::nullopt;
+    }
+    const auto first = parseNumber<std::uint32_t>(text.substr(0, dash));
+    const auto last = parseNumber<std::uint32_t>(text.substr(dash + 1));
+    if (!first || !last) {
+        return std::nullopt;
+    }
+    FrameRange range{*first, std::max(*first, *last)};
+    if (*last == 0) {
+        range.last = FrameRange().last;
+    }
+    return range;
+}
+
+class Parser
+{
+public:
+    explicit Parser(std::span<const std::string_view> arguments)
+        : m_arguments(arguments)
+    {
+    }
+
+    Options parse()
+    {
+        while (m_next < m_arguments.size()) {
+            const auto argument = m_arguments[m_next++];
+            if (argument == "--" && !m_onlyFiles) {
+                m_onlyFiles = true;
+            } else if (argument.size() > 1 && argument.front() == '-' && !m_onlyFiles) {
+                parseOption(argument);
+            } else {
+                setInput(argument);
+            }
+        }
+        m_options.mode = mode();
+        if (needsInput() && m_options.input.empty()) {
+            fail("no recording is named");
+        }
+        if (m_options.mode == Mode::Average && m_options.output.empty()) {
+            fail("an averaged frame needs a file to be written to (-o)");
+        }
+        if (m_options.mode == Mode::Frames && m_options.output.empty()) {
+            m_options.output = m_options.input;
+            m_options.output.replace_extension();
+            m_options.output += "_";
+        }
+        return m_options;
+    }
+
+private:
+    [[noreturn]] void fail(const std::string &text) const { throw UsageError(text, m_frames); }
+
+    void parseOption(std::string_view option)
+    {
+        if (option == "-m") {
+            m_metadataOnly = true;
+        } else if (option == "-v") {
+            m_options.verbose = true;
+        } else if (option == "-a") {
+            m_average = true;
+        } else if (option == "--dng") {
+            m_frames = true;
+        } else if (option == "--no-cs") {
+            // Chroma is never smoothed here; callers of other tools of this kind have to say so.
+        } else if (option == "-s") {
+            m_options.dark = value(option);
+        } else if (option == "-t") {
+            m_options.flat = value(option);
+        } else if (option == "-o") {
+            m_options.output = value(option);
+        } else if (option == "-f") {
+            setRange(value(option));
+        } else if (option == "--threads") {
+            setThreads(value(option));
+        } else if (option == "--help" || option == "-h") {
+            m_help = true;
+        } else if (option == "--version") {
+            m_version = true;
+        } else {
+            fail("an option is not known");
+        }
+    }
+
+    std::string_view value(std::string_view option)
+    {
+        if (m_next == m_arguments.size()) {
+            fail("the option " + std::string(option) + " needs a value");
+        }
+        return m_arguments[m_next++];
+    }
+
+    void setRange(std::string_view text)
+    {
+        const auto range = parseRange(text);
+        if (!range) {
+            fail("the frames of -f are not given as FIRST-LAST or LAST");
+        }
+        m_options.range = *range;
+    }
+
+    void setThreads(std::string_view text)
+    {
+        const auto threads = parseNumber<unsigned>(text);
+        if (!threads || *threads == 0 || *threads > 1024) {
+            fail("the number of threads is not between 1 and 1024");
+        }
+        m_options.threads = *threads;
+    }
+
+    void setInput(std::string_view path)
+    {
+        if (!m_options.input.empty()) {
+            fail("more than one recording is named");
+        }
+        m_options.input = path;
+    }
+
+    [[nodiscard]] Mode mode() const
+    {
+        if (m_help || m_version) {
+            return m_help ? Mode::Help : Mode::Version;
+        }
+        if (m_metadataOnly) {
+            return Mode::Report;
+        }
+        if (m_average) {
+            return Mode::Average;
+        }
+        if (m_frames) {
+            return Mode::Frames;
+        }
+        return m_options.output.empty() ? Mode::Report : Mode::Rewrite;
+    }
+
+    [[nodiscard]] bool needsInput() const
+    {
+        return m_options.mode != Mode::Help && m_options.mode != Mode::Version;
+    }
+
+    std::span<const std::string_view> m_arguments;
+    std::size_t m_next = 0;
+    bool m_onlyFiles = false;
+    bool m_metadataOnly = false;
+    bool m_average = false;
+    bool m_frames = false;
+    bool m_help = false;
+    bool m_version = false;
+    Options m_options;
+};
+
+} // namespace
+
+Options parseOptions(std::span<const std::string_view> arguments)
+{
+    return Parser(arguments).parse();
+}
+
+std::string_view usage()
+{
+    return R"(Usage: mlv_dump [OPTION]... RECORDING
+
+Reads an MLV recording with all its chunks (.MLV, .M00, .M01, ...).
+
+  -m -v          print what stands in the recording
+  --dng          write every frame as PREFIX000000.dng, ... and the sound as PREFIX.wav
+  -a             write the average of all frames as a recording of one frame
+  -s FILE        subtract the first frame of FILE, a dark frame
+  -t FILE        divide by the first frame of FILE, a flat field
+  -f FIRST-LAST  only these frames; a LAST of 0 means all from FIRST on
+  -f LAST        only the frames up to LAST
+  -o OUT         the prefix for --dng, otherwise the recording to write
+  --no-cs        accepted without effect: chroma is never smoothed
+  --threads N    use N threads instead of as many as there are processors
+  --help         print this text
+  --version      print the version
+)";
+}
+
+} // namespace mlvdump

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace mlvdump {
+
+enum class Mode {
+    Help,
+    Version,
+    Report,  ///< what stands in the recording, no frame data read
+    Frames,  ///< one DNG a frame, and the sound as a WAV
+    Average, ///< one averaged frame as a recording
+    Rewrite, ///< all frames, calibrated and uncompressed, as a recording
+};
+
+/// Frame numbers, both included.
+struct FrameRange
+{
+    std::uint64_t first = 0;
+    std::uint64_t last = std::numeric_limits<std::uint64_t>::max();
+
+    [[nodiscard]] bool contains(std::uint64_t number) const
+    {
+        return number >= first && number <= last;
+    }
+};
+
+struct Options
+{
+    Mode mode = Mode::Report;
+    bool verbose = false;
+    FrameRange range;
+    std::filesystem::path dark;   ///< empty: none
+    std::filesystem::path flat;   ///< empty: none
+    std::filesystem::path output; ///< a prefix for Frames, else a file
+    std::filesystem::path input;
+    unsigned threads = 0; ///< 0: as many as the machine has
+};
+
+/// The arguments make no sense. Knows whether they ask for a frame run, which ends without the last
+/// two lines when it fails.
+class UsageError : public std::runtime_error
+{
+public:
+    UsageError(const std::string &text, bool asksForFrames)
+        : std::runtime_error(text)
+        , m_asksForFrames(asksForFrames)
+    {
+    }
+    [[nodiscard]] bool asksForFrames() const { return m_asksForFrames; }
+
+private:
+    bool m_asksForFrames;
+};
+
+/// The arguments without the program's name. Throws UsageError.
+[[nodiscard]] Options parseOptions(std::span<const std::string_view> arguments);
+
+[[nodiscard]] std::string_view usage();
+
+} // namespace mlvdump

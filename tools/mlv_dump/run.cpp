@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: MIT
+#include "mlv_dump/run.h"
+
+#include "mlv/error.h"
+#include "mlv_dump/average.h"
+#include "mlv_dump/extraction.h"
+#include "mlv_dump/recordingwriter.h"
+#include "mlv_dump/report.h"
+#include "mlv_dump/sound.h"
+
+#include <algorithm>
+#include <new>
+#include <thread>
+
+namespace mlvdump {
+namespace {
+
+unsigned threadCount(const Options &options)
+{
+    return options.threads > 0 ? options.threads
+                               : std::max(1U, std::thread::hardware_concurrency());
+}
+
+std::vector<std::filesystem::path> references(const Options &options)
+{
+    std::vector<std::filesystem::path> paths;
+    for (const auto &path : {options.dark, options.flat}) {
+        if (!path.empty()) {
+            paths.push_back(path);
+        }
+    }
+    return paths;
+}
+
+/// The stages that need frame data.
+class FrameRun
+{
+public:
+    FrameRun(const Options &options, const mlv::Recording &recording, Output &output)
+        : m_options(options)
+        , m_recording(recording)
+        , m_output(output)
+        , m_decoder(recording)
+        , m_sources(recording, references(options))
+        , m_calibration(options.dark, options.flat, m_decoder.format())
+    {
+        if (recording.videoFrames().empty()) {
+            throw mlv::Error("holds no whole frame");
+        }
+        if (m_calibration.flat()) {
+            output.line(m_calibration.flat()->description());
+        }
+        output.flush();
+    }
+
+    std::size_t writeFrames()
+    {
+        auto frames = plannedFrames();
+        // The sound comes first, so that it is there when the frames are.
+        auto soundPath = m_options.output;
+        soundPath += ".wav";
+        const double rate = m_recording.framesPerSecond();
+        const PictureTime picture{frames.front().block->timestamp,
+                                  rate > 0 ? static_cast<double>(frames.size()) / rate : 0};
+        writeSound(m_recording, picture, m_sources, soundPath, m_output);
+
+        const FrameTags tags(m_recording, m_decoder.format(), m_options.input.stem().string());
+        const Extraction::Job job{m_recording, m_calibration,    tags,
+                                  m_sources,   m_options.output, threadCount(m_options)};
+        return Extraction(job, std::move(frames), m_output).run();
+    }
+
+    std::size_t writeAverage()
+    {
+        m_sources.requireOther(m_options.output);
+        const auto average =
+            averageFrames(m_recording, m_calibration, threadCount(m_options), m_output);
+        RecordingWriter writer(m_recording, m_options.output, 1);
+        writer.addFrame(0, m_recording.videoFrames().back().timestamp, average.samples);
+        writer.commit();
+        return average.frames;
+    }
+
+    std::size_t rewrite()
+    {
+        m_sources.requireOther(m_options.output);
+        const auto frames = plannedFrames();
+        RecordingWriter writer(m_recording, m_options.output,
+                               static_cast<std::uint32_t>(frames.size()));
+        for (const auto &frame : frames) {
+            const auto samples = m_decoder.decode(*frame.block);
+            m_calibration.apply(samples);
+            writer.addFrame(frame.number - frames.front().number, frame.block->timestamp, samples);
+        }
+        writer.commit();
+        return frames.size();
+    }
+
+private:
+    std::vector<PlannedFrame> plannedFrames()
+    {
+        auto plan = planFrames(m_recording.videoFrames(), m_options.range);
+        if (plan.frames.empty()) {
+            throw mlv::Error("has none of the frames that are asked for");
+        }
+        for (const auto &remark : plan.remarks) {
+            m_output.line(remark);
+        }
+        m_output.flush();
+        return std::move(plan.frames);
+    }
+
+    const Options &m_options;
+    const mlv::Recording &m_recording;
+    Output &m_output;
+    mlv::FrameDecoder m_decoder;
+    SourceFiles m_sources;
+    Calibration m_calibration;
+};
+
+std::size_t runMode(const Options &options, const mlv::Recording &recording, Output &output)
+{
+    switch (options.mode) {
+    case Mode::Frames:
+        return FrameRun(options, recording, output).writeFrames();
+    case Mode::Average:
+        return FrameRun(options, recording, output).writeAverage();
+    case Mode::Rewrite:
+        return FrameRun(options, recording, output).rewrite();
+    default:
+        return recording.videoFrames().size();
+    }
+}
+
+/// Prints what went wrong.
+template <typename Work>
+bool succeeds(Work work, Output &output)
+{
+    try {
+        work();
+        return true;
+    } catch (const mlv::Error &error) {
+        output.error(std::string("The recording ") + error.what());
+    } catch (const WriteError &error) {
+        output.error(error.what());
+    } catch (const CalibrationError &error) {
+        output.error(error.what());
+    } catch (const std::bad_alloc &) {
+        output.error("There is not enough memory for the recording");
+    } catch (const std::system_error &error) {
+        output.error("The system refuses: " + error.code().message());
+    }
+    return false;
+}
+
+} // namespace
+
+int run(const Options &options, Output &output)
+{
+    Summary summary;
+    const auto work = [&] {
+        const mlv::Recording recording(options.input);
+        for (const auto &warning : recording.warnings()) {
+            output.warning(warning);
+        }
+        if (options.verbose) {
+            printReport(recording, output);
+        }
+        summary.framesPerSecond = recording.framesPerSecond();
+        summary.frames = runMode(options, recording, output);
+    };
+    const bool success = succeeds(work, output);
+    if (success || options.mode != Mode::Frames) {
+        output.finish(summary);
+    }
+    return success ? 0 : 1;
+}
+
+} // namespace mlvdump

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: MIT
+#include "mlv_dump/sound.h"
+
+#include "mlv_dump/soundplan.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace mlvdump {
+namespace {
+
+constexpr std::uint16_t pcm = 1;
+
+/// The 44 bytes before the samples of a WAV file.
+struct WavHead
+{
+    std::array<char, 4> riff{'R', 'I', 'F', 'F'};
+    std::uint32_t riffBytes = 0; ///< behind this field
+    std::array<char, 4> wave{'W', 'A', 'V', 'E'};
+    std::array<char, 4> fmt{'f', 'm', 't', ' '};
+    std::uint32_t fmtBytes = sizeof(mlv::WaveInfo);
+    mlv::WaveInfo info{};
+    std::array<char, 4> data{'d', 'a', 't', 'a'};
+    std::uint32_t dataBytes = 0;
+};
+static_assert(sizeof(WavHead) == 44);
+
+constexpr std::uint64_t maxDataBytes = std::numeric_limits<std::uint32_t>::max() - sizeof(WavHead);
+
+bool isPlausible(const mlv::WaveInfo &info)
+{
+    const bool known = info.format == pcm && info.channels >= 1 && info.channels <= 8 &&
+                       info.samplesPerSecond >= 4000 && info.samplesPerSecond <= 384000;
+    return known && info.bitsPerSample >= 8 && info.bitsPerSample <= 32 &&
+           info.bitsPerSample % 8 == 0;
+}
+
+/// The fields that follow from others, as they have to be.
+mlv::WaveInfo completed(mlv::WaveInfo info)
+{
+    info.blockAlign = static_cast<std::uint16_t>(info.channels * info.bitsPerSample / 8);
+    info.bytesPerSecond = info.samplesPerSecond * info.blockAlign;
+    return info;
+}
+
+/// How far behind the picture the sound starts, bytes of whole samples; negative: before it.
+std::int64_t leadBytes(std::uint64_t soundStart, std::uint64_t pictureStart,
+                       const mlv::WaveInfo &info)
+{
+    const double difference = static_cast<double>(soundStart) - static_cast<double>(pictureStart);
+    constexpr double aDay = 86400e6;
+    const double microseconds = std::clamp(difference, -aDay, aDay);
+    return std::llround(microseconds * info.samplesPerSecond / 1e6) * info.blockAlign;
+}
+
+void writeSilence(OutputFile &file, std::uint64_t bytes, const mlv::WaveInfo &info)
+{
+    // 8-bit samples are unsigned in a WAV file.
+    const std::vector<std::byte> silence(65536, std::byte(info.bitsPerSample == 8 ? 0x80 : 0));
+    while (bytes > 0) {
+        const auto part = std::min<std::uint64_t>(bytes, silence.size());
+        file.write(std::span(silence).first(static_cast<std::size_t>(part)));
+        bytes -= part;
+    }
+}
+
+void writePlan(const mlv::Recording &recording, const SoundPlan &plan, const mlv::WaveInfo &info,
+               OutputFile &file)
+{
+    std::vector<std::byte> data;
+    for (const auto &piece : plan.pieces) {
+        writeSilence(file, piece.silence, info);
+        data.resize(piece.block->size);
+        recording.read(*piece.block, data);
+        file.write(std::span<const std::byte>(data).subspan(piece.skip));
+    }
+}
+
+} // namespace
+
+void writeSound(const mlv::Recording &recording, const PictureTime &picture,
+                const SourceFiles &sources, const std::filesystem::path &path, Output &output)
+{
+    if (!recording.waveInfo() || recording.audioBlocks().empty()) {
+        return;
+    }
+    if (!isPlausible(*recording.waveInfo())) {
+        output.warning("the sound is of a kind that cannot be read and is left out");
+        return;
+    }
+    const auto info = completed(*recording.waveInfo());
+    const auto &blocks = recording.audioBlocks();
+    std::uint64_t mostSilence =
+        static_cast<std::uint64_t>(std::clamp(picture.seconds, 0.0, 86400.0) * info.bytesPerSecond);
+    for (const auto &block : blocks) {
+        mostSilence += block.size;
+    }
+    const auto lead = leadBytes(blocks.front().timestamp, picture.start, info);
+    auto plan = planSound(blocks, lead, std::min(mostSilence, maxDataBytes));
+    for (const auto &warning : plan.warnings) {
+        output.warning(warning);
+    }
+    const std::uint64_t padding = plan.bytes % 2; // chunks of a RIFF file have an even size
+    if (plan.bytes + padding > maxDataBytes) {
+        throw WriteError("The sound is too long for a WAV file");
+    }
+
+    WavHead head;
+    head.info = info;
+    head.dataBytes = static_cast<std::uint32_t>(plan.bytes);
+    head.riffBytes = static_cast<std::uint32_t>(sizeof head - 8 + plan.bytes + padding);
+    sources.requireOther(path);
+    OutputFile file(path);
+    file.write(mlv::encodeLayout(head));
+    writePlan(recording, plan, info, file);
+    writeSilence(file, padding, info);
+    file.commit();
+}
+
+} // namespace mlvdump

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "mlv/recording.h"
+#include "mlv_dump/output.h"
+#include "mlv_dump/sourcefiles.h"
+
+#include <filesystem>
+
+namespace mlvdump {
+
+/// When the picture that the sound belongs to starts and how long it lasts.
+struct PictureTime
+{
+    std::uint64_t start; ///< microseconds on the recording's clock
+    double seconds;
+};
+
+/// Writes the sound of the recording as a WAV file, if it has any. The sound starts where the
+/// picture starts: silence is put in front or sound is left out there. Lost sound blocks leave
+/// silence. Throws WriteError or mlv::ReadError.
+void writeSound(const mlv::Recording &recording, const PictureTime &picture,
+                const SourceFiles &sources, const std::filesystem::path &path, Output &output);
+
+} // namespace mlvdump

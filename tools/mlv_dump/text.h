@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace mlvdump {
+
+/// printf() into a string.
+[[nodiscard]] __attribute__((format(printf, 1, 2))) std::string format(const char *pattern, ...);
+
+/// Text of a recording, fit to be printed within a line: control characters become blanks, what is
+/// not UTF-8 becomes "?", and the two marks that a reader of our output looks for, "[ERROR]" and
+/// "Done", are changed so that they are none. Trailing NULs are left out.
+[[nodiscard]] std::string harmless(std::string_view text);
+
+/// The same for a field of fixed size, whose text ends at the first NUL or with the field.
+template <std::size_t size>
+[[nodiscard]] std::string harmless(const std::array<char, size> &field)
+{
+    const std::string_view text(field.data(), field.size());
+    return harmless(text.substr(0, text.find('\0')));
+}
+
+/// The longest start of UTF-8 text that has at most `size` bytes and cuts no character.
+[[nodiscard]] std::string_view cutToSize(std::string_view text, std::size_t size);
+
+} // namespace mlvdump
