@@ -83,7 +83,8 @@ void print(Output &out, const mlv::Clock &clock)
 {
     out.line(
         format("    Date        : %02d.%02d.%04d", clock.day, clock.month + 1, clock.year + 1900));
-    out.line(format("    Time        : %02d:%02d:%02d (GMT%+d)", clock.hour, clock.minute,
+    // Readers look for "Time:" without a blank in between: the value has colons of its own.
+    out.line(format("    Time:         %02d:%02d:%02d (GMT%+d)", clock.hour, clock.minute,
                     clock.second, clock.gmtOffset));
     out.line("    Zone        : '" + harmless(clock.zone) + "'");
     out.line(format("    Day of week : %d", clock.dayOfWeek));
