@@ -96,8 +96,10 @@ public:
     void kill();
 
     /// Makes the current and every later synchronous run of this wrapper end its child soon. May be
-    /// called on any thread; there is no way back.
+    /// called on any thread.
     void requestCancel() { m_cancelRequested = true; }
+    /// Lets synchronous runs start as usual again. On the thread that drives the wrapper.
+    void clearCancelRequest() { m_cancelRequested = false; }
     bool isCancelRequested() const { return m_cancelRequested; }
 
     /// Splits output at CR LF, LF or CR and delivers the complete lines. When the chunk ends in the

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "conversion/dcrawtask.h"
+#include "conversion/hdrinterleavedimagemerge.h"
+#include "sluice/slpipeline.h"
+#include "sluice/slunitprocess.h"
+
+#include <QString>
+
+#include <atomic>
+
+namespace filmwright {
+
+/// The unit that converts DNG frames: each path of its input "FilePath" (a QString) gives a TIFF
+/// beside the DNG and, on the output "Image", a QImage of the TIFF's size. A frame that could not
+/// be converted gives a null image, so that one image comes back for every path.
+///
+/// Made, fed and destroyed on the main thread; the rest runs in the unit's worker thread.
+class DCRawProcess : public SLUnitProcess, public DCRawTaskProtocol
+{
+public:
+    DCRawProcess();
+    ~DCRawProcess() override;
+
+    /// Queues a DNG. Main thread, before or while the manager runs.
+    void addFilePath(const QString &path);
+
+    /// Whether cr2hdr blends each frame's alternating rows before the conversion; false after
+    /// creation.
+    bool dualIso() const { return m_dualIso; }
+    void setDualIso(bool dualIso) { m_dualIso = dualIso; }
+
+    bool process() override;
+
+    /// Ends the tool that converts the current frame; its half-written TIFF is removed.
+    void interrupt() override;
+
+    void dngConversionFinished(DCRawTask &task) override;
+
+private:
+    std::unique_ptr<SLPipeline> m_filePathPipeline;
+    std::unique_ptr<DCRawTask> m_dcRawTask;
+    HDRInterleavedImageMerge m_interleavedMerge;
+    std::atomic<bool> m_dualIso = false;
+};
+
+} // namespace filmwright

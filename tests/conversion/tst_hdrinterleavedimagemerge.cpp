@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include "conversion/hdrinterleavedimagemerge.h"
+#include "frames.h"
+#include "support/logcapture.h"
+#include "support/toolfolder.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace filmwright;
+
+namespace {
+
+const QString dcraw = QStringLiteral("dcraw");
+const QString cr2hdr = QStringLiteral("cr2hdr");
+
+} // namespace
+
+class tst_HDRInterleavedImageMerge : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void convertsAtTheDefaultBrightnessAndThenBlends();
+    void existingTiffIsKept();
+    void environmentIsThePathOfItsFolderOnly();
+    void linesAreLogged();
+    void percentSignsAreReadAsAFormat();
+    void missingToolIsPassedOver();
+    void cancelledRunsNothing();
+
+private:
+    QString toolFile(const QString &name) const
+    {
+        return m_tools->path() + QLatin1Char('/') + name;
+    }
+    QByteArray contents(const QString &path) const
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<ToolFolder> m_tools;
+    QString m_dng;
+};
+
+void tst_HDRInterleavedImageMerge::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    m_tools.reset();
+    m_tools = std::make_unique<ToolFolder>();
+    m_tools->addTool(dcraw, QStringLiteral("for last; do :; done; echo tiff > \"${last%.*}.tiff\"; "
+                                           "echo dcraw >> \"${0%/*}/order\""));
+    m_tools->addTool(cr2hdr, QStringLiteral("echo cr2hdr >> \"${0%/*}/order\""));
+    m_dng = m_folder->filePath(QStringLiteral("tmp000000.dng"));
+}
+
+void tst_HDRInterleavedImageMerge::convertsAtTheDefaultBrightnessAndThenBlends()
+{
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    merge.hdrMerge();
+    QCOMPARE(contents(toolFile(QStringLiteral("order"))), QByteArray("dcraw\ncr2hdr\n"));
+    QCOMPARE(m_tools->calls(dcraw).size(), 1);
+    QCOMPARE(m_tools->calls(dcraw).first().value(8), QStringLiteral("4.000000"));
+    QCOMPARE(m_tools->calls(cr2hdr), QList<QStringList>{{m_dng}});
+    QCOMPARE(contents(m_folder->filePath(QStringLiteral("tmp000000.tiff"))), QByteArray("tiff\n"));
+}
+
+void tst_HDRInterleavedImageMerge::existingTiffIsKept()
+{
+    QFile tiff(m_folder->filePath(QStringLiteral("tmp000000.tiff")));
+    QVERIFY(tiff.open(QIODevice::WriteOnly));
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    merge.hdrMerge();
+    QCOMPARE(contents(toolFile(QStringLiteral("order"))), QByteArray("cr2hdr\n"));
+}
+
+void tst_HDRInterleavedImageMerge::environmentIsThePathOfItsFolderOnly()
+{
+    m_tools->addTool(cr2hdr, QStringLiteral("/bin/cat /proc/$$/environ > \"$0.env\""));
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    merge.hdrMerge();
+    QCOMPARE(contents(toolFile(QStringLiteral("cr2hdr.env"))),
+             QByteArray("PATH=") + m_tools->path().toUtf8() + '\0');
+}
+
+void tst_HDRInterleavedImageMerge::linesAreLogged()
+{
+    m_tools->addTool(cr2hdr, QStringLiteral("echo 'one : 1'; echo 'two : 2' >&2"));
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    const LogCapture log;
+    merge.hdrMerge();
+    QCOMPARE(LogCapture::lines(),
+             QStringList({QStringLiteral("one : 1"), QStringLiteral("two : 2")}));
+}
+
+void tst_HDRInterleavedImageMerge::percentSignsAreReadAsAFormat()
+{
+    m_tools->addTool(cr2hdr, QStringLiteral("echo '50%% of %s'"));
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    const LogCapture log;
+    merge.hdrMerge();
+    QCOMPARE(LogCapture::lines(), QStringList(QStringLiteral("50% of %s")));
+}
+
+void tst_HDRInterleavedImageMerge::missingToolIsPassedOver()
+{
+    QVERIFY(QFile::remove(toolFile(cr2hdr)));
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", m_tools->path().toUtf8()); // in case one is installed
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    merge.hdrMerge();
+    qputenv("PATH", path);
+    QCOMPARE(contents(toolFile(QStringLiteral("order"))), QByteArray("dcraw\n"));
+}
+
+void tst_HDRInterleavedImageMerge::cancelledRunsNothing()
+{
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    merge.requestCancel();
+    merge.hdrMerge();
+    QVERIFY(m_tools->calls(dcraw).isEmpty());
+    QVERIFY(m_tools->calls(cr2hdr).isEmpty());
+    merge.clearCancelRequest();
+    merge.hdrMerge();
+    QCOMPARE(m_tools->calls(cr2hdr).size(), 1);
+}
+
+QTEST_GUILESS_MAIN(tst_HDRInterleavedImageMerge)
+#include "tst_hdrinterleavedimagemerge.moc"
