@@ -8,8 +8,8 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace std::chrono_literals;
@@ -41,6 +41,12 @@ std::unique_ptr<MlvDumpTask> MlvDumpTask::mlvDumpTask()
     task->setLaunchPath(resourcePath(QStringLiteral("mlv_dump")));
     task->setTaskWrapperdelegate(task.get());
     return task;
+}
+
+MlvDumpTask::MlvDumpTask()
+{
+    m_pendingReport.setSingleShot(true);
+    connect(&m_pendingReport, &QTimer::timeout, this, [this] { tell(m_laterReport); });
 }
 
 MlvDumpTask::~MlvDumpTask()
@@ -235,7 +241,8 @@ void MlvDumpTask::tell(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &))
 /// After the current event, so that no report arrives inside the caller's own call.
 void MlvDumpTask::tellLater(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &))
 {
-    QTimer::singleShot(0ms, this, [this, report] { tell(report); });
+    m_laterReport = report;
+    m_pendingReport.start(0ms);
 }
 
 } // namespace filmwright

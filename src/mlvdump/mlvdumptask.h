@@ -5,6 +5,8 @@
 #include "mlvdump/mlvdumptaskprotocol.h"
 #include "runner/taskwrapper.h"
 
+#include <QTimer>
+
 namespace filmwright {
 
 /// The kind of run that an MlvDumpTask is in.
@@ -33,7 +35,7 @@ public:
     /// A task that is ready to run the bundled mlv_dump and listens to itself.
     static std::unique_ptr<MlvDumpTask> mlvDumpTask();
 
-    MlvDumpTask() = default;
+    MlvDumpTask();
     ~MlvDumpTask() override;
 
     MlvDumpTaskProtocol *delegate() const { return m_delegate; }
@@ -90,6 +92,10 @@ public:
     /// Subtracts the averaged dark of the flat from the averaged flat.
     void substractFlatDark();
 
+    /// Whether a report that is sent after the current event is still to come.
+    bool isReportPending() const { return m_pendingReport.isActive(); }
+    void cancelPendingReport() { m_pendingReport.stop(); }
+
     void receivedLine(const QString &line, TaskWrapper &taskWrapper) override;
     void aborted() override;
 
@@ -113,6 +119,8 @@ private:
     QString m_flatPath;
     QString m_flatDarkPath;
     QString m_error;
+    QTimer m_pendingReport;
+    void (MlvDumpTaskProtocol::*m_laterReport)(MlvDumpTask &) = nullptr;
 };
 
 } // namespace filmwright

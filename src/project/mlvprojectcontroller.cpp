@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+#include "project/mlvprojectcontroller.h"
+
+#include "conversion/dcrawprocess.h"
+#include "conversion/tiffbitmap.h"
+#include "runner/files.h"
+#include "sluice/slunitprocessmanager.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace filmwright {
+
+namespace {
+
+/// Lets the callback that delivered the last frame return before the next stage starts.
+constexpr auto pauseAfterLastFrame = 100ms;
+
+/// A conversion that was killed leaves the beginning of a TIFF; it must not be taken for a frame.
+void removeUnfinishedTiff(const QString &dngPath)
+{
+    const QString tiff = pathWithExtension(dngPath, QStringLiteral("tiff"));
+    if (QFileInfo::exists(tiff) && !TiffBitmap::isWhole(tiff))
+        QFile::remove(tiff);
+}
+
+} // namespace
+
+std::unique_ptr<MLVProjectController> MLVProjectController::projectWithMLVFile(const QString &path)
+{
+    auto controller = std::make_unique<MLVProjectController>();
+    controller->setMlvPath(path);
+    return controller;
+}
+
+MLVProjectController::MLVProjectController()
+    : m_mlvDumptask(MlvDumpTask::mlvDumpTask())
+    , m_dcRawProcess(std::make_shared<DCRawProcess>())
+    , m_dcRawPorcessManager(std::make_unique<SLUnitProcessManager>())
+    , m_ffmpegTask(FFmpegTask::ffmpegTask())
+{
+    SLOutlet *image = m_dcRawProcess->outputForKey(QStringLiteral("Image"));
+    image->setTarget(this);
+    image->setSelector(&MLVProjectController::imageRGBReceived);
+    m_dcRawPorcessManager->addUnitProcess(m_dcRawProcess);
+    m_afterLastFrame.setSingleShot(true);
+    m_afterLastFrame.setInterval(pauseAfterLastFrame);
+    connect(&m_afterLastFrame, &QTimer::timeout, this,
+            &MLVProjectController::launchMovieExtraction);
+}
+
+MLVProjectController::~MLVProjectController()
+{
+    // The tasks may be in the middle of a call to this object.
+    m_ffmpegTask->setDelegate(nullptr);
+    m_ffmpegTask.release()->deleteLater();
+    m_mlvDumptask->setDelegate(nullptr);
+    m_mlvDumptask.release()->deleteLater();
+    m_dcRawProcess->outputForKey(QStringLiteral("Image"))->setTarget(nullptr);
+    m_dcRawPorcessManager->stop();
+}
+
+void MLVProjectController::setMlvPath(const QString &path)
+{
+    if (path.isEmpty()) {
+        m_mlvPath = QString();
+        m_mode = MLVProjectModeIdle;
+        return;
+    }
+    m_mlvPath = path;
+    replaceMlvDumpTask();
+    m_mlvDumptask->extractMeta();
+    m_mode = MLVProjectModeReadingData;
+}
+
+void MLVProjectController::replaceMlvDumpTask()
+{
+    m_mlvDumptask->stop(false);
+    m_mlvDumptask->setDelegate(nullptr);
+    m_mlvDumptask.release()->deleteLater();
+    m_mlvDumptask = MlvDumpTask::mlvDumpTask();
+    m_mlvDumptask->setMlvPath(m_mlvPath);
+    m_mlvDumptask->setDelegate(this);
+}
+
+void MLVProjectController::setMode(MLVProjectMode mode)
+{
+    m_mode = mode;
+    if (m_delegate)
+        m_delegate->controllerUpdated(*this);
+}
+
+QString stateText(MLVProjectMode mode, MlvDumpMode processMode)
+{
+    switch (mode) {
+    case MLVProjectModeReadingData:
+        return QStringLiteral("Reading data");
+    case MLVProjectModePending:
+        return QStringLiteral("Pending");
+    case MLVProjectModeExtracting:
+        switch (processMode) {
+        case MlvDumpModeNone:
+            return QStringLiteral("Waiting for mlv_dump");
+        case MlvDumpModeMeta:
+            return QStringLiteral("Meta extraction");
+        case MlvDumpModeDNG:
+            return QStringLiteral("Extracting DNG");
+        default:
+            return {};
+        }
+    case MLVProjectModeRGBConversion:
+        return QStringLiteral("RGB conversion");
+    case MLVProjectModeBuildingMovie:
+        return QStringLiteral("Building movie");
+    case MLVProjectModeFinished:
+        return QStringLiteral("Finished");
+    case MLVProjectModeIdle:
+    case MLVProjectModeReady:
+        break;
+    }
+    return QStringLiteral("Ready");
+}
+
+bool MLVProjectController::isToolBusy() const
+{
+    return m_mlvDumptask->isRunning() || m_mlvDumptask->isReportPending() ||
+           m_ffmpegTask->isRunning();
+}
+
+void MLVProjectController::readyToGo()
+{
+    setMode(MLVProjectModePending);
+}
+
+void MLVProjectController::launchDNGExtraction()
+{
+    m_mode = MLVProjectModeExtracting;
+    m_mlvDumptask->setDarkPath(m_darkPath);
+    m_mlvDumptask->setFlatPath(m_flatPath);
+    m_mlvDumptask->extractDNGAtIndex(0);
+    setMode(MLVProjectModeExtracting);
+}
+
+void MLVProjectController::stop()
+{
+    m_dcRawPorcessManager->stop();
+    m_afterLastFrame.stop();
+    m_mlvDumptask->cancelPendingReport();
+    if (m_mlvDumptask->isRunning())
+        m_mlvDumptask->abort();
+    if (m_ffmpegTask->isRunning())
+        m_ffmpegTask->abort();
+    setMode(MLVProjectModeIdle);
+}
+
+void MLVProjectController::cleanTmpFiles()
+{
+    QDir(extractionDirectory()).removeRecursively();
+}
+
+void MLVProjectController::metaExtractionFinished(MlvDumpTask &)
+{
+    setMode(MLVProjectModeReady);
+}
+
+void MLVProjectController::dngExtractionFinished(MlvDumpTask &task)
+{
+    launchRGBExtraction(task.extractionDirectory());
+}
+
+void MLVProjectController::dngExtractionAborted(MlvDumpTask &)
+{
+    setMode(MLVProjectModeIdle);
+}
+
+void MLVProjectController::error(const QString &error, MlvDumpTask &)
+{
+    if (m_delegate)
+        m_delegate->controllerWorkError(error);
+}
+
+void MLVProjectController::launchRGBExtraction(const QString &directory)
+{
+    m_mode = MLVProjectModeRGBConversion;
+    m_dngToProcess = 0;
+    for (const QString &name : folderEntries(directory)) {
+        // Extracted frames carry this extension in lower case; a ".DNG" is no frame of ours.
+        if (QFileInfo(name).suffix() != QLatin1String("dng"))
+            continue;
+        const QString path = QDir(directory).filePath(name);
+        removeUnfinishedTiff(path);
+        m_dcRawProcess->addFilePath(path);
+        ++m_dngToProcess;
+    }
+    m_framesToConvert = m_dngToProcess;
+    m_dcRawPorcessManager->execute();
+    setMode(MLVProjectModeRGBConversion);
+}
+
+void MLVProjectController::imageRGBReceived(const QImage &image)
+{
+    if (m_delegate)
+        m_delegate->imageRGBReceived(image, *this);
+    if (--m_dngToProcess == 0)
+        m_afterLastFrame.start();
+}
+
+void MLVProjectController::launchMovieExtraction()
+{
+    setMode(MLVProjectModeBuildingMovie);
+    m_ffmpegTask->setTiffsDirectory(extractionDirectory());
+    m_ffmpegTask->setDelegate(this);
+    m_ffmpegTask->setMlvPath(m_mlvPath);
+    m_ffmpegTask->setFps(fps());
+    m_ffmpegTask->setFormat(m_movieFormat);
+    m_ffmpegTask->setQuality(m_movieQuality);
+    m_ffmpegTask->buildMovie();
+}
+
+void MLVProjectController::movieExtractionFinished(FFmpegTask &)
+{
+    if (!m_keepsTmpFiles)
+        cleanTmpFiles();
+    setMode(MLVProjectModeFinished);
+    if (m_delegate)
+        m_delegate->controllerWorkFinished(*this);
+}
+
+void MLVProjectController::movieExtractionAborted(FFmpegTask &)
+{
+    setMode(MLVProjectModeIdle);
+}
+
+} // namespace filmwright

@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "encoding/ffmpegtask.h"
+#include "mlvdump/mlvdumptask.h"
+#include "project/mlvprojectcontrollerprotocol.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+
+class SLUnitProcessManager;
+
+namespace filmwright {
+
+class DCRawProcess;
+
+/// The stage that a project is in.
+enum MLVProjectMode : qint32 {
+    MLVProjectModeIdle = -1,         ///< new, stopped, aborted or without a recording
+    MLVProjectModeReadingData = 0,   ///< mlv_dump reads the metadata
+    MLVProjectModeReady = 1,         ///< metadata read
+    MLVProjectModePending = 2,       ///< queued for a batch run, not started
+    MLVProjectModeExtracting = 3,    ///< mlv_dump extracts the frames
+    MLVProjectModeRGBConversion = 4, ///< dcraw converts the frames
+    MLVProjectModeBuildingMovie = 5, ///< ffmpeg builds the movie
+    MLVProjectModeFinished = 6,      ///< the movie is written, the working folder removed
+};
+
+/// The text that stands for a mode. While frames are extracted it depends on what mlv_dump does;
+/// for a calibration run there is none (null).
+QString stateText(MLVProjectMode mode, MlvDumpMode processMode);
+
+/// One queued recording and everything that is done to it: metadata, frames, conversion, movie.
+/// Each stage is started by the end of the one before; no event looks at the current mode.
+///
+/// Main thread only, with an event loop. Failures of the tools other than mlv_dump's error lines
+/// are not told by the delegate calls; ProjectMonitor finds them.
+class MLVProjectController : public QObject, public MlvDumpTaskProtocol, public FFmpegTaskProtocol
+{
+    Q_OBJECT
+
+public:
+    /// A project whose metadata is being read.
+    static std::unique_ptr<MLVProjectController> projectWithMLVFile(const QString &path);
+
+    MLVProjectController();
+    /// Ends a running frame conversion and waits for it; other tools end with the application.
+    ~MLVProjectController() override;
+
+    /// Not owned; cleared by its owner before it goes away.
+    MLVProjectControllerProtocol *delegate() const { return m_delegate; }
+    void setDelegate(MLVProjectControllerProtocol *delegate) { m_delegate = delegate; }
+
+    QString mlvPath() const { return m_mlvPath; }
+    /// Starts reading the recording's metadata. An empty path clears the recording and leaves
+    /// everything else as it is. The delegate isn't told of either change of mode.
+    void setMlvPath(const QString &path);
+
+    // The averaged calibration recordings; an empty string means none.
+    QString darkPath() const { return m_darkPath; }
+    void setDarkPath(const QString &path) { m_darkPath = path; }
+    QString flatPath() const { return m_flatPath; }
+    void setFlatPath(const QString &path) { m_flatPath = path; }
+
+    /// A MovieFormat.
+    qint32 movieFormat() const { return m_movieFormat; }
+    void setMovieFormat(qint32 format) { m_movieFormat = format; }
+    /// A MovieQuality.
+    qint32 movieQuality() const { return m_movieQuality; }
+    void setMovieQuality(qint32 quality) { m_movieQuality = quality; }
+
+    /// Whether the working folder of a finished movie stays, for whoever wants to look into it.
+    bool keepsTmpFiles() const { return m_keepsTmpFiles; }
+    void setKeepsTmpFiles(bool keeps) { m_keepsTmpFiles = keeps; }
+
+    // What the report says of the recording; 0 or "" before it was read.
+    float fps() const { return m_mlvDumptask->fps(); }
+    quint64 videoFrames() const { return m_mlvDumptask->videoFrames(); }
+    quint64 audioFrames() const { return m_mlvDumptask->audioFrames(); }
+    quint64 iso() const { return m_mlvDumptask->iso(); }
+    double shutter() const { return m_mlvDumptask->shutter(); }
+    float aperture() const { return m_mlvDumptask->aperture(); }
+    QString camera() const { return m_mlvDumptask->camera(); }
+    QString cameraSerial() const { return m_mlvDumptask->cameraSerial(); }
+    QString lens() const { return m_mlvDumptask->lens(); }
+    QString focal() const { return m_mlvDumptask->focal(); }
+    QString date() const { return m_mlvDumptask->date(); }
+    QString time() const { return m_mlvDumptask->time(); }
+    QString resolution() const { return m_mlvDumptask->resolution(); }
+    /// The project's working folder, ending with a path separator.
+    QString extractionDirectory() const { return m_mlvDumptask->extractionDirectory(); }
+
+    MLVProjectMode mlvProjectMode() const { return m_mode; }
+    QString state() const { return stateText(m_mode, m_mlvDumptask->processMode()); }
+
+    /// Where the movie of the current format goes.
+    QString moviePath() const { return moviePathFor(m_mlvPath, m_movieFormat); }
+
+    /// Frames handed to the conversion in this run, and those of them that are still out.
+    int framesToConvert() const { return m_framesToConvert; }
+    int dngToProcess() const { return m_dngToProcess; }
+
+    /// Whether a stage's tool runs or its report is still to come (the conversion not counted).
+    bool isToolBusy() const;
+    /// ffmpeg: frames encoded in this run, exit status of the last run, what it printed.
+    const FFmpegTask &encoder() const { return *m_ffmpegTask; }
+
+    // One batch run: readyToGo() on every project, then formats, calibration and
+    // launchDNGExtraction() on the one whose turn it is.
+    void readyToGo();
+    void launchDNGExtraction();
+    /// Ends whatever runs; nothing more is delivered or launched. A dcraw that is converting a
+    /// frame ends by itself and its frame is kept.
+    void stop();
+    /// Removes the working folder with everything in it.
+    void cleanTmpFiles();
+
+    void metaExtractionFinished(MlvDumpTask &task) override;
+    void dngExtractionFinished(MlvDumpTask &task) override;
+    void dngExtractionAborted(MlvDumpTask &task) override;
+    void processingDarkFinished(MlvDumpTask &) override {}
+    void processingFlatFinished(MlvDumpTask &) override {}
+    void processingFlatDarkFinished(MlvDumpTask &) override {}
+    void processingFlatDarkSubstractionFinished(MlvDumpTask &) override {}
+    void error(const QString &error, MlvDumpTask &forTask) override;
+    void movieExtractionFinished(FFmpegTask &task) override;
+    void movieExtractionAborted(FFmpegTask &task) override;
+
+    /// One frame has come back from the conversion.
+    void imageRGBReceived(const QImage &image);
+
+private:
+    void setMode(MLVProjectMode mode);
+    void replaceMlvDumpTask();
+    void launchRGBExtraction(const QString &directory);
+    void launchMovieExtraction();
+
+    MLVProjectControllerProtocol *m_delegate = nullptr;
+    std::unique_ptr<MlvDumpTask> m_mlvDumptask;
+    std::shared_ptr<DCRawProcess> m_dcRawProcess;
+    std::unique_ptr<SLUnitProcessManager> m_dcRawPorcessManager;
+    std::unique_ptr<FFmpegTask> m_ffmpegTask;
+    QTimer m_afterLastFrame;
+    QString m_mlvPath;
+    QString m_darkPath;
+    QString m_flatPath;
+    qint32 m_movieFormat = MovieFormatAVI;
+    qint32 m_movieQuality = MovieQualityMaximum;
+    MLVProjectMode m_mode = MLVProjectModeIdle;
+    bool m_keepsTmpFiles = false;
+    int m_framesToConvert = 0;
+    int m_dngToProcess = 0;
+};
+
+} // namespace filmwright

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "project/projectmonitor.h"
+
+#include "conversion/tiffbitmap.h"
+#include "project/mlvprojectcontroller.h"
+#include "runner/files.h"
+#include "runner/notificationcenter.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace filmwright {
+
+namespace {
+
+/// The TIFF frames of a folder, of which ffmpeg will see no others.
+int countFrames(const QString &folder)
+{
+    const QStringList entries = folderEntries(folder);
+    return static_cast<int>(
+        std::count_if(entries.cbegin(), entries.cend(), [](const QString &name) {
+            return QFileInfo(name).suffix() == QLatin1String("tiff");
+        }));
+}
+
+} // namespace
+
+ProjectMonitor::ProjectMonitor(MLVProjectController &project)
+    : m_project(project)
+{
+    // A tool that ended without having said so leaves its stage waiting for ever.
+    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
+            &ProjectMonitor::checkLater);
+    checkLater();
+}
+
+void ProjectMonitor::controllerUpdated()
+{
+    switch (m_project.mlvProjectMode()) {
+    case MLVProjectModeRGBConversion:
+        checkConversion();
+        break;
+    case MLVProjectModeBuildingMovie:
+        checkFrames();
+        break;
+    default:
+        break;
+    }
+    checkLater();
+}
+
+void ProjectMonitor::imageRGBReceived(const QImage &image)
+{
+    if (image.isNull())
+        ++m_missingFrames;
+}
+
+void ProjectMonitor::controllerWorkError(const QString &error)
+{
+    end(QString(error).remove(QLatin1String("[ERROR]")).trimmed());
+}
+
+void ProjectMonitor::controllerWorkFinished()
+{
+    end(encodingFailure());
+}
+
+/// The project may be in the middle of a step; what it does right after this call counts.
+void ProjectMonitor::checkLater()
+{
+    QMetaObject::invokeMethod(this, &ProjectMonitor::check, Qt::QueuedConnection);
+}
+
+void ProjectMonitor::check()
+{
+    if (m_project.isToolBusy())
+        return;
+    switch (m_project.mlvProjectMode()) {
+    case MLVProjectModeReadingData:
+        end(tr("mlv_dump ended before it had read the recording"));
+        break;
+    case MLVProjectModeExtracting:
+        end(tr("mlv_dump ended before it had extracted the frames"));
+        break;
+    case MLVProjectModeBuildingMovie:
+        end(tr("ffmpeg could not be started"));
+        break;
+    default:
+        break;
+    }
+}
+
+void ProjectMonitor::checkConversion()
+{
+    if (m_project.framesToConvert() == 0)
+        end(tr("no frame could be extracted"));
+}
+
+void ProjectMonitor::checkFrames()
+{
+    const int wanted = m_project.framesToConvert();
+    const int there =
+        std::min(wanted - m_missingFrames, countFrames(m_project.extractionDirectory()));
+    if (there < wanted)
+        end(tr("dcraw converted only %1 of %2 frames").arg(there).arg(wanted));
+}
+
+QString ProjectMonitor::encodingFailure() const
+{
+    const FFmpegTask &encoder = m_project.encoder();
+    if (encoder.terminationStatus() != 0) {
+        QFile::remove(encoder.moviePath()); // a partial movie must not look like a whole one
+        const QStringList lines = encoder.logs();
+        return tr("ffmpeg ended with status %1: %2")
+            .arg(encoder.terminationStatus())
+            .arg(lines.isEmpty() ? tr("it said nothing") : lines.constLast());
+    }
+    return QFile::exists(encoder.moviePath()) ? QString() : tr("ffmpeg wrote no movie");
+}
+
+void ProjectMonitor::end(const QString &reason)
+{
+    if (m_ended)
+        return;
+    m_ended = true;
+    QMetaObject::invokeMethod(
+        this, [this, reason] { Q_EMIT ended(reason); }, Qt::QueuedConnection);
+}
+
+} // namespace filmwright

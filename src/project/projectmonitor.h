@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QImage>
+#include <QObject>
+#include <QString>
+
+namespace filmwright {
+
+class MLVProjectController;
+
+/// Finds out that a recording will not become a whole movie: the stages themselves judge nothing
+/// but mlv_dump's error lines. Whoever drives a project makes one for each run and hands on what
+/// the project tells its delegate.
+///
+/// Main thread only; the project outlives it.
+class ProjectMonitor : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ProjectMonitor(MLVProjectController &project);
+
+    // The project's delegate calls, handed on as they come.
+    void controllerUpdated();
+    void imageRGBReceived(const QImage &image);
+    void controllerWorkError(const QString &error);
+    void controllerWorkFinished();
+
+Q_SIGNALS:
+    /// The run ends here, once, after the current event: with no reason the movie is whole;
+    /// otherwise the project still has to be stopped. `reason` is a sentence for a person.
+    void ended(const QString &reason);
+
+private:
+    void checkLater();
+    void check();
+    void checkConversion();
+    void checkFrames();
+    void end(const QString &reason);
+    QString encodingFailure() const;
+
+    MLVProjectController &m_project;
+    int m_missingFrames = 0;
+    bool m_ended = false;
+};
+
+} // namespace filmwright

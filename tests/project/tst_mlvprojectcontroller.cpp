@@ -1,0 +1,427 @@
+// SPDX-License-Identifier: MIT
+#include "fakeproject.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTest>
+
+using namespace filmwright;
+
+namespace {
+
+QStringList list(std::initializer_list<const char *> texts)
+{
+    QStringList strings;
+    for (const char *text : texts)
+        strings << QString::fromUtf8(text);
+    return strings;
+}
+
+const QString dng = QStringLiteral("dng");
+const QString tiff = QStringLiteral("tiff");
+const QString waitForTheGate = QStringLiteral("until test -e '%1'; do sleep 0.01; done; ");
+
+void create(const QString &path)
+{
+    QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+    QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+}
+
+} // namespace
+
+class TestMLVProjectController : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void newProjectIsIdle();
+    void stateTexts_data();
+    void stateTexts();
+    void settingThePathReadsTheMetadata();
+    void clearingThePathKeepsTheMetadataAndTellsNobody();
+    void settingANewPathStopsTheOldReading();
+
+    void wholeRoadInOrder();
+    void toolsAreCalledWithTheirArguments();
+    void calibrationReachesMlvDump();
+    void soundIsEncoded();
+    void finishedProjectCanRunAgain();
+    void keptFilesStay();
+
+    void movieStartsOnlyAfterTheLastImagesCallback();
+    void folderWithoutFramesStaysInConversion();
+    void upperCaseExtensionIsNotConverted();
+    void extraImageMakesTheCountNegativeAndStartsNothing();
+    void completeExtractionIsReused();
+    void wholeTiffIsNotConvertedAgain();
+    void unfinishedTiffIsConvertedAgain();
+    void errorLineIsHandedOnAndTheModeStays();
+
+    void stopDuringExtraction();
+    void stopBeforeAReusedExtractionIsReported();
+    void stopDuringConversion();
+    void stopBetweenConversionAndMovie();
+    void stopDuringEncoding();
+    void destructionDuringConversionLeavesNoTool();
+};
+
+void TestMLVProjectController::newProjectIsIdle()
+{
+    const MLVProjectController controller;
+    QCOMPARE(controller.mlvProjectMode(), MLVProjectModeIdle);
+    QCOMPARE(controller.state(), QStringLiteral("Ready"));
+    QCOMPARE(controller.videoFrames(), 0U);
+    QVERIFY(controller.mlvPath().isNull());
+}
+
+void TestMLVProjectController::stateTexts_data()
+{
+    QTest::addColumn<int>("mode");
+    QTest::addColumn<int>("processMode");
+    QTest::addColumn<QString>("text");
+    QTest::newRow("idle") << -1 << 0 << "Ready";
+    QTest::newRow("reading") << 0 << 1 << "Reading data";
+    QTest::newRow("ready") << 1 << 0 << "Ready";
+    QTest::newRow("pending") << 2 << 0 << "Pending";
+    QTest::newRow("extracting, no run") << 3 << 0 << "Waiting for mlv_dump";
+    QTest::newRow("extracting, metadata") << 3 << 1 << "Meta extraction";
+    QTest::newRow("extracting, frames") << 3 << 2 << "Extracting DNG";
+    for (int calibration = 3; calibration <= 6; ++calibration)
+        QTest::addRow("extracting, calibration %d", calibration) << 3 << calibration << QString();
+    QTest::newRow("converting") << 4 << 0 << "RGB conversion";
+    QTest::newRow("encoding") << 5 << 0 << "Building movie";
+    QTest::newRow("finished") << 6 << 0 << "Finished";
+    QTest::newRow("anything else") << 7 << 0 << "Ready";
+}
+
+void TestMLVProjectController::stateTexts()
+{
+    QFETCH(int, mode);
+    QFETCH(int, processMode);
+    QFETCH(QString, text);
+    const QString state = stateText(MLVProjectMode(mode), MlvDumpMode(processMode));
+    QCOMPARE(state, text);
+    QCOMPARE(state.isNull(), text.isNull());
+}
+
+void TestMLVProjectController::settingThePathReadsTheMetadata()
+{
+    FakeProject project(3);
+    project.controller = MLVProjectController::projectWithMLVFile(project.recording());
+    project.controller->setDelegate(&project);
+    QCOMPARE(project.controller->mlvProjectMode(), MLVProjectModeReadingData);
+    QCOMPARE(project.controller->mlvPath(), project.recording());
+    QCOMPARE(project.events, QStringList());
+    QTRY_COMPARE(project.events, list({"1"}));
+    QCOMPARE(project.controller->videoFrames(), 3U);
+    QCOMPARE(project.controller->fps(), 25.0F);
+    QCOMPARE(
+        project.tools.calls(QStringLiteral("mlv_dump")),
+        QList<QStringList>({{QStringLiteral("-m"), QStringLiteral("-v"), project.recording()}}));
+    QTRY_VERIFY(!project.controller->isToolBusy());
+}
+
+void TestMLVProjectController::clearingThePathKeepsTheMetadataAndTellsNobody()
+{
+    FakeProject project(3);
+    project.read();
+    project.controller->setMlvPath(QLatin1String(""));
+    QCOMPARE(project.controller->mlvProjectMode(), MLVProjectModeIdle);
+    QVERIFY(project.controller->mlvPath().isNull());
+    QCOMPARE(project.controller->videoFrames(), 3U);
+    QCOMPARE(project.events, QStringList());
+}
+
+void TestMLVProjectController::settingANewPathStopsTheOldReading()
+{
+    FakeProject project(3);
+    project.tools.addTool(QStringLiteral("mlv_dump"), QStringLiteral("exec sleep 1000"));
+    project.controller = MLVProjectController::projectWithMLVFile(project.recording());
+    project.controller->setDelegate(&project);
+    QVERIFY(project.controller->isToolBusy());
+    project.setExtraction(FakeProject::extraction(3));
+    project.controller->setMlvPath(project.recording());
+    QTRY_COMPARE(project.events, list({"1"}));
+    QTRY_VERIFY(!project.controller->isToolBusy());
+}
+
+void TestMLVProjectController::wholeRoadInOrder()
+{
+    FakeProject project(3);
+    project.read();
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.events,
+             list({"2", "3", "4", "image", "image", "image", "5", "6", "finished"}));
+    QCOMPARE(project.controller->framesToConvert(), 3);
+    QCOMPARE(project.controller->dngToProcess(), 0);
+    QVERIFY(QFile::exists(project.movie()));
+    QVERIFY(!QFile::exists(project.controller->extractionDirectory()));
+}
+
+void TestMLVProjectController::toolsAreCalledWithTheirArguments()
+{
+    FakeProject project(2);
+    project.read();
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    const QString directory = project.controller->extractionDirectory();
+    QCOMPARE(project.tools.calls(QStringLiteral("mlv_dump")).at(1),
+             (QStringList{QStringLiteral("--dng"), project.recording(), QStringLiteral("--no-cs"),
+                          QStringLiteral("-f"), QStringLiteral("0-0"), QStringLiteral("-o"),
+                          directory + QStringLiteral("tmp")}));
+    const QStringList conversion = list({"-H", "3", "-q", "3", "-w", "-W", "-T", "-b", "4.000000"});
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")),
+             (QList<QStringList>{conversion + QStringList{project.frame(0, dng)},
+                                 conversion + QStringList{project.frame(1, dng)}}));
+    QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")),
+             (QList<QStringList>{{QStringLiteral("-r"), QStringLiteral("25.00"),
+                                  QStringLiteral("-i"), directory + QStringLiteral("tmp%06d.tiff"),
+                                  QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p"),
+                                  QStringLiteral("-vcodec"), QStringLiteral("h264"),
+                                  QStringLiteral("-qp"), QStringLiteral("17"), project.movie()}}));
+}
+
+void TestMLVProjectController::calibrationReachesMlvDump()
+{
+    FakeProject project(1);
+    project.read();
+    project.controller->setDarkPath(QStringLiteral("/t/dark.mlv"));
+    project.controller->setFlatPath(QStringLiteral("/t/flat.mlv"));
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.tools.calls(QStringLiteral("mlv_dump")).at(1).mid(5, 4),
+             list({"-s", "/t/dark.mlv", "-t", "/t/flat.mlv"}));
+}
+
+void TestMLVProjectController::soundIsEncoded()
+{
+    FakeProject project(1);
+    project.setExtraction(QStringLiteral("echo sound > \"$prefix.wav\"; ") +
+                          FakeProject::extraction(1));
+    project.read();
+    project.controller->setMovieFormat(MovieFormatAVI);
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")).first().mid(4, 4),
+             (QStringList{QStringLiteral("-i"),
+                          project.controller->extractionDirectory() + QStringLiteral("tmp.wav"),
+                          QStringLiteral("-c:a"), QStringLiteral("pcm_s16le")}));
+}
+
+void TestMLVProjectController::finishedProjectCanRunAgain()
+{
+    FakeProject project(2);
+    project.read();
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    project.events.clear();
+    QVERIFY(QFile::remove(project.movie()));
+    project.launch();
+    QTRY_VERIFY(project.events.contains(QStringLiteral("finished")));
+    QCOMPARE(project.events, list({"2", "3", "4", "image", "image", "5", "6", "finished"}));
+    QVERIFY(QFile::exists(project.movie()));
+}
+
+void TestMLVProjectController::keptFilesStay()
+{
+    FakeProject project(1);
+    project.read();
+    project.controller->setKeepsTmpFiles(true);
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QVERIFY(QFile::exists(project.frame(0, dng)));
+    QVERIFY(QFile::exists(project.frame(0, tiff)));
+}
+
+void TestMLVProjectController::movieStartsOnlyAfterTheLastImagesCallback()
+{
+    FakeProject project(0);
+    project.read();
+    project.setExtraction(FakeProject::extraction(1));
+    project.setConversion(QStringLiteral("exec sleep 1000"));
+    project.launch();
+    QTRY_COMPARE(project.controller->dngToProcess(), 1);
+    project.controller->imageRGBReceived(QImage());
+    QCOMPARE(project.controller->dngToProcess(), 0);
+    QCOMPARE(project.controller->mlvProjectMode(), MLVProjectModeRGBConversion);
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+}
+
+void TestMLVProjectController::folderWithoutFramesStaysInConversion()
+{
+    FakeProject project(0);
+    project.read();
+    project.launch();
+    QTRY_COMPARE(project.events, list({"2", "3", "4"}));
+    QTest::qWait(200);
+    QCOMPARE(project.events, list({"2", "3", "4"}));
+    QCOMPARE(project.controller->state(), QStringLiteral("RGB conversion"));
+    project.controller->stop();
+    QCOMPARE(project.events, list({"2", "3", "4", "-1"}));
+}
+
+void TestMLVProjectController::upperCaseExtensionIsNotConverted()
+{
+    FakeProject project(2);
+    project.read();
+    create(project.frame(0, dng));
+    create(project.frame(1, dng));
+    create(project.frame(2, QStringLiteral("DNG")));
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.events.count(QStringLiteral("image")), 2);
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")).size(), 2);
+}
+
+void TestMLVProjectController::extraImageMakesTheCountNegativeAndStartsNothing()
+{
+    FakeProject project(1);
+    project.read();
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    project.events.clear();
+    project.controller->imageRGBReceived(QImage());
+    QCOMPARE(project.controller->dngToProcess(), -1);
+    QTest::qWait(200);
+    QCOMPARE(project.events, list({"no image"}));
+}
+
+void TestMLVProjectController::completeExtractionIsReused()
+{
+    FakeProject project(2);
+    project.read();
+    create(project.frame(0, dng));
+    create(project.frame(1, dng));
+    project.launch();
+    QCOMPARE(project.controller->state(), QStringLiteral("Waiting for mlv_dump"));
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.tools.calls(QStringLiteral("mlv_dump")).size(), 1);
+}
+
+void TestMLVProjectController::wholeTiffIsNotConvertedAgain()
+{
+    FakeProject project(2);
+    project.read();
+    create(project.frame(0, dng));
+    create(project.frame(1, dng));
+    project.writeTiff(project.frame(0, tiff));
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.events.count(QStringLiteral("image")), 2);
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")).size(), 1);
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")).first().constLast(),
+             project.frame(1, dng));
+}
+
+void TestMLVProjectController::unfinishedTiffIsConvertedAgain()
+{
+    FakeProject project(1);
+    project.read();
+    create(project.frame(0, dng));
+    project.writeTiff(project.frame(0, tiff));
+    QFile half(project.frame(0, tiff));
+    QVERIFY(half.resize(half.size() - 1));
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")).size(), 1);
+    QVERIFY(project.events.contains(QStringLiteral("image")));
+}
+
+void TestMLVProjectController::errorLineIsHandedOnAndTheModeStays()
+{
+    FakeProject project(1);
+    project.read();
+    project.setExtraction(QStringLiteral("echo '[ERROR] bad block'; exec sleep 1000"));
+    project.launch();
+    QTRY_COMPARE(project.events, list({"2", "3", "error [ERROR] bad block"}));
+    QCOMPARE(project.controller->mlvProjectMode(), MLVProjectModeExtracting);
+    project.controller->stop();
+}
+
+void TestMLVProjectController::stopDuringExtraction()
+{
+    FakeProject project(1);
+    project.read();
+    project.setExtraction(QStringLiteral("exec sleep 1000"));
+    project.launch();
+    QVERIFY(project.controller->isToolBusy());
+    project.controller->stop();
+    // The abort is reported on its own, after the current event.
+    QTRY_COMPARE(project.events, list({"2", "3", "-1", "-1"}));
+    QCOMPARE(project.controller->state(), QStringLiteral("Ready"));
+}
+
+void TestMLVProjectController::stopBeforeAReusedExtractionIsReported()
+{
+    FakeProject project(1);
+    project.read();
+    create(project.frame(0, dng));
+    project.launch();
+    project.controller->stop();
+    QTest::qWait(200);
+    QCOMPARE(project.events, list({"2", "3", "-1"}));
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")), QList<QStringList>());
+}
+
+void TestMLVProjectController::stopDuringConversion()
+{
+    FakeProject project(3);
+    const QString gate = project.path(QStringLiteral("gate"));
+    project.setConversion(waitForTheGate.arg(gate) + QStringLiteral("cp \"$frame\" \"$tiff\""));
+    project.read();
+    project.launch();
+    QTRY_COMPARE(project.tools.calls(QStringLiteral("dcraw")).size(), 1);
+    project.controller->stop();
+    QCOMPARE(project.events, list({"2", "3", "4", "-1"}));
+    create(gate);
+    // The frame that was being converted is kept, but neither it nor another one is delivered.
+    QTRY_VERIFY(QFile::exists(project.frame(0, tiff)));
+    QTest::qWait(200);
+    QCOMPARE(project.events, list({"2", "3", "4", "-1"}));
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")).size(), 1);
+}
+
+void TestMLVProjectController::stopBetweenConversionAndMovie()
+{
+    FakeProject project(0);
+    project.read();
+    project.setExtraction(FakeProject::extraction(1));
+    project.setConversion(QStringLiteral("exec sleep 1000"));
+    project.launch();
+    QTRY_COMPARE(project.controller->dngToProcess(), 1);
+    project.controller->imageRGBReceived(QImage());
+    project.controller->stop();
+    QTest::qWait(200);
+    QCOMPARE(project.events, list({"2", "3", "4", "no image", "-1"}));
+    QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")), QList<QStringList>());
+}
+
+void TestMLVProjectController::stopDuringEncoding()
+{
+    FakeProject project(1);
+    project.setEncoding(QStringLiteral("echo half > \"$movie\"; exec sleep 1000"));
+    project.read();
+    project.launch();
+    QTRY_VERIFY(QFile::exists(project.movie()));
+    project.controller->stop();
+    QVERIFY(!QFile::exists(project.movie()));
+    QCOMPARE(project.events, list({"2", "3", "4", "image", "5", "-1", "-1"}));
+    QVERIFY(QFile::exists(project.frame(0, tiff)));
+}
+
+void TestMLVProjectController::destructionDuringConversionLeavesNoTool()
+{
+    FakeProject project(1);
+    project.setConversion(QStringLiteral("echo half > \"$tiff\"; exec sleep 1000"));
+    project.read();
+    project.launch();
+    const QString converted = project.frame(0, tiff);
+    QTRY_VERIFY(QFile::exists(converted));
+    project.controller.reset();
+    QVERIFY(!QFile::exists(converted));
+}
+
+QTEST_GUILESS_MAIN(TestMLVProjectController)
+#include "tst_mlvprojectcontroller.moc"

@@ -1,0 +1,209 @@
+// SPDX-License-Identifier: MIT
+#include "fakeproject.h"
+
+#include "project/projectmonitor.h"
+
+#include <QFile>
+#include <QTest>
+
+using namespace filmwright;
+
+namespace {
+
+/// Hands on what the project tells and notes how the run ends.
+class MonitoredProject : public FakeProject
+{
+public:
+    using FakeProject::FakeProject;
+
+    void monitor()
+    {
+        projectMonitor = std::make_unique<ProjectMonitor>(*controller);
+        QObject::connect(projectMonitor.get(), &ProjectMonitor::ended, projectMonitor.get(),
+                         [this](const QString &reason) { endings << reason; });
+    }
+
+    void controllerUpdated(MLVProjectController &project) override
+    {
+        FakeProject::controllerUpdated(project);
+        if (projectMonitor)
+            projectMonitor->controllerUpdated();
+    }
+    void imageRGBReceived(const QImage &image, MLVProjectController &project) override
+    {
+        FakeProject::imageRGBReceived(image, project);
+        if (projectMonitor)
+            projectMonitor->imageRGBReceived(image);
+    }
+    void controllerWorkFinished(MLVProjectController &project) override
+    {
+        FakeProject::controllerWorkFinished(project);
+        projectMonitor->controllerWorkFinished();
+    }
+    void controllerWorkError(const QString &error) override
+    {
+        FakeProject::controllerWorkError(error);
+        projectMonitor->controllerWorkError(error);
+    }
+
+    std::unique_ptr<ProjectMonitor> projectMonitor;
+    QStringList endings;
+};
+
+QStringList one(const char *reason)
+{
+    return {QString::fromUtf8(reason)};
+}
+
+} // namespace
+
+class TestProjectMonitor : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void wholeMovieEndsWithoutAReason();
+    void errorLineEndsTheRunOnce();
+    void reportThatNeverComes();
+    void missingMlvDump();
+    void extractionThatIsCutOff();
+    void recordingWithoutFrames();
+    void frameThatIsNotConverted();
+    void frameThatIsConvertedToRubbish();
+    void failingEncoderLosesItsPartialMovie();
+    void encoderThatDiesOfASignal();
+    void encoderThatWritesNothing();
+    void missingEncoder();
+};
+
+void TestProjectMonitor::wholeMovieEndsWithoutAReason()
+{
+    MonitoredProject project(2);
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, QStringList{QString()});
+    QCOMPARE(project.events.constLast(), QStringLiteral("finished"));
+}
+
+void TestProjectMonitor::errorLineEndsTheRunOnce()
+{
+    MonitoredProject project(1);
+    project.read();
+    project.setExtraction(QStringLiteral("echo '[ERROR] bad block'; echo '[ERROR] worse'; exit 1"));
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("bad block"));
+    QTRY_VERIFY(!project.controller->isToolBusy());
+    QTest::qWait(50);
+    QCOMPARE(project.endings, one("bad block"));
+}
+
+void TestProjectMonitor::reportThatNeverComes()
+{
+    MonitoredProject project(1);
+    project.tools.addTool(QStringLiteral("mlv_dump"), QStringLiteral("kill -SEGV $$"));
+    project.controller = std::make_unique<MLVProjectController>();
+    project.controller->setDelegate(&project);
+    project.monitor();
+    project.controller->setMlvPath(project.recording());
+    QTRY_COMPARE(project.endings, one("mlv_dump ended before it had read the recording"));
+}
+
+void TestProjectMonitor::missingMlvDump()
+{
+    MonitoredProject project(1);
+    QVERIFY(QFile::remove(project.tools.path() + QStringLiteral("/mlv_dump")));
+    project.controller = std::make_unique<MLVProjectController>();
+    project.controller->setDelegate(&project);
+    project.monitor();
+    project.controller->setMlvPath(project.recording());
+    QTRY_COMPARE(project.endings, one("mlv_dump ended before it had read the recording"));
+}
+
+void TestProjectMonitor::extractionThatIsCutOff()
+{
+    MonitoredProject project(1);
+    project.read();
+    project.setExtraction(QStringLiteral("echo dng > \"$prefix\"000000.dng; kill -KILL $$"));
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("mlv_dump ended before it had extracted the frames"));
+}
+
+void TestProjectMonitor::recordingWithoutFrames()
+{
+    MonitoredProject project(0);
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("no frame could be extracted"));
+}
+
+void TestProjectMonitor::frameThatIsNotConverted()
+{
+    MonitoredProject project(3);
+    project.setConversion(
+        QStringLiteral("case $dng in *1.dng) exit 1;; esac; cp \"$frame\" \"$tiff\""));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("dcraw converted only 2 of 3 frames"));
+}
+
+void TestProjectMonitor::frameThatIsConvertedToRubbish()
+{
+    MonitoredProject project(3);
+    project.setConversion(QStringLiteral("case $dng in *1.dng) echo rubbish > \"$tiff\";; "
+                                         "*) cp \"$frame\" \"$tiff\";; esac"));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("dcraw converted only 2 of 3 frames"));
+}
+
+void TestProjectMonitor::failingEncoderLosesItsPartialMovie()
+{
+    MonitoredProject project(1);
+    project.setEncoding(
+        QStringLiteral("echo half > \"$movie\"; echo 'No space left on device'; exit 3"));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("ffmpeg ended with status 3: No space left on device"));
+    QVERIFY(!QFile::exists(project.movie()));
+}
+
+void TestProjectMonitor::encoderThatDiesOfASignal()
+{
+    MonitoredProject project(1);
+    project.setEncoding(QStringLiteral("echo half > \"$movie\"; kill -KILL $$"));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("ffmpeg ended with status 9: it said nothing"));
+    QVERIFY(!QFile::exists(project.movie()));
+}
+
+void TestProjectMonitor::encoderThatWritesNothing()
+{
+    MonitoredProject project(1);
+    project.setEncoding(QStringLiteral("exit 0"));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("ffmpeg wrote no movie"));
+}
+
+void TestProjectMonitor::missingEncoder()
+{
+    MonitoredProject project(1);
+    project.read();
+    QVERIFY(QFile::remove(project.tools.path() + QStringLiteral("/ffmpeg")));
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("ffmpeg could not be started"));
+}
+
+QTEST_GUILESS_MAIN(TestProjectMonitor)
+#include "tst_projectmonitor.moc"
