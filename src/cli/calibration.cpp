@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+#include "cli/calibration.h"
+
+#include "mlvdump/mlvdumparguments.h"
+#include "runner/notificationcenter.h"
+#include "runner/temporarydirectory.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+namespace filmwright {
+
+namespace {
+
+QString inTemporaryDirectory(QLatin1String name)
+{
+    return QDir(temporaryDirectory()).filePath(name);
+}
+
+} // namespace
+
+Calibration::Calibration(const QString &dark, const QString &flat, const QString &flatDark)
+    : m_dark(dark)
+    , m_flat(flat)
+    , m_flatDark(flat.isEmpty() ? QString() : flatDark)
+{
+    if (!m_dark.isEmpty()) {
+        addStep(m_dark, averagedDarkName, [this](MlvDumpTask &task) {
+            task.setDarkPath(m_dark);
+            task.prepareDark();
+        });
+    }
+    if (!m_flat.isEmpty()) {
+        addStep(m_flat, averagedFlatName, [this](MlvDumpTask &task) {
+            task.setFlatPath(m_flat);
+            task.prepareFlat();
+        });
+    }
+    if (!m_flatDark.isEmpty()) {
+        addStep(m_flatDark, averagedFlatDarkName, [this](MlvDumpTask &task) {
+            task.setFlatDarkPath(m_flatDark);
+            task.prepareFlatDark();
+        });
+        addStep(m_flat, substractedFlatName, [this](MlvDumpTask &task) {
+            task.setFlatPath(m_flat);
+            task.setFlatDarkPath(m_flatDark);
+            task.substractFlatDark();
+        });
+    }
+    // A tool that ended without having said so would be waited for for ever.
+    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this, [this] {
+        QMetaObject::invokeMethod(this, &Calibration::checkTool, Qt::QueuedConnection);
+    });
+}
+
+Calibration::~Calibration() = default;
+
+void Calibration::addStep(const QString &recording, QLatin1String output,
+                          std::function<void(MlvDumpTask &)> run)
+{
+    m_steps.push_back({recording, inTemporaryDirectory(output), std::move(run)});
+}
+
+QString Calibration::darkAverage() const
+{
+    return m_dark.isEmpty() ? QLatin1String("") : inTemporaryDirectory(averagedDarkName);
+}
+
+QString Calibration::flatAverage() const
+{
+    if (m_flat.isEmpty())
+        return QLatin1String("");
+    return inTemporaryDirectory(m_flatDark.isEmpty() ? averagedFlatName : substractedFlatName);
+}
+
+void Calibration::start()
+{
+    next();
+}
+
+void Calibration::stop()
+{
+    m_ended = true;
+    if (m_task)
+        m_task->stop(false);
+}
+
+void Calibration::next()
+{
+    if (m_ended)
+        return;
+    if (m_steps.empty()) {
+        end(QString());
+        return;
+    }
+    Q_EMIT averaging(m_steps.front().recording);
+    m_task = MlvDumpTask::mlvDumpTask();
+    m_task->setDelegate(this);
+    m_steps.front().run(*m_task);
+    QMetaObject::invokeMethod(this, &Calibration::checkTool, Qt::QueuedConnection);
+}
+
+void Calibration::stepFinished()
+{
+    const Step step = m_steps.front();
+    if (!QFile::exists(step.output)) {
+        end(tr("%1 could not be averaged").arg(QFileInfo(step.recording).fileName()));
+        return;
+    }
+    m_steps.pop_front();
+    m_task.release()->deleteLater(); // it is in the middle of a call to this object
+    QMetaObject::invokeMethod(this, &Calibration::next, Qt::QueuedConnection);
+}
+
+void Calibration::checkTool()
+{
+    if (m_task && !m_task->isRunning() && !m_steps.empty()) {
+        end(tr("mlv_dump ended before it had averaged %1")
+                .arg(QFileInfo(m_steps.front().recording).fileName()));
+    }
+}
+
+void Calibration::error(const QString &error, MlvDumpTask &)
+{
+    end(QStringLiteral("%1: %2").arg(QFileInfo(m_steps.front().recording).fileName(),
+                                     QString(error).remove(QLatin1String("[ERROR]")).trimmed()));
+}
+
+void Calibration::end(const QString &reason)
+{
+    if (m_ended)
+        return;
+    m_ended = true;
+    QMetaObject::invokeMethod(
+        this, [this, reason] { Q_EMIT ended(reason); }, Qt::QueuedConnection);
+}
+
+} // namespace filmwright

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "cli/capabilitycommands.h"
+
+#include "cli/commandline.h"
+#include "cli/missingtools.h"
+#include "encoding/ffmpegtask.h"
+#include "runner/resources.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace filmwright {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("CapabilityCommands", source);
+}
+
+const QString json = QStringLiteral("json");
+
+/// A command whose only option is --json.
+void describeCommand(QCommandLineParser &parser, const QString &description)
+{
+    parser.setApplicationDescription(description);
+    parser.addOption({json, text("Print JSON.")});
+}
+
+void printJson(const QJsonDocument &document)
+{
+    printLine(QString::fromUtf8(document.toJson().trimmed()));
+}
+
+void printEncodersAsJson(const QMap<QString, CapabilityList> &options)
+{
+    QJsonObject lists;
+    for (auto list = options.cbegin(); list != options.cend(); ++list) {
+        QJsonArray records;
+        for (const CapabilityRecord &record : list.value()) {
+            QJsonObject fields;
+            for (auto field = record.cbegin(); field != record.cend(); ++field)
+                fields.insert(field.key(), field.value());
+            records << fields;
+        }
+        lists.insert(list.key(), records);
+    }
+    printJson(QJsonDocument(lists));
+}
+
+void printEncodersAsText(const QMap<QString, CapabilityList> &options)
+{
+    for (auto list = options.cbegin(); list != options.cend(); ++list) {
+        printLine(list.key());
+        for (const CapabilityRecord &record : list.value()) {
+            const QString detail = record.contains(QStringLiteral("TITLE"))
+                                       ? record.value(QStringLiteral("TITLE"))
+                                       : record.value(QStringLiteral("NB_COMPONENTS"));
+            printLine(QStringLiteral("  %1 %2")
+                          .arg(record.value(QStringLiteral("NAME")), -20)
+                          .arg(detail));
+        }
+    }
+}
+
+} // namespace
+
+int runEncoders(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    describeCommand(parser, text("Lists the pixel formats and encoders of ffmpeg."));
+    if (const auto status = readArguments(parser, QStringLiteral("encoders [options]"), arguments))
+        return *status;
+    if (!checkTools({QStringLiteral("ffmpeg")}))
+        return ExitUnusable;
+    const QMap<QString, CapabilityList> options = FFmpegTask::ffmpegTask()->readOptions();
+    if (parser.isSet(json))
+        printEncodersAsJson(options);
+    else
+        printEncodersAsText(options);
+    return ExitSuccess;
+}
+
+int runTools(const QStringList &arguments)
+{
+    const QStringList names{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
+                            QStringLiteral("cr2hdr"), QStringLiteral("ffmpeg")};
+    QCommandLineParser parser;
+    describeCommand(parser, text("Lists the tools that do the work and where they are."));
+    if (const auto status = readArguments(parser, QStringLiteral("tools [options]"), arguments))
+        return *status;
+    QJsonArray tools;
+    for (const QString &name : names) {
+        const QString path = resourcePath(name);
+        tools << QJsonObject{{QStringLiteral("name"), name},
+                             {QStringLiteral("path"), path.isNull() ? QJsonValue() : path}};
+        if (!parser.isSet(json))
+            printLine(
+                QStringLiteral("%1 %2").arg(name, -10).arg(path.isNull() ? text("missing") : path));
+    }
+    if (parser.isSet(json))
+        printJson(QJsonDocument(tools));
+    return checkTools(names) ? ExitSuccess : ExitUnusable;
+}
+
+} // namespace filmwright

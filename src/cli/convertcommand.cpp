@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: MIT
+#include "cli/convertcommand.h"
+
+#include "cli/calibration.h"
+#include "cli/conversionqueue.h"
+#include "cli/convertoptions.h"
+#include "cli/exitstatus.h"
+#include "cli/interruption.h"
+#include "cli/missingtools.h"
+#include "cli/progressdisplay.h"
+#include "cli/recordingsearch.h"
+#include "cli/workspace.h"
+#include "runner/temporarydirectory.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+namespace filmwright {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("ConvertCommand", source);
+}
+
+/// Wires calibration, queue and interruption together for one run in an open workspace.
+class ConvertRun : public QObject
+{
+public:
+    ConvertRun(const ConvertOptions &options, const QStringList &recordings,
+               const Workspace &workspace, Interruption &interruption)
+        : m_options(options)
+        , m_display(options.quiet)
+        , m_calibration(options.dark, options.flat, options.flatDark)
+        , m_queue(recordings, m_display)
+    {
+        m_settings.format = options.format;
+        m_settings.quality = options.quality;
+        m_settings.calibrationRecordings = {options.dark, options.flat, options.flatDark};
+        m_settings.keepsFinishedWork = options.keepTemporary;
+        m_settings.keepsUnfinishedWork = workspace.keepsUnfinishedWork();
+        connect(&m_calibration, &Calibration::averaging, this, [this](const QString &recording) {
+            m_display.beginStage(QFileInfo(recording).fileName(), text("averaging"), 0);
+        });
+        connect(&m_calibration, &Calibration::ended, this, &ConvertRun::calibrated);
+        connect(&m_queue, &ConversionQueue::movieFinished, this, [this](const QString &movie) {
+            m_display.tell(text("%1: finished").arg(QFileInfo(movie).fileName()));
+            printLine(movie);
+        });
+        connect(&m_queue, &ConversionQueue::finished, this,
+                [this] { leave(m_queue.failures() == 0 ? ExitSuccess : ExitFailed); });
+        connect(&interruption, &Interruption::happened, this, &ConvertRun::interrupt);
+    }
+
+    int run()
+    {
+        if (m_options.flat.isEmpty() && !m_options.flatDark.isEmpty())
+            m_display.warn(text("without a flat, the dark of the flat is not used"));
+        m_calibration.start();
+        return QCoreApplication::exec();
+    }
+
+private:
+    void calibrated(const QString &reason)
+    {
+        if (!reason.isEmpty()) {
+            m_display.warn(text("calibration failed: %1").arg(reason));
+            leave(ExitFailed);
+            return;
+        }
+        m_settings.darkAverage = m_calibration.darkAverage();
+        m_settings.flatAverage = m_calibration.flatAverage();
+        m_queue.start(m_settings);
+    }
+
+    void interrupt()
+    {
+        m_calibration.stop();
+        m_queue.stop();
+        m_display.warn(text("interrupted"));
+        leave(ExitInterrupted);
+    }
+
+    /// Leaves the event loop once everything that is to be deleted later is deleted.
+    void leave(ExitStatus status)
+    {
+        QMetaObject::invokeMethod(
+            this, [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+    }
+
+    const ConvertOptions m_options;
+    ProgressDisplay m_display;
+    Calibration m_calibration;
+    ConversionQueue m_queue;
+    ConversionSettings m_settings;
+};
+
+} // namespace
+
+int runConvert(const QStringList &arguments)
+{
+    ConvertOptions options;
+    if (const auto ending = readConvertOptions(arguments, options))
+        return *ending;
+    if (!checkTools(
+            {QStringLiteral("mlv_dump"), QStringLiteral("dcraw"), QStringLiteral("ffmpeg")}))
+        return ExitUnusable;
+    const QStringList recordings = findRecordings(options.paths);
+    if (recordings.isEmpty()) {
+        printProblem(text("no recordings found"));
+        return ExitUnusable;
+    }
+    Interruption interruption;
+    Workspace workspace;
+    const QString problem = workspace.open(options.temporaryBase, options.keepTemporary);
+    if (!problem.isEmpty()) {
+        printProblem(problem);
+        return ExitUnusable;
+    }
+    const QString temporary = temporaryDirectory();
+    const int status = ConvertRun(options, recordings, workspace, interruption).run();
+    if (options.keepTemporary)
+        printProblem(text("temporary files are kept in %1").arg(temporary));
+    return status;
+}
+
+} // namespace filmwright

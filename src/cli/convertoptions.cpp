@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include "cli/convertoptions.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFileInfo>
+
+namespace filmwright {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("ConvertOptions", source);
+}
+
+/// The index of the value among the choices; -1 and a problem when it is none of them.
+qint32 choose(const QString &option, const QString &value, const QStringList &choices,
+              QString &problem)
+{
+    const auto index = static_cast<qint32>(choices.indexOf(value));
+    if (index < 0) {
+        problem = text("--%1 is one of %2, not \"%3\"")
+                      .arg(option, choices.join(QStringLiteral(", ")), value);
+    }
+    return index;
+}
+
+QString unreadablePath(const ConvertOptions &options)
+{
+    QStringList paths = options.paths;
+    for (const QString &calibration : {options.dark, options.flat, options.flatDark}) {
+        if (!calibration.isEmpty())
+            paths << calibration;
+    }
+    for (const QString &path : std::as_const(paths)) {
+        if (!QFileInfo(path).isReadable())
+            return path;
+    }
+    return {};
+}
+
+const QString format = QStringLiteral("format");
+const QString quality = QStringLiteral("quality");
+const QString dark = QStringLiteral("dark");
+const QString flat = QStringLiteral("flat");
+const QString flatDark = QStringLiteral("flat-dark");
+const QString temporaryBase = QStringLiteral("temp-dir");
+const QString keepTemporary = QStringLiteral("keep-temp");
+const QString quiet = QStringLiteral("quiet");
+const QStringList notThereYet{QStringLiteral("hdr"), QStringLiteral("dual-iso"),
+                              QStringLiteral("jobs")};
+
+void describe(QCommandLineParser &parser)
+{
+    const QString file = text("file");
+    parser.addOptions({
+        {format, text("Movie format: mov (default) or avi."), text("mov|avi"),
+         QStringLiteral("mov")},
+        {quality, text("Movie quality: high (default) or maximum."), text("high|maximum"),
+         QStringLiteral("high")},
+        {dark, text("A recording with the lens covered, to be subtracted."), file},
+        {flat, text("A recording of an even surface, to be divided by."), file},
+        {flatDark, text("A dark recording for the flat."), file},
+        {temporaryBase,
+         text(
+             "Work in this folder and keep what is unfinished there, so that the same command goes "
+             "on where it stopped."),
+         text("folder")},
+        {keepTemporary, text("Keep all temporary files.")},
+        {quiet, text("Print no progress.")},
+        {notThereYet.at(0), text("Merge neighbouring frames (not available yet).")},
+        {notThereYet.at(1), text("Blend alternating rows (not available yet).")},
+        {notThereYet.at(2), text("Frames converted at once (not available yet)."), text("n")},
+    });
+    parser.addPositionalArgument(text("path"), text("Recordings, or folders to be searched."));
+}
+
+/// Returns what is wrong with the values, or an empty string.
+QString take(const QCommandLineParser &parser, ConvertOptions &options)
+{
+    QString problem;
+    for (const QString &later : notThereYet) {
+        if (parser.isSet(later))
+            problem = text("--%1 is not available yet").arg(later);
+    }
+    options.format = choose(format, parser.value(format),
+                            {QStringLiteral("avi"), QStringLiteral("mov")}, problem);
+    options.quality = choose(quality, parser.value(quality),
+                             {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
+    options.dark = parser.value(dark);
+    options.flat = parser.value(flat);
+    options.flatDark = parser.value(flatDark);
+    options.temporaryBase = parser.value(temporaryBase);
+    options.keepTemporary = parser.isSet(keepTemporary);
+    options.quiet = parser.isSet(quiet);
+    options.paths = parser.positionalArguments();
+    if (options.paths.isEmpty())
+        problem = text("name at least one recording or folder");
+    const QString unreadable = unreadablePath(options);
+    if (problem.isEmpty() && !unreadable.isEmpty())
+        problem = text("%1 can't be read").arg(unreadable);
+    return problem;
+}
+
+} // namespace
+
+std::optional<ExitStatus> readConvertOptions(const QStringList &arguments, ConvertOptions &options)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        text("Turns MLV recordings into movies, each written beside its recording, and prints the "
+             "path of every finished movie."));
+    describe(parser);
+    if (const auto ending =
+            readArguments(parser, QStringLiteral("convert [options] path..."), arguments))
+        return ending;
+    const QString problem = take(parser, options);
+    if (problem.isEmpty())
+        return std::nullopt;
+    printProblem(problem);
+    return ExitUnusable;
+}
+
+} // namespace filmwright

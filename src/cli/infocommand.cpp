@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+#include "cli/infocommand.h"
+
+#include "cli/commandline.h"
+#include "cli/missingtools.h"
+#include "project/mlvprojectcontroller.h"
+#include "project/projectmonitor.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace filmwright {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("InfoCommand", source);
+}
+
+/// Reads one recording's metadata.
+class MetadataReader : private MLVProjectControllerProtocol
+{
+public:
+    explicit MetadataReader(const QString &path)
+        : m_monitor(m_project)
+    {
+        m_project.setDelegate(this);
+        QObject::connect(&m_monitor, &ProjectMonitor::ended, &m_loop,
+                         [this](const QString &reason) {
+                             m_failure = reason;
+                             m_loop.quit();
+                         });
+        m_project.setMlvPath(path);
+    }
+
+    /// Blocks until the report is read. Returns what went wrong, or an empty string.
+    QString read()
+    {
+        m_loop.exec();
+        m_project.setDelegate(nullptr);
+        return m_failure;
+    }
+
+    const MLVProjectController &project() const { return m_project; }
+
+private:
+    void controllerUpdated(MLVProjectController &) override { m_loop.quit(); }
+    void imageRGBReceived(const QImage &, MLVProjectController &) override {}
+    void controllerWorkFinished(MLVProjectController &) override {}
+    void controllerWorkError(const QString &error) override
+    {
+        m_monitor.controllerWorkError(error);
+    }
+
+    MLVProjectController m_project;
+    ProjectMonitor m_monitor;
+    QEventLoop m_loop;
+    QString m_failure;
+};
+
+/// As a person would write it: a 32-bit 23.976 isn't 23.975999832.
+double shortest(float value)
+{
+    return QString::number(static_cast<double>(value), 'g', 7).toDouble();
+}
+
+QJsonObject describe(const MLVProjectController &project)
+{
+    return {
+        {QStringLiteral("path"), project.mlvPath()},
+        {QStringLiteral("fps"), shortest(project.fps())},
+        {QStringLiteral("videoFrames"), static_cast<qint64>(project.videoFrames())},
+        {QStringLiteral("audioFrames"), static_cast<qint64>(project.audioFrames())},
+        {QStringLiteral("iso"), static_cast<qint64>(project.iso())},
+        {QStringLiteral("shutter"), project.shutter()},
+        {QStringLiteral("aperture"), shortest(project.aperture())},
+        {QStringLiteral("camera"), project.camera()},
+        {QStringLiteral("cameraSerial"), project.cameraSerial()},
+        {QStringLiteral("lens"), project.lens()},
+        {QStringLiteral("focal"), project.focal()},
+        {QStringLiteral("date"), project.date()},
+        {QStringLiteral("time"), project.time()},
+        {QStringLiteral("resolution"), project.resolution()},
+    };
+}
+
+void printText(const MLVProjectController &project)
+{
+    const auto seconds =
+        static_cast<double>(project.videoFrames()) / static_cast<double>(project.fps());
+    const auto line = [](const QString &label, const QString &value) {
+        printLine(QStringLiteral("  %1 %2").arg(label, -12).arg(printable(value)));
+    };
+    printLine(printable(project.mlvPath()));
+    line(text("Resolution"), project.resolution());
+    line(text("Frames"), text("%1 at %2 frames/s (%3 s), %4 sound blocks")
+                             .arg(project.videoFrames())
+                             .arg(shortest(project.fps()))
+                             .arg(project.fps() > 0 ? seconds : 0, 0, 'f', 2)
+                             .arg(project.audioFrames()));
+    line(text("Exposure"), text("ISO %1, %2 s, f/%3")
+                               .arg(project.iso())
+                               .arg(project.shutter())
+                               .arg(shortest(project.aperture())));
+    line(text("Camera"), QStringLiteral("%1 %2").arg(project.camera(), project.cameraSerial()));
+    line(text("Lens"), QStringLiteral("%1 %2").arg(project.lens(), project.focal()));
+    line(text("Recorded"), QStringLiteral("%1 %2").arg(project.date(), project.time()));
+}
+
+} // namespace
+
+int runInfo(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(text("Tells what recordings say of themselves."));
+    const QString json = QStringLiteral("json");
+    parser.addOption({json, text("Print one JSON array; the shutter is in seconds.")});
+    parser.addPositionalArgument(text("file"), text("Recordings."), text("file..."));
+    if (const auto ending =
+            readArguments(parser, QStringLiteral("info [options] file..."), arguments))
+        return *ending;
+    const QStringList paths = parser.positionalArguments();
+    if (paths.isEmpty()) {
+        printProblem(text("name at least one recording"));
+        return ExitUnusable;
+    }
+    if (!checkTools({QStringLiteral("mlv_dump")}))
+        return ExitUnusable;
+
+    QJsonArray descriptions;
+    int status = ExitSuccess;
+    for (const QString &path : paths) {
+        if (!QFileInfo(path).isFile() || !QFileInfo(path).isReadable()) {
+            printProblem(text("%1 can't be read").arg(path));
+            status = ExitUnusable;
+            continue;
+        }
+        MetadataReader reader(path);
+        const QString failure = reader.read();
+        if (!failure.isEmpty()) {
+            printProblem(QStringLiteral("%1: %2").arg(path, failure));
+            status = std::max<int>(status, ExitFailed);
+        } else if (parser.isSet(json)) {
+            descriptions << describe(reader.project());
+        } else {
+            printText(reader.project());
+        }
+    }
+    if (parser.isSet(json))
+        printLine(QString::fromUtf8(QJsonDocument(descriptions).toJson().trimmed()));
+    return status;
+}
+
+} // namespace filmwright

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#include "cli/capabilitycommands.h"
+#include "cli/convertcommand.h"
+#include "cli/exitstatus.h"
+#include "cli/infocommand.h"
+
+#include <QCoreApplication>
+
+using namespace filmwright;
+
+namespace {
+
+struct Command
+{
+    QLatin1String name;
+    QLatin1String summary;
+    int (*run)(const QStringList &arguments);
+};
+
+const Command commands[] = {
+    {QLatin1String("convert"), QLatin1String("turn recordings into movies"), runConvert},
+    {QLatin1String("info"), QLatin1String("tell what recordings say of themselves"), runInfo},
+    {QLatin1String("encoders"), QLatin1String("list what ffmpeg can encode"), runEncoders},
+    {QLatin1String("tools"), QLatin1String("list the tools and where they are"), runTools},
+};
+
+void printUsage()
+{
+    printLine(QStringLiteral("Usage: filmwright-cli COMMAND [OPTION]... [PATH]...\n\nCommands:"));
+    for (const Command &command : commands)
+        printLine(QStringLiteral("  %1 %2").arg(command.name, -10).arg(command.summary));
+    printLine(QStringLiteral("\n\"filmwright-cli COMMAND --help\" tells the options of a command.\n"
+                             "--version tells the version."));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("filmwright-cli"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(FILMWRIGHT_VERSION));
+    qSetMessagePattern(QStringLiteral("%{message}"));
+
+    const QStringList arguments = QCoreApplication::arguments().mid(1);
+    const QString name = arguments.value(0);
+    for (const Command &command : commands) {
+        if (name == command.name)
+            return command.run(arguments.mid(1));
+    }
+    if (name == QLatin1String("--version") || name == QLatin1String("-v")) {
+        printLine(QStringLiteral("filmwright-cli " FILMWRIGHT_VERSION));
+        return ExitSuccess;
+    }
+    if (name == QLatin1String("--help") || name == QLatin1String("-h")) {
+        printUsage();
+        return ExitSuccess;
+    }
+    printProblem(name.isEmpty()
+                     ? QStringLiteral("name a command; --help lists them")
+                     : QStringLiteral("unknown command \"%1\"; --help lists them").arg(name));
+    return ExitUnusable;
+}

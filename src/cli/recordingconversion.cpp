@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: MIT
+#include "cli/recordingconversion.h"
+
+#include "cli/progressdisplay.h"
+#include "cli/worknote.h"
+#include "mlvdump/mlvdumparguments.h"
+#include "runner/notificationcenter.h"
+
+#include <QFileInfo>
+
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace filmwright {
+
+RecordingConversion::RecordingConversion(const QString &path, const ConversionSettings &settings,
+                                         ProgressDisplay &display)
+    : m_settings(settings)
+    , m_display(display)
+    , m_monitor(m_project)
+{
+    m_project.setMovieFormat(settings.format);
+    m_project.setMovieQuality(settings.quality);
+    m_project.setDarkPath(settings.darkAverage);
+    m_project.setFlatPath(settings.flatAverage);
+    m_project.setKeepsTmpFiles(settings.keepsFinishedWork);
+    m_project.setDelegate(this);
+    connect(&m_monitor, &ProjectMonitor::ended, this, &RecordingConversion::end);
+    connect(&m_progressTimer, &QTimer::timeout, this, &RecordingConversion::showProgress);
+    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
+            &RecordingConversion::extractWhenIdle, Qt::QueuedConnection);
+    m_progressTimer.setInterval(500ms);
+    m_project.setMlvPath(path);
+    beginStage();
+}
+
+RecordingConversion::~RecordingConversion()
+{
+    m_project.setDelegate(nullptr);
+}
+
+void RecordingConversion::stop()
+{
+    m_monitor.disconnect(this);
+    m_progressTimer.stop();
+    m_project.setDelegate(nullptr);
+    m_project.stop();
+    tidyUp();
+}
+
+void RecordingConversion::controllerUpdated(MLVProjectController &)
+{
+    m_monitor.controllerUpdated();
+    switch (m_project.mlvProjectMode()) {
+    case MLVProjectModeReady:
+        m_metadataRead = true;
+        break;
+    case MLVProjectModeExtracting:
+        beginStage();
+        m_progressTimer.start();
+        break;
+    case MLVProjectModeRGBConversion:
+        tellFrameCount();
+        beginStage();
+        break;
+    case MLVProjectModeBuildingMovie:
+        beginStage();
+        break;
+    default:
+        break;
+    }
+}
+
+/// The tool that printed the report has to be gone before it can be started again.
+void RecordingConversion::extractWhenIdle()
+{
+    if (!m_metadataRead || m_project.isToolBusy())
+        return;
+    m_metadataRead = false;
+    if (m_settings.keepsUnfinishedWork) {
+        claimUnfinishedWork(path(), m_settings.calibrationRecordings,
+                            m_project.extractionDirectory());
+    }
+    m_project.readyToGo();
+    m_project.launchDNGExtraction();
+}
+
+void RecordingConversion::imageRGBReceived(const QImage &image, MLVProjectController &)
+{
+    m_monitor.imageRGBReceived(image);
+}
+
+void RecordingConversion::controllerWorkFinished(MLVProjectController &)
+{
+    m_finished = true;
+    m_monitor.controllerWorkFinished();
+}
+
+void RecordingConversion::controllerWorkError(const QString &error)
+{
+    m_monitor.controllerWorkError(error);
+}
+
+void RecordingConversion::beginStage()
+{
+    const QString name = QFileInfo(path()).fileName();
+    switch (m_project.mlvProjectMode()) {
+    case MLVProjectModeReadingData:
+        m_display.beginStage(name, tr("reading"), 0);
+        break;
+    case MLVProjectModeExtracting:
+        m_display.beginStage(name, tr("extracting"), m_project.videoFrames());
+        break;
+    case MLVProjectModeRGBConversion:
+        m_display.beginStage(name, tr("converting"),
+                             static_cast<quint64>(m_project.framesToConvert()));
+        break;
+    case MLVProjectModeBuildingMovie:
+        m_display.beginStage(name, tr("encoding"),
+                             static_cast<quint64>(m_project.framesToConvert()));
+        break;
+    default:
+        break;
+    }
+}
+
+void RecordingConversion::showProgress()
+{
+    switch (m_project.mlvProjectMode()) {
+    case MLVProjectModeExtracting:
+        m_display.setFramesDone(extractedFrames());
+        break;
+    case MLVProjectModeRGBConversion:
+        m_display.setFramesDone(
+            static_cast<quint64>(m_project.framesToConvert() - m_project.dngToProcess()));
+        break;
+    case MLVProjectModeBuildingMovie:
+        m_display.setFramesDone(m_project.encoder().encodedFrames());
+        break;
+    default:
+        break;
+    }
+}
+
+/// Frame files appear in order, so looking on from the last one is enough.
+quint64 RecordingConversion::extractedFrames()
+{
+    const QString directory = m_project.extractionDirectory();
+    while (QFileInfo::exists(directory + frameName(m_extractedFrames)))
+        ++m_extractedFrames;
+    return m_extractedFrames;
+}
+
+/// A camera that lost power leaves a recording that is shorter than it says; the movie is made of
+/// what is there, and the person is told.
+void RecordingConversion::tellFrameCount()
+{
+    const auto extracted = static_cast<quint64>(m_project.framesToConvert());
+    if (extracted > 0 && extracted < m_project.videoFrames()) {
+        m_display.warn(tr("%1: only %2 of %3 frames could be read")
+                           .arg(QFileInfo(path()).fileName())
+                           .arg(extracted)
+                           .arg(m_project.videoFrames()));
+    }
+}
+
+void RecordingConversion::end(const QString &reason)
+{
+    m_progressTimer.stop();
+    m_project.setDelegate(nullptr);
+    if (!m_finished)
+        m_project.stop();
+    tidyUp();
+    Q_EMIT ended(reason);
+}
+
+void RecordingConversion::tidyUp()
+{
+    if (m_finished)
+        forgetUnfinishedWork(m_project.extractionDirectory());
+    else if (!m_settings.keepsUnfinishedWork)
+        m_project.cleanTmpFiles();
+}
+
+} // namespace filmwright

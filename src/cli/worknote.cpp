@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#include "cli/worknote.h"
+
+#include "runner/files.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+
+namespace filmwright {
+
+namespace {
+
+/// Beside the working folder, not in it: every file in that folder is taken for a part of the work.
+QString notePath(const QString &workingFolder)
+{
+    return QDir::cleanPath(workingFolder) + QStringLiteral(".origin");
+}
+
+QByteArray identity(const QString &path)
+{
+    const QFileInfo file(path);
+    return QStringLiteral("%1 %2 %3\n")
+        .arg(file.size())
+        .arg(file.lastModified().toMSecsSinceEpoch())
+        .arg(file.canonicalFilePath())
+        .toUtf8();
+}
+
+} // namespace
+
+void claimUnfinishedWork(const QString &recording, const QStringList &calibration,
+                         const QString &workingFolder)
+{
+    QByteArray note = identity(recording);
+    for (const QString &path : calibration)
+        note += path.isEmpty() ? QByteArrayLiteral("\n") : identity(path);
+    QFile existing(notePath(workingFolder));
+    if (existing.open(QIODevice::ReadOnly) && existing.readAll() == note)
+        return;
+    QDir(workingFolder).removeRecursively();
+    createPrivateFolder(QFileInfo(existing).path());
+    QSaveFile fresh(existing.fileName());
+    if (fresh.open(QIODevice::WriteOnly)) {
+        fresh.write(note);
+        fresh.commit();
+    }
+}
+
+void forgetUnfinishedWork(const QString &workingFolder)
+{
+    QFile::remove(notePath(workingFolder));
+}
+
+} // namespace filmwright

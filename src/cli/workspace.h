@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QLockFile>
+#include <QString>
+
+#include <memory>
+
+namespace filmwright {
+
+/// The temporary directory of one run, from open() to the end of its life.
+///
+/// Without a base it is private to the run and removed at the end; directories that killed runs
+/// left behind are removed when the next run opens its own. With a base chosen by the person, one
+/// run at a time works there, and what is unfinished stays. Main thread only.
+class Workspace
+{
+public:
+    Workspace() = default;
+    ~Workspace();
+    Workspace(const Workspace &) = delete;
+    Workspace &operator=(const Workspace &) = delete;
+
+    /// Makes the directory the application's temporary directory. Returns what hinders it, or an
+    /// empty string. `base` empty: a private directory; `keep`: nothing is removed at the end.
+    QString open(const QString &base, bool keep);
+
+    /// Whether unfinished work stays for the next run.
+    bool keepsUnfinishedWork() const { return m_chosen || m_keep; }
+
+private:
+    QString openPrivate();
+    QString openChosen(const QString &base);
+    QString lock(const QString &path);
+
+    std::unique_ptr<QLockFile> m_lock;
+    QString m_privateBase;
+    bool m_chosen = false;
+    bool m_keep = false;
+};
+
+} // namespace filmwright
