@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "cli/convertoptions.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace filmwright;
+
+class TestConvertOptions : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_clip = m_folder.filePath(QStringLiteral("clip.MLV"));
+        QVERIFY(QFile(m_clip).open(QIODevice::WriteOnly));
+    }
+
+    void defaults()
+    {
+        ConvertOptions options;
+        QVERIFY(!readConvertOptions({m_clip}, options));
+        QCOMPARE(options.format, qint32(MovieFormatMOV));
+        QCOMPARE(options.quality, qint32(MovieQualityHigh));
+        QCOMPARE(options.paths, QStringList{m_clip});
+        QVERIFY(options.dark.isEmpty() && options.flat.isEmpty() && options.flatDark.isEmpty());
+        QVERIFY(options.temporaryBase.isEmpty());
+        QVERIFY(!options.keepTemporary);
+        QVERIFY(!options.quiet);
+    }
+
+    void everyOption()
+    {
+        ConvertOptions options;
+        QVERIFY(
+            !readConvertOptions(words("--format avi --quality maximum --dark CLIP --flat CLIP "
+                                      "--flat-dark CLIP --temp-dir work --keep-temp --quiet CLIP"),
+                                options));
+        QCOMPARE(options.format, qint32(MovieFormatAVI));
+        QCOMPARE(options.quality, qint32(MovieQualityMaximum));
+        QCOMPARE(options.dark, m_clip);
+        QCOMPARE(options.flat, m_clip);
+        QCOMPARE(options.flatDark, m_clip);
+        QCOMPARE(options.temporaryBase, QStringLiteral("work"));
+        QVERIFY(options.keepTemporary);
+        QVERIFY(options.quiet);
+    }
+
+    void pathThatBeginsWithADash()
+    {
+        ConvertOptions options;
+        const QString clip = m_folder.filePath(QStringLiteral("--quiet"));
+        QVERIFY(QFile(clip).open(QIODevice::WriteOnly));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_folder.path()));
+        const auto ending = readConvertOptions(words("-- --quiet"), options);
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY(!ending);
+        QCOMPARE(options.paths, QStringList{QStringLiteral("--quiet")});
+        QVERIFY(!options.quiet);
+    }
+
+    void unusable_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::newRow("no path") << "";
+        QTest::newRow("unknown option") << "--fast CLIP";
+        QTest::newRow("unknown format") << "--format mp4 CLIP";
+        QTest::newRow("unknown quality") << "--quality low CLIP";
+        QTest::newRow("missing value") << "CLIP --dark";
+        QTest::newRow("missing recording") << "CLIP /no/such.MLV";
+        QTest::newRow("missing calibration") << "--flat-dark /no/such.MLV CLIP";
+    }
+
+    void unusable()
+    {
+        QFETCH(QString, arguments);
+        ConvertOptions options;
+        QCOMPARE(readConvertOptions(words(arguments), options), std::optional(ExitUnusable));
+    }
+
+    void helpEndsWithSuccess()
+    {
+        ConvertOptions options;
+        QCOMPARE(readConvertOptions(words("--help"), options), std::optional(ExitSuccess));
+    }
+
+private:
+    QStringList words(const QString &text) const
+    {
+        QStringList words = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+        return words.replaceInStrings(QStringLiteral("CLIP"), m_clip);
+    }
+    QStringList words(const char *text) const { return words(QString::fromUtf8(text)); }
+
+    QTemporaryDir m_folder;
+    QString m_clip;
+};
+
+QTEST_GUILESS_MAIN(TestConvertOptions)
+#include "tst_convertoptions.moc"
