@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: MIT
+#include "conversion/mergepixels.h"
+#include "mergereference.h"
+
+#include <QTest>
+
+#include <hwy/targets.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
+
+using filmwright::mergePixels;
+using Pixel = std::array<std::uint8_t, 3>;
+using Bytes = std::vector<std::uint8_t>;
+
+class tst_MergePixels : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void cleanup();
+
+    void latticePairsEqualTheReference_data() { addInstructionSets(); }
+    void latticePairsEqualTheReference();
+    void randomPixelsEqualTheReference_data() { addInstructionSets(); }
+    void randomPixelsEqualTheReference();
+    void neighbouringValuesEqualTheReference_data() { addInstructionSets(); }
+    void neighbouringValuesEqualTheReference();
+    void everyCountEqualsTheReference_data() { addInstructionSets(); }
+    void everyCountEqualsTheReference();
+    void resultMayBeTheFirst();
+
+    void identicalPixelsKeepHueAndSaturation();
+    void greysGiveTheirMeanRoundedDown();
+    void blackStaysBlack();
+    void choiceOfColour_data();
+    void choiceOfColour();
+
+private:
+    static void addInstructionSets();
+    static void useInstructionSet();
+};
+
+namespace {
+
+Pixel merged(const Pixel &first, const Pixel &second)
+{
+    Pixel result;
+    mergePixels(first.data(), second.data(), result.data(), 1);
+    return result;
+}
+
+// Fails at the first pixel that differs from the reference.
+void compareWithReference(const Bytes &first, const Bytes &second)
+{
+    const std::size_t count = first.size() / 3;
+    Bytes expected(first.size());
+    Bytes result(first.size(), 77);
+    mergeReference(first.data(), second.data(), expected.data(), count);
+    mergePixels(first.data(), second.data(), result.data(), count);
+    const auto [wrong, right] = std::mismatch(result.begin(), result.end(), expected.begin());
+    if (wrong == result.end())
+        return;
+    const auto pixel = (wrong - result.begin()) / 3 * 3;
+    const auto text = [pixel](const Bytes &bytes) {
+        const std::uint8_t *p = bytes.data() + pixel;
+        return QStringLiteral("(%1, %2, %3)").arg(p[0]).arg(p[1]).arg(p[2]);
+    };
+    QFAIL(qPrintable(text(first) + QStringLiteral(" and ") + text(second) +
+                     QStringLiteral(" give ") + text(result) + QStringLiteral(" instead of ") +
+                     text(expected)));
+}
+
+} // namespace
+
+void tst_MergePixels::addInstructionSets()
+{
+    QTest::addColumn<qint64>("target");
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets())
+        QTest::newRow(hwy::TargetName(target)) << qint64(target);
+}
+
+void tst_MergePixels::useInstructionSet()
+{
+    QFETCH(qint64, target);
+    hwy::SetSupportedTargetsForTest(target);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
+
+void tst_MergePixels::cleanup()
+{
+    hwy::SetSupportedTargetsForTest(0);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
+
+// 16 levels a sample, the bounds of the choice among them, make 4096 colours and 2^24 pairs.
+void tst_MergePixels::latticePairsEqualTheReference()
+{
+    useInstructionSet();
+    constexpr std::uint8_t levels[16] = {0,   1,   2,   31,  62,  63,  64,  65,
+                                         100, 127, 128, 160, 200, 253, 254, 255};
+    Bytes colours;
+    for (const std::uint8_t red : levels) {
+        for (const std::uint8_t green : levels) {
+            for (const std::uint8_t blue : levels)
+                colours.insert(colours.end(), {red, green, blue});
+        }
+    }
+    for (std::size_t i = 0; i < colours.size(); i += 3) {
+        Bytes first;
+        while (first.size() < colours.size())
+            first.insert(first.end(), {colours[i], colours[i + 1], colours[i + 2]});
+        compareWithReference(first, colours);
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void tst_MergePixels::randomPixelsEqualTheReference()
+{
+    useInstructionSet();
+    std::mt19937 generator(20240611);
+    const auto fill = [&](Bytes &bytes) {
+        for (std::size_t i = 0; i < bytes.size(); i += 4) {
+            const std::uint32_t value = std::uint32_t(generator());
+            std::memcpy(bytes.data() + i, &value, 4);
+        }
+    };
+    Bytes first(300000);
+    Bytes second(first.size());
+    for (int block = 0; block < 100; ++block) { // 10 million pixels
+        fill(first);
+        fill(second);
+        compareWithReference(first, second);
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+// Pairs as they come in films: nearly the same colour twice, where the choice hangs by one step.
+void tst_MergePixels::neighbouringValuesEqualTheReference()
+{
+    useInstructionSet();
+    std::mt19937 generator(7);
+    Bytes first(3000000);
+    Bytes second(first.size());
+    for (std::size_t i = 0; i < first.size(); ++i) {
+        const auto value = generator();
+        first[i] = std::uint8_t(value);
+        second[i] = std::uint8_t(std::clamp(int(value & 0xff) + int(value >> 8 & 3) - 1, 0, 255));
+    }
+    compareWithReference(first, second);
+}
+
+void tst_MergePixels::everyCountEqualsTheReference()
+{
+    useInstructionSet();
+    std::mt19937 generator(3);
+    for (std::size_t count = 0; count <= 200; ++count) {
+        Bytes first(3 * count);
+        Bytes second(3 * count);
+        std::generate(first.begin(), first.end(), [&] { return std::uint8_t(generator()); });
+        std::generate(second.begin(), second.end(), [&] { return std::uint8_t(generator()); });
+        compareWithReference(first, second);
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void tst_MergePixels::resultMayBeTheFirst()
+{
+    std::mt19937 generator(5);
+    Bytes first(3 * 1001);
+    Bytes second(first.size());
+    std::generate(first.begin(), first.end(), [&] { return std::uint8_t(generator()); });
+    std::generate(second.begin(), second.end(), [&] { return std::uint8_t(generator()); });
+    Bytes expected(first.size());
+    mergePixels(first.data(), second.data(), expected.data(), 1001);
+    mergePixels(first.data(), second.data(), first.data(), 1001);
+    QCOMPARE(first, expected);
+}
+
+void tst_MergePixels::identicalPixelsKeepHueAndSaturation()
+{
+    // Luma 0.299 * 200 + 0.587 * 100 + 0.114 * 50 = 124.2; the others keep their ratio to it.
+    const Pixel pixel = {200, 100, 50};
+    QCOMPARE(merged(pixel, pixel), (Pixel{124, 62, 31}));
+    const Pixel blue = {0, 0, 255};
+    QCOMPARE(merged(blue, blue), (Pixel{0, 0, 29}));
+}
+
+void tst_MergePixels::greysGiveTheirMeanRoundedDown()
+{
+    for (int a = 0; a < 256; ++a) {
+        for (int b = 0; b < 256; ++b) {
+            const auto first = std::uint8_t(a);
+            const auto second = std::uint8_t(b);
+            const auto mean = std::uint8_t((a + b) / 2);
+            QCOMPARE(merged({first, first, first}, {second, second, second}),
+                     (Pixel{mean, mean, mean}));
+        }
+    }
+}
+
+void tst_MergePixels::blackStaysBlack()
+{
+    QCOMPARE(merged({0, 0, 0}, {0, 0, 0}), (Pixel{0, 0, 0}));
+}
+
+void tst_MergePixels::choiceOfColour_data()
+{
+    QTest::addColumn<Pixel>("first");
+    QTest::addColumn<Pixel>("second");
+    QTest::addColumn<bool>("takesFirst");
+    const Pixel red = {100, 50, 50};  // maximum 100, saturation 1/2
+    const Pixel blue = {50, 50, 100}; // the same
+    const Pixel paleBlue = {80, 50, 100};
+    const Pixel deepBlue = {40, 50, 100};
+    const Pixel brightDeepBlue = {40, 50, 101};
+    QTest::newRow("equal green, equal saturation: first") << red << blue << true;
+    QTest::newRow("equal green, second less saturated: first") << red << paleBlue << true;
+    QTest::newRow("equal green, second more saturated and no brighter: second")
+        << red << deepBlue << false;
+    QTest::newRow("equal green, second more saturated but brighter: first")
+        << red << brightDeepBlue << true;
+    QTest::newRow("equal green, second at 63: first")
+        << Pixel{63, 50, 50} << Pixel{10, 50, 63} << true;
+    QTest::newRow("equal green, second at 64: second")
+        << Pixel{64, 50, 50} << Pixel{10, 50, 64} << false;
+    QTest::newRow("less green: second") << red << Pixel{50, 51, 100} << false;
+    QTest::newRow("less green but more saturated and no brighter: first")
+        << Pixel{100, 40, 40} << Pixel{50, 51, 100} << true;
+    QTest::newRow("less green, more saturated but brighter: second")
+        << Pixel{101, 40, 40} << Pixel{50, 51, 100} << false;
+    QTest::newRow("less green, more saturated but dark: second")
+        << Pixel{63, 10, 10} << Pixel{50, 51, 63} << false;
+    QTest::newRow("more green: first") << Pixel{100, 51, 50} << blue << true;
+}
+
+void tst_MergePixels::choiceOfColour()
+{
+    QFETCH(Pixel, first);
+    QFETCH(Pixel, second);
+    QFETCH(bool, takesFirst);
+    const Pixel result = merged(first, second);
+    // The pixels are told apart by red or blue being the largest.
+    QCOMPARE(result[0] > result[2], takesFirst);
+}
+
+QTEST_APPLESS_MAIN(tst_MergePixels)
+#include "tst_mergepixels.moc"
