@@ -17,8 +17,9 @@ constexpr float trustEnds = 0.85F;
 // Two values interpolated into one have half of the variance.
 constexpr float interpolatedShare = 0.5F;
 
-// A difference beyond so many deviations is no noise, whatever the differences around it are.
-constexpr float likelyDeviations = 3.0F;
+// The square of a difference beyond three deviations is no noise, whatever those around it are; nor
+// does it tell more about them than that.
+constexpr float mostOfNoise = 9.0F;
 
 // Wide enough to tell an interpolation's error from noise, small enough to stay at its edge.
 constexpr int errorReachX = 4;
@@ -57,9 +58,10 @@ public:
     [[nodiscard]] float errorAt(std::size_t x, int y) const
     {
         const Pair pair = at(x, y);
+        const float noiseVariance = pair.nativeVariance + pair.interpolatedVariance;
         const float difference = pair.low - pair.high;
-        return trust(pair.high) *
-               (difference * difference - pair.nativeVariance - pair.interpolatedVariance);
+        const float square = std::min(difference * difference, mostOfNoise * noiseVariance);
+        return trust(pair.high) * (square - noiseVariance);
     }
 
     [[nodiscard]] float blendedAt(std::size_t x, int y, float meanError) const
@@ -67,8 +69,7 @@ public:
         const Pair pair = at(x, y);
         const float noiseVariance = pair.nativeVariance + pair.interpolatedVariance;
         const float difference = pair.low - pair.high;
-        const float ownError =
-            difference * difference - likelyDeviations * likelyDeviations * noiseVariance;
+        const float ownError = difference * difference - mostOfNoise * noiseVariance;
         const float errorVariance =
             std::max({0.0F, meanError - meanUncertainty * noiseVariance, ownError});
         float toInterpolated =

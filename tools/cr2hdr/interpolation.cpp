@@ -16,6 +16,8 @@ constexpr std::array<int, 7> shifts{0, -2, 2, -4, 4, -6, 6};
 // An edge is followed if a strip of this many columns to each side fits clearly better along it.
 constexpr int stripReach = 4;
 constexpr float penaltyPerColumn = 0.06F;
+// Closer to saturation it is the noise that decides on which side of it a value is.
+constexpr float clearlyBelow = 0.85F;
 
 } // namespace
 
@@ -92,7 +94,8 @@ void Interpolation::chooseShifts(bool fromLow, float clippedFrom)
             const float below = *m_below.at(x + shift);
             const float middle = *m_native.at(x);
             // No edge goes from dark to dark through a saturated place.
-            if (fromLow && middle >= clippedFrom && std::max(above, below) < clippedFrom) {
+            if (fromLow && middle >= clippedFrom &&
+                std::max(above, below) < clearlyBelow * clippedFrom) {
                 return m_frame.saturation;
             }
             // What both ends have in common may not be in the middle: stripes fit stripes.
@@ -157,7 +160,7 @@ void Interpolation::fillRow(int y, float clippedFrom, std::span<float> values)
         } else if (!fromLow) {
             // Made with the help of a saturated value, it counts as saturated itself.
             values[column] = brighter;
-        } else if (*m_native.at(x) >= clippedFrom) {
+        } else if (*m_native.at(x) >= clippedFrom && darker < clearlyBelow * clippedFrom) {
             // A saturated high value stands on the bright side of the edge.
             values[column] = brighter;
         } else {

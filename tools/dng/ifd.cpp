@@ -13,14 +13,19 @@ std::size_t sizeOf(FieldType type)
     switch (type) {
     case FieldType::Byte:
     case FieldType::Ascii:
+    case FieldType::SByte:
     case FieldType::Undefined:
         return 1;
     case FieldType::Short:
+    case FieldType::SShort:
         return 2;
     case FieldType::Long:
+    case FieldType::SLong:
+    case FieldType::Float:
         return 4;
     case FieldType::Rational:
     case FieldType::SRational:
+    case FieldType::Double:
         return 8;
     }
     return 0;

@@ -18,8 +18,13 @@ enum class FieldType : std::uint16_t {
     Short = 3,
     Long = 4,
     Rational = 5,
+    SByte = 6,
     Undefined = 7,
+    SShort = 8,
+    SLong = 9,
     SRational = 10,
+    Float = 11,
+    Double = 12,
 };
 
 /// Bytes that one value of the type takes; 0 for a type that is not in the list above.

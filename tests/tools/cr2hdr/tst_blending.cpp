@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+// The blended picture against the scene's truth.
+#include "cr2hdr/blending.h"
+#include "dualscene.h"
+
+#include <QTest>
+
+#include <cmath>
+
+using dualiso::Frame;
+
+namespace {
+
+constexpr std::array<bool, 4> lowRows{true, true, false, false};
+constexpr double fullScale = 12952;
+
+Frame blended(const Frame &frame, int threads = 1)
+{
+    const auto model = dualiso::measure({&frame, 1}, {{false, false, true, true}});
+    Frame result = frame;
+    dualiso::blend(result, model.value(), threads);
+    return result;
+}
+
+void addIsoPairs()
+{
+    QTest::addColumn<int>("highIso");
+    for (const int highIso : {400, 800, 1600}) {
+        QTest::addRow("100/%d", highIso) << highIso;
+    }
+}
+
+} // namespace
+
+class TestBlending : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void shadowsHaveLessNoiseThanTheLowRows_data() { addIsoPairs(); }
+
+    void shadowsHaveLessNoiseThanTheLowRows()
+    {
+        QFETCH(int, highIso);
+        const auto settings = dualscene::dualSettings(highIso);
+        const Frame frame = dualscene::frame(settings, 0);
+        const Frame truth = dualscene::truth(settings, 0);
+        const Frame result = blended(frame);
+        for (const int step : {9, 10, 11}) { // 9 to 11 stops below white
+            const sample::Area area = sample::greyStep(step);
+            const double before = dualscene::deviation(frame, truth, area, lowRows);
+            const double after = dualscene::deviation(result, truth, area);
+            QVERIFY2(std::log2(before / after) >= 1.5,
+                     qPrintable(QStringLiteral("step %1: %2 before, %3 after")
+                                    .arg(step)
+                                    .arg(before)
+                                    .arg(after)));
+        }
+    }
+
+    void highlightsAreThoseOfTheLowRows_data() { addIsoPairs(); }
+
+    void highlightsAreThoseOfTheLowRows()
+    {
+        QFETCH(int, highIso);
+        const auto settings = dualscene::dualSettings(highIso);
+        const Frame truth = dualscene::truth(settings, 0);
+        const Frame result = blended(dualscene::frame(settings, 0));
+        const sample::Area white = sample::greyStep(0);
+        const float green = truth.row(116)[41];
+        QVERIFY(green > fullScale / (highIso / 100.0)); // more than the high rows can hold
+        QVERIFY(dualscene::deviation(result, truth, white) < 0.01 * fullScale);
+    }
+
+    void theMeanErrorIsSmall_data() { addIsoPairs(); }
+
+    void theMeanErrorIsSmall()
+    {
+        QFETCH(int, highIso);
+        const auto settings = dualscene::dualSettings(highIso);
+        const Frame truth = dualscene::truth(settings, 0);
+        const Frame result = blended(dualscene::frame(settings, 0));
+        double sum = 0;
+        for (std::size_t i = 0; i < truth.values.size(); ++i) {
+            sum += std::abs(static_cast<double>(result.values[i] - truth.values[i]));
+        }
+        QVERIFY(sum / static_cast<double>(truth.values.size()) < 0.01 * fullScale);
+    }
+
+    void noRowPatternIsLeft_data() { addIsoPairs(); }
+
+    void noRowPatternIsLeft()
+    {
+        QFETCH(int, highIso);
+        const auto settings = dualscene::dualSettings(highIso);
+        const Frame frame = dualscene::frame(settings, 0);
+        const Frame truth = dualscene::truth(settings, 0);
+        QVERIFY(dualscene::patternEnergy(blended(frame), truth) <
+                0.05 * dualscene::patternEnergy(frame, truth));
+    }
+
+    void midTonesKeepTheirFullResolution()
+    {
+        // A sawtooth of rows that interpolation cannot know, where neither exposure saturates.
+        Frame frame = dualscene::frame(dualscene::dualSettings(800), 0);
+        const auto model = dualiso::measure({&frame, 1}, {{false, false, true, true}});
+        QVERIFY(model.has_value());
+        Frame truth(frame.width, frame.height);
+        for (int y = 0; y < frame.height; ++y) {
+            const float light = y / 2 % 3 == 0 ? 900.0F : 500.0F;
+            for (std::size_t x = 0; x < static_cast<std::size_t>(frame.width); ++x) {
+                truth.row(y)[x] = light;
+                frame.row(y)[x] = model->pattern.isHigh(y)
+                                      ? light * model->exposure.gain + model->exposure.offset
+                                      : light;
+            }
+        }
+        dualiso::blend(frame, *model, 1);
+        const sample::Area everywhere{0, 0, 1, 1};
+        QVERIFY(dualscene::deviation(frame, truth, everywhere) < 10);
+    }
+
+    void hotPixelsLeaveNoSpots()
+    {
+        const auto settings = dualscene::dualSettings(800);
+        Frame frame = dualscene::frame(settings, 0);
+        const Frame truth = dualscene::truth(settings, 0);
+        frame.row(24)[30] = 9000; // in a patch, in a low and in a high row
+        frame.row(26)[38] = 9000;
+        const Frame result = blended(frame);
+        for (int y = 20; y < 30; ++y) {
+            for (std::size_t x = 25; x < 45; ++x) {
+                QVERIFY(std::abs(result.row(y)[x] - truth.row(y)[x]) < 120);
+            }
+        }
+    }
+
+    void theResultDoesNotDependOnTheNumberOfThreads()
+    {
+        const Frame frame = dualscene::frame(dualscene::dualSettings(800), 0);
+        QCOMPARE(blended(frame, 3).values, blended(frame, 1).values);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestBlending)
+#include "tst_blending.moc"

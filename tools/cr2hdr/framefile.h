@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "cr2hdr/frame.h"
+#include "dng/rawfile.h"
+
+#include <filesystem>
+
+namespace dualiso {
+
+/// The samples of the file as a frame. Throws mlv::Error.
+[[nodiscard]] Frame readFrame(const dng::RawFile &file);
+
+/// Whether the file is one that replaceFrame() wrote.
+[[nodiscard]] bool isBlended(const dng::RawFile &file);
+
+/// Replaces the file at `path`, which is `source`, by one with the blended frame: 16 bits a sample,
+/// the levels on that scale, this program added to the software tag, all other tags as they are.
+/// Throws std::system_error; the file is then what it was.
+void replaceFrame(const std::filesystem::path &path, const dng::RawFile &source,
+                  const Frame &frame);
+
+} // namespace dualiso

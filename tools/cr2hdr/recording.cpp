@@ -1,0 +1,146 @@
+// SPDX-License-Identifier: MIT
+#include "cr2hdr/recording.h"
+
+#include "cr2hdr/blending.h"
+#include "cr2hdr/framefile.h"
+#include "cr2hdr/report.h"
+#include "cr2hdr/survey.h"
+#include "mlv/error.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <cstdio>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace dualiso {
+namespace {
+
+constexpr const char *leftAsItIs = "left as it is, ";
+constexpr const char *notBlended = "failed, ";
+
+std::string rounded(double value, const char *unit)
+{
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%.2f%s", value, unit);
+    return text.data();
+}
+
+std::string noiseText(const Noise &noise)
+{
+    return rounded(std::sqrt(static_cast<double>(noise.readVariance)), " levels of 14 bits");
+}
+
+void printFindings(const Survey &survey)
+{
+    const dng::RawFormat &format = survey.format;
+    print("Frame size", std::to_string(format.width) + "x" + std::to_string(format.height) + ", " +
+                            std::to_string(format.bitsPerSample) + " bits");
+    print("Levels", "black " + std::to_string(format.blackLevel) + ", white " +
+                        std::to_string(format.whiteLevel));
+    if (!survey.model) {
+        print("Row pattern", survey.reason);
+        return;
+    }
+    const Model &model = *survey.model;
+    const auto gain = static_cast<double>(model.exposure.gain);
+    print("Row pattern", model.pattern.letters() + " (L low, H high sensitivity)");
+    print("Exposure difference", rounded(std::log2(gain), " EV"));
+    print("Black level difference",
+          rounded(static_cast<double>(model.exposure.offset), " levels of 14 bits"));
+    print("Noise of low rows", noiseText(model.lowNoise));
+    print("Noise of high rows", noiseText(model.highNoise));
+    print("High rows usable to",
+          rounded(static_cast<double>(model.clippedFrom), " levels of 14 bits above black"));
+}
+
+struct Outcome
+{
+    bool ok = true;
+    std::string text;
+};
+
+/// `threads` may work on the frame.
+Outcome blendFrame(const std::filesystem::path &path, const Survey &survey, int threads)
+{
+    const dng::RawFile file(path);
+    if (isBlended(file)) {
+        return {true, std::string(leftAsItIs) + "blended before"};
+    }
+    if (file.format() != survey.format) {
+        return {false,
+                std::string(notBlended) + "has another size, depth or level than the others"};
+    }
+    if (!survey.model) {
+        return {!survey.failed, (survey.failed ? notBlended : leftAsItIs) + survey.reason};
+    }
+    Frame frame = readFrame(file);
+    PatternSearch search;
+    search.add(frame);
+    const Finding finding = search.finding();
+    // A frame that is too dark to tell is blended like the rest, or the picture would jump.
+    if (finding == Finding::NotDualIso) {
+        return {true, std::string(leftAsItIs) + "not dual ISO"};
+    }
+    if (finding == Finding::DualIso && search.pattern() != survey.model->pattern) {
+        return {false, std::string(notBlended) + "other rows are bright than in the others: " +
+                           search.pattern().letters()};
+    }
+    blend(frame, *survey.model, threads);
+    replaceFrame(path, file, frame);
+    return {true, "blended"};
+}
+
+Outcome attempt(const std::filesystem::path &path, const std::optional<Survey> &survey, int threads)
+{
+    try {
+        // Without a survey there is no file that can be read or needs blending; why, it tells.
+        return blendFrame(path, survey.value_or(Survey{}), threads);
+    } catch (const mlv::Error &error) {
+        return {false, std::string(notBlended) + error.what()};
+    } catch (const std::system_error &error) {
+        return {false, std::string(notBlended) + error.what()};
+    } catch (const std::bad_alloc &) {
+        return {false, std::string(notBlended) + "not enough memory"};
+    }
+}
+
+} // namespace
+
+bool blendRecording(std::span<const std::filesystem::path> paths)
+{
+    const auto found = survey(paths);
+    if (found) {
+        printFindings(*found);
+    }
+
+    const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+    const std::size_t workers = std::min(cores, paths.size());
+    const auto threadsOfFrame = static_cast<int>(cores / std::max<std::size_t>(workers, 1));
+    std::atomic<std::size_t> next = 0;
+    std::atomic<bool> allOk = true;
+    FrameLog log;
+    const auto work = [&] {
+        for (std::size_t i = next++; i < paths.size(); i = next++) {
+            const Outcome outcome = attempt(paths[i], found, threadsOfFrame);
+            log.tell(i, labelOf(paths[i]), outcome.text);
+            if (!outcome.ok) {
+                allOk = false;
+            }
+        }
+    };
+    {
+        std::vector<std::jthread> others;
+        for (std::size_t i = 1; i < workers; ++i) {
+            others.emplace_back(work);
+        }
+        work();
+    }
+    return allOk;
+}
+
+} // namespace dualiso

@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+#include "dng/ifdreader.h"
+
+#include "dng/tags.h"
+#include "mlv/error.h"
+
+#include <array>
+#include <cstring>
+
+namespace dng {
+namespace {
+
+constexpr std::size_t headerBytes = 8;
+constexpr std::size_t entryBytes = 12;
+constexpr std::size_t inlineBytes = 4;
+// "II" for little-endian, then 42.
+constexpr std::array<std::byte, 4> littleEndianTiff{std::byte{'I'}, std::byte{'I'}, std::byte{42},
+                                                    std::byte{0}};
+
+template <typename Value>
+Value numberAt(std::span<const std::byte> bytes, std::size_t offset)
+{
+    Value value{};
+    std::memcpy(&value, bytes.subspan(offset, sizeof value).data(), sizeof value);
+    return value;
+}
+
+class Reader
+{
+public:
+    explicit Reader(const mlv::File &file)
+        : m_file(file)
+        , m_bytesLeft(file.size())
+    {
+    }
+
+    std::uint32_t firstDirectory()
+    {
+        const auto header = bytes(0, headerBytes);
+        if (!std::equal(littleEndianTiff.begin(), littleEndianTiff.end(), header.begin())) {
+            throw mlv::Error("is not a little-endian TIFF file");
+        }
+        return numberAt<std::uint32_t>(header, 4);
+    }
+
+    Ifd directory(std::uint32_t offset)
+    {
+        const std::size_t count = numberAt<std::uint16_t>(bytes(offset, 2), 0);
+        const auto entries = bytes(std::uint64_t{offset} + 2, count * entryBytes);
+        Ifd ifd;
+        for (std::size_t i = 0; i < count; ++i) {
+            addField(ifd, std::span(entries).subspan(i * entryBytes, entryBytes));
+        }
+        return ifd;
+    }
+
+private:
+    void addField(Ifd &ifd, std::span<const std::byte> entry)
+    {
+        const auto type = static_cast<FieldType>(numberAt<std::uint16_t>(entry, 2));
+        const auto count = numberAt<std::uint32_t>(entry, 4);
+        const std::uint64_t size = std::uint64_t{count} * sizeOf(type);
+        if (size == 0) {
+            return;
+        }
+        Field field{type, count, {}};
+        if (size <= inlineBytes) {
+            const auto value = entry.subspan(8, static_cast<std::size_t>(size));
+            field.data.assign(value.begin(), value.end());
+        } else {
+            field.data = bytes(numberAt<std::uint32_t>(entry, 8), size);
+        }
+        ifd.set(numberAt<std::uint16_t>(entry, 0), std::move(field));
+    }
+
+    // The parts of a sound file don't overlap, so that together they are no larger than the file.
+    std::vector<std::byte> bytes(std::uint64_t offset, std::uint64_t size)
+    {
+        if (offset > m_file.size() || size > m_file.size() - offset || size > m_bytesLeft) {
+            throw mlv::Error("is a damaged TIFF file");
+        }
+        m_bytesLeft -= size;
+        std::vector<std::byte> result(static_cast<std::size_t>(size));
+        m_file.read(offset, result);
+        return result;
+    }
+
+    const mlv::File &m_file;
+    std::uint64_t m_bytesLeft;
+};
+
+} // namespace
+
+Directories readDirectories(const mlv::File &file)
+{
+    Reader reader(file);
+    const Ifd all = reader.directory(reader.firstDirectory());
+    Directories directories;
+    for (const auto &[tag, field] : all.fields()) {
+        if (tag != tag::exifIfd && tag != tag::subIfds && tag != tag::gpsIfd) {
+            directories.image.set(tag, field);
+        }
+    }
+    const auto exifOffset = wholeNumbers(all, tag::exifIfd);
+    if (!exifOffset.empty()) {
+        directories.exif = reader.directory(exifOffset.front());
+    }
+    return directories;
+}
+
+std::vector<std::uint32_t> wholeNumbers(const Ifd &ifd, std::uint16_t tag)
+{
+    std::vector<std::uint32_t> values;
+    const auto found = ifd.fields().find(tag);
+    if (found == ifd.fields().end()) {
+        return values;
+    }
+    const Field &field = found->second;
+    const std::size_t size = sizeOf(field.type);
+    for (std::size_t i = 0; i < field.count; ++i) {
+        if (field.type == FieldType::Byte) {
+            values.push_back(numberAt<std::uint8_t>(field.data, i * size));
+        } else if (field.type == FieldType::Short) {
+            values.push_back(numberAt<std::uint16_t>(field.data, i * size));
+        } else if (field.type == FieldType::Long) {
+            values.push_back(numberAt<std::uint32_t>(field.data, i * size));
+        } else if (field.type == FieldType::Rational) {
+            const auto ratio = numberAt<Rational>(field.data, i * size);
+            if (ratio.denominator == 0 || ratio.numerator % ratio.denominator != 0) {
+                return {};
+            }
+            values.push_back(ratio.numerator / ratio.denominator);
+        }
+    }
+    return values;
+}
+
+} // namespace dng
