@@ -40,6 +40,10 @@ void signalProcessGroup(const QProcess &child, int signal)
 void prepareChild(pid_t application)
 {
     setpgid(0, 0);
+    // What the application waits for in its own way would reach no child.
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     // The application may have died before the death signal was asked for.
     if (getppid() != application)

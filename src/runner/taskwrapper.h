@@ -26,7 +26,8 @@ inline constexpr QLatin1String
 /// and standard error merged) into calls on a delegate.
 ///
 /// The child reads the null device, leads a process group of its own, so that signals reach its
-/// children too, and dies with the application. How a run ended is never judged here: subclasses
+/// children too, hears every signal, also those that the application blocks, and dies with the
+/// application. How a run ended is never judged here: subclasses
 /// recognise failures from the tool's text.
 ///
 /// A wrapper is driven from one thread, on which all delegate calls arrive; only requestCancel()

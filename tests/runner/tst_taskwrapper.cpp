@@ -138,6 +138,7 @@ private Q_SLOTS:
     void stopFromInsideALineKeepsDeliveringTheChunk();
     void childThatIgnoresBothSignalsIsKilled();
     void signalsReachTheChildrenOfTheChild();
+    void childHearsSignalsThatTheApplicationBlocks();
     void killIsSilent();
     void destroyedWrapperLeavesItsChildRunning();
     void childDiesWithTheApplication();
@@ -500,6 +501,20 @@ void TestTaskWrapper::signalsReachTheChildrenOfTheChild()
     QVERIFY(processRuns(grandchild));
     wrapper.stop(false);
     QTRY_VERIFY(!processRuns(grandchild));
+}
+
+void TestTaskWrapper::childHearsSignalsThatTheApplicationBlocks()
+{
+    sigset_t ending;
+    sigemptyset(&ending);
+    sigaddset(&ending, SIGTERM);
+    sigset_t before;
+    QVERIFY(pthread_sigmask(SIG_BLOCK, &ending, &before) == 0);
+    Recorder wrapper;
+    wrapper.runShell(QStringLiteral("exec sleep 1000"));
+    QVERIFY(pthread_sigmask(SIG_SETMASK, &before, nullptr) == 0);
+    wrapper.stop(false);
+    QCOMPARE(wrapper.terminationStatus(), SIGTERM);
 }
 
 void TestTaskWrapper::killIsSilent()
