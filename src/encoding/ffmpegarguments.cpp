@@ -20,6 +20,14 @@ QStringList videoCodec(qint32 format, qint32 quality)
             maximum ? QStringLiteral("1") : QStringLiteral("17")};
 }
 
+/// The frames' names as ffmpeg's sequence pattern. A "%" in the folder's name, which is that of the
+/// recording, is no part of the pattern.
+QString framePattern(QString directory)
+{
+    return directory.replace(QLatin1String("%"), QLatin1String("%%")) +
+           QStringLiteral("tmp%06d.tiff");
+}
+
 } // namespace
 
 QString moviePathFor(const QString &mlvPath, qint32 format)
@@ -31,9 +39,9 @@ QString moviePathFor(const QString &mlvPath, qint32 format)
 QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,
                            const QString &moviePath)
 {
-    QStringList arguments{
-        QStringLiteral("-r"), QString::number(static_cast<double>(sources.fps), 'f', 2),
-        QStringLiteral("-i"), sources.tiffsDirectory + QStringLiteral("tmp%06d.tiff")};
+    QStringList arguments{QStringLiteral("-r"),
+                          QString::number(static_cast<double>(sources.fps), 'f', 2),
+                          QStringLiteral("-i"), framePattern(sources.tiffsDirectory)};
     if (!sources.soundPath.isEmpty()) {
         arguments << QStringLiteral("-i") << sources.soundPath;
         if (format == MovieFormatAVI)

@@ -29,8 +29,8 @@ struct MovieSources
 /// The recording's path with the extension "avi" or "mov".
 QString moviePathFor(const QString &mlvPath, qint32 format);
 
-/// ffmpeg's arguments for building the movie. The frame pattern reaches ffmpeg as it stands; a
-/// directory without its trailing separator is glued to it.
+/// ffmpeg's arguments for building the movie. A directory without its trailing separator is glued
+/// to the frame pattern.
 QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,
                            const QString &moviePath);
 

@@ -37,6 +37,7 @@ private Q_SLOTS:
     void frameRateHasTwoDecimals_data();
     void frameRateHasTwoDecimals();
     void directoryWithoutSeparatorIsGluedToThePattern();
+    void percentSignInTheFolderIsNoPattern();
 
     void finishedBuildLeavesTheMovieAndIsReported();
     void failedBuildIsReportedAsFinished();
@@ -167,6 +168,15 @@ void TestFFmpegTask::directoryWithoutSeparatorIsGluedToThePattern()
     const QStringList arguments =
         movieArguments({QStringLiteral("/tmp/w"), QString(), 25}, 1, 1, QStringLiteral("/a.mov"));
     QCOMPARE(arguments.at(3), QStringLiteral("/tmp/wtmp%06d.tiff"));
+}
+
+void TestFFmpegTask::percentSignInTheFolderIsNoPattern()
+{
+    const QStringList arguments =
+        movieArguments({QStringLiteral("/t/50%d.MLV/"), QStringLiteral("/t/50%d.MLV/tmp.wav"), 25},
+                       1, 1, QString());
+    QCOMPARE(arguments.at(3), QStringLiteral("/t/50%%d.MLV/tmp%06d.tiff"));
+    QCOMPARE(arguments.at(5), QStringLiteral("/t/50%d.MLV/tmp.wav"));
 }
 
 void TestFFmpegTask::finishedBuildLeavesTheMovieAndIsReported()
