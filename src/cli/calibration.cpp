@@ -2,6 +2,7 @@
 #include "cli/calibration.h"
 
 #include "mlvdump/mlvdumparguments.h"
+#include "project/projectmonitor.h"
 #include "runner/notificationcenter.h"
 #include "runner/temporarydirectory.h"
 
@@ -124,7 +125,7 @@ void Calibration::checkTool()
 void Calibration::error(const QString &error, MlvDumpTask &)
 {
     end(QStringLiteral("%1: %2").arg(QFileInfo(m_steps.front().recording).fileName(),
-                                     QString(error).remove(QLatin1String("[ERROR]")).trimmed()));
+                                     reasonOf(error)));
 }
 
 void Calibration::end(const QString &reason)

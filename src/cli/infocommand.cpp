@@ -33,7 +33,8 @@ public:
         m_project.setDelegate(this);
         QObject::connect(&m_monitor, &ProjectMonitor::ended, &m_loop,
                          [this](const QString &reason) {
-                             m_failure = reason;
+                             if (m_failure.isEmpty())
+                                 m_failure = reason;
                              m_loop.quit();
                          });
         m_project.setMlvPath(path);
@@ -55,7 +56,7 @@ private:
     void controllerWorkFinished(MLVProjectController &) override {}
     void controllerWorkError(const QString &error) override
     {
-        m_monitor.controllerWorkError(error);
+        m_failure = reasonOf(error); // the report may end as if nothing had happened
     }
 
     MLVProjectController m_project;

@@ -27,6 +27,11 @@ int countFrames(const QString &folder)
 
 } // namespace
 
+QString reasonOf(const QString &errorLine)
+{
+    return QString(errorLine).remove(QLatin1String("[ERROR]")).trimmed();
+}
+
 ProjectMonitor::ProjectMonitor(MLVProjectController &project)
     : m_project(project)
 {
@@ -59,7 +64,7 @@ void ProjectMonitor::imageRGBReceived(const QImage &image)
 
 void ProjectMonitor::controllerWorkError(const QString &error)
 {
-    end(QString(error).remove(QLatin1String("[ERROR]")).trimmed());
+    end(reasonOf(error));
 }
 
 void ProjectMonitor::controllerWorkFinished()

@@ -9,6 +9,9 @@ namespace filmwright {
 
 class MLVProjectController;
 
+/// The sentence in an error line of mlv_dump.
+QString reasonOf(const QString &errorLine);
+
 /// Finds out that a recording will not become a whole movie: the stages themselves judge nothing
 /// but mlv_dump's error lines. Whoever drives a project makes one for each run and hands on what
 /// the project tells its delegate.

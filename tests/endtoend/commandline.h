@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+
+/// One run of filmwright-cli in a temporary folder of its own.
+class CommandLine
+{
+public:
+    CommandLine();
+
+    /// Runs to the end; false when it doesn't come to one within two minutes.
+    bool run(const QStringList &arguments);
+
+    void start(const QStringList &arguments);
+    bool waitForEnd();
+    /// Waits until the run has printed the text on standard error.
+    bool waitForMessage(const QString &text);
+    void sendSignal(int signal);
+
+    int status() const { return m_process.exitCode(); }
+    bool wasKilled() const { return m_process.exitStatus() == QProcess::CrashExit; }
+    QStringList output() const { return lines(m_output); }
+    QStringList messages() const { return lines(m_messages); }
+
+    /// What is in the per-user temporary folder.
+    QStringList temporaryEntries() const;
+
+    /// The program itself, and the environment of later runs.
+    QString program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+
+private:
+    static QStringList lines(const QByteArray &text);
+    void readAll();
+
+    QTemporaryDir m_temporaryFolder;
+    QProcess m_process;
+    QByteArray m_output;
+    QByteArray m_messages;
+};

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+// Several recordings in one run, some of them bad.
+
+#include "commandline.h"
+#include "sample.h"
+#include "support/toolfolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+namespace {
+
+const QString convert = QStringLiteral("convert");
+const QString smallClip = QStringLiteral("--size 128x72 --frames 3 --no-sound");
+
+} // namespace
+
+class TestBatch : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void badRecordingDoesNotHoldUpTheOthers();
+    void folderIsSearched();
+    void fileThatIsNoRecordingIsNamed();
+    void secondRecordingOfTheSameMovieIsRefused();
+    void frameThatCannotBeConvertedFailsTheRecording();
+    void failingEncoderFailsTheRecording();
+    void progressIsOneLineAStage();
+    void quietRunTellsFailuresOnly();
+    void keptTemporaryFilesAreNamed();
+    void nothingToConvert();
+    void strangeFileNames();
+
+private:
+    QString clip(const QString &name)
+    {
+        const QString path = m_folder->filePath(name);
+        [](const QString &target) { QVERIFY(writeSample(target, smallClip)); }(path);
+        return path;
+    }
+    QString bad(const QString &name)
+    {
+        QFile file(m_folder->filePath(name));
+        if (file.open(QIODevice::WriteOnly))
+            file.write("this is a letter, not a recording, though its name says so\n");
+        return file.fileName();
+    }
+    QString movie(const QString &name) const { return m_folder->filePath(name); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TestBatch::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+}
+
+void TestBatch::badRecordingDoesNotHoldUpTheOthers()
+{
+    const QStringList recordings{clip(QStringLiteral("1.MLV")), bad(QStringLiteral("2.MLV")),
+                                 clip(QStringLiteral("3.MLV"))};
+    CommandLine cli;
+    QVERIFY(cli.run(QStringList{convert} + recordings));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(),
+             (QStringList{movie(QStringLiteral("1.mov")), movie(QStringLiteral("3.mov"))}));
+    const QStringList failures = cli.messages().filter(QStringLiteral("failed"));
+    QCOMPARE(failures.size(), 1);
+    QVERIFY2(failures.first().startsWith(QStringLiteral("2.MLV: failed: ")),
+             qPrintable(failures.first()));
+    QVERIFY(failures.first().size() > 20);
+    QCOMPARE(Movie::probe(movie(QStringLiteral("3.mov"))).frames(), 3);
+    QCOMPARE(cli.temporaryEntries(), QStringList());
+}
+
+void TestBatch::folderIsSearched()
+{
+    QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("day/card")));
+    clip(QStringLiteral("day/card/a.MLV"));
+    clip(QStringLiteral("day/b.mlv"));
+    CommandLine cli;
+    QVERIFY(cli.run({convert, m_folder->path()}));
+    QCOMPARE(cli.output(), (QStringList{movie(QStringLiteral("day/b.mov")),
+                                        movie(QStringLiteral("day/card/a.mov"))}));
+    QCOMPARE(cli.status(), 0);
+}
+
+void TestBatch::fileThatIsNoRecordingIsNamed()
+{
+    CommandLine cli;
+    QVERIFY(cli.run({convert, bad(QStringLiteral("notes.txt")), clip(QStringLiteral("a.MLV"))}));
+    QCOMPARE(cli.status(), 1);
+    QVERIFY(
+        cli.messages().contains(QStringLiteral("notes.txt: failed: its name doesn't end in .mlv")));
+    QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("a.mov"))});
+}
+
+void TestBatch::secondRecordingOfTheSameMovieIsRefused()
+{
+    CommandLine cli;
+    QVERIFY(cli.run({convert, clip(QStringLiteral("a.MLV")), clip(QStringLiteral("a.mlv"))}));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("a.mov"))});
+    QCOMPARE(cli.messages().constLast(),
+             QStringLiteral("a.mlv: failed: its movie would replace that of another recording, %1")
+                 .arg(movie(QStringLiteral("a.mov"))));
+}
+
+void TestBatch::frameThatCannotBeConvertedFailsTheRecording()
+{
+    ToolFolder tools;
+    tools.addTool(
+        QStringLiteral("dcraw"),
+        QStringLiteral("for f; do :; done; case $f in *1.dng) exit 1;; esac; exec %1 \"$@\"")
+            .arg(realTool(QStringLiteral("dcraw"))));
+    CommandLine cli;
+    QVERIFY(cli.run({convert, clip(QStringLiteral("a.MLV"))}));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.messages().constLast(),
+             QStringLiteral("a.MLV: failed: dcraw converted only 2 of 3 frames"));
+    QVERIFY(!QFile::exists(movie(QStringLiteral("a.mov"))));
+    QCOMPARE(cli.temporaryEntries(), QStringList());
+}
+
+void TestBatch::failingEncoderFailsTheRecording()
+{
+    ToolFolder tools;
+    tools.addTool(
+        QStringLiteral("ffmpeg"),
+        QStringLiteral("for m; do :; done; echo half > \"$m\"; echo 'disk full'; exit 1"));
+    CommandLine cli;
+    QVERIFY(cli.run({convert, clip(QStringLiteral("a.MLV"))}));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), QStringList());
+    QCOMPARE(cli.messages().constLast(),
+             QStringLiteral("a.MLV: failed: ffmpeg ended with status 1: disk full"));
+    QVERIFY(!QFile::exists(movie(QStringLiteral("a.mov"))));
+}
+
+void TestBatch::progressIsOneLineAStage()
+{
+    CommandLine cli;
+    QVERIFY(cli.run({convert, clip(QStringLiteral("a.MLV"))}));
+    QCOMPARE(cli.messages(), (QStringList{QStringLiteral("a.MLV: reading"),
+                                          QStringLiteral("a.MLV: extracting, 3 frames"),
+                                          QStringLiteral("a.MLV: converting, 3 frames"),
+                                          QStringLiteral("a.MLV: encoding, 3 frames"),
+                                          QStringLiteral("a.mov: finished")}));
+}
+
+void TestBatch::quietRunTellsFailuresOnly()
+{
+    CommandLine cli;
+    QVERIFY(cli.run({convert, QStringLiteral("--quiet"), clip(QStringLiteral("a.MLV")),
+                     bad(QStringLiteral("notes.txt"))}));
+    QCOMPARE(cli.messages(),
+             QStringList{QStringLiteral("notes.txt: failed: its name doesn't end in .mlv")});
+}
+
+void TestBatch::keptTemporaryFilesAreNamed()
+{
+    CommandLine cli;
+    QVERIFY(cli.run({convert, QStringLiteral("--keep-temp"), clip(QStringLiteral("a.MLV"))}));
+    const QString message = cli.messages().constLast();
+    const QString label = QStringLiteral("filmwright-cli: temporary files are kept in ");
+    QVERIFY2(message.startsWith(label), qPrintable(message));
+    const QDir kept(message.mid(label.size()) + QStringLiteral("/a.MLV"));
+    QCOMPARE(kept.entryList({QStringLiteral("*.dng"), QStringLiteral("*.tiff")}).size(), 6);
+}
+
+void TestBatch::nothingToConvert()
+{
+    CommandLine cli;
+    QVERIFY(cli.run({convert, m_folder->path()}));
+    QCOMPARE(cli.status(), 2);
+    QCOMPARE(cli.messages(), QStringList{QStringLiteral("filmwright-cli: no recordings found")});
+}
+
+void TestBatch::strangeFileNames()
+{
+    const QStringList names{
+        QStringLiteral("-dash"),        QStringLiteral("100%d %s"),
+        QStringLiteral("a 'b' \"c\""),  QStringLiteral("$(touch x);`y`"),
+        QStringLiteral("Done [ERROR]"), QStringLiteral("\u00e4\u00f6\u00fc \U0001F3AC")};
+    QStringList recordings;
+    QStringList movies;
+    for (const QString &name : names) {
+        recordings << clip(name + QStringLiteral(".MLV"));
+        movies << movie(name + QStringLiteral(".mov"));
+    }
+    CommandLine cli;
+    QVERIFY(cli.run(QStringList{convert} + recordings));
+    QCOMPARE(cli.output(), movies);
+    QCOMPARE(cli.status(), 0);
+}
+
+QTEST_GUILESS_MAIN(TestBatch)
+#include "tst_batch.moc"

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+// What "info" tells of recordings.
+
+#include "commandline.h"
+#include "sample.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+namespace {
+
+const QString info = QStringLiteral("info");
+const QString json = QStringLiteral("--json");
+
+QJsonArray array(const CommandLine &cli)
+{
+    return QJsonDocument::fromJson(cli.output().join(QLatin1Char('\n')).toUtf8()).array();
+}
+
+} // namespace
+
+class TestInformation : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_clip = m_folder.filePath(QStringLiteral("clip.MLV"));
+        QVERIFY(
+            writeSample(m_clip, QStringLiteral("--size 128x72 --frames 6 --fps 23.976 --iso 800")));
+    }
+
+    void everyValueInJson()
+    {
+        CommandLine cli;
+        QVERIFY(cli.run({info, json, m_clip}));
+        QCOMPARE(cli.status(), 0);
+        QCOMPARE(array(cli).size(), 1);
+        const QJsonObject values = array(cli).first().toObject();
+        QCOMPARE(
+            values.keys(),
+            (QStringList{QStringLiteral("aperture"), QStringLiteral("audioFrames"),
+                         QStringLiteral("camera"), QStringLiteral("cameraSerial"),
+                         QStringLiteral("date"), QStringLiteral("focal"), QStringLiteral("fps"),
+                         QStringLiteral("iso"), QStringLiteral("lens"), QStringLiteral("path"),
+                         QStringLiteral("resolution"), QStringLiteral("shutter"),
+                         QStringLiteral("time"), QStringLiteral("videoFrames")}));
+        QCOMPARE(values.value(QStringLiteral("path")).toString(), m_clip);
+        QCOMPARE(values.value(QStringLiteral("fps")).toDouble(), 23.976);
+        QCOMPARE(values.value(QStringLiteral("videoFrames")).toInt(), 6);
+        QVERIFY(values.value(QStringLiteral("audioFrames")).toInt() > 0);
+        QCOMPARE(values.value(QStringLiteral("iso")).toInt(), 800);
+        QVERIFY(values.value(QStringLiteral("shutter")).toDouble() > 0.01 &&
+                values.value(QStringLiteral("shutter")).toDouble() < 0.05);
+        QCOMPARE(values.value(QStringLiteral("aperture")).toDouble(), 2.8);
+        QCOMPARE(values.value(QStringLiteral("resolution")).toString(), QStringLiteral("128x72"));
+        QCOMPARE(values.value(QStringLiteral("camera")).toString(),
+                 QStringLiteral("Filmwright Sample"));
+        QVERIFY(!values.value(QStringLiteral("time")).toString().isEmpty());
+    }
+
+    void unreadableFileDoesNotHoldUpTheOthers()
+    {
+        CommandLine cli;
+        QVERIFY(cli.run({info, json, QStringLiteral("/no/such.MLV"), m_clip}));
+        QCOMPARE(cli.status(), 2);
+        QCOMPARE(array(cli).size(), 1);
+        QCOMPARE(cli.messages(),
+                 QStringList{QStringLiteral("filmwright-cli: /no/such.MLV can't be read")});
+    }
+
+    void fileThatIsNoRecordingIsAFailure()
+    {
+        QFile letter(m_folder.filePath(QStringLiteral("letter.MLV")));
+        QVERIFY(letter.open(QIODevice::WriteOnly));
+        letter.write("this is a letter, not a recording, though its name says so\n");
+        letter.close();
+        CommandLine cli;
+        QVERIFY(cli.run({info, json, letter.fileName()}));
+        QCOMPARE(cli.status(), 1);
+        QCOMPARE(array(cli).size(), 0);
+        QVERIFY(cli.messages().join(QLatin1Char(' ')).contains(letter.fileName()));
+    }
+
+    void textForPeople()
+    {
+        CommandLine cli;
+        QVERIFY(cli.run({info, m_clip}));
+        QCOMPARE(cli.output().value(0), m_clip);
+        QCOMPARE(cli.output().value(1), QStringLiteral("  Resolution   128x72"));
+        QVERIFY(cli.output().value(2).startsWith(
+            QStringLiteral("  Frames       6 at 23.976 frames/s (0.25 s)")));
+    }
+
+    void nothingNamed()
+    {
+        CommandLine cli;
+        QVERIFY(cli.run({info}));
+        QCOMPARE(cli.status(), 2);
+    }
+
+    void helpOfEveryCommand_data()
+    {
+        QTest::addColumn<QString>("command");
+        for (const char *command : {"convert", "info", "encoders", "tools"})
+            QTest::newRow(command) << command;
+    }
+
+    void helpOfEveryCommand()
+    {
+        QFETCH(QString, command);
+        CommandLine cli;
+        QVERIFY(cli.run({command, QStringLiteral("--help")}));
+        QCOMPARE(cli.status(), 0);
+        QVERIFY(
+            cli.output().value(0).startsWith(QStringLiteral("Usage: filmwright-cli ") + command));
+        QVERIFY(cli.run({command, QStringLiteral("--no-such-option")}));
+        QCOMPARE(cli.status(), 2);
+    }
+
+    void unknownCommand()
+    {
+        CommandLine cli;
+        QVERIFY(cli.run({QStringLiteral("explode")}));
+        QCOMPARE(cli.status(), 2);
+        QCOMPARE(cli.output(), QStringList());
+    }
+
+private:
+    QTemporaryDir m_folder;
+    QString m_clip;
+};
+
+QTEST_GUILESS_MAIN(TestInformation)
+#include "tst_information.moc"
