@@ -3,7 +3,6 @@
 
 #include "dng/tags.h"
 #include "mlv_dump/text.h"
-#include "mlv_dump/version.h"
 
 #include <algorithm>
 #include <chrono>

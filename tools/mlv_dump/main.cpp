@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/options.h"
 #include "mlv_dump/run.h"
-#include "mlv_dump/version.h"
 
 #include <cstdio>
 #include <vector>

@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+#include "programrun.h"
+#include "recordingbuilder.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+/// How runs end, whatever the arguments and the input.
+class TestMlvDumpArguments : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() { m_folder = std::make_unique<QTemporaryDir>(); }
+
+    void failedRunsEndAsTheirKindDoes_data();
+    void failedRunsEndAsTheirKindDoes();
+    void pathsThatContainTheMarksChangeNothing();
+    void fullDiskIsAnError();
+    void missingFolderIsAnError();
+    void versionAndHelp();
+    void recordingWithoutOptionsIsJustRead();
+
+private:
+    QString out(const char *name) const { return m_folder->filePath(QLatin1String(name)); }
+    static ProgramRun dump(const QStringList &arguments)
+    {
+        return runBuilt(QStringLiteral("mlv_dump"), arguments);
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TestMlvDumpArguments::failedRunsEndAsTheirKindDoes_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<bool>("printsLastLines");
+    const QString none = QStringLiteral("/nowhere/a.MLV");
+    const auto row = [](const char *name, const QStringList &arguments, int status, bool lines) {
+        QTest::newRow(name) << arguments << status << lines;
+    };
+    row("no arguments", {}, 2, true);
+    row("unknown option", {QStringLiteral("--fast"), none}, 2, true);
+    row("unknown option of a frame run", {QStringLiteral("--dng"), QStringLiteral("-x")}, 2, false);
+    row("report of a missing file", {QStringLiteral("-m"), QStringLiteral("-v"), none}, 1, true);
+    row("average of a missing file",
+        {QStringLiteral("-a"), none, QStringLiteral("-o"), QStringLiteral("b.mlv")}, 1, true);
+    row("frames of a missing file",
+        {QStringLiteral("--dng"), none, QStringLiteral("-o"), QStringLiteral("tmp")}, 1, false);
+    row("report of a folder", {QStringLiteral("-m"), QStringLiteral("-v"), QStringLiteral("/")}, 1,
+        true);
+    row("report of another kind of file",
+        {QStringLiteral("-m"), QStringLiteral("-v"),
+         testData(QStringLiteral("recordings/README.md"))},
+        1, true);
+    row("frames of a chunk alone",
+        {QStringLiteral("--dng"), testData(QStringLiteral("recordings/split.M00")),
+         QStringLiteral("-o"), QStringLiteral("tmp")},
+        1, false);
+}
+
+void TestMlvDumpArguments::failedRunsEndAsTheirKindDoes()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(int, status);
+    QFETCH(bool, printsLastLines);
+    const auto run = dump(arguments);
+    QCOMPARE(run.status, status);
+    QCOMPARE(run.lines.filter(QStringLiteral("[ERROR]")).size(), 1);
+    QVERIFY(!run.hasLineWith(QStringLiteral("/nowhere")));
+    if (printsLastLines) {
+        QCOMPARE(run.lastTwoLines(),
+                 (QStringList{QStringLiteral("Processed 0 video frames at 0.00 FPS (0.00 s)"),
+                              QStringLiteral("Done")}));
+    } else {
+        QVERIFY(!run.hasLineWith(QStringLiteral("Processed")));
+        QVERIFY(!run.hasLineWith(QStringLiteral("Done")));
+    }
+}
+
+void TestMlvDumpArguments::pathsThatContainTheMarksChangeNothing()
+{
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("Done [ERROR] %s\n")));
+    const QDir folder(out("Done [ERROR] %s\n"));
+    const auto path = RecordingBuilder().addRawInfo().addFrame(0, 3000).write(
+        folder.filePath(QStringLiteral("Done [ERROR].MLV")));
+    const QList<QStringList> runs{{QStringLiteral("-m"), QStringLiteral("-v"), path},
+                                  {QStringLiteral("-a"), path, QStringLiteral("-o"),
+                                   folder.filePath(QStringLiteral("Done.mlv"))},
+                                  {QStringLiteral("--dng"), path, QStringLiteral("-o"),
+                                   folder.filePath(QStringLiteral("Done [ERROR]"))}};
+    for (const auto &arguments : runs) {
+        const auto run = dump(arguments);
+        QCOMPARE(run.status, 0);
+        QVERIFY(!run.hasLineWith(QStringLiteral("[ERROR]")));
+        QCOMPARE(run.lines.filter(QStringLiteral("Done")), QStringList{QStringLiteral("Done")});
+    }
+    QVERIFY(folder.exists(QStringLiteral("Done [ERROR]000000.dng")));
+}
+
+void TestMlvDumpArguments::fullDiskIsAnError()
+{
+    const auto path = RecordingBuilder().addRawInfo().addFrame(0, 3000).write(out("a.MLV"));
+    QVERIFY(QFile::link(QStringLiteral("/proc/self"), out("proc")));
+    const auto run = dump({QStringLiteral("--dng"), path, QStringLiteral("-o"), out("proc/tmp")});
+    QCOMPARE(run.status, 1);
+    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] A file cannot be written")));
+    QVERIFY(!run.hasLineWith(QStringLiteral("Done")));
+}
+
+void TestMlvDumpArguments::missingFolderIsAnError()
+{
+    const auto path = RecordingBuilder().addRawInfo().addFrame(0, 3000).write(out("a.MLV"));
+    const auto run =
+        dump({QStringLiteral("--dng"), path, QStringLiteral("-o"), out("missing/tmp")});
+    QCOMPARE(run.status, 1);
+    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] A file cannot be written")));
+    const auto averaged =
+        dump({QStringLiteral("-a"), path, QStringLiteral("-o"), out("missing/b.mlv")});
+    QCOMPARE(averaged.status, 1);
+    QCOMPARE(averaged.lastTwoLines(),
+             (QStringList{QStringLiteral("Processed 0 video frames at 25.00 FPS (0.00 s)"),
+                          QStringLiteral("Done")}));
+}
+
+void TestMlvDumpArguments::versionAndHelp()
+{
+    const auto version = dump({QStringLiteral("--version")});
+    QCOMPARE(version.status, 0);
+    QCOMPARE(version.lines.size(), 1);
+    QVERIFY(version.lines[0].startsWith(QStringLiteral("mlv_dump (Filmwright) ")));
+    const auto help = dump({QStringLiteral("--help")});
+    QCOMPARE(help.status, 0);
+    for (const char *option : {"-m", "-v", "--dng", "--no-cs", "-f", "-a", "-s", "-t", "-o"}) {
+        QVERIFY(help.hasLineWith(QLatin1String(option) + QLatin1Char(' ')));
+    }
+}
+
+void TestMlvDumpArguments::recordingWithoutOptionsIsJustRead()
+{
+    const auto run = dump({testData(QStringLiteral("recordings/plain14.MLV"))});
+    QCOMPARE(run.status, 0);
+    QCOMPARE(run.lines,
+             (QStringList{QStringLiteral("Processed 4 video frames at 25.00 FPS (0.16 s)"),
+                          QStringLiteral("Done")}));
+}
+
+QTEST_GUILESS_MAIN(TestMlvDumpArguments)
+#include "tst_mlv_dump_arguments.moc"

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "programrun.h"
+
+#include <QProcess>
+
+namespace {
+
+constexpr int timeLimit = 60000; // milliseconds
+
+} // namespace
+
+bool ProgramRun::hasLineWith(const QString &text) const
+{
+    return !lines.filter(text).isEmpty();
+}
+
+ProgramRun runBuilt(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(qEnvironmentVariable("FILMWRIGHT_BUILD_RESOURCES") + QLatin1Char('/') + program,
+                  arguments);
+    ProgramRun run;
+    const bool ended = process.waitForFinished(timeLimit);
+    auto text = QString::fromUtf8(process.readAll());
+    if (text.endsWith(QLatin1Char('\n'))) {
+        text.chop(1);
+    }
+    run.lines = text.split(QLatin1Char('\n'));
+    if (ended && process.exitStatus() == QProcess::NormalExit) {
+        run.status = process.exitCode();
+    }
+    return run;
+}
+
+QByteArray outputOf(const QString &program, const QStringList &arguments)
+{
+    QProcess process;
+    process.start(program, arguments);
+    if (!process.waitForFinished(timeLimit) || process.error() == QProcess::FailedToStart) {
+        qFatal("%s cannot be run", qPrintable(program));
+    }
+    return process.readAllStandardOutput();
+}
+
+QString testData(const QString &name)
+{
+    return qEnvironmentVariable("FILMWRIGHT_TEST_DATA") + QLatin1Char('/') + name;
+}

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+
+/// The end of a program: what it printed on both channels, in order, and its status.
+struct ProgramRun
+{
+    QStringList lines;
+    int status = -1; ///< -1: it crashed, did not start or did not end in time
+
+    [[nodiscard]] bool hasLineWith(const QString &text) const;
+    /// The lines from the one before the last on.
+    [[nodiscard]] QStringList lastTwoLines() const { return lines.mid(lines.size() - 2); }
+};
+
+/// Runs a program of the build's resources folder, "mlv_dump" for example.
+ProgramRun runBuilt(const QString &program, const QStringList &arguments);
+
+/// Runs a program of the system and answers what it prints on standard output; fails the test's
+/// program when there is none.
+QByteArray outputOf(const QString &program, const QStringList &arguments);
+
+/// The path of a file of the tests' data.
+QString testData(const QString &name);
