@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: MIT
+#include "measuredrun.h"
+#include "mutator.h"
+#include "programrun.h"
+
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+/// Set to 10000 for the long run.
+int mutationCount()
+{
+    const int wanted = qEnvironmentVariableIntValue("FILMWRIGHT_MUTATIONS");
+    return wanted > 0 ? wanted : 1000;
+}
+
+// What nobody calls slow, on whatever machine; a hang is longer.
+constexpr std::chrono::seconds hang{60};
+
+enum class Kind {
+    Report,
+    Frames,
+    Average,
+};
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+/// Damaged recordings: every run ends in order, whatever it reads.
+class TestMutations : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void everyRunEndsInOrder();
+
+private:
+    void check(const MeasuredRun &run, Kind kind, qint64 inputSize) const;
+    void checkFrames(const QString &count) const;
+    void emptyOutputFolder() const;
+    QStringList arguments(Kind kind, bool damagedReference) const;
+    QString out(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
+
+    QTemporaryDir m_folder;
+    QByteArrayList m_recordings;
+};
+
+void TestMutations::initTestCase()
+{
+    for (const char *name : {"plain14", "bits10", "lossless14", "lzma14", "dropped", "shuffled"}) {
+        m_recordings.append(
+            contentOf(testData(QStringLiteral("recordings/%1.MLV").arg(QLatin1String(name)))));
+    }
+    const QString common = QStringLiteral("--size 64x32 --frames 5 --sound --padding --change ");
+    for (const char *more : {"--bits 14", "--bits 12 --compress lossless --shape camera",
+                             "--bits 14 --compress lossless --shape folded --predictor 6",
+                             "--bits 10 --compress lzma --shuffle --drop 2 --drop-sound 1"}) {
+        const auto path = out("sample.MLV");
+        const auto run =
+            runBuilt(QStringLiteral("mlv_sample"),
+                     (common + QLatin1String(more)).split(QLatin1Char(' ')) + QStringList{path});
+        QCOMPARE(run.status, 0);
+        m_recordings.append(contentOf(path));
+    }
+    for (const auto &recording : m_recordings) {
+        QVERIFY(!recording.isEmpty());
+    }
+    QVERIFY(QDir(m_folder.path()).mkdir(QStringLiteral("out")));
+}
+
+void TestMutations::everyRunEndsInOrder()
+{
+    std::chrono::milliseconds longest{};
+    qint64 mostMemory = 0;
+    for (int seed = 0; seed < mutationCount(); ++seed) {
+        Mutator mutator(static_cast<quint32>(seed));
+        const auto &original = m_recordings[seed % m_recordings.size()];
+        const auto recording = mutator.mutated(original);
+        QFile file(out("a.MLV"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(recording);
+        file.close();
+        QFile undamaged(out("whole.MLV"));
+        QVERIFY(undamaged.open(QIODevice::WriteOnly));
+        undamaged.write(original);
+        undamaged.close();
+
+        const auto kind = static_cast<Kind>(seed / m_recordings.size() % 3);
+        const bool damagedReference = seed % 7 == 0;
+        const auto run =
+            runMeasured(QStringLiteral("mlv_dump"), arguments(kind, damagedReference), hang);
+        longest = std::max(longest, run.duration);
+        mostMemory = std::max(mostMemory, run.peakMemory);
+        check(run, kind, recording.size() + original.size());
+        if (QTest::currentTestFailed()) {
+            qInfo("seed %d, arguments %s", seed,
+                  qPrintable(arguments(kind, damagedReference).join(QLatin1Char(' '))));
+            qInfo("%s", run.output.right(3000).constData());
+            return;
+        }
+        emptyOutputFolder();
+    }
+    qInfo("%d runs, the longest %lld ms, at most %lld KiB", mutationCount(),
+          static_cast<long long>(longest.count()), static_cast<long long>(mostMemory / 1024));
+}
+
+QStringList TestMutations::arguments(Kind kind, bool damagedReference) const
+{
+    const auto damaged = out("a.MLV");
+    const auto whole = out("whole.MLV");
+    switch (kind) {
+    case Kind::Report:
+        return {QStringLiteral("-m"), QStringLiteral("-v"), damaged};
+    case Kind::Frames:
+        if (damagedReference) {
+            return {QStringLiteral("--dng"), whole,   QStringLiteral("-s"), damaged,
+                    QStringLiteral("-t"),    damaged, QStringLiteral("-o"), out("out/tmp")};
+        }
+        return {QStringLiteral("--dng"), damaged, QStringLiteral("-o"), out("out/tmp")};
+    case Kind::Average:
+        return {QStringLiteral("-a"), damaged, QStringLiteral("-o"), out("out/a.mlv")};
+    }
+    return {};
+}
+
+void TestMutations::check(const MeasuredRun &run, Kind kind, qint64 inputSize) const
+{
+    QCOMPARE(run.signal, 0);
+    QVERIFY(run.status == 0 || run.status == 1);
+    if (memoryIsTheProgramsOwn) {
+        QVERIFY(run.peakMemory < (64 << 20) + 2 * inputSize);
+    }
+    QVERIFY(run.output.endsWith('\n'));
+    const auto lines = run.output.chopped(1).split('\n');
+    QByteArrayList errors;
+    for (const auto &line : lines) {
+        QVERIFY(line.size() < 4096);
+        if (line.contains("[ERROR]")) {
+            errors.append(line);
+        }
+    }
+    static const QRegularExpression lastLines(QStringLiteral(
+        "\\AProcessed (\\d+) video frames at \\d+\\.\\d\\d FPS \\(\\d+\\.\\d\\d s\\)\nDone\\z"));
+    const auto end = QString::fromUtf8(lines.mid(lines.size() - 2).join('\n'));
+    const auto match = lastLines.match(end);
+    QCOMPARE(errors.size(), run.status);
+    if (run.status != 0 && kind == Kind::Frames) {
+        QVERIFY(!run.output.contains("Done"));
+        QVERIFY(!run.output.contains("Processed"));
+        return;
+    }
+    QVERIFY(match.hasMatch());
+    QCOMPARE(run.output.count("Done"), 1);
+    if (run.status != 0) {
+        QCOMPARE(match.captured(1), QStringLiteral("0"));
+    } else if (kind == Kind::Frames) {
+        checkFrames(match.captured(1));
+    }
+}
+
+void TestMutations::checkFrames(const QString &count) const
+{
+    const QDir folder(out("out"));
+    const auto names = folder.entryList(QDir::Files, QDir::Name);
+    const auto frames = names.filter(QStringLiteral(".dng"));
+    QCOMPARE(QString::number(frames.size()), count);
+    for (int i = 0; i < frames.size(); ++i) {
+        QCOMPARE(frames[i], QStringLiteral("tmp%1.dng").arg(i, 6, 10, QLatin1Char('0')));
+    }
+    QVERIFY(names.filter(QStringLiteral(".part")).isEmpty());
+}
+
+void TestMutations::emptyOutputFolder() const
+{
+    QDir folder(out("out"));
+    for (const auto &name : folder.entryList(QDir::Files)) {
+        folder.remove(name);
+    }
+}
+
+QTEST_APPLESS_MAIN(TestMutations)
+#include "tst_mutations.moc"
