@@ -33,7 +33,7 @@ struct Frame
     }
     [[nodiscard]] bool isGreen(int x, int y) const
     {
-        return colours[static_cast<std::size_t>((y & 1) * 2 + (x & 1))] == green;
+        return colours[(y & 1 ? 2U : 0U) + (x & 1 ? 1U : 0U)] == green;
     }
 
     int width = 0; ///< even, at least 16, as is the height

@@ -34,8 +34,8 @@ void Interpolation::PaddedRow::take(const Frame &frame, int y)
         const auto width = frame.width;
         const auto left = static_cast<std::size_t>(std::min(mirrored(-x, width), width - 1));
         const auto right = static_cast<std::size_t>(std::max(mirrored(width - 1 + x, width), 0));
-        m_values[static_cast<std::size_t>(padding - x)] = row[left];
-        m_values[static_cast<std::size_t>(padding + width - 1 + x)] = row[right];
+        *(m_values.begin() + padding - x) = row[left];
+        *(m_values.end() - padding - 1 + x) = row[right];
     }
 }
 
@@ -155,17 +155,12 @@ void Interpolation::fillRow(int y, float clippedFrom, std::span<float> values)
         const float value = valueAt(x, y, above, below, shift);
         const float brighter = std::max(above, below);
         const float darker = std::min(above, below);
-        if (brighter < clippedFrom || darker >= clippedFrom) {
-            values[column] = value;
-        } else if (!fromLow) {
-            // Made with the help of a saturated value, it counts as saturated itself.
-            values[column] = brighter;
-        } else if (*m_native.at(x) >= clippedFrom && darker < clearlyBelow * clippedFrom) {
-            // A saturated high value stands on the bright side of the edge.
-            values[column] = brighter;
-        } else {
-            values[column] = value;
-        }
+        // Made with the help of a saturated value, a high one counts as saturated itself. A low one
+        // that stands in for a saturated one is on the bright side of the edge.
+        const bool atEdge = brighter >= clippedFrom && darker < clippedFrom;
+        const bool onBrightSide =
+            !fromLow || (*m_native.at(x) >= clippedFrom && darker < clearlyBelow * clippedFrom);
+        values[column] = atEdge && onBrightSide ? brighter : value;
     }
 }
 

@@ -42,7 +42,7 @@ void PatternSearch::add(const Frame &frame)
                 continue;
             }
             const float stops = std::log2(std::max(1.0F, lower[x]) / std::max(1.0F, upper[x]));
-            const long bin = std::lround(stops * stepsPerStop) + largestStops * stepsPerStop;
+            const long bin = std::lround((stops + largestStops) * stepsPerStop);
             ++histogram[static_cast<std::size_t>(bin)];
         }
     }

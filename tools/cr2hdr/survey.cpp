@@ -81,11 +81,11 @@ Survey judged(const dng::RawFormat &format, std::vector<Frame> frames)
             measured.push_back(std::move(frames[i]));
         }
     }
-    auto model = measure(measured, *pattern);
+    const auto model = measure(measured, *pattern);
     if (!model) {
         return {format, std::nullopt, "the two exposures cannot be matched", true};
     }
-    return {format, std::move(model), {}, false};
+    return {format, model, {}, false};
 }
 
 } // namespace

@@ -20,7 +20,7 @@ constexpr double lampSeconds = 0.1;
 
 std::size_t filterAt(int x, int y) // red green / green blue
 {
-    return static_cast<std::size_t>((x & 1) + (y & 1));
+    return (x & 1 ? 1U : 0U) + (y & 1 ? 1U : 0U);
 }
 
 } // namespace

@@ -224,6 +224,33 @@ private Q_SLOTS:
         QCOMPARE(contentOf(frames.first()), blended);
     }
 
+    void aKilledRunLeavesOnlyWholeFrames_data()
+    {
+        QTest::addColumn<int>("milliseconds");
+        for (const int milliseconds : {5, 15, 25, 35, 50}) {
+            QTest::addRow("after %d ms", milliseconds) << milliseconds;
+        }
+    }
+
+    void aKilledRunLeavesOnlyWholeFrames()
+    {
+        QFETCH(int, milliseconds);
+        const QStringList frames = dualFrames(24);
+        QProcess process;
+        process.start(builtProgram(QStringLiteral("cr2hdr")), frames);
+        QVERIFY(process.waitForStarted());
+        QTest::qSleep(milliseconds);
+        process.kill();
+        QVERIFY(process.waitForFinished());
+        for (const QString &path : frames) {
+            const dng::RawFile file(path.toStdString()); // throws if it is not whole
+            QCOMPARE(file.samples().size(), std::size_t{320 * 200});
+            QVERIFY(file.format().bitsPerSample == 14 || file.format().bitsPerSample == 16);
+        }
+        QCOMPARE(cr2hdr(frames).status, 0);
+        QCOMPARE(dng::RawFile(frames.last().toStdString()).format().bitsPerSample, 16);
+    }
+
     void losslessFramesAreBlendedToTheSameResult()
     {
         const QString plain = dualFrames(1).first();
