@@ -37,6 +37,8 @@ public:
     {
         m_settings.format = options.format;
         m_settings.quality = options.quality;
+        m_settings.mergesNeighbours = options.mergesNeighbours;
+        m_settings.blendsAlternatingRows = options.blendsAlternatingRows;
         m_settings.calibrationRecordings = {options.dark, options.flat, options.flatDark};
         m_settings.keepsFinishedWork = options.keepTemporary;
         m_settings.keepsUnfinishedWork = workspace.keepsUnfinishedWork();
@@ -103,8 +105,11 @@ int runConvert(const QStringList &arguments)
     ConvertOptions options;
     if (const auto ending = readConvertOptions(arguments, options))
         return *ending;
-    if (!checkTools(
-            {QStringLiteral("mlv_dump"), QStringLiteral("dcraw"), QStringLiteral("ffmpeg")}))
+    QStringList tools{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
+                      QStringLiteral("ffmpeg")};
+    if (options.blendsAlternatingRows)
+        tools << QStringLiteral("cr2hdr");
+    if (!checkTools(tools))
         return ExitUnusable;
     const QStringList recordings = findRecordings(options.paths);
     if (recordings.isEmpty()) {

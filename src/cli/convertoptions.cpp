@@ -48,8 +48,9 @@ const QString flatDark = QStringLiteral("flat-dark");
 const QString temporaryBase = QStringLiteral("temp-dir");
 const QString keepTemporary = QStringLiteral("keep-temp");
 const QString quiet = QStringLiteral("quiet");
-const QStringList notThereYet{QStringLiteral("hdr"), QStringLiteral("dual-iso"),
-                              QStringLiteral("jobs")};
+const QString hdr = QStringLiteral("hdr");
+const QString dualIso = QStringLiteral("dual-iso");
+const QString jobs = QStringLiteral("jobs");
 
 void describe(QCommandLineParser &parser)
 {
@@ -69,9 +70,10 @@ void describe(QCommandLineParser &parser)
          text("folder")},
         {keepTemporary, text("Keep all temporary files.")},
         {quiet, text("Print no progress.")},
-        {notThereYet.at(0), text("Merge neighbouring frames (not available yet).")},
-        {notThereYet.at(1), text("Blend alternating rows (not available yet).")},
-        {notThereYet.at(2), text("Frames converted at once (not available yet)."), text("n")},
+        {hdr, text("Merge neighbouring frames that alternate two exposures into HDR frames; the "
+                   "movie is silent.")},
+        {dualIso, text("Blend rows that alternate two sensitivities.")},
+        {jobs, text("Frames converted at once (not available yet)."), text("n")},
     });
     parser.addPositionalArgument(text("path"), text("Recordings, or folders to be searched."));
 }
@@ -80,10 +82,8 @@ void describe(QCommandLineParser &parser)
 QString take(const QCommandLineParser &parser, ConvertOptions &options)
 {
     QString problem;
-    for (const QString &later : notThereYet) {
-        if (parser.isSet(later))
-            problem = text("--%1 is not available yet").arg(later);
-    }
+    if (parser.isSet(jobs))
+        problem = text("--jobs is not available yet");
     options.format = choose(format, parser.value(format),
                             {QStringLiteral("avi"), QStringLiteral("mov")}, problem);
     options.quality = choose(quality, parser.value(quality),
@@ -91,6 +91,8 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     options.dark = parser.value(dark);
     options.flat = parser.value(flat);
     options.flatDark = parser.value(flatDark);
+    options.mergesNeighbours = parser.isSet(hdr);
+    options.blendsAlternatingRows = parser.isSet(dualIso);
     options.temporaryBase = parser.value(temporaryBase);
     options.keepTemporary = parser.isSet(keepTemporary);
     options.quiet = parser.isSet(quiet);

@@ -17,6 +17,8 @@ struct ConvertOptions
     QString dark; ///< calibration recordings; empty: none
     QString flat;
     QString flatDark;
+    bool mergesNeighbours = false;
+    bool blendsAlternatingRows = false;
     QString temporaryBase; ///< empty: a private directory
     bool keepTemporary = false;
     bool quiet = false;

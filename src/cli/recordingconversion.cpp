@@ -22,6 +22,8 @@ RecordingConversion::RecordingConversion(const QString &path, const ConversionSe
 {
     m_project.setMovieFormat(settings.format);
     m_project.setMovieQuality(settings.quality);
+    m_project.setDualISO(settings.mergesNeighbours);
+    m_project.setBlendsAlternatingRows(settings.blendsAlternatingRows);
     m_project.setDarkPath(settings.darkAverage);
     m_project.setFlatPath(settings.flatAverage);
     m_project.setKeepsTmpFiles(settings.keepsFinishedWork);
@@ -79,8 +81,9 @@ void RecordingConversion::extractWhenIdle()
         return;
     m_metadataRead = false;
     if (m_settings.keepsUnfinishedWork) {
-        claimUnfinishedWork(path(), m_settings.calibrationRecordings,
-                            m_project.extractionDirectory());
+        claimUnfinishedWork(
+            {path(), m_settings.calibrationRecordings, m_settings.blendsAlternatingRows},
+            m_project.extractionDirectory());
     }
     m_project.readyToGo();
     m_project.launchDNGExtraction();
@@ -113,7 +116,8 @@ void RecordingConversion::beginStage()
         m_display.beginStage(name, tr("extracting"), m_project.videoFrames());
         break;
     case MLVProjectModeRGBConversion:
-        m_display.beginStage(name, tr("converting"),
+        m_display.beginStage(name,
+                             m_project.blender().isRunning() ? tr("blending") : tr("converting"),
                              static_cast<quint64>(m_project.framesToConvert()));
         break;
     case MLVProjectModeBuildingMovie:
@@ -132,8 +136,7 @@ void RecordingConversion::showProgress()
         m_display.setFramesDone(extractedFrames());
         break;
     case MLVProjectModeRGBConversion:
-        m_display.setFramesDone(
-            static_cast<quint64>(m_project.framesToConvert() - m_project.dngToProcess()));
+        showConversion();
         break;
     case MLVProjectModeBuildingMovie:
         m_display.setFramesDone(m_project.encoder().encodedFrames());
@@ -141,6 +144,22 @@ void RecordingConversion::showProgress()
     default:
         break;
     }
+}
+
+/// The mode stays the same while converted frames are merged.
+void RecordingConversion::showConversion()
+{
+    const auto pairsToMerge = static_cast<quint64>(m_project.pairsToMerge());
+    if (pairsToMerge == 0) {
+        m_display.setFramesDone(
+            static_cast<quint64>(m_project.framesToConvert() - m_project.dngToProcess()));
+        return;
+    }
+    if (m_pairs == 0) {
+        m_pairs = pairsToMerge;
+        m_display.beginStage(QFileInfo(path()).fileName(), tr("merging"), m_pairs);
+    }
+    m_display.setFramesDone(m_pairs - pairsToMerge);
 }
 
 /// Frame files appear in order, so looking on from the last one is enough.

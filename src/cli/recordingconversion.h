@@ -16,6 +16,8 @@ struct ConversionSettings
 {
     qint32 format = MovieFormatMOV;
     qint32 quality = MovieQualityHigh;
+    bool mergesNeighbours = false;
+    bool blendsAlternatingRows = false;
     QString darkAverage;               ///< empty: none
     QString flatAverage;               ///< empty: none
     QStringList calibrationRecordings; ///< what the averages were made of
@@ -54,6 +56,7 @@ private:
     void beginStage();
     void extractWhenIdle();
     void showProgress();
+    void showConversion();
     quint64 extractedFrames();
     void tellFrameCount();
     void end(const QString &reason);
@@ -65,6 +68,7 @@ private:
     ProjectMonitor m_monitor;
     QTimer m_progressTimer;
     quint64 m_extractedFrames = 0;
+    quint64 m_pairs = 0;
     bool m_metadataRead = false;
     bool m_finished = false;
 };

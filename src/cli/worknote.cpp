@@ -31,12 +31,12 @@ QByteArray identity(const QString &path)
 
 } // namespace
 
-void claimUnfinishedWork(const QString &recording, const QStringList &calibration,
-                         const QString &workingFolder)
+void claimUnfinishedWork(const WorkOrigin &origin, const QString &workingFolder)
 {
-    QByteArray note = identity(recording);
-    for (const QString &path : calibration)
+    QByteArray note = identity(origin.recording);
+    for (const QString &path : origin.calibration)
         note += path.isEmpty() ? QByteArrayLiteral("\n") : identity(path);
+    note += origin.blended ? "blended\n" : "as recorded\n";
     QFile existing(notePath(workingFolder));
     if (existing.open(QIODevice::ReadOnly) && existing.readAll() == note)
         return;

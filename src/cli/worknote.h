@@ -6,12 +6,19 @@
 
 namespace filmwright {
 
-/// Makes sure that unfinished work in the temporary directory belongs to this recording as it is
-/// now, extracted with these calibration recordings as they are now: a working folder is named
-/// after the recording's file name alone, and another recording may have that name. Other work is
-/// removed. Called before a recording is extracted, in a directory that keeps unfinished work.
-void claimUnfinishedWork(const QString &recording, const QStringList &calibration,
-                         const QString &workingFolder);
+/// What the frames in a working folder are made of.
+struct WorkOrigin
+{
+    QString recording;
+    QStringList calibration; ///< recordings; empty paths stand for those not given
+    bool blended = false;    ///< alternating rows
+};
+
+/// Makes sure that unfinished work in the temporary directory has this origin, with the files as
+/// they are now: a working folder is named after the recording's file name alone, and another
+/// recording may have that name. Other work is removed. Called before a recording is extracted, in
+/// a directory that keeps unfinished work.
+void claimUnfinishedWork(const WorkOrigin &origin, const QString &workingFolder);
 
 /// Forgets the note of a recording whose working folder is gone.
 void forgetUnfinishedWork(const QString &workingFolder);

@@ -8,6 +8,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QRegularExpression>
 
 #include <chrono>
 
@@ -28,6 +29,13 @@ void removeUnfinishedTiff(const QString &dngPath)
         QFile::remove(tiff);
 }
 
+/// Extracted frames carry this extension in lower case; a ".DNG" is no frame of ours.
+QStringList extractedFrames(const QString &directory)
+{
+    static const QRegularExpression dngName(QStringLiteral("\\.dng$"));
+    return folderEntries(directory).filter(dngName);
+}
+
 } // namespace
 
 std::unique_ptr<MLVProjectController> MLVProjectController::projectWithMLVFile(const QString &path)
@@ -41,6 +49,7 @@ MLVProjectController::MLVProjectController()
     : m_mlvDumptask(MlvDumpTask::mlvDumpTask())
     , m_dcRawProcess(std::make_shared<DCRawProcess>())
     , m_dcRawPorcessManager(std::make_unique<SLUnitProcessManager>())
+    , m_cr2hdrTask(CR2HDRTask::cr2hdrTask())
     , m_ffmpegTask(FFmpegTask::ffmpegTask())
 {
     SLOutlet *image = m_dcRawProcess->outputForKey(QStringLiteral("Image"));
@@ -49,8 +58,15 @@ MLVProjectController::MLVProjectController()
     m_dcRawPorcessManager->addUnitProcess(m_dcRawProcess);
     m_afterLastFrame.setSingleShot(true);
     m_afterLastFrame.setInterval(pauseAfterLastFrame);
-    connect(&m_afterLastFrame, &QTimer::timeout, this,
-            &MLVProjectController::launchMovieExtraction);
+    connect(&m_afterLastFrame, &QTimer::timeout, this, [this] {
+        if (m_dualISO)
+            launchHDRExtraction(extractionDirectory());
+        else
+            launchMovieExtraction();
+    });
+    m_nextMerge.setSingleShot(true);
+    connect(&m_nextMerge, &QTimer::timeout, this, &MLVProjectController::mergeNextPair);
+    m_cr2hdrTask->setDelegate(this);
 }
 
 MLVProjectController::~MLVProjectController()
@@ -58,6 +74,8 @@ MLVProjectController::~MLVProjectController()
     // The tasks may be in the middle of a call to this object.
     m_ffmpegTask->setDelegate(nullptr);
     m_ffmpegTask.release()->deleteLater();
+    m_cr2hdrTask->setDelegate(nullptr);
+    m_cr2hdrTask.release()->deleteLater();
     m_mlvDumptask->setDelegate(nullptr);
     m_mlvDumptask.release()->deleteLater();
     m_dcRawProcess->outputForKey(QStringLiteral("Image"))->setTarget(nullptr);
@@ -128,7 +146,7 @@ QString stateText(MLVProjectMode mode, MlvDumpMode processMode)
 bool MLVProjectController::isToolBusy() const
 {
     return m_mlvDumptask->isRunning() || m_mlvDumptask->isReportPending() ||
-           m_ffmpegTask->isRunning();
+           m_cr2hdrTask->isRunning() || m_ffmpegTask->isRunning();
 }
 
 void MLVProjectController::readyToGo()
@@ -149,9 +167,12 @@ void MLVProjectController::stop()
 {
     m_dcRawPorcessManager->stop();
     m_afterLastFrame.stop();
+    m_nextMerge.stop();
+    m_pairsToMerge.clear();
     m_mlvDumptask->cancelPendingReport();
     if (m_mlvDumptask->isRunning())
         m_mlvDumptask->abort();
+    m_cr2hdrTask->abort();
     if (m_ffmpegTask->isRunning())
         m_ffmpegTask->abort();
     setMode(MLVProjectModeIdle);
@@ -169,7 +190,23 @@ void MLVProjectController::metaExtractionFinished(MlvDumpTask &)
 
 void MLVProjectController::dngExtractionFinished(MlvDumpTask &task)
 {
-    launchRGBExtraction(task.extractionDirectory());
+    if (m_blendsAlternatingRows)
+        launchBlend(task.extractionDirectory());
+    else
+        launchRGBExtraction(task.extractionDirectory());
+}
+
+void MLVProjectController::launchBlend(const QString &directory)
+{
+    m_framesToConvert = 0;
+    m_cr2hdrTask->blend(directory, extractedFrames(directory));
+    setMode(MLVProjectModeRGBConversion);
+}
+
+/// Frames that couldn't be blended are converted as they are; whoever watches judges the run.
+void MLVProjectController::blendFinished(CR2HDRTask &)
+{
+    launchRGBExtraction(extractionDirectory());
 }
 
 void MLVProjectController::dngExtractionAborted(MlvDumpTask &)
@@ -187,10 +224,7 @@ void MLVProjectController::launchRGBExtraction(const QString &directory)
 {
     m_mode = MLVProjectModeRGBConversion;
     m_dngToProcess = 0;
-    for (const QString &name : folderEntries(directory)) {
-        // Extracted frames carry this extension in lower case; a ".DNG" is no frame of ours.
-        if (QFileInfo(name).suffix() != QLatin1String("dng"))
-            continue;
+    for (const QString &name : extractedFrames(directory)) {
         const QString path = QDir(directory).filePath(name);
         removeUnfinishedTiff(path);
         m_dcRawProcess->addFilePath(path);
@@ -209,10 +243,46 @@ void MLVProjectController::imageRGBReceived(const QImage &image)
         m_afterLastFrame.start();
 }
 
+void MLVProjectController::launchHDRExtraction(const QString &directory)
+{
+    // A ".TIFF" is a frame here, though a ".DNG" isn't one above: kept so on purpose.
+    static const QRegularExpression tiffName(QStringLiteral("\\.tiff$"),
+                                             QRegularExpression::CaseInsensitiveOption);
+    const QStringList frames = folderEntries(directory).filter(tiffName);
+    const QString merged = directory + QStringLiteral("hdr");
+    QDir().mkdir(merged, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    m_hdrMerge.setExtractionPath(merged);
+    for (qsizetype second = 1; second < frames.size(); ++second) {
+        m_pairsToMerge.emplace_back(QDir(directory).filePath(frames.at(second - 1)),
+                                    QDir(directory).filePath(frames.at(second)));
+    }
+    mergeNextPair();
+}
+
+/// One pair an event, so that the application answers between two merges.
+void MLVProjectController::mergeNextPair()
+{
+    if (m_pairsToMerge.empty()) {
+        m_hdrMerge.setSecondImagePath(QString()); // lets go of the last frame
+        launchMovieExtraction();
+        return;
+    }
+    m_hdrMerge.setFirstImagePath(m_pairsToMerge.front().first);
+    m_hdrMerge.setSecondImagePath(m_pairsToMerge.front().second);
+    m_pairsToMerge.pop_front();
+    m_hdrMerge.hdrMerge();
+    m_nextMerge.start(0ms);
+}
+
+QString MLVProjectController::tiffsDirectory() const
+{
+    return m_dualISO ? extractionDirectory() + QStringLiteral("hdr/") : extractionDirectory();
+}
+
 void MLVProjectController::launchMovieExtraction()
 {
     setMode(MLVProjectModeBuildingMovie);
-    m_ffmpegTask->setTiffsDirectory(extractionDirectory());
+    m_ffmpegTask->setTiffsDirectory(tiffsDirectory());
     m_ffmpegTask->setDelegate(this);
     m_ffmpegTask->setMlvPath(m_mlvPath);
     m_ffmpegTask->setFps(fps());

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "conversion/cr2hdrtask.h"
+#include "conversion/hdrdualimagesmerge.h"
 #include "encoding/ffmpegtask.h"
 #include "mlvdump/mlvdumptask.h"
 #include "project/mlvprojectcontrollerprotocol.h"
@@ -8,7 +10,9 @@
 #include <QObject>
 #include <QTimer>
 
+#include <deque>
 #include <memory>
+#include <utility>
 
 class SLUnitProcessManager;
 
@@ -37,7 +41,10 @@ QString stateText(MLVProjectMode mode, MlvDumpMode processMode);
 ///
 /// Main thread only, with an event loop. Failures of the tools other than mlv_dump's error lines
 /// are not told by the delegate calls; ProjectMonitor finds them.
-class MLVProjectController : public QObject, public MlvDumpTaskProtocol, public FFmpegTaskProtocol
+class MLVProjectController : public QObject,
+                             public MlvDumpTaskProtocol,
+                             public CR2HDRTaskProtocol,
+                             public FFmpegTaskProtocol
 {
     Q_OBJECT
 
@@ -71,6 +78,16 @@ public:
     qint32 movieQuality() const { return m_movieQuality; }
     void setMovieQuality(qint32 quality) { m_movieQuality = quality; }
 
+    /// Whether neighbouring frames are merged into HDR frames, of which the movie is then made,
+    /// one frame shorter and without sound; false after creation.
+    bool dualISO() const { return m_dualISO; }
+    void setDualISO(bool dualISO) { m_dualISO = dualISO; }
+
+    /// Whether all extracted frames go through cr2hdr before they are converted, for recordings
+    /// whose rows alternate between two sensitivities; false after creation.
+    bool blendsAlternatingRows() const { return m_blendsAlternatingRows; }
+    void setBlendsAlternatingRows(bool blends) { m_blendsAlternatingRows = blends; }
+
     /// Whether the working folder of a finished movie stays, for whoever wants to look into it.
     bool keepsTmpFiles() const { return m_keepsTmpFiles; }
     void setKeepsTmpFiles(bool keeps) { m_keepsTmpFiles = keeps; }
@@ -102,10 +119,17 @@ public:
     int framesToConvert() const { return m_framesToConvert; }
     int dngToProcess() const { return m_dngToProcess; }
 
+    /// Pairs of neighbouring frames that are still to be merged.
+    int pairsToMerge() const { return static_cast<int>(m_pairsToMerge.size()); }
+
     /// Whether a stage's tool runs or its report is still to come (the conversion not counted).
     bool isToolBusy() const;
     /// ffmpeg: frames encoded in this run, exit status of the last run, what it printed.
     const FFmpegTask &encoder() const { return *m_ffmpegTask; }
+    /// cr2hdr: exit status of the last run, what it printed.
+    const CR2HDRTask &blender() const { return *m_cr2hdrTask; }
+    /// The folder of the frames that the movie is made of, ending with a path separator.
+    QString tiffsDirectory() const;
 
     // One batch run: readyToGo() on every project, then formats, calibration and
     // launchDNGExtraction() on the one whose turn it is.
@@ -125,6 +149,7 @@ public:
     void processingFlatDarkFinished(MlvDumpTask &) override {}
     void processingFlatDarkSubstractionFinished(MlvDumpTask &) override {}
     void error(const QString &error, MlvDumpTask &forTask) override;
+    void blendFinished(CR2HDRTask &task) override;
     void movieExtractionFinished(FFmpegTask &task) override;
     void movieExtractionAborted(FFmpegTask &task) override;
 
@@ -135,20 +160,29 @@ private:
     void setMode(MLVProjectMode mode);
     void replaceMlvDumpTask();
     void launchRGBExtraction(const QString &directory);
+    void launchBlend(const QString &directory);
+    void launchHDRExtraction(const QString &directory);
+    void mergeNextPair();
     void launchMovieExtraction();
 
     MLVProjectControllerProtocol *m_delegate = nullptr;
     std::unique_ptr<MlvDumpTask> m_mlvDumptask;
     std::shared_ptr<DCRawProcess> m_dcRawProcess;
     std::unique_ptr<SLUnitProcessManager> m_dcRawPorcessManager;
+    std::unique_ptr<CR2HDRTask> m_cr2hdrTask;
+    HDRDualImagesMerge m_hdrMerge;
     std::unique_ptr<FFmpegTask> m_ffmpegTask;
     QTimer m_afterLastFrame;
+    QTimer m_nextMerge;
+    std::deque<std::pair<QString, QString>> m_pairsToMerge;
     QString m_mlvPath;
     QString m_darkPath;
     QString m_flatPath;
     qint32 m_movieFormat = MovieFormatAVI;
     qint32 m_movieQuality = MovieQualityMaximum;
     MLVProjectMode m_mode = MLVProjectModeIdle;
+    bool m_dualISO = false;
+    bool m_blendsAlternatingRows = false;
     bool m_keepsTmpFiles = false;
     int m_framesToConvert = 0;
     int m_dngToProcess = 0;

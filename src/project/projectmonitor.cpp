@@ -15,7 +15,15 @@ namespace filmwright {
 
 namespace {
 
-/// The TIFF frames of a folder, of which ffmpeg will see no others.
+QString failureOf(const QString &tool, int status, const QStringList &lines)
+{
+    return ProjectMonitor::tr("%1 ended with status %2: %3")
+        .arg(tool)
+        .arg(status)
+        .arg(lines.isEmpty() ? ProjectMonitor::tr("it said nothing") : lines.constLast());
+}
+
+/// The TIFF frames of a folder.
 int countFrames(const QString &folder)
 {
     const QStringList entries = folderEntries(folder);
@@ -99,6 +107,11 @@ void ProjectMonitor::check()
 
 void ProjectMonitor::checkConversion()
 {
+    if (m_project.blender().isRunning())
+        return;
+    const int blendStatus = m_project.blender().terminationStatus();
+    if (m_project.blendsAlternatingRows() && blendStatus != 0)
+        end(failureOf(QStringLiteral("cr2hdr"), blendStatus, m_project.blender().logs()));
     if (m_project.framesToConvert() == 0)
         end(tr("no frame could be extracted"));
 }
@@ -110,6 +123,15 @@ void ProjectMonitor::checkFrames()
         std::min(wanted - m_missingFrames, countFrames(m_project.extractionDirectory()));
     if (there < wanted)
         end(tr("dcraw converted only %1 of %2 frames").arg(there).arg(wanted));
+    if (m_project.dualISO())
+        checkMergedFrames(wanted - 1);
+}
+
+void ProjectMonitor::checkMergedFrames(int pairs)
+{
+    const int merged = countFrames(m_project.tiffsDirectory());
+    if (merged < pairs)
+        end(tr("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs));
 }
 
 QString ProjectMonitor::encodingFailure() const
@@ -117,10 +139,7 @@ QString ProjectMonitor::encodingFailure() const
     const FFmpegTask &encoder = m_project.encoder();
     if (encoder.terminationStatus() != 0) {
         QFile::remove(encoder.moviePath()); // a partial movie must not look like a whole one
-        const QStringList lines = encoder.logs();
-        return tr("ffmpeg ended with status %1: %2")
-            .arg(encoder.terminationStatus())
-            .arg(lines.isEmpty() ? tr("it said nothing") : lines.constLast());
+        return failureOf(QStringLiteral("ffmpeg"), encoder.terminationStatus(), encoder.logs());
     }
     return QFile::exists(encoder.moviePath()) ? QString() : tr("ffmpeg wrote no movie");
 }

@@ -40,6 +40,7 @@ private:
     void check();
     void checkConversion();
     void checkFrames();
+    void checkMergedFrames(int pairs);
     void end(const QString &reason);
     QString encodingFailure() const;
 

@@ -19,6 +19,7 @@ private Q_SLOTS:
     void workOfAnotherRecordingOfThatNameIsRemoved();
     void workOfAChangedRecordingIsRemoved();
     void workWithOtherCalibrationIsRemoved();
+    void workWithOtherBlendingIsRemoved();
     void workWithoutANoteIsRemoved();
     void forgottenNoteIsGone();
 
@@ -34,7 +35,7 @@ private:
     }
     void claim(const QString &recording, const QStringList &calibration = {QString()}) const
     {
-        claimUnfinishedWork(recording, calibration, m_work);
+        claimUnfinishedWork({recording, calibration, false}, m_work);
     }
     void putWork() const { write(QStringLiteral("tmp/clip.MLV/tmp000000.dng"), "frame"); }
     bool hasWork() const { return QFile::exists(m_work + QStringLiteral("tmp000000.dng")); }
@@ -79,6 +80,12 @@ void TestWorkNote::workWithOtherCalibrationIsRemoved()
     putWork();
     claim(m_clip, {m_folder->filePath(QStringLiteral("dark.MLV"))});
     QVERIFY(hasWork());
+}
+
+void TestWorkNote::workWithOtherBlendingIsRemoved()
+{
+    claimUnfinishedWork({m_clip, {QString()}, true}, m_work);
+    QVERIFY(!hasWork());
 }
 
 void TestWorkNote::workWithoutANoteIsRemoved()

@@ -18,6 +18,7 @@ FakeProject::FakeProject(int frames)
     setExtraction(extraction(frames));
     setConversion(QStringLiteral("cp \"$frame\" \"$tiff\""));
     setEncoding(QStringLiteral("echo 'frame= 1'; echo movie > \"$movie\""));
+    setBlending(QStringLiteral("echo 'blended : all'"));
 }
 
 FakeProject::~FakeProject()
@@ -60,6 +61,11 @@ void FakeProject::setEncoding(const QString &script)
 {
     tools.addTool(QStringLiteral("ffmpeg"),
                   QStringLiteral("for movie; do :; done\n%1").arg(script));
+}
+
+void FakeProject::setBlending(const QString &script)
+{
+    tools.addTool(QStringLiteral("cr2hdr"), script);
 }
 
 void FakeProject::read()

@@ -21,6 +21,9 @@ public:
     /// Replaces what ffmpeg does; $movie is its output.
     void setEncoding(const QString &script);
 
+    /// Replaces what cr2hdr does; its arguments are the frames' names.
+    void setBlending(const QString &script);
+
     /// A script that extracts so many frames, by default those of the recording.
     static QString extraction(int frames);
 

@@ -58,6 +58,16 @@ private Q_SLOTS:
     void unfinishedTiffIsConvertedAgain();
     void errorLineIsHandedOnAndTheModeStays();
 
+    void hdrIsOffAfterCreation();
+    void neighboursAreMergedIntoTheHdrFolder();
+    void mergedFramesAreNotMergedAgain();
+    void upperCaseTiffIsMerged();
+    void fewerThanTwoFramesGoStraightToTheMovie();
+    void hdrMovieHasNoSound();
+    void rowsAreBlendedBeforeTheConversionInOneCall();
+    void stopDuringBlending();
+    void stopBetweenTwoMerges();
+
     void stopDuringExtraction();
     void stopBeforeAReusedExtractionIsReported();
     void stopDuringConversion();
@@ -338,6 +348,132 @@ void TestMLVProjectController::errorLineIsHandedOnAndTheModeStays()
     QTRY_COMPARE(project.events, list({"2", "3", "error [ERROR] bad block"}));
     QCOMPARE(project.controller->mlvProjectMode(), MLVProjectModeExtracting);
     project.controller->stop();
+}
+
+void TestMLVProjectController::hdrIsOffAfterCreation()
+{
+    const MLVProjectController controller;
+    QVERIFY(!controller.dualISO());
+    QVERIFY(!controller.blendsAlternatingRows());
+}
+
+void TestMLVProjectController::neighboursAreMergedIntoTheHdrFolder()
+{
+    FakeProject project(4);
+    project.read();
+    project.controller->setDualISO(true);
+    project.controller->setKeepsTmpFiles(true);
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.events,
+             list({"2", "3", "4", "image", "image", "image", "image", "5", "6", "finished"}));
+    const QString hdr = project.controller->extractionDirectory() + QStringLiteral("hdr/");
+    QCOMPARE(QDir(hdr).entryList(QDir::Files),
+             list({"tmp000000.tiff", "tmp000001.tiff", "tmp000002.tiff"}));
+    QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")).first().at(3),
+             hdr + QStringLiteral("tmp%06d.tiff"));
+}
+
+void TestMLVProjectController::mergedFramesAreNotMergedAgain()
+{
+    FakeProject project(2);
+    project.read();
+    project.controller->setDualISO(true);
+    project.controller->setKeepsTmpFiles(true);
+    create(project.frame(0, dng));
+    create(project.frame(1, dng));
+    const QString merged =
+        project.controller->extractionDirectory() + QStringLiteral("hdr/tmp000000.tiff");
+    create(merged);
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(QFileInfo(merged).size(), 0);
+}
+
+void TestMLVProjectController::upperCaseTiffIsMerged()
+{
+    FakeProject project(1);
+    project.read();
+    project.controller->setDualISO(true);
+    project.controller->setKeepsTmpFiles(true);
+    create(project.frame(0, dng));
+    project.writeTiff(project.frame(1, QStringLiteral("TIFF")));
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QVERIFY(QFile::exists(project.controller->extractionDirectory() +
+                          QStringLiteral("hdr/tmp000000.tiff")));
+}
+
+void TestMLVProjectController::fewerThanTwoFramesGoStraightToTheMovie()
+{
+    FakeProject project(1);
+    project.read();
+    project.controller->setDualISO(true);
+    project.controller->setKeepsTmpFiles(true);
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    const QDir hdr(project.controller->extractionDirectory() + QStringLiteral("hdr"));
+    QVERIFY(hdr.exists());
+    QCOMPARE(hdr.entryList(QDir::Files), QStringList());
+}
+
+void TestMLVProjectController::hdrMovieHasNoSound()
+{
+    // The encoder looks for the sound beside the frames, and nothing puts one into their folder.
+    FakeProject project(2);
+    project.setExtraction(QStringLiteral("echo sound > \"$prefix.wav\"; ") +
+                          FakeProject::extraction(2));
+    project.read();
+    project.controller->setDualISO(true);
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")).first().count(QStringLiteral("-i")), 1);
+}
+
+void TestMLVProjectController::rowsAreBlendedBeforeTheConversionInOneCall()
+{
+    FakeProject project(3);
+    project.setBlending(QStringLiteral("for frame; do test -e \"${frame%.dng}.tiff\" && exit 1; "
+                                       "echo blended > \"$frame\"; done"));
+    project.setConversion(QStringLiteral("grep -q blended \"$dng\" && cp \"$frame\" \"$tiff\""));
+    project.read();
+    project.controller->setBlendsAlternatingRows(true);
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.events,
+             list({"2", "3", "4", "4", "image", "image", "image", "5", "6", "finished"}));
+    QCOMPARE(project.tools.calls(QStringLiteral("cr2hdr")),
+             QList<QStringList>{list({"tmp000000.dng", "tmp000001.dng", "tmp000002.dng"})});
+}
+
+void TestMLVProjectController::stopDuringBlending()
+{
+    FakeProject project(1);
+    project.setBlending(QStringLiteral("exec sleep 1000"));
+    project.read();
+    project.controller->setBlendsAlternatingRows(true);
+    project.launch();
+    QTRY_VERIFY(project.controller->blender().isRunning());
+    project.controller->stop();
+    QVERIFY(!project.controller->isToolBusy());
+    QTest::qWait(100);
+    QCOMPARE(project.events, list({"2", "3", "4", "-1"}));
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")), QList<QStringList>());
+}
+
+void TestMLVProjectController::stopBetweenTwoMerges()
+{
+    FakeProject project(4);
+    project.read();
+    project.controller->setDualISO(true);
+    project.launch();
+    while (project.controller->pairsToMerge() == 0)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    project.controller->stop();
+    QCOMPARE(project.controller->pairsToMerge(), 0);
+    QTest::qWait(100);
+    QCOMPARE(project.events.constLast(), QStringLiteral("-1"));
+    QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")), QList<QStringList>());
 }
 
 void TestMLVProjectController::stopDuringExtraction()

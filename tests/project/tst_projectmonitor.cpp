@@ -70,6 +70,8 @@ private Q_SLOTS:
     void recordingWithoutFrames();
     void frameThatIsNotConverted();
     void frameThatIsConvertedToRubbish();
+    void failingBlend();
+    void pairThatIsNotMerged();
     void failingEncoderLosesItsPartialMovie();
     void encoderThatDiesOfASignal();
     void encoderThatWritesNothing();
@@ -160,6 +162,30 @@ void TestProjectMonitor::frameThatIsConvertedToRubbish()
     project.monitor();
     project.launch();
     QTRY_COMPARE(project.endings, one("dcraw converted only 2 of 3 frames"));
+}
+
+void TestProjectMonitor::failingBlend()
+{
+    MonitoredProject project(2);
+    project.setBlending(QStringLiteral("echo 'tmp000001.dng : no picture'; exit 1"));
+    project.read();
+    project.controller->setBlendsAlternatingRows(true);
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("cr2hdr ended with status 1: tmp000001.dng : no picture"));
+}
+
+void TestProjectMonitor::pairThatIsNotMerged()
+{
+    MonitoredProject project(3);
+    project.read();
+    project.controller->setDualISO(true);
+    // A file stands where the folder of the merged frames belongs.
+    project.setConversion(
+        QStringLiteral("cp \"$frame\" \"$tiff\"; : > \"$(dirname \"$tiff\")/hdr\""));
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("only 0 of 2 pairs of frames were merged"));
 }
 
 void TestProjectMonitor::failingEncoderLosesItsPartialMovie()
