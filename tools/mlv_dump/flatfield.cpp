@@ -29,6 +29,14 @@ std::size_t bayerPosition(int x, int y)
     return static_cast<std::size_t>(y % 2 * 2 + x % 2);
 }
 
+/// The quotient without its fraction, several times faster than a division of integers and as
+/// exact: the dividend has at most 48 bits, so the quotient is rounded by less than 1/32 of the
+/// divisor's inverse, which is the least that a fraction is away from a whole number.
+std::int64_t cutQuotient(std::int64_t dividend, double divisor)
+{
+    return static_cast<std::int64_t>(static_cast<double>(dividend) / divisor);
+}
+
 constexpr std::size_t firstGreen = 1;
 constexpr std::size_t secondGreen = 2;
 
@@ -93,19 +101,18 @@ void FlatField::prepareDivisors(std::span<const std::uint16_t> flat)
 
 void FlatField::apply(std::span<std::uint16_t> samples) const
 {
-    const std::int64_t black = m_format.blackLevel;
-    const std::int64_t maxLevel = m_format.maxLevel();
+    const int black = m_format.blackLevel;
+    const auto denominator = static_cast<double>(m_denominator);
     const auto width = static_cast<std::size_t>(m_format.width);
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        const std::int64_t divisor = m_divisors[i];
-        if (divisor == 0) {
+        if (m_divisors[i] == 0) {
             continue;
         }
         const std::int64_t median = m_median[i / width % 2 * 2 + i % width % 2];
-        const std::int64_t light = samples[i] - black;
-        const std::int64_t even = light * median * m_numerator / m_denominator / divisor;
-        samples[i] =
-            static_cast<std::uint16_t>(std::clamp<std::int64_t>(even + black, 0, maxLevel));
+        const std::int64_t product = (samples[i] - black) * median * m_numerator;
+        const auto even = cutQuotient(cutQuotient(product, denominator), m_divisors[i]);
+        samples[i] = static_cast<std::uint16_t>(
+            std::clamp<std::int64_t>(even + black, 0, m_format.maxLevel()));
     }
 }
 

@@ -18,12 +18,11 @@ FrameEncoder::FrameEncoder(const mlv::Recording &recording, const Calibration &c
 std::span<const std::byte> FrameEncoder::encode(const PlannedFrame &frame)
 {
     const auto &format = m_decoder.format();
+    const bool isLossless = m_decoder.compression() == mlv::Compression::LosslessJpeg;
     const bool rowsEndWithWords = format.width * format.bitsPerSample % 16 == 0;
-    if (!m_calibration.isEmpty()) {
-        encodeSamples(frame);
-    } else if (m_decoder.compression() == mlv::Compression::LosslessJpeg) {
+    if (m_calibration.isEmpty() && isLossless) {
         encodeLossless(frame);
-    } else if (rowsEndWithWords) {
+    } else if (m_calibration.isEmpty() && rowsEndWithWords) {
         encodePacked(frame);
     } else {
         encodeSamples(frame);

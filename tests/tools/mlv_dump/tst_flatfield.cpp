@@ -5,6 +5,10 @@
 
 #include <QTest>
 
+#include <algorithm>
+#include <cstdio>
+#include <random>
+
 using mlvdump::FlatField;
 using Samples = std::vector<std::uint16_t>;
 
@@ -39,6 +43,7 @@ class TestFlatField : public QObject
 private Q_SLOTS:
     void medianIsTheLargestLevelThatLessThanHalfReach();
     void everySampleFollowsTheFormula();
+    void everyLevelIsAsExactAsWithIntegers();
     void colourOfAPositionIsKept();
     void resultStaysWithinTheDepth();
     void samplesBelowBlackStayBelowIt();
@@ -63,6 +68,38 @@ void TestFlatField::everySampleFollowsTheFormula()
     // (6000 - 2048) * 4951 * 3951 / 4951 / (7000 - 2048) + 2048
     QCOMPARE(corrected(flat, 6000, 2), std::uint16_t{3952 * 3951 / 4952 + 2048});
     QCOMPARE(corrected(flat, 6000, 0), std::uint16_t{3952 * 3951 / 3952 + 2048});
+}
+
+void TestFlatField::everyLevelIsAsExactAsWithIntegers()
+{
+    constexpr mlv::FrameFormat deepest{64, 64, 16, 0, 65535};
+    std::mt19937 random(1);
+    for (const unsigned brightest : {300U, 5000U, 65535U}) {
+        Samples light(deepest.sampleCount());
+        for (auto &level : light) {
+            level = static_cast<std::uint16_t>(brightest - random() % (brightest / 2));
+        }
+        const FlatField flat(light, deepest);
+        long long m[4] = {};
+        long long numerator = 0;
+        long long denominator = 0;
+        QCOMPARE(std::sscanf(flat.description().c_str(),
+                             "Flat-field median: [%lld %lld; %lld %lld], adjusted by %lld/%lld",
+                             &m[0], &m[1], &m[2], &m[3], &numerator, &denominator),
+                 6);
+        for (int round = 0; round < 50; ++round) {
+            Samples samples(deepest.sampleCount());
+            std::generate(samples.begin(), samples.end(),
+                          [&] { return static_cast<std::uint16_t>(random()); });
+            auto corrected = samples;
+            flat.apply(corrected);
+            for (std::size_t i = 0; i < samples.size(); ++i) {
+                const auto median = m[i / 64 % 2 * 2 + i % 2];
+                const auto even = samples[i] * median * numerator / denominator / light[i];
+                QCOMPARE(static_cast<long long>(corrected[i]), std::min(even, 65535LL));
+            }
+        }
+    }
 }
 
 void TestFlatField::colourOfAPositionIsKept()
