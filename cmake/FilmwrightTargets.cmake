@@ -63,3 +63,14 @@ function(filmwright_test name)
     set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen;TSAN_OPTIONS=ignore_noninstrumented_modules=1;FILMWRIGHT_TEST_DATA=${PROJECT_SOURCE_DIR}/tests/data;FILMWRIGHT_BUILD_RESOURCES=${FILMWRIGHT_RESOURCES_DIR}")
 endfunction()
+
+# filmwright_threaded_tests(NAME...)
+# Marks tests that exercise threads: they are what the thread sanitizer is run on, and the target
+# threaded_tests builds them.
+function(filmwright_threaded_tests)
+    set_tests_properties(${ARGN} PROPERTIES LABELS threads)
+    if(NOT TARGET threaded_tests)
+        add_custom_target(threaded_tests)
+    endif()
+    add_dependencies(threaded_tests ${ARGN})
+endfunction()
