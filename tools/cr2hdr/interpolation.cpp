@@ -15,7 +15,7 @@ namespace {
 constexpr std::array<int, 7> shifts{0, -2, 2, -4, 4, -6, 6};
 // An edge is followed if a strip of this many columns to each side fits clearly better along it.
 constexpr int stripReach = 4;
-constexpr float penaltyPerColumn = 0.06F;
+constexpr float penaltyPerColumn = 0.12F;
 // Closer to saturation it is the noise that decides on which side of it a value is.
 constexpr float clearlyBelow = 0.85F;
 
