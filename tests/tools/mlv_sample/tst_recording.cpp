@@ -4,11 +4,14 @@
 #include "sampleprogram.h"
 
 #include "mlv/samples.h"
+#include "mlv_sample/camera.h"
 #include "mlv_sample/frames.h"
+#include "mlv_sample/scene.h"
 #include "mlv_sample/sound.h"
 
 #include <QFileInfo>
 #include <QTest>
+#include <QtEndian>
 
 #include <cmath>
 
@@ -116,6 +119,42 @@ private Q_SLOTS:
         }
         QCOMPARE(recorded, expected);
         QCOMPARE(readPieces, expected);
+    }
+
+    void dcrawDevelopsThePatchesInTheirColours()
+    {
+        const QString prefix = m_folder.filePath(QStringLiteral("tmp"));
+        const QString path =
+            writeSample(m_folder, {QStringLiteral("--size"), QStringLiteral("640x360"),
+                                   QStringLiteral("--frames"), QStringLiteral("1"),
+                                   QStringLiteral("--perfect")});
+        QCOMPARE(runProgram(builtProgram(QStringLiteral("mlv_dump")),
+                            {QStringLiteral("--dng"), QStringLiteral("-o"), prefix, path})
+                     .status,
+                 0);
+        // Linear values, 16 bits, big-endian.
+        const QByteArray picture =
+            runProgram(QStringLiteral("dcraw"),
+                       {QStringLiteral("-c"), QStringLiteral("-w"), QStringLiteral("-4"),
+                        prefix + QStringLiteral("000000.dng")})
+                .output.right(640 * 360 * 6);
+        QCOMPARE(picture.size(), 640 * 360 * 6);
+        for (const sample::Patch &patch : sample::colourPatches()) {
+            const int x = static_cast<int>((patch.area.left + patch.area.right) / 2 * 640);
+            const int y = static_cast<int>((patch.area.top + patch.area.bottom) / 2 * 360);
+            const char *pixel = picture.constData() + (y * 640 + x) * 6;
+            double sum = 0;
+            double expectedSum = 0;
+            for (std::size_t i = 0; i < 3; ++i) {
+                sum += qFromBigEndian<quint16>(pixel + 2 * i);
+                expectedSum += sample::linearFromSrgb(patch.srgb[i]);
+            }
+            for (std::size_t i = 0; i < 3; ++i) {
+                const double share = qFromBigEndian<quint16>(pixel + 2 * i) / sum;
+                QVERIFY(std::abs(share - sample::linearFromSrgb(patch.srgb[i]) / expectedSum) <
+                        0.01);
+            }
+        }
     }
 
     void theLampGoesOnWhenTheTickSounds()
