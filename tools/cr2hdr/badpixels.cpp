@@ -30,9 +30,21 @@ public:
 
     [[nodiscard]] float repaired(int x, int y) const
     {
+        const auto row = m_frame.row(y);
+        const float value = row[static_cast<std::size_t>(x)];
+        const auto isBetween = [value](float one, float other) {
+            return std::min(one, other) <= value && value <= std::max(one, other);
+        };
+        // Most values are done with here.
+        if (isBetween(row[static_cast<std::size_t>(mirrored(x - 2, m_frame.width))],
+                      row[static_cast<std::size_t>(mirrored(x + 2, m_frame.width))])) {
+            return value;
+        }
         Neighbours around = neighbours(x, y);
         const auto [least, most] = std::minmax_element(around.begin(), around.end());
-        const float value = m_frame.row(y)[static_cast<std::size_t>(x)];
+        if (isBetween(*least, *most)) {
+            return value;
+        }
         const bool hot = value > *most + margin(*most, y) && *most < m_clippedFrom;
         // Dark points are common in pictures; a dead pixel shows in an even place.
         const bool cold = value < *least - margin(*least / 2, y) && *most < 2 * *least;

@@ -82,7 +82,7 @@ Outcome blendFrame(const std::filesystem::path &path, const Survey &survey, int 
     PatternSearch search;
     search.add(frame);
     const Finding finding = search.finding();
-    // A frame that is too dark to tell is blended like the rest, or the picture would jump.
+    // A frame that leaves it open is blended like the rest, or the picture would jump.
     if (finding == Finding::NotDualIso) {
         return {true, std::string(leftAsItIs) + "not dual ISO"};
     }

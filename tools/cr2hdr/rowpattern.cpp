@@ -12,6 +12,8 @@ namespace {
 // Below, noise decides the ratio; above, saturation does.
 constexpr float leastLight = 32.0F;
 constexpr float mostOfSaturation = 0.9F;
+// Beside a saturated value one up to here is darker by more than half a stop, however much more.
+constexpr float clearlyUnsaturated = 0.6F;
 
 // Sensitivities are whole stops apart; less than half a stop is an uneven sensor or the scene.
 constexpr double leastContrastStops = 0.5;
@@ -38,7 +40,8 @@ void PatternSearch::add(const Frame &frame)
         const auto lower = frame.row(y + 2);
         for (std::size_t x = 0; x < upper.size(); ++x) {
             const auto [less, more] = std::minmax(upper[x], lower[x]);
-            if (more < leastLight || more > most) {
+            const bool saturated = more > most && less > clearlyUnsaturated * frame.saturation;
+            if (more < leastLight || saturated) {
                 continue;
             }
             const float stops = std::log2(std::max(1.0F, lower[x]) / std::max(1.0F, upper[x]));
@@ -69,7 +72,7 @@ Finding PatternSearch::finding() const
 {
     for (std::size_t rowClass = 0; rowClass < m_ratios.size(); ++rowClass) {
         if (pairs(rowClass) < leastPairs) {
-            return Finding::TooDark;
+            return Finding::Unclear;
         }
     }
     for (const std::size_t rowClass : {std::size_t{0}, std::size_t{1}}) {

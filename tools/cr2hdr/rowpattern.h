@@ -22,7 +22,7 @@ struct RowPattern
 };
 
 enum class Finding {
-    TooDark, ///< not enough light to tell
+    Unclear, ///< too dark or too bright to tell
     DualIso,
     NotDualIso,
 };

@@ -35,7 +35,7 @@ std::optional<std::size_t> usableFrom(std::span<const std::filesystem::path> pat
 
 struct Kind
 {
-    Finding finding = Finding::TooDark;
+    Finding finding = Finding::Unclear;
     RowPattern pattern;
 };
 
@@ -70,10 +70,11 @@ Survey judged(const dng::RawFormat &format, std::vector<Frame> frames)
     std::transform(frames.begin(), frames.end(), std::back_inserter(kinds), kindOf);
     const auto pattern = commonPattern(kinds);
     if (!pattern) {
-        const bool dark = std::all_of(kinds.begin(), kinds.end(), [](const Kind &kind) {
-            return kind.finding == Finding::TooDark;
+        const bool unclear = std::all_of(kinds.begin(), kinds.end(), [](const Kind &kind) {
+            return kind.finding == Finding::Unclear;
         });
-        return {format, std::nullopt, dark ? "too dark to tell" : "not dual ISO", false};
+        return {format, std::nullopt, unclear ? "too dark or too bright to tell" : "not dual ISO",
+                false};
     }
     std::vector<Frame> measured;
     for (std::size_t i = 0; i < frames.size(); ++i) {

@@ -80,11 +80,31 @@ private Q_SLOTS:
         QCOMPARE(findingOf(dualscene::frame(dualscene::dualSettings(126), 0)), Finding::NotDualIso);
     }
 
-    void aDarkFrameIsTooDarkToTell()
+    void aFrameWhoseHighRowsAreAllSaturatedIsDualIso()
+    {
+        sample::Settings settings = dualscene::dualSettings(1600);
+        settings.subject = sample::Subject::Flat;
+        const Frame frame = dualscene::frame(settings, 0);
+        PatternSearch search;
+        search.add(frame);
+        QCOMPARE(search.finding(), Finding::DualIso);
+        QCOMPARE(search.pattern().letters(), std::string("LLHH"));
+        // But there is nothing to learn about the exposures.
+        QVERIFY(!dualiso::measure({&frame, 1}, search.pattern()).has_value());
+    }
+
+    void aSaturatedFrameIsUnclear()
+    {
+        Frame frame = dualscene::frame(dualscene::dualSettings(800), 0);
+        std::fill(frame.values.begin(), frame.values.end(), frame.saturation);
+        QCOMPARE(findingOf(frame), Finding::Unclear);
+    }
+
+    void aDarkFrameIsUnclear()
     {
         sample::Settings settings = dualscene::dualSettings(800);
         settings.subject = sample::Subject::Dark;
-        QCOMPARE(findingOf(dualscene::frame(settings, 0)), Finding::TooDark);
+        QCOMPARE(findingOf(dualscene::frame(settings, 0)), Finding::Unclear);
     }
 
     void theExposureDifferenceIsMeasured_data()
