@@ -184,12 +184,12 @@ QImage TiffBitmap::toImage() const
     if (format == QImage::Format_Invalid)
         return {};
     auto shared = std::make_unique<QByteArray>(m_bytes);
-    const QImage image(
+    QImage image(
         reinterpret_cast<const uchar *>(shared->constData()), m_layout.width, m_layout.height,
         m_layout.bytesPerRow, format, [](void *bytes) { delete static_cast<QByteArray *>(bytes); },
         shared.get());
     if (!image.isNull())
-        shared.release(); // the image's clean-up deletes it
+        static_cast<void>(shared.release()); // the image's clean-up deletes it
     return image;
 }
 

@@ -12,7 +12,7 @@ namespace filmwright {
 namespace {
 
 // A header can ask libtiff for tables of any size; those of a frame's single strip are tiny.
-constexpr tmsize_t maxTableBytes = 64 * 1024 * 1024;
+constexpr tmsize_t maxTableBytes = tmsize_t(64) * 1024 * 1024;
 
 int dropMessage(TIFF *, void *, const char *, const char *, va_list)
 {
