@@ -41,7 +41,8 @@ public:
 
     SLOutlet();
     ~SLOutlet();
-    Q_DISABLE_COPY_MOVE(SLOutlet)
+    SLOutlet(const SLOutlet &) = delete;
+    SLOutlet &operator=(const SLOutlet &) = delete;
 
     /// Unique within the unit's inputs, and within its outputs.
     QString name() const;

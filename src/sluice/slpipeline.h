@@ -20,7 +20,8 @@ public:
 
     SLPipeline();
     ~SLPipeline();
-    Q_DISABLE_COPY_MOVE(SLPipeline)
+    SLPipeline(const SLPipeline &) = delete;
+    SLPipeline &operator=(const SLPipeline &) = delete;
 
     /// The type of every queued value. It describes; values are not converted to it.
     QMetaType dataType() const;

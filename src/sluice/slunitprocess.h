@@ -26,7 +26,8 @@ public:
 
     SLUnitProcess();
     virtual ~SLUnitProcess();
-    Q_DISABLE_COPY_MOVE(SLUnitProcess)
+    SLUnitProcess(const SLUnitProcess &) = delete;
+    SLUnitProcess &operator=(const SLUnitProcess &) = delete;
 
     const Outlets &inputs() const;
     void setInputs(const Outlets &inputs);

@@ -20,7 +20,8 @@ public:
 
     /// Stops, interrupts every unit and waits until no process() runs any more.
     ~SLUnitProcessManager();
-    Q_DISABLE_COPY_MOVE(SLUnitProcessManager)
+    SLUnitProcessManager(const SLUnitProcessManager &) = delete;
+    SLUnitProcessManager &operator=(const SLUnitProcessManager &) = delete;
 
     /// Keeps the unit and runs it from the next execute() on. A unit belongs to one manager.
     void addUnitProcess(std::shared_ptr<SLUnitProcess> unit);
