@@ -18,6 +18,9 @@ constexpr int stripReach = 4;
 constexpr float penaltyPerColumn = 0.12F;
 // Closer to saturation it is the noise that decides on which side of it a value is.
 constexpr float clearlyBelow = 0.85F;
+// Of their sum; two values that differ by less say nothing about what is between them.
+constexpr float tellingShare = 0.1F;
+constexpr float mostDisagreement = 0.5F;
 
 } // namespace
 
@@ -120,11 +123,11 @@ Interpolation::NearGreen Interpolation::nearGreen(int x, int shift) const
 {
     const int way = m_nearIsAbove ? -shift / 2 : shift / 2;
     if (way % 2 != 0) {
-        return {*m_near.at(x + way), 0};
+        return {*m_near.at(x + way), *m_near.at(x + way), 0};
     }
     const float left = *m_near.at(x + way - 1);
     const float right = *m_near.at(x + way + 1);
-    return {(left + right) / 2, std::abs(left - right)};
+    return {(left + right) / 2, std::max(left, right), std::abs(left - right)};
 }
 
 float Interpolation::valueAt(int x, int y, float above, float below, int shift) const
@@ -142,25 +145,70 @@ float Interpolation::valueAt(int x, int y, float above, float below, int shift) 
     return mean + weight * weight * (between - mean);
 }
 
+float Interpolation::brightestSource(int x, int y, int shift) const
+{
+    const float brightest = std::max(*m_above.at(x - shift), *m_below.at(x + shift));
+    const bool usesNear = m_hasNear && m_frame.isGreen(x, y);
+    return usesNear ? std::max(brightest, nearGreen(x, shift).brightest) : brightest;
+}
+
+// How much of the way from `below` to `above` the picture has gone in this row, by the neighbours
+// of another colour that the row itself still shows. They must agree, as they do along an edge, and
+// rows that are alike have nothing between them.
+std::optional<float> Interpolation::wayToAbove(int x, int shift, float clippedFrom) const
+{
+    std::array<float, 2> ways{};
+    for (const int side : {0, 1}) {
+        const int neighbour = side == 0 ? x - 1 : x + 1;
+        const float native = *m_native.at(neighbour);
+        const float above = *m_above.at(neighbour - shift);
+        const float below = *m_below.at(neighbour + shift);
+        if (native >= clippedFrom || std::abs(above - below) < tellingShare * (above + below)) {
+            return std::nullopt;
+        }
+        ways[static_cast<std::size_t>(side)] =
+            std::clamp((native - below) / (above - below), 0.0F, 1.0F);
+    }
+    if (std::abs(ways[0] - ways[1]) > mostDisagreement) {
+        return std::nullopt;
+    }
+    return (ways[0] + ways[1]) / 2;
+}
+
+// What a low row would show where the high row is saturated.
+float Interpolation::saturatedValueAt(int x, int y, int shift, float clippedFrom) const
+{
+    const float above = *m_above.at(x - shift);
+    const float below = *m_below.at(x + shift);
+    if (const auto way = wayToAbove(x, shift, clippedFrom)) {
+        return std::max(below + *way * (above - below), clippedFrom);
+    }
+    const float brighter = std::max(above, below);
+    if (brighter >= clippedFrom && std::min(above, below) < clearlyBelow * clippedFrom) {
+        return brighter; // of an edge this is the bright side
+    }
+    return valueAt(x, y, above, below, shift);
+}
+
 void Interpolation::fillRow(int y, float clippedFrom, std::span<float> values)
 {
     takeRows(y);
     const bool fromLow = m_pattern.isHigh(y);
     chooseShifts(fromLow, clippedFrom);
     for (int x = 0; x < m_frame.width; ++x) {
-        const auto column = static_cast<std::size_t>(x);
-        const int shift = m_shifts[column];
+        const int shift = m_shifts[static_cast<std::size_t>(x)];
         const float above = *m_above.at(x - shift);
         const float below = *m_below.at(x + shift);
-        const float value = valueAt(x, y, above, below, shift);
-        const float brighter = std::max(above, below);
-        const float darker = std::min(above, below);
-        // Made with the help of a saturated value, a high one counts as saturated itself. A low one
-        // that stands in for a saturated one is on the bright side of the edge.
-        const bool atEdge = brighter >= clippedFrom && darker < clippedFrom;
-        const bool onBrightSide =
-            !fromLow || (*m_native.at(x) >= clippedFrom && darker < clearlyBelow * clippedFrom);
-        values[column] = atEdge && onBrightSide ? brighter : value;
+        float &value = values[static_cast<std::size_t>(x)];
+        if (fromLow && *m_native.at(x) >= clippedFrom) {
+            value = saturatedValueAt(x, y, shift, clippedFrom);
+            continue;
+        }
+        value = valueAt(x, y, above, below, shift);
+        if (!fromLow) {
+            const float brightest = brightestSource(x, y, shift);
+            value = brightest >= clippedFrom ? brightest : value; // saturated as that one
+        }
     }
 }
 

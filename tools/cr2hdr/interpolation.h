@@ -5,6 +5,7 @@
 #include "cr2hdr/rowpattern.h"
 
 #include <array>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -39,6 +40,7 @@ private:
     struct NearGreen
     {
         float value;
+        float brightest;
         float columnsDiffer; ///< of the two values that it is made of
     };
 
@@ -47,6 +49,9 @@ private:
     void addCosts(const Unlikeness &unlikeness);
     void chooseShifts(bool fromLow, float clippedFrom);
     [[nodiscard]] NearGreen nearGreen(int x, int shift) const;
+    [[nodiscard]] float brightestSource(int x, int y, int shift) const;
+    [[nodiscard]] std::optional<float> wayToAbove(int x, int shift, float clippedFrom) const;
+    [[nodiscard]] float saturatedValueAt(int x, int y, int shift, float clippedFrom) const;
     [[nodiscard]] float valueAt(int x, int y, float above, float below, int shift) const;
 
     const Frame &m_frame;

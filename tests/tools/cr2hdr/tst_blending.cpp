@@ -120,6 +120,32 @@ private Q_SLOTS:
         QVERIFY(dualscene::deviation(frame, truth, everywhere) < 10);
     }
 
+    void theEdgeOfASaturatedAreaHasNoFalseColours()
+    {
+        const dualiso::Model model{
+            {{false, false, true, true}}, {8, 0}, 12500, {36, 0.2F}, {64, 2}};
+        const std::array<float, 3> white{2800, 7000, 5000}; // 1600 saturates a high row
+        constexpr int edge = 30;                            // a high row
+        Frame frame(64, 64);
+        frame.saturation = fullScale;
+        Frame truth = frame;
+        for (int y = 0; y < frame.height; ++y) {
+            // The row at the edge is 30 % white; red and blue show it, green is saturated there.
+            const float share = y < edge ? 1.0F : (y == edge ? 0.3F : 0.0F);
+            for (int x = 0; x < frame.width; ++x) {
+                const auto filter = static_cast<std::size_t>((x & 1) + (y & 1));
+                const float light = white[filter] * (0.18F + share * 0.82F);
+                truth.row(y)[static_cast<std::size_t>(x)] = light;
+                frame.row(y)[static_cast<std::size_t>(x)] =
+                    model.pattern.isHigh(y) ? std::min(8 * light, frame.saturation) : light;
+            }
+        }
+        dualiso::blend(frame, model, 1);
+        for (std::size_t x = 8; x < 56; ++x) {
+            QVERIFY(std::abs(frame.row(edge)[x] - truth.row(edge)[x]) < 0.05F * truth.row(edge)[x]);
+        }
+    }
+
     void hotPixelsLeaveNoSpots()
     {
         const auto settings = dualscene::dualSettings(800);
