@@ -8,10 +8,24 @@
 #include <thread>
 
 namespace mlvdump {
+namespace {
+
+/// The last frame that the report counts, or the last of all when that one is not selected.
+std::size_t heldBackIndex(const std::vector<PlannedFrame> &frames, std::size_t counted)
+{
+    const auto held = std::find_if(frames.begin(), frames.end(), [counted](const auto &frame) {
+        return frame.number + std::size_t{1} == counted;
+    });
+    const auto index = static_cast<std::size_t>(held - frames.begin());
+    return std::min(index, frames.size() - 1);
+}
+
+} // namespace
 
 Extraction::Extraction(const Job &job, std::vector<PlannedFrame> frames, Output &output)
     : m_job(job)
     , m_frames(std::move(frames))
+    , m_heldBackIndex(heldBackIndex(m_frames, job.recording.videoFrames().size()))
     , m_output(output)
 {
 }
@@ -29,7 +43,7 @@ std::size_t Extraction::run()
     if (m_failure) {
         std::rethrow_exception(m_failure);
     }
-    m_firstFile->commit();
+    m_heldBack->commit();
     return m_frames.size();
 }
 
@@ -101,8 +115,8 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
 
 void Extraction::publish(std::size_t index, OutputFile &file)
 {
-    if (index == 0) {
-        m_firstFile.emplace(std::move(file));
+    if (index == m_heldBackIndex) {
+        m_heldBack.emplace(std::move(file));
     } else {
         file.commit();
     }

@@ -18,8 +18,9 @@ namespace mlvdump {
 /// Writes the planned frames as DNG files, on several threads, with the same files and the same
 /// lines in the same order as on one. Each thread holds one frame at a time.
 ///
-/// The first frame gets its name when all others have theirs: whoever finds every frame he expects
-/// has found the first, and so the whole extraction, however many frames he expects.
+/// Whoever finds as many frames as the report counts takes the extraction for complete. Filled gaps
+/// make more files than that, so the last one that the report counts gets its name when all others
+/// have theirs.
 class Extraction
 {
 public:
@@ -33,7 +34,7 @@ public:
         unsigned threads; ///< at least 1
     };
 
-    /// What the job refers to and the output outlive the extraction.
+    /// `frames` are at least one. What the job refers to and the output outlive the extraction.
     Extraction(const Job &job, std::vector<PlannedFrame> frames, Output &output);
 
     /// Answers the number of files written. Throws WriteError, mlv::ReadError, or mlv::Error when
@@ -49,10 +50,11 @@ private:
 
     const Job &m_job;
     std::vector<PlannedFrame> m_frames;
-    Output &m_output; // by the thread that is in the turnstile
+    std::size_t m_heldBackIndex; // whose file gets its name last
+    Output &m_output;            // by the thread that is in the turnstile
     Turnstile m_turnstile;
     std::atomic<std::size_t> m_next = 0;
-    std::optional<OutputFile> m_firstFile;      // by the thread in the turnstile
+    std::optional<OutputFile> m_heldBack;       // by the thread in the turnstile
     const mlv::DataBlock *m_lastGood = nullptr; // by the thread in the turnstile
     std::mutex m_failureMutex;
     std::exception_ptr m_failure; // guarded by m_failureMutex

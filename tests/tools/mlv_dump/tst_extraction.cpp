@@ -107,7 +107,8 @@ private Q_SLOTS:
     void manyThreadsWriteAndPrintWhatOneDoes();
     void everyFrameIsReportedInOrder();
     void samplesAreThoseOfTheRecording();
-    void failedRunLeavesTheFirstFrameOut();
+    void failedRunLeavesTheLastFrameOut();
+    void lastCountedFrameWaitsForThoseThatFillGaps();
     void recordingWithoutAnyGoodFrameIsAnError();
 };
 
@@ -143,15 +144,33 @@ void TestExtraction::samplesAreThoseOfTheRecording()
     QCOMPARE(run.content(1).right(expected.size()), expected);
 }
 
-void TestExtraction::failedRunLeavesTheFirstFrameOut()
+void TestExtraction::failedRunLeavesTheLastFrameOut()
 {
-    // Whoever sees the first frame takes the extraction for complete, so it may not be there.
+    // Whoever sees as many frames as the report counts takes the extraction for complete.
     Run run(recordingOf(20));
     QVERIFY(run.folder().mkpath(QStringLiteral("tmp000007.dng/in the way")));
     QVERIFY_THROWS_EXCEPTION(WriteError, run.extract(4));
-    QVERIFY(!run.names().contains(QStringLiteral("tmp000000.dng")));
+    QVERIFY(run.names().contains(QStringLiteral("tmp000006.dng")));
+    QVERIFY(!run.names().contains(QStringLiteral("tmp000019.dng")));
     QVERIFY(run.names().filter(QStringLiteral(".part")).isEmpty());
     QVERIFY(!run.lines().contains("Frame 8 of 20"));
+}
+
+void TestExtraction::lastCountedFrameWaitsForThoseThatFillGaps()
+{
+    // Three frames are counted, seven are written: number 2 may be there only when number 6 is.
+    RecordingBuilder builder;
+    builder.addRawInfo().addFrame(0, 3000).addFrame(1, 3001).addFrame(6, 3006);
+    Run failed(builder);
+    QVERIFY(failed.folder().mkpath(QStringLiteral("tmp000006.dng/in the way")));
+    QVERIFY_THROWS_EXCEPTION(WriteError, failed.extract(2));
+    QCOMPARE(failed.names(),
+             (QStringList{QStringLiteral("tmp000000.dng"), QStringLiteral("tmp000001.dng"),
+                          QStringLiteral("tmp000003.dng"), QStringLiteral("tmp000004.dng"),
+                          QStringLiteral("tmp000005.dng")}));
+    Run whole(builder);
+    QCOMPARE(whole.extract(2), std::size_t{7});
+    QCOMPARE(whole.names().size(), 7);
 }
 
 void TestExtraction::recordingWithoutAnyGoodFrameIsAnError()

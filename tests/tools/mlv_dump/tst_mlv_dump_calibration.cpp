@@ -22,6 +22,7 @@ private Q_SLOTS:
     void averageHasTheMetadataButNeitherSoundNorFillers();
     void averageSaysHowManyFramesWentIntoIt();
     void chunksAreAveragedTogether();
+    void manyThreadsAverageAndPrintWhatOneDoes();
     void frameMinusDarkKeepsTheBlackLevel();
     void framesAreCalibrated_data();
     void framesAreCalibrated();
@@ -154,6 +155,21 @@ void TestMlvDumpCalibration::chunksAreAveragedTogether()
         mean.samples[s] = static_cast<quint16>((sums[s] + 3) / 6);
     }
     QCOMPARE(frame(out("b.mlv")).largestDifference(mean), 0);
+}
+
+void TestMlvDumpCalibration::manyThreadsAverageAndPrintWhatOneDoes()
+{
+    const QStringList arguments{QStringLiteral("-a"), recording("lossless14"),
+                                QStringLiteral("-o")};
+    const auto one = dump(
+        arguments + QStringList{out("one.mlv"), QStringLiteral("--threads"), QStringLiteral("1")});
+    const auto many = dump(
+        arguments + QStringList{out("many.mlv"), QStringLiteral("--threads"), QStringLiteral("8")});
+    QCOMPARE(many.lines, one.lines);
+    QFile oneFile(out("one.mlv"));
+    QFile manyFile(out("many.mlv"));
+    QVERIFY(oneFile.open(QIODevice::ReadOnly) && manyFile.open(QIODevice::ReadOnly));
+    QCOMPARE(manyFile.readAll(), oneFile.readAll());
 }
 
 void TestMlvDumpCalibration::frameMinusDarkKeepsTheBlackLevel()

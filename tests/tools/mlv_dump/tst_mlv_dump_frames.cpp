@@ -40,6 +40,8 @@ private Q_SLOTS:
     void validatorFindsNothingToComplainOf();
     void cameraIsDescribedForTheRawConverter();
     void changedExposureHoldsFromItsTimeOn();
+    void skippedLinesStretchThePicture();
+    void activeAreaHoldsWhereItFitsTheFrame();
     void recordingWithoutMetadataIsReadable();
     void inputIsNeverReplaced();
     void killedRunLeavesOnlyWholeFrames();
@@ -275,6 +277,36 @@ void TestMlvDumpFrames::changedExposureHoldsFromItsTimeOn()
     QCOMPARE(exif("ExposureTime", 1), QStringLiteral("0.008"));
 }
 
+void TestMlvDumpFrames::skippedLinesStretchThePicture()
+{
+    const mlv::RawCapture capture{5760, 3840, 100, 0, 3, 0, 1, 4, 0, 0};
+    const auto path = RecordingBuilder()
+                          .addRawInfo()
+                          .add(mlv::blocktype::rawCapture, capture)
+                          .addFrame(0, 3000)
+                          .write(out(QStringLiteral("a.MLV")));
+    QCOMPARE(extract(path).status, 0);
+    QCOMPARE(exif("DefaultScale", 0), QStringLiteral("1 1.666666667"));
+}
+
+void TestMlvDumpFrames::activeAreaHoldsWhereItFitsTheFrame()
+{
+    auto info = RecordingBuilder::rawInfo();
+    info.activeLeft = 4;
+    info.activeTop = 2;
+    const auto areaWith = [&](int right) {
+        info.activeRight = right;
+        extract(RecordingBuilder()
+                    .add(mlv::blocktype::rawInfo, info)
+                    .addFrame(0, 3000)
+                    .write(out(QStringLiteral("a.MLV"))));
+        return exif("ActiveArea", 0);
+    };
+    QCOMPARE(areaWith(30), QStringLiteral("2 4 24 30"));
+    QCOMPARE(areaWith(33), QStringLiteral("0 0 24 32")); // it belongs to a larger read-out
+    QCOMPARE(areaWith(-1), QStringLiteral("0 0 24 32"));
+}
+
 void TestMlvDumpFrames::recordingWithoutMetadataIsReadable()
 {
     const auto path =
@@ -321,8 +353,8 @@ void TestMlvDumpFrames::killedRunLeavesOnlyWholeFrames()
     for (const auto &name : names) {
         QCOMPARE(QFileInfo(out(name)).size(), QFileInfo(out(names.last())).size());
     }
-    // The first frame has its name only when everything is there, the sound too.
-    if (names.contains(dngName(0))) {
+    // The last frame has its name only when everything is there, the sound too.
+    if (names.contains(dngName(frames - 1))) {
         QCOMPARE(names.size(), frames);
     }
     QCOMPARE(QFileInfo(out(QStringLiteral("tmp.wav"))).size(), 44 + 4000);
