@@ -2,7 +2,7 @@
 // cr2hdr: blends dual-ISO frames in place.
 #include "cr2hdr/recording.h"
 
-#include <cstdio>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -56,5 +56,7 @@ int main(int argc, char *argv[])
     if (paths.empty()) {
         return refuse("no file is given");
     }
+    // A recording isn't left half blended because nobody reads on.
+    std::signal(SIGPIPE, SIG_IGN);
     return dualiso::blendRecording(paths) ? EXIT_SUCCESS : failed;
 }

@@ -401,6 +401,23 @@ private Q_SLOTS:
         QCOMPARE(writes, 9);
     }
 
+    void allFramesAreBlendedEvenIfNobodyReadsTheLines()
+    {
+        const QStringList frames = dualFrames(3);
+        QProcess program;
+        QProcess reader;
+        program.setStandardOutputProcess(&reader);
+        program.start(builtProgram(QStringLiteral("cr2hdr")), frames);
+        reader.start(QStringLiteral("true"), {});
+        QVERIFY(program.waitForFinished(60000));
+        QVERIFY(reader.waitForFinished(60000));
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        for (const QString &path : frames) {
+            QCOMPARE(dng::RawFile(path.toStdString()).format().bitsPerSample, 16);
+        }
+    }
+
     void wrongUsageIsRefused()
     {
         QCOMPARE(cr2hdr({}).status, 2);
