@@ -24,6 +24,8 @@ private Q_SLOTS:
     void chunksAreAveragedTogether();
     void manyThreadsAverageAndPrintWhatOneDoes();
     void frameMinusDarkKeepsTheBlackLevel();
+    void recordingIsRewrittenUncompressed();
+    void rewrittenRangeStartsAtZero();
     void framesAreCalibrated_data();
     void framesAreCalibrated();
     void flatFieldPrintsItsMedians();
@@ -182,6 +184,36 @@ void TestMlvDumpCalibration::frameMinusDarkKeepsTheBlackLevel()
     QCOMPARE(readDng(out("tmp000000.dng")).level(), 3000 - 2100 + 2048);
     QCOMPARE(readDng(out("tmp000001.dng")).level(), 0); // 40 - 2100 + 2048 is below 0
     QCOMPARE(readDng(out("tmp000002.dng")).level(), 16383 - 2100 + 2048);
+}
+
+void TestMlvDumpCalibration::recordingIsRewrittenUncompressed()
+{
+    const auto run = dump({recording("lossless14"), QStringLiteral("-o"), out("b.MLV")});
+    QCOMPARE(run.status, 0);
+    QVERIFY(run.lines.at(run.lines.size() - 2).startsWith(QStringLiteral("Processed 4 ")));
+    QCOMPARE(frames(out("b.MLV")).status, 0);
+    for (int i = 0; i < 4; ++i) {
+        const auto number = QStringLiteral("%1").arg(i, 6, 10, QLatin1Char('0'));
+        QCOMPARE(readDng(m_folder->filePath(QStringLiteral("tmp%1.dng").arg(number)))
+                     .largestDifference(expected(QStringLiteral("plain14/") + number)),
+                 0);
+    }
+}
+
+void TestMlvDumpCalibration::rewrittenRangeStartsAtZero()
+{
+    RecordingBuilder builder;
+    builder.addRawInfo();
+    for (quint16 i = 0; i < 5; ++i) {
+        builder.addFrame(i, static_cast<quint16>(3000 + i));
+    }
+    dump({builder.write(out("a.MLV")), QStringLiteral("-f"), QStringLiteral("2-3"),
+          QStringLiteral("-o"), out("b.MLV")});
+    const auto report = dump({QStringLiteral("-m"), QStringLiteral("-v"), out("b.MLV")}).lines;
+    QCOMPARE(report.filter(QStringLiteral(" : #")),
+             (QStringList{QStringLiteral("    Frame       : #0000"),
+                          QStringLiteral("    Frame       : #0001")}));
+    QCOMPARE(frame(out("b.MLV")).level(), 3002);
 }
 
 void TestMlvDumpCalibration::framesAreCalibrated_data()
