@@ -73,7 +73,7 @@ QString Workspace::openPrivate()
     removeLeftovers(folder);
     m_privateBase =
         folder.filePath(privatePrefix + QUuid::createUuid().toString(QUuid::WithoutBraces));
-    const QString problem = lock(m_privateBase + lockSuffix);
+    QString problem = lock(m_privateBase + lockSuffix);
     if (!problem.isEmpty())
         return problem;
     if (!setBaseTemporaryDirectory(m_privateBase))

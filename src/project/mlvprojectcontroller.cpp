@@ -169,6 +169,7 @@ void MLVProjectController::stop()
     m_afterLastFrame.stop();
     m_nextMerge.stop();
     m_pairsToMerge.clear();
+    m_hdrMerge.setSecondImagePath(QString()); // lets go of the frame in memory
     m_mlvDumptask->cancelPendingReport();
     if (m_mlvDumptask->isRunning())
         m_mlvDumptask->abort();

@@ -23,13 +23,15 @@ QString failureOf(const QString &tool, int status, const QStringList &lines)
         .arg(lines.isEmpty() ? ProjectMonitor::tr("it said nothing") : lines.constLast());
 }
 
-/// The TIFF frames of a folder.
+/// The whole TIFF frames of a folder, whose path ends with a separator; a disk that is full leaves
+/// short ones.
 int countFrames(const QString &folder)
 {
     const QStringList entries = folderEntries(folder);
     return static_cast<int>(
-        std::count_if(entries.cbegin(), entries.cend(), [](const QString &name) {
-            return QFileInfo(name).suffix() == QLatin1String("tiff");
+        std::count_if(entries.cbegin(), entries.cend(), [&folder](const QString &name) {
+            return QFileInfo(name).suffix() == QLatin1String("tiff") &&
+                   TiffBitmap::isWhole(folder + name);
         }));
 }
 

@@ -43,7 +43,7 @@ void prepareChild(pid_t application)
     // What the application waits for in its own way would reach no child.
     sigset_t none;
     sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     // The application may have died before the death signal was asked for.
     if (getppid() != application)

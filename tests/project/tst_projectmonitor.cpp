@@ -70,6 +70,7 @@ private Q_SLOTS:
     void recordingWithoutFrames();
     void frameThatIsNotConverted();
     void frameThatIsConvertedToRubbish();
+    void frameThatIsCutShort();
     void failingBlend();
     void pairThatIsNotMerged();
     void failingEncoderLosesItsPartialMovie();
@@ -162,6 +163,17 @@ void TestProjectMonitor::frameThatIsConvertedToRubbish()
     project.monitor();
     project.launch();
     QTRY_COMPARE(project.endings, one("dcraw converted only 2 of 3 frames"));
+}
+
+void TestProjectMonitor::frameThatIsCutShort()
+{
+    MonitoredProject project(2);
+    project.setConversion(QStringLiteral(
+        "cp \"$frame\" \"$tiff\"; case $dng in *1.dng) truncate -s -1 \"$tiff\";; esac"));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("dcraw converted only 1 of 2 frames"));
 }
 
 void TestProjectMonitor::failingBlend()
