@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <stdexcept>
 
 namespace {
 
@@ -28,8 +29,7 @@ QByteArray run(const QString &program, const QStringList &arguments)
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(program, arguments);
     if (!process.waitForFinished(-1) || process.exitCode() != 0) {
-        std::fprintf(stderr, "%s failed\n", qPrintable(program));
-        std::exit(EXIT_FAILURE);
+        throw std::runtime_error(qPrintable(program + QStringLiteral(" failed")));
     }
     return process.readAllStandardOutput();
 }
@@ -60,7 +60,7 @@ QByteArray developed(const QString &path)
 {
     return run(QStringLiteral("dcraw"),
                QStringLiteral("-c -H 3 -q 3 -w -W -b 4").split(QLatin1Char(' ')) << path)
-        .right(qualityWidth * qualityHeight * 3);
+        .right(qsizetype{qualityWidth} * qualityHeight * 3);
 }
 
 double psnr(const QByteArray &picture, const QByteArray &truth)
@@ -91,7 +91,8 @@ double noise(const QString &path, const QString &truthPath, int step)
          y < static_cast<int>(area.bottom * qualityHeight) - margin; ++y) {
         for (int x = static_cast<int>(area.left * qualityWidth) + margin;
              x < static_cast<int>(area.right * qualityWidth) - margin; ++x) {
-            const auto i = static_cast<std::size_t>(y * qualityWidth + x);
+            const std::size_t i =
+                static_cast<std::size_t>(y) * qualityWidth + static_cast<std::size_t>(x);
             const double difference =
                 light(file.format(), samples[i]) - light(truthFile.format(), truth[i]);
             squares += difference * difference;
@@ -147,8 +148,7 @@ void copyAll(const QStringList &paths, const QString &folder)
         const QString copy = folder + QLatin1Char('/') + QFileInfo(path).fileName();
         QFile::remove(copy);
         if (!QFile::copy(path, copy)) {
-            std::fprintf(stderr, "%s cannot be written\n", qPrintable(copy));
-            std::exit(EXIT_FAILURE);
+            throw std::runtime_error(qPrintable(copy + QStringLiteral(" cannot be written")));
         }
     }
 }
@@ -183,6 +183,12 @@ void measureSpeed(const QString &folder)
 int main()
 {
     const QTemporaryDir folder;
-    measureQuality(folder.path());
-    measureSpeed(folder.path());
+    try {
+        measureQuality(folder.path());
+        measureSpeed(folder.path());
+    } catch (const std::exception &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return EXIT_FAILURE;
+    }
+    return EXIT_SUCCESS;
 }

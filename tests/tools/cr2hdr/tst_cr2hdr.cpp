@@ -178,6 +178,16 @@ private Q_SLOTS:
         }
     }
 
+    void exiftoolFindsNothingToComplainOf()
+    {
+        const QString path = dualFrames(1).first();
+        QCOMPARE(cr2hdr({path}).status, 0);
+        QCOMPARE(runProgram(QStringLiteral("exiftool"),
+                            {QStringLiteral("-validate"), QStringLiteral("-s3"), path})
+                     .output,
+                 QByteArray("OK\n"));
+    }
+
     void anOrdinaryFrameIsLeftAsItIs()
     {
         const QString path = extracted(QStringLiteral("plain"), {}, 1).first();
