@@ -128,13 +128,19 @@ void Calibration::error(const QString &error, MlvDumpTask &)
                                      reasonOf(error)));
 }
 
+/// The tool that reports is in the middle of a call to this object; it is stopped afterwards.
 void Calibration::end(const QString &reason)
 {
     if (m_ended)
         return;
     m_ended = true;
     QMetaObject::invokeMethod(
-        this, [this, reason] { Q_EMIT ended(reason); }, Qt::QueuedConnection);
+        this,
+        [this, reason] {
+            stop();
+            Q_EMIT ended(reason);
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace filmwright

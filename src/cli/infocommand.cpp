@@ -45,6 +45,7 @@ public:
     {
         m_loop.exec();
         m_project.setDelegate(nullptr);
+        m_project.stop(); // a tool that has printed an error may still run
         return m_failure;
     }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "cli/calibration.h"
 #include "runner/temporarydirectory.h"
+#include "support/processes.h"
 #include "support/toolfolder.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -34,6 +36,7 @@ private Q_SLOTS:
     void everythingIsAveragedInOrder();
     void darkOfTheFlatWithoutAFlatIsNotUsed();
     void errorLineEndsIt();
+    void toolThatGoesOnAfterAnErrorIsStopped();
     void averageThatWasNotWrittenEndsIt();
     void toolThatEndsWithoutAWordEndsIt();
     void stoppedCalibrationTellsNothing();
@@ -105,6 +108,18 @@ void TestCalibration::errorLineEndsIt()
     Calibration calibration(dark, flat, {});
     QCOMPARE(run(calibration), QStringList{QStringLiteral("dark.MLV: not a recording")});
     QCOMPARE(m_tools->calls(mlvDump).size(), 1);
+}
+
+void TestCalibration::toolThatGoesOnAfterAnErrorIsStopped()
+{
+    m_tools->addTool(mlvDump,
+                     QStringLiteral("echo $$ > \"$0.pid\"; echo '[ERROR] not a recording'; "
+                                    "exec sleep 1000"));
+    Calibration calibration(dark, {}, {});
+    QCOMPARE(run(calibration), QStringList{QStringLiteral("dark.MLV: not a recording")});
+    QFile id(m_tools->path() + QStringLiteral("/mlv_dump.pid"));
+    QVERIFY(id.open(QIODevice::ReadOnly));
+    QVERIFY(!processRuns(id.readAll().trimmed().toLongLong()));
 }
 
 void TestCalibration::averageThatWasNotWrittenEndsIt()
