@@ -6,6 +6,8 @@
 #include <QFile>
 #include <QRegularExpression>
 
+#include <algorithm>
+
 namespace filmwright {
 
 std::unique_ptr<FFmpegTask> FFmpegTask::ffmpegTask()
@@ -46,12 +48,9 @@ bool FFmpegTask::startAndWaitUntilExit(bool wait)
 quint64 FFmpegTask::encodedFrames() const
 {
     static const QRegularExpression progress(QStringLiteral("^frame= *(\\d+)"));
-    for (auto line = m_logs.crbegin(); line != m_logs.crend(); ++line) {
-        const QRegularExpressionMatch match = progress.match(*line);
-        if (match.hasMatch())
-            return match.captured(1).toULongLong();
-    }
-    return 0;
+    const auto tells = [](const QString &line) { return progress.match(line).hasMatch(); };
+    const auto latest = std::find_if(m_logs.crbegin(), m_logs.crend(), tells);
+    return latest == m_logs.crend() ? 0 : progress.match(*latest).captured(1).toULongLong();
 }
 
 QMap<QString, CapabilityList> FFmpegTask::readOptions()

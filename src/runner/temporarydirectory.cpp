@@ -31,7 +31,7 @@ bool isOwnAndClosed(const QString &folder)
 
 QString userTemporaryFolder()
 {
-    const QString chosen = qEnvironmentVariable("TMPDIR");
+    QString chosen = qEnvironmentVariable("TMPDIR");
     if (!chosen.isEmpty() && isOwnAndClosed(chosen))
         return chosen;
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);

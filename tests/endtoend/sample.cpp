@@ -48,6 +48,22 @@ int Movie::frames() const
     return video.value(QStringLiteral("nb_read_frames")).toString().toInt();
 }
 
+QList<QByteArray> lumaFrames(const QString &movie)
+{
+    const QJsonObject video = Movie::probe(movie).video;
+    const qsizetype size = qsizetype(video.value(QStringLiteral("width")).toInt()) *
+                           video.value(QStringLiteral("height")).toInt();
+    const QByteArray all =
+        outputOf(QStringLiteral("ffmpeg"),
+                 {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), movie,
+                  QStringLiteral("-f"), QStringLiteral("rawvideo"), QStringLiteral("-pix_fmt"),
+                  QStringLiteral("gray"), QStringLiteral("-")});
+    QList<QByteArray> frames;
+    for (qsizetype at = 0; size > 0 && at + size <= all.size(); at += size)
+        frames << all.mid(at, size);
+    return frames;
+}
+
 Colour averageColour(const QString &movie, int frame, const QString &crop)
 {
     const QString filter =

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QList>
 #include <QString>
@@ -18,6 +19,9 @@ struct Movie
     static Movie probe(const QString &path);
     int frames() const;
 };
+
+/// The luma of every frame of a movie, row by row, 0 to 255.
+QList<QByteArray> lumaFrames(const QString &movie);
 
 /// The average colour of a rectangle of one frame of a movie, 0 to 255 each.
 struct Colour

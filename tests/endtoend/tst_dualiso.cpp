@@ -19,22 +19,6 @@ namespace {
 constexpr int width = 320;
 constexpr int height = 192;
 
-/// The luma of every frame of a movie, 0 to 255.
-std::vector<QByteArray> lumaOf(const QString &movie)
-{
-    QProcess decoder;
-    decoder.start(QStringLiteral("ffmpeg"),
-                  {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"), movie,
-                   QStringLiteral("-f"), QStringLiteral("rawvideo"), QStringLiteral("-pix_fmt"),
-                   QStringLiteral("gray"), QStringLiteral("-")});
-    decoder.waitForFinished(-1);
-    const QByteArray all = decoder.readAllStandardOutput();
-    std::vector<QByteArray> frames;
-    for (qsizetype at = 0; at + width * height <= all.size(); at += width * height)
-        frames.push_back(all.mid(at, width * height));
-    return frames;
-}
-
 double mean(const char *begin, qsizetype count)
 {
     const double sum = std::accumulate(begin, begin + count, 0.0, [](double so, char sample) {
@@ -43,7 +27,7 @@ double mean(const char *begin, qsizetype count)
     return sum / static_cast<double>(count);
 }
 
-double standardDeviationOfMeans(const std::vector<QByteArray> &frames)
+double standardDeviationOfMeans(const QList<QByteArray> &frames)
 {
     std::vector<double> means;
     for (const QByteArray &frame : frames)
@@ -89,13 +73,13 @@ private Q_SLOTS:
 
 private:
     QString path(const char *name) const { return m_folder->filePath(QString::fromUtf8(name)); }
-    std::vector<QByteArray> convert(const char *clip, const QStringList &options)
+    QList<QByteArray> convert(const char *clip, const QStringList &options)
     {
         CommandLine cli;
         cli.run(QStringList{QStringLiteral("convert"), QStringLiteral("--quality"),
                             QStringLiteral("maximum")} +
                 options + QStringList{path(clip)});
-        return cli.status() == 0 ? lumaOf(cli.output().value(0)) : std::vector<QByteArray>();
+        return cli.status() == 0 ? lumaFrames(cli.output().value(0)) : QList<QByteArray>();
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -106,10 +90,10 @@ void TestDualIso::blendedMovieHasNoRowPatternAndNoFlicker()
     QVERIFY(writeSample(path("rows.MLV"), size + QStringLiteral("--frames 24 --dual-iso 100/800")));
     QVERIFY(writeSample(path("truth.MLV"), size + QStringLiteral("--frames 24 --perfect")));
     const auto truth = convert("truth.MLV", {});
-    QCOMPARE(truth.size(), 24U);
+    QCOMPARE(truth.size(), 24);
     const auto alternating = convert("rows.MLV", {});
     const auto blended = convert("rows.MLV", {QStringLiteral("--dual-iso")});
-    QCOMPARE(blended.size(), 24U);
+    QCOMPARE(blended.size(), 24);
     // The scene has rows of its own that differ; what counts is what the recording adds to it.
     const double pattern = rowPattern(truth[12]);
     const double added = std::abs(rowPattern(blended[12]) - pattern);
@@ -123,7 +107,7 @@ void TestDualIso::ordinaryRecordingPassesTheBlendUnchanged()
 {
     QVERIFY(writeSample(path("plain.MLV"), size + QStringLiteral("--frames 2")));
     const auto plain = convert("plain.MLV", {});
-    QCOMPARE(plain.size(), 2U);
+    QCOMPARE(plain.size(), 2);
     QVERIFY(convert("plain.MLV", {QStringLiteral("--dual-iso")}) == plain);
 }
 
