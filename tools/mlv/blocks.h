@@ -67,6 +67,7 @@ inline constexpr std::uint16_t lzma = 0x80;
 namespace audioclass {
 inline constexpr std::uint16_t none = 0;
 inline constexpr std::uint16_t wav = 1;
+inline constexpr std::uint16_t lzma = 0x80;
 } // namespace audioclass
 
 /// "MLVI": the only block that has no time stamp behind its size.

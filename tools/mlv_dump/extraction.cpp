@@ -22,10 +22,10 @@ std::size_t heldBackIndex(const std::vector<PlannedFrame> &frames, std::size_t c
 
 } // namespace
 
-Extraction::Extraction(const Job &job, std::vector<PlannedFrame> frames, Output &output)
-    : m_job(job)
+Extraction::Extraction(Job job, std::vector<PlannedFrame> frames, Output &output)
+    : m_job(std::move(job))
     , m_frames(std::move(frames))
-    , m_heldBackIndex(heldBackIndex(m_frames, job.recording.videoFrames().size()))
+    , m_heldBackIndex(heldBackIndex(m_frames, m_job.recording.videoFrames().size()))
     , m_output(output)
 {
 }

@@ -35,7 +35,7 @@ public:
     };
 
     /// `frames` are at least one. What the job refers to and the output outlive the extraction.
-    Extraction(const Job &job, std::vector<PlannedFrame> frames, Output &output);
+    Extraction(Job job, std::vector<PlannedFrame> frames, Output &output);
 
     /// Answers the number of files written. Throws WriteError, mlv::ReadError, or mlv::Error when
     /// not one frame can be decoded.
@@ -48,7 +48,7 @@ private:
     void publish(std::size_t index, OutputFile &file);
     void fail(std::exception_ptr exception);
 
-    const Job &m_job;
+    Job m_job;
     std::vector<PlannedFrame> m_frames;
     std::size_t m_heldBackIndex; // whose file gets its name last
     Output &m_output;            // by the thread that is in the turnstile

@@ -30,7 +30,7 @@ static_assert(sizeof(WavHead) == 44);
 
 constexpr std::uint64_t maxDataBytes = std::numeric_limits<std::uint32_t>::max() - sizeof(WavHead);
 
-bool isPlausible(const mlv::WaveInfo &info)
+bool isReadable(const mlv::WaveInfo &info)
 {
     const bool known = info.format == pcm && info.channels >= 1 && info.channels <= 8 &&
                        info.samplesPerSecond >= 4000 && info.samplesPerSecond <= 384000;
@@ -84,10 +84,15 @@ void writePlan(const mlv::Recording &recording, const SoundPlan &plan, const mlv
 void writeSound(const mlv::Recording &recording, const PictureTime &picture,
                 const SourceFiles &sources, const std::filesystem::path &path, Output &output)
 {
-    if (!recording.waveInfo() || recording.audioBlocks().empty()) {
+    if (recording.audioBlocks().empty()) {
         return;
     }
-    if (!isPlausible(*recording.waveInfo())) {
+    if (!recording.waveInfo()) {
+        output.warning("the recording does not say what its sound is (no WAVI block): left out");
+        return;
+    }
+    const bool compressed = (recording.header().audioClass & mlv::audioclass::lzma) != 0;
+    if (compressed || !isReadable(*recording.waveInfo())) {
         output.warning("the sound is of a kind that cannot be read and is left out");
         return;
     }
