@@ -6,6 +6,9 @@
 
 #include <QCoreApplication>
 
+#include <cstdio>
+#include <unistd.h>
+
 using namespace filmwright;
 
 namespace {
@@ -24,6 +27,13 @@ const Command commands[] = {
     {QLatin1String("tools"), QLatin1String("list the tools and where they are"), runTools},
 };
 
+/// The system log is standard error, where a live progress line may stand.
+void printLogLine(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    const QByteArray line = printable(message).toUtf8();
+    std::fprintf(stderr, "%s%s\n", isatty(STDERR_FILENO) == 1 ? "\r\033[K" : "", line.constData());
+}
+
 void printUsage()
 {
     printLine(QStringLiteral("Usage: filmwright-cli COMMAND [OPTION]... [PATH]...\n\nCommands:"));
@@ -40,7 +50,7 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("filmwright-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(FILMWRIGHT_VERSION));
-    qSetMessagePattern(QStringLiteral("%{message}"));
+    qInstallMessageHandler(printLogLine);
 
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     const QString name = arguments.value(0);
