@@ -12,8 +12,6 @@
 
 #include <chrono>
 
-using namespace std::chrono_literals;
-
 namespace filmwright {
 
 namespace {
@@ -26,6 +24,10 @@ QString text(const char *source)
     return QCoreApplication::translate("Workspace", source);
 }
 
+/// A lock is stale when its process is gone, never because of its age.
+constexpr std::chrono::milliseconds anyAge = std::chrono::milliseconds::zero();
+constexpr std::chrono::milliseconds atOnce = std::chrono::milliseconds::zero();
+
 /// A lock that nobody holds belongs to a run that was killed.
 void removeLeftovers(const QDir &folder)
 {
@@ -34,8 +36,8 @@ void removeLeftovers(const QDir &folder)
     for (const QString &name : locks) {
         const QString path = folder.filePath(name);
         QLockFile lock(path);
-        lock.setStaleLockTime(0ms);
-        if (lock.tryLock(0ms))
+        lock.setStaleLockTime(anyAge);
+        if (lock.tryLock(atOnce))
             QDir(path.chopped(lockSuffix.size())).removeRecursively();
     }
 }
@@ -91,8 +93,8 @@ QString Workspace::openChosen(const QString &base)
 QString Workspace::lock(const QString &path)
 {
     m_lock = std::make_unique<QLockFile>(path);
-    m_lock->setStaleLockTime(0ms);
-    if (m_lock->tryLock(0ms))
+    m_lock->setStaleLockTime(anyAge);
+    if (m_lock->tryLock(atOnce))
         return {};
     const bool taken = m_lock->error() == QLockFile::LockFailedError;
     m_lock.reset();

@@ -6,6 +6,7 @@
 #include <QTest>
 
 #include <chrono>
+#include <numeric>
 #include <set>
 
 using Ints = QList<int>;
@@ -51,9 +52,8 @@ namespace {
 
 std::vector<int> numbers(int count)
 {
-    std::vector<int> result;
-    for (int i = 0; i < count; ++i)
-        result.push_back(i);
+    std::vector<int> result(static_cast<std::size_t>(count));
+    std::iota(result.begin(), result.end(), 0);
     return result;
 }
 
