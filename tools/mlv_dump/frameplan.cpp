@@ -32,8 +32,10 @@ FramePlan planFrames(const mlv::DataIndex &frames, const FrameRange &range)
         add(frames[i]);
     }
     if (filled > 0) {
-        plan.remarks.push_back(std::to_string(filled) +
-                               " dropped frames are filled by the frame before them");
+        plan.remarks.push_back(filled == 1
+                                   ? "1 dropped frame is filled by the frame before it"
+                                   : std::to_string(filled) +
+                                         " dropped frames are filled by the frame before them");
     }
     if (jumps > 0) {
         plan.remarks.push_back("the frame numbers jump too far to be true in " +

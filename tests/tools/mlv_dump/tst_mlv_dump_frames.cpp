@@ -154,7 +154,7 @@ void TestMlvDumpFrames::droppedFrameRepeatsTheOneBefore()
     const auto path = RecordingBuilder().addRawInfo().addFrame(5, 3000).addFrame(7, 4000).write(
         out(QStringLiteral("a.MLV")));
     const auto run = extract(path);
-    QVERIFY(run.hasLineWith(QStringLiteral("1 dropped frames are filled")));
+    QVERIFY(run.hasLineWith(QStringLiteral("1 dropped frame is filled by the frame before it")));
     QCOMPARE(run.lastTwoLines(),
              (QStringList{QStringLiteral("Processed 3 video frames at 25.00 FPS (0.12 s)"),
                           QStringLiteral("Done")}));
