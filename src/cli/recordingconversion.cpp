@@ -121,8 +121,10 @@ void RecordingConversion::beginStage()
                              static_cast<quint64>(m_project.framesToConvert()));
         break;
     case MLVProjectModeBuildingMovie:
+        // Merging neighbours costs a frame.
         m_display.beginStage(name, tr("encoding"),
-                             static_cast<quint64>(m_project.framesToConvert()));
+                             static_cast<quint64>(m_project.framesToConvert()) -
+                                 (m_settings.mergesNeighbours ? 1 : 0));
         break;
     default:
         break;

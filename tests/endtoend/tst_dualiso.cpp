@@ -134,6 +134,7 @@ void TestDualIso::mergedMovieHasOneFrameLess()
     CommandLine cli;
     QVERIFY(cli.run({QStringLiteral("convert"), QStringLiteral("--hdr"), path("frames.MLV")}));
     QCOMPARE(cli.status(), 0);
+    QVERIFY(cli.messages().contains(QStringLiteral("frames.MLV: encoding, 5 frames")));
     const Movie movie = Movie::probe(path("frames.mov"));
     QCOMPARE(movie.frames(), 5);
     QCOMPARE(movie.sound.size(), 0);
