@@ -2,8 +2,8 @@
 #include "cli/recordingconversion.h"
 
 #include "cli/progressdisplay.h"
-#include "cli/worknote.h"
 #include "mlvdump/mlvdumparguments.h"
+#include "project/worknote.h"
 #include "runner/notificationcenter.h"
 
 #include <QFileInfo>

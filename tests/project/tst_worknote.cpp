@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "cli/worknote.h"
+#include "project/worknote.h"
 
 #include <QDir>
 #include <QFile>
