@@ -3,6 +3,7 @@
 
 #include "conversion/dcrawprocess.h"
 #include "conversion/tiffbitmap.h"
+#include "project/moviemark.h"
 #include "runner/files.h"
 #include "sluice/slunitprocessmanager.h"
 
@@ -159,8 +160,19 @@ void MLVProjectController::launchDNGExtraction()
     m_mode = MLVProjectModeExtracting;
     m_mlvDumptask->setDarkPath(m_darkPath);
     m_mlvDumptask->setFlatPath(m_flatPath);
-    m_mlvDumptask->extractDNGAtIndex(0);
+    m_movieMark.reset(); // of an earlier run; nobody writes that movie any more
+    m_movieHindrance = clearUnfinishedMovies();
+    if (m_movieHindrance.isEmpty())
+        m_mlvDumptask->extractDNGAtIndex(0);
     setMode(MLVProjectModeExtracting);
+}
+
+/// A run that died may have been asked for another format. Returns what hinders this run's.
+QString MLVProjectController::clearUnfinishedMovies() const
+{
+    const qint32 other = m_movieFormat == MovieFormatAVI ? MovieFormatMOV : MovieFormatAVI;
+    MovieMark::clear(moviePathFor(m_mlvPath, other));
+    return MovieMark::clear(moviePath());
 }
 
 void MLVProjectController::stop()
@@ -289,7 +301,13 @@ void MLVProjectController::launchMovieExtraction()
     m_ffmpegTask->setFps(fps());
     m_ffmpegTask->setFormat(m_movieFormat);
     m_ffmpegTask->setQuality(m_movieQuality);
+    m_movieMark = std::make_shared<MovieMark>(moviePath());
+    m_movieHindrance = m_movieMark->set();
+    if (!m_movieHindrance.isEmpty())
+        return;
     m_ffmpegTask->buildMovie();
+    if (!m_ffmpegTask->isRunning())
+        m_movieMark->remove();
 }
 
 void MLVProjectController::movieExtractionFinished(FFmpegTask &)
@@ -303,6 +321,8 @@ void MLVProjectController::movieExtractionFinished(FFmpegTask &)
 
 void MLVProjectController::movieExtractionAborted(FFmpegTask &)
 {
+    if (m_movieMark)
+        m_movieMark->remove();
     setMode(MLVProjectModeIdle);
 }
 

@@ -19,6 +19,7 @@ class SLUnitProcessManager;
 namespace filmwright {
 
 class DCRawProcess;
+class MovieMark;
 
 /// The stage that a project is in.
 enum MLVProjectMode : qint32 {
@@ -122,6 +123,14 @@ public:
     /// Pairs of neighbouring frames that are still to be merged.
     int pairsToMerge() const { return static_cast<int>(m_pairsToMerge.size()); }
 
+    /// Why this run doesn't get to write its movie: another run writes it, or its folder can't be
+    /// written. Empty while nothing hinders it. Known when the extraction is launched, where it can
+    /// be; the stage's tool is then not started.
+    QString movieHindrance() const { return m_movieHindrance; }
+    /// The mark of the movie that was begun last, null before. It is removed with an aborted movie;
+    /// whoever judges a movie that ffmpeg has finished settles it.
+    std::shared_ptr<MovieMark> movieMark() const { return m_movieMark; }
+
     /// Whether a stage's tool runs or its report is still to come (the conversion not counted).
     bool isToolBusy() const;
     /// ffmpeg: frames encoded in this run, exit status of the last run, what it printed.
@@ -158,6 +167,7 @@ public:
 
 private:
     void setMode(MLVProjectMode mode);
+    QString clearUnfinishedMovies() const;
     void replaceMlvDumpTask();
     void launchRGBExtraction(const QString &directory);
     void launchBlend(const QString &directory);
@@ -175,6 +185,8 @@ private:
     QTimer m_afterLastFrame;
     QTimer m_nextMerge;
     std::deque<std::pair<QString, QString>> m_pairsToMerge;
+    std::shared_ptr<MovieMark> m_movieMark;
+    QString m_movieHindrance;
     QString m_mlvPath;
     QString m_darkPath;
     QString m_flatPath;

@@ -2,12 +2,15 @@
 #include "project/projectmonitor.h"
 
 #include "conversion/tiffbitmap.h"
+#include "encoding/finishedmovie.h"
 #include "project/mlvprojectcontroller.h"
+#include "project/moviemark.h"
 #include "runner/files.h"
 #include "runner/notificationcenter.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QtConcurrent>
 
 #include <algorithm>
 
@@ -48,6 +51,8 @@ ProjectMonitor::ProjectMonitor(MLVProjectController &project)
     // A tool that ended without having said so leaves its stage waiting for ever.
     connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
             &ProjectMonitor::checkLater);
+    connect(&m_settling, &QFutureWatcherBase::finished, this,
+            [this] { endWithMovie(m_settling.result()); });
     checkLater();
 }
 
@@ -79,7 +84,7 @@ void ProjectMonitor::controllerWorkError(const QString &error)
 
 void ProjectMonitor::controllerWorkFinished()
 {
-    end(encodingFailure());
+    checkMovie();
 }
 
 /// The project may be in the middle of a step; what it does right after this call counts.
@@ -92,15 +97,17 @@ void ProjectMonitor::check()
 {
     if (m_project.isToolBusy())
         return;
+    const bool hindered = !m_project.movieHindrance().isEmpty();
     switch (m_project.mlvProjectMode()) {
     case MLVProjectModeReadingData:
         end(tr("mlv_dump ended before it had read the recording"));
         break;
     case MLVProjectModeExtracting:
-        end(tr("mlv_dump ended before it had extracted the frames"));
+        end(hindered ? m_project.movieHindrance()
+                     : tr("mlv_dump ended before it had extracted the frames"));
         break;
     case MLVProjectModeBuildingMovie:
-        end(tr("ffmpeg could not be started"));
+        end(hindered ? m_project.movieHindrance() : tr("ffmpeg could not be started"));
         break;
     default:
         break;
@@ -136,14 +143,43 @@ void ProjectMonitor::checkMergedFrames(int pairs)
         end(tr("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs));
 }
 
+void ProjectMonitor::checkMovie()
+{
+    const QString failure = encodingFailure();
+    if (!failure.isEmpty()) {
+        endWithMovie(failure);
+        return;
+    }
+    // Not on this thread: a disk may be busy with a movie for seconds.
+    m_settling.setFuture(
+        QtConcurrent::run([mark = m_project.movieMark()] { return mark->settle(); }));
+}
+
+/// A movie that isn't whole must not look like one.
+void ProjectMonitor::endWithMovie(const QString &failure)
+{
+    if (!failure.isEmpty()) {
+        QFile::remove(m_project.moviePath());
+        m_project.movieMark()->remove();
+    }
+    end(failure);
+}
+
 QString ProjectMonitor::encodingFailure() const
 {
     const FFmpegTask &encoder = m_project.encoder();
-    if (encoder.terminationStatus() != 0) {
-        QFile::remove(encoder.moviePath()); // a partial movie must not look like a whole one
+    if (encoder.terminationStatus() != 0)
         return failureOf(QStringLiteral("ffmpeg"), encoder.terminationStatus(), encoder.logs());
-    }
-    return QFile::exists(encoder.moviePath()) ? QString() : tr("ffmpeg wrote no movie");
+    if (!QFile::exists(encoder.moviePath()))
+        return tr("ffmpeg wrote no movie");
+    const auto frames = framesOfFinishedMovie(encoder.moviePath());
+    if (!frames)
+        return tr("ffmpeg left its movie unfinished");
+    // Merging neighbours costs a frame.
+    const int wanted = m_project.framesToConvert() - (m_project.dualISO() ? 1 : 0);
+    if (static_cast<qint64>(*frames) < wanted)
+        return tr("ffmpeg encoded only %1 of %2 frames").arg(*frames).arg(wanted);
+    return {};
 }
 
 void ProjectMonitor::end(const QString &reason)

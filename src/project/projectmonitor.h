@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QFutureWatcher>
 #include <QImage>
 #include <QObject>
 #include <QString>
@@ -31,8 +32,9 @@ public:
     void controllerWorkFinished();
 
 Q_SIGNALS:
-    /// The run ends here, once, after the current event: with no reason the movie is whole;
-    /// otherwise the project still has to be stopped. `reason` is a sentence for a person.
+    /// The run ends here, once, after the current event: with no reason the movie is whole and on
+    /// the disk; otherwise the project still has to be stopped. `reason` is a sentence for a
+    /// person.
     void ended(const QString &reason);
 
 private:
@@ -41,10 +43,13 @@ private:
     void checkConversion();
     void checkFrames();
     void checkMergedFrames(int pairs);
-    void end(const QString &reason);
+    void checkMovie();
     QString encodingFailure() const;
+    void endWithMovie(const QString &failure);
+    void end(const QString &reason);
 
     MLVProjectController &m_project;
+    QFutureWatcher<QString> m_settling;
     int m_missingFrames = 0;
     bool m_ended = false;
 };

@@ -3,6 +3,7 @@
 
 #include "conversion/tiffbitmap.h"
 #include "runner/temporarydirectory.h"
+#include "support/fakemovie.h"
 
 #include <QFile>
 #include <QTest>
@@ -15,9 +16,10 @@ FakeProject::FakeProject(int frames)
     QVERIFY2(setBaseTemporaryDirectory(m_folder.path()), "no temporary directory");
     QVERIFY2(QFile(recording()).open(QIODevice::WriteOnly), "no recording");
     writeTiff(path(QStringLiteral("whole.tiff")));
+    writeMovie(path(QStringLiteral("whole.mov")), frames);
     setExtraction(extraction(frames));
     setConversion(QStringLiteral("cp \"$frame\" \"$tiff\""));
-    setEncoding(QStringLiteral("echo 'frame= 1'; echo movie > \"$movie\""));
+    setEncoding(QStringLiteral("echo 'frame= 1'; cp \"$film\" \"$movie\""));
     setBlending(QStringLiteral("echo 'blended : all'"));
 }
 
@@ -59,8 +61,8 @@ void FakeProject::setConversion(const QString &script)
 
 void FakeProject::setEncoding(const QString &script)
 {
-    tools.addTool(QStringLiteral("ffmpeg"),
-                  QStringLiteral("for movie; do :; done\n%1").arg(script));
+    tools.addTool(QStringLiteral("ffmpeg"), QStringLiteral("for movie; do :; done; film='%1'\n%2")
+                                                .arg(path(QStringLiteral("whole.mov")), script));
 }
 
 void FakeProject::setBlending(const QString &script)
@@ -96,6 +98,13 @@ void FakeProject::writeTiff(const QString &path) const
 {
     const TiffBitmap::Layout layout{4, 2, 3, 8, 12};
     QVERIFY2(TiffBitmap(layout, QByteArray(24, '\x40')).write(path), "TIFF not written");
+}
+
+void FakeProject::writeMovie(const QString &path, int frames)
+{
+    QFile movie(path);
+    QVERIFY2(movie.open(QIODevice::WriteOnly), "movie not written");
+    movie.write(fakeMovie(frames));
 }
 
 void FakeProject::controllerUpdated(MLVProjectController &project)

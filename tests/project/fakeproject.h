@@ -18,7 +18,7 @@ public:
     void setExtraction(const QString &script);
     /// Replaces what dcraw does; $dng is its input, $tiff its output, $frame a whole TIFF.
     void setConversion(const QString &script);
-    /// Replaces what ffmpeg does; $movie is its output.
+    /// Replaces what ffmpeg does; $movie is its output, $film a whole movie.
     void setEncoding(const QString &script);
 
     /// Replaces what cr2hdr does; its arguments are the frames' names.
@@ -37,6 +37,7 @@ public:
     QString movie() const { return path(QStringLiteral("clip.mov")); }
     QString frame(int number, const QString &extension) const;
     void writeTiff(const QString &path) const;
+    static void writeMovie(const QString &path, int frames);
 
     void controllerUpdated(filmwright::MLVProjectController &controller) override;
     void imageRGBReceived(const QImage &image,

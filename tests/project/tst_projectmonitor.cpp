@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fakeproject.h"
 
+#include "project/moviemark.h"
 #include "project/projectmonitor.h"
 
 #include <QFile>
@@ -76,7 +77,13 @@ private Q_SLOTS:
     void failingEncoderLosesItsPartialMovie();
     void encoderThatDiesOfASignal();
     void encoderThatWritesNothing();
+    void encoderThatStopsInTheMiddle();
+    void encoderThatLosesFrames();
     void missingEncoder();
+    void movieIsMarkedExactlyWhileItIsWritten();
+    void movieOfADeadRunIsRemovedFirst();
+    void movieThatAnotherRunWrites();
+    void movieThatAnotherRunBeginsMeanwhile();
 };
 
 void TestProjectMonitor::wholeMovieEndsWithoutAReason()
@@ -233,6 +240,29 @@ void TestProjectMonitor::encoderThatWritesNothing()
     QTRY_COMPARE(project.endings, one("ffmpeg wrote no movie"));
 }
 
+void TestProjectMonitor::encoderThatStopsInTheMiddle()
+{
+    MonitoredProject project(1);
+    project.setEncoding(QStringLiteral("head -c 60 \"$film\" > \"$movie\""));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("ffmpeg left its movie unfinished"));
+    QVERIFY(!QFile::exists(project.movie()));
+    QVERIFY(!QFile::exists(MovieMark::pathFor(project.movie())));
+}
+
+void TestProjectMonitor::encoderThatLosesFrames()
+{
+    MonitoredProject project(3);
+    FakeProject::writeMovie(project.path(QStringLiteral("whole.mov")), 2);
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("ffmpeg encoded only 2 of 3 frames"));
+    QVERIFY(!QFile::exists(project.movie()));
+}
+
 void TestProjectMonitor::missingEncoder()
 {
     MonitoredProject project(1);
@@ -241,6 +271,74 @@ void TestProjectMonitor::missingEncoder()
     project.monitor();
     project.launch();
     QTRY_COMPARE(project.endings, one("ffmpeg could not be started"));
+}
+
+void TestProjectMonitor::movieIsMarkedExactlyWhileItIsWritten()
+{
+    MonitoredProject project(1);
+    const QString seen = project.path(QStringLiteral("seen"));
+    project.setConversion(QStringLiteral("cp \"$frame\" \"$tiff\"; ls -A '%1' > '%1/before'")
+                              .arg(project.path(QString())));
+    project.setEncoding(QStringLiteral("ls -A '%1' > '%2'; cp \"$film\" \"$movie\"")
+                            .arg(project.path(QString()), seen));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, QStringList{QString()});
+    QFile before(project.path(QStringLiteral("before")));
+    QFile during(seen);
+    QVERIFY(before.open(QIODevice::ReadOnly) && during.open(QIODevice::ReadOnly));
+    QVERIFY(!before.readAll().contains(".clip.mov.unfinished"));
+    QVERIFY(during.readAll().contains(".clip.mov.unfinished"));
+    QVERIFY(!QFile::exists(MovieMark::pathFor(project.movie())));
+}
+
+void TestProjectMonitor::movieOfADeadRunIsRemovedFirst()
+{
+    MonitoredProject project(1);
+    // The dead run was asked for the other format.
+    const QString halfMovie = project.path(QStringLiteral("clip.avi"));
+    FakeProject::writeMovie(halfMovie, 0);
+    QVERIFY(MovieMark(halfMovie).set().isEmpty());
+    project.setExtraction(QStringLiteral("echo '[ERROR] bad block'; exit 1"));
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("bad block"));
+    QVERIFY(!QFile::exists(halfMovie));
+    QVERIFY(!QFile::exists(MovieMark::pathFor(halfMovie)));
+}
+
+void TestProjectMonitor::movieThatAnotherRunWrites()
+{
+    MonitoredProject project(1);
+    MovieMark other(project.movie());
+    QCOMPARE(other.set(), QString());
+    FakeProject::writeMovie(project.movie(), 0);
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("its movie is being written by another run"));
+    project.controller->stop();
+    QVERIFY(QFile::exists(project.movie()));
+    QVERIFY(QFile::exists(MovieMark::pathFor(project.movie())));
+    QCOMPARE(project.tools.calls(QStringLiteral("mlv_dump")).size(), 1); // the metadata
+}
+
+void TestProjectMonitor::movieThatAnotherRunBeginsMeanwhile()
+{
+    MonitoredProject project(1);
+    project.read();
+    project.monitor();
+    project.launch();
+    MovieMark other(project.movie());
+    QCOMPARE(other.set(), QString());
+    FakeProject::writeMovie(project.movie(), 0);
+    QTRY_COMPARE(project.endings, one("its movie is being written by another run"));
+    project.controller->stop();
+    QVERIFY(QFile::exists(project.movie()));
+    QVERIFY(QFile::exists(MovieMark::pathFor(project.movie())));
+    QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")), QList<QStringList>());
 }
 
 QTEST_GUILESS_MAIN(TestProjectMonitor)

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include "project/moviemark.h"
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <cerrno>
+#include <climits>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace filmwright {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("MovieMark", source);
+}
+
+QString lastError()
+{
+    return qt_error_string(errno);
+}
+
+/// Without waiting. Returns what hinders it; file systems without locks let everyone in.
+QString lock(int descriptor)
+{
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
+        return text("something else has the name of the mark of its unfinished movie");
+    if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
+        return text("its movie is being written by another run");
+    return {};
+}
+
+/// Whether the descriptor is still the file of that name: its last owner may have removed it
+/// between our opening and our locking it.
+bool isStillAt(int descriptor, const QByteArray &path)
+{
+    struct stat open = {};
+    struct stat there = {};
+    return fstat(descriptor, &open) == 0 && lstat(path.constData(), &there) == 0 &&
+           open.st_dev == there.st_dev && open.st_ino == there.st_ino;
+}
+
+/// Never follows a link that someone planted in the movie's folder, never waits for a pipe.
+int openMark(const QByteArray &path, int flags)
+{
+    return open(path.constData(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags,
+                S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
+}
+
+/// Brings what the system still holds back of the file or folder to the disk, where the file system
+/// can do that.
+bool sync(const QString &path)
+{
+    const int descriptor = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    const bool synced = fsync(descriptor) == 0 || errno == EINVAL;
+    const int error = errno;
+    close(descriptor);
+    errno = error;
+    return synced;
+}
+
+} // namespace
+
+QString MovieMark::pathFor(const QString &moviePath)
+{
+    const QFileInfo movie(moviePath);
+    QString name = QStringLiteral(".%1.unfinished").arg(movie.fileName());
+    if (QFile::encodeName(name).size() > NAME_MAX) {
+        const QByteArray hash = QCryptographicHash::hash(QFile::encodeName(movie.fileName()),
+                                                         QCryptographicHash::Sha256);
+        name = QStringLiteral(".%1.unfinished").arg(QString::fromLatin1(hash.toHex()));
+    }
+    return movie.dir().filePath(name);
+}
+
+QString MovieMark::clear(const QString &moviePath)
+{
+    const QByteArray path = QFile::encodeName(pathFor(moviePath));
+    const int descriptor = openMark(path, 0);
+    if (descriptor >= 0) {
+        const QString problem = lock(descriptor);
+        if (problem.isEmpty() && isStillAt(descriptor, path)) {
+            QFile::remove(moviePath);
+            unlink(path.constData());
+        }
+        close(descriptor);
+        if (!problem.isEmpty())
+            return problem;
+    } else if (errno != ENOENT) {
+        return text("the mark of its unfinished movie can't be read: %1").arg(lastError());
+    }
+    const QByteArray folder = QFile::encodeName(QFileInfo(moviePath).path());
+    if (faccessat(AT_FDCWD, folder.constData(), W_OK | X_OK, AT_EACCESS) != 0)
+        return text("the folder of its movie can't be written: %1").arg(lastError());
+    return {};
+}
+
+MovieMark::MovieMark(const QString &moviePath)
+    : m_moviePath(moviePath)
+{
+}
+
+MovieMark::~MovieMark()
+{
+    if (m_descriptor >= 0)
+        close(m_descriptor);
+}
+
+QString MovieMark::set()
+{
+    const QByteArray path = QFile::encodeName(pathFor(m_moviePath));
+    for (;;) {
+        m_descriptor = openMark(path, O_CREAT);
+        if (m_descriptor < 0)
+            return text("its movie can't be written: %1").arg(lastError());
+        const QString problem = lock(m_descriptor);
+        if (problem.isEmpty() && isStillAt(m_descriptor, path))
+            return {};
+        close(m_descriptor);
+        m_descriptor = -1;
+        if (!problem.isEmpty())
+            return problem;
+    }
+}
+
+void MovieMark::remove()
+{
+    if (m_descriptor < 0)
+        return;
+    // In this order: nobody can take the file for a dead run's.
+    unlink(QFile::encodeName(pathFor(m_moviePath)).constData());
+    close(m_descriptor);
+    m_descriptor = -1;
+}
+
+QString MovieMark::settle()
+{
+    if (!sync(m_moviePath))
+        return text("its movie could not be brought to the disk: %1").arg(lastError());
+    sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
+    remove();
+    return {};
+}
+
+} // namespace filmwright

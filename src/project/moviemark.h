@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace filmwright {
+
+/// Tells a movie that is still being written from a whole one: ffmpeg writes under the movie's
+/// final name, and whoever finds the file there can't see whether its writer was killed half-way.
+///
+/// The mark is a hidden file beside the movie, there from just before ffmpeg starts until the movie
+/// is on the disk, and locked by the run that writes. One that nobody locks belongs to a run that
+/// died; the movie beside it isn't whole.
+///
+/// Any thread, one at a time. A file system that has no locks can't tell the living from the dead:
+/// there a second run on the same recording isn't noticed.
+class MovieMark
+{
+public:
+    /// The mark's own path for a movie.
+    static QString pathFor(const QString &moviePath);
+
+    /// Removes what a run that died left of this movie; a whole movie stays. Returns why the movie
+    /// can't be written now ("its movie is being written by another run", a folder without write
+    /// access), or an empty string.
+    static QString clear(const QString &moviePath);
+
+    explicit MovieMark(const QString &moviePath);
+    /// A mark that is still there stays, without its lock: the movie was not finished.
+    ~MovieMark();
+    MovieMark(const MovieMark &) = delete;
+    MovieMark &operator=(const MovieMark &) = delete;
+
+    /// Makes the mark and locks it. Returns what hinders it, or an empty string.
+    QString set();
+    /// Removes the mark: there is no movie, or none that is unfinished.
+    void remove();
+    /// Waits until the movie is on the disk and removes the mark. Returns why that failed (the mark
+    /// stays), or an empty string. Slow: a disk may be busy with the movie for seconds.
+    QString settle();
+
+private:
+    const QString m_moviePath;
+    int m_descriptor = -1;
+};
+
+} // namespace filmwright
