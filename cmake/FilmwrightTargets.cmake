@@ -49,19 +49,25 @@ function(filmwright_bundled_tool target)
     install(TARGETS ${target} RUNTIME DESTINATION "${FILMWRIGHT_LIBEXECDIR}")
 endfunction()
 
-# filmwright_test(NAME SOURCES FILE... LIBRARIES LIB...)
-# One Qt Test program a unit, known to ctest under its name, with a time limit.
+# filmwright_test(NAME [SESSION_BUS] SOURCES FILE... LIBRARIES LIB...)
+# One Qt Test program a unit, known to ctest under its name, with a time limit. Tests never reach the
+# buses of the machine: with SESSION_BUS a test has a private one, otherwise there is none.
 # The thread sanitizer is told to leave memory alone that the distribution's Qt hands from thread to
 # thread by itself (posted events, Qt Test's watchdog): that Qt is built without the sanitizer, which
 # therefore doesn't see its locks. Every access made by our own code is still checked.
 function(filmwright_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 test "" "" "SOURCES;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 test "SESSION_BUS" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${test_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} Qt6::Test)
-    add_test(NAME ${name} COMMAND ${name})
+    set(private_bus)
+    if(test_SESSION_BUS)
+        set(private_bus dbus-run-session
+            "--config-file=${PROJECT_SOURCE_DIR}/tests/support/privatebus.conf" --)
+    endif()
+    add_test(NAME ${name} COMMAND ${private_bus} $<TARGET_FILE:${name}>)
     set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
-        "QT_QPA_PLATFORM=offscreen;TSAN_OPTIONS=ignore_noninstrumented_modules=1;FILMWRIGHT_TEST_DATA=${PROJECT_SOURCE_DIR}/tests/data;FILMWRIGHT_BUILD_RESOURCES=${FILMWRIGHT_RESOURCES_DIR}")
+        "QT_QPA_PLATFORM=offscreen;DBUS_SESSION_BUS_ADDRESS=disabled:;DBUS_SYSTEM_BUS_ADDRESS=disabled:;TSAN_OPTIONS=ignore_noninstrumented_modules=1;FILMWRIGHT_TEST_DATA=${PROJECT_SOURCE_DIR}/tests/data;FILMWRIGHT_BUILD_RESOURCES=${FILMWRIGHT_RESOURCES_DIR}")
 endfunction()
 
 # filmwright_threaded_tests(NAME...)

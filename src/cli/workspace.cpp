@@ -10,43 +10,22 @@
 #include <QFileInfo>
 #include <QUuid>
 
-#include <chrono>
-
 namespace filmwright {
 
 namespace {
 
 const QString privatePrefix = QStringLiteral("filmwright-cli-");
-const QString lockSuffix = QStringLiteral(".lock");
 
 QString text(const char *source)
 {
     return QCoreApplication::translate("Workspace", source);
 }
 
-/// A lock is stale when its process is gone, never because of its age.
-constexpr std::chrono::milliseconds anyAge = std::chrono::milliseconds::zero();
-constexpr std::chrono::milliseconds atOnce = std::chrono::milliseconds::zero();
-
-/// A lock that nobody holds belongs to a run that was killed.
-void removeLeftovers(const QDir &folder)
-{
-    const QStringList locks = folder.entryList({privatePrefix + QLatin1Char('*') + lockSuffix},
-                                               QDir::Files | QDir::Hidden);
-    for (const QString &name : locks) {
-        const QString path = folder.filePath(name);
-        QLockFile lock(path);
-        lock.setStaleLockTime(anyAge);
-        if (lock.tryLock(atOnce))
-            QDir(path.chopped(lockSuffix.size())).removeRecursively();
-    }
-}
-
 } // namespace
 
 Workspace::~Workspace()
 {
-    if (!m_lock || m_keep)
+    if (!m_lock.isHeld() || m_keep)
         return;
     if (m_chosen) {
         const QDir work(temporaryDirectory());
@@ -72,10 +51,10 @@ QString Workspace::openPrivate()
     const QDir folder(userTemporaryFolder());
     if (!createPrivateFolder(folder.path()))
         return text("the temporary folder %1 can't be created").arg(folder.path());
-    removeLeftovers(folder);
+    removeAbandonedDirectories(folder.path(), privatePrefix);
     m_privateBase =
         folder.filePath(privatePrefix + QUuid::createUuid().toString(QUuid::WithoutBraces));
-    QString problem = lock(m_privateBase + lockSuffix);
+    QString problem = m_lock.take(m_privateBase);
     if (!problem.isEmpty())
         return problem;
     if (!setBaseTemporaryDirectory(m_privateBase))
@@ -87,19 +66,7 @@ QString Workspace::openChosen(const QString &base)
 {
     if (!setBaseTemporaryDirectory(QFileInfo(base).absoluteFilePath()))
         return text("the temporary folder %1 can't be written").arg(base);
-    return lock(temporaryDirectory() + lockSuffix);
-}
-
-QString Workspace::lock(const QString &path)
-{
-    m_lock = std::make_unique<QLockFile>(path);
-    m_lock->setStaleLockTime(anyAge);
-    if (m_lock->tryLock(atOnce))
-        return {};
-    const bool taken = m_lock->error() == QLockFile::LockFailedError;
-    m_lock.reset();
-    return taken ? text("another run works in %1").arg(QFileInfo(path).path())
-                 : text("the lock file %1 can't be written").arg(path);
+    return m_lock.take(temporaryDirectory());
 }
 
 } // namespace filmwright

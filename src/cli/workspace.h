@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QLockFile>
-#include <QString>
+#include "runner/directorylock.h"
 
-#include <memory>
+#include <QString>
 
 namespace filmwright {
 
@@ -31,9 +30,8 @@ public:
 private:
     QString openPrivate();
     QString openChosen(const QString &base);
-    QString lock(const QString &path);
 
-    std::unique_ptr<QLockFile> m_lock;
+    DirectoryLock m_lock;
     QString m_privateBase;
     bool m_chosen = false;
     bool m_keep = false;

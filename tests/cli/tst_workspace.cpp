@@ -141,7 +141,8 @@ void TestWorkspace::oneRunAtATimeInAChosenFolder()
     QCOMPARE(first.open(m_folder->path(), false), QString());
     Workspace second;
     QCOMPARE(second.open(m_folder->path(), false),
-             QStringLiteral("another run works in ") + m_folder->path());
+             QStringLiteral("another run of Filmwright works in ") + m_folder->path() +
+                 QStringLiteral("/FilmwrightTmp"));
 }
 
 void TestWorkspace::chosenFolderThatIsAFileIsRefused()

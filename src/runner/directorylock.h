@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QLockFile>
+#include <QString>
+
+#include <memory>
+
+namespace filmwright {
+
+/// Keeps a temporary directory to one run of either program, by the file "<directory>.lock" beside
+/// it. The lock ends with the object, or with the process, however that ends. Any one thread.
+class DirectoryLock
+{
+public:
+    /// Takes the lock, giving up the one held before if there was one; makes the folder that the
+    /// directory is in, not the directory. Returns what hinders it, or an empty string.
+    QString take(const QString &directory);
+
+    bool isHeld() const { return m_file != nullptr; }
+
+private:
+    std::unique_ptr<QLockFile> m_file;
+};
+
+/// Removes the directories below `folder` whose names start with `prefix` and whose locks were left
+/// behind by killed runs.
+void removeAbandonedDirectories(const QString &folder, const QString &prefix);
+
+} // namespace filmwright
