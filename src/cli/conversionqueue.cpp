@@ -37,7 +37,8 @@ void ConversionQueue::next()
         m_recordings.pop_front();
         const QString reason = refusal(recording);
         if (reason.isEmpty()) {
-            m_current = std::make_unique<RecordingConversion>(recording, m_settings, m_display);
+            m_current =
+                std::make_unique<RecordingConversion>(recording, m_settings, m_progress, m_display);
             connect(m_current.get(), &RecordingConversion::ended, this,
                     &ConversionQueue::recordingEnded);
             return;

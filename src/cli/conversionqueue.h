@@ -38,6 +38,7 @@ private:
     void fail(const QString &recording, const QString &reason);
 
     std::deque<QString> m_recordings;
+    BatchProgress m_progress;
     ProgressDisplay &m_display;
     ConversionSettings m_settings;
     std::unique_ptr<RecordingConversion> m_current;

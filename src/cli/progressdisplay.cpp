@@ -4,9 +4,8 @@
 #include "cli/exitstatus.h"
 
 #include <QCoreApplication>
+#include <QStringList>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -35,23 +34,18 @@ void write(const QString &text)
     std::fflush(stderr);
 }
 
-QString minutesAndSeconds(double seconds)
-{
-    const auto whole = static_cast<quint64>(std::llround(seconds));
-    return QStringLiteral("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QLatin1Char('0'));
-}
-
 } // namespace
 
-QString progressText(quint64 done, quint64 frames, double rate)
+QString progressText(const Progress &progress)
 {
-    QString progress = text("%1 of %2 frames").arg(done).arg(frames);
-    if (rate > 0 && done <= frames) {
-        progress += text(", %1 frames/s, %2 left")
-                        .arg(QString::number(rate, 'f', 1),
-                             minutesAndSeconds(static_cast<double>(frames - done) / rate));
-    }
-    return progress;
+    QStringList parts{text("%1 of %2 frames").arg(progress.framesDone).arg(progress.frames)};
+    if (progress.framesPerSecond > 0)
+        parts << text("%1 frames/s").arg(QString::number(progress.framesPerSecond, 'f', 1));
+    if (progress.timeLeft)
+        parts << text("%1 left").arg(timeText(*progress.timeLeft));
+    if (progress.batchTimeLeft && progress.batchTimeLeft != progress.timeLeft)
+        parts << text("%1 in all").arg(timeText(*progress.batchTimeLeft));
+    return parts.join(QStringLiteral(", "));
 }
 
 ProgressDisplay::ProgressDisplay(bool quiet)
@@ -68,8 +62,6 @@ ProgressDisplay::~ProgressDisplay()
 void ProgressDisplay::beginStage(const QString &name, const QString &stage, quint64 frames)
 {
     m_label = printable(QStringLiteral("%1: %2").arg(name, stage));
-    m_frames = frames;
-    m_counting = false;
     if (m_terminal)
         showLiveLine(m_label);
     else if (!m_quiet)
@@ -77,20 +69,10 @@ void ProgressDisplay::beginStage(const QString &name, const QString &stage, quin
               QLatin1Char('\n'));
 }
 
-void ProgressDisplay::setFramesDone(quint64 done)
+void ProgressDisplay::show(const Progress &progress)
 {
-    if (!m_terminal || m_frames == 0)
-        return;
-    if (!m_counting) {
-        // What was there when the stage began has cost no time.
-        m_counting = true;
-        m_framesAtStart = done;
-        m_stageTime.start();
-    }
-    const double seconds = static_cast<double>(m_stageTime.elapsed()) / 1000;
-    const double rate =
-        seconds > 0 ? static_cast<double>(done - std::min(m_framesAtStart, done)) / seconds : 0;
-    showLiveLine(QStringLiteral("%1, %2").arg(m_label, progressText(done, m_frames, rate)));
+    if (m_terminal && progress.frames > 0)
+        showLiveLine(QStringLiteral("%1, %2").arg(m_label, progressText(progress)));
 }
 
 void ProgressDisplay::tell(const QString &line)

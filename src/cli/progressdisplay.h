@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QElapsedTimer>
+#include "project/batchprogress.h"
+
 #include <QString>
 
 namespace filmwright {
@@ -18,8 +19,8 @@ public:
 
     /// `name` is the recording's; `frames` is 0 for a stage that isn't counted in frames.
     void beginStage(const QString &name, const QString &stage, quint64 frames);
-    /// How many of the stage's frames are done. Ignored where only stages are told.
-    void setFramesDone(quint64 done);
+    /// How far the stage is that was begun last. Ignored where only stages are told.
+    void show(const Progress &progress);
     /// A line that stays, in place of the live one.
     void tell(const QString &line);
     /// Like tell(), also when progress isn't wanted.
@@ -33,14 +34,10 @@ private:
     const bool m_terminal;
     bool m_liveLineShown = false;
     QString m_label;
-    quint64 m_frames = 0;
-    quint64 m_framesAtStart = 0;
-    bool m_counting = false;
-    QElapsedTimer m_stageTime;
 };
 
-/// "12 of 48 frames, 3.1 frames/s, 0:12 left"; the rate and the time only once they are known.
-/// `rate` is in frames a second.
-QString progressText(quint64 done, quint64 frames, double rate);
+/// "12 of 48 frames, 3.1 frames/s, 0:40 left, 5:20 in all"; the rate and the times only once they
+/// are known, that of the batch only where it is another than the recording's.
+QString progressText(const Progress &progress);
 
 } // namespace filmwright

@@ -2,7 +2,6 @@
 #include "cli/recordingconversion.h"
 
 #include "cli/progressdisplay.h"
-#include "mlvdump/mlvdumparguments.h"
 #include "project/worknote.h"
 #include "runner/notificationcenter.h"
 
@@ -15,8 +14,9 @@ using namespace std::chrono_literals;
 namespace filmwright {
 
 RecordingConversion::RecordingConversion(const QString &path, const ConversionSettings &settings,
-                                         ProgressDisplay &display)
+                                         BatchProgress &progress, ProgressDisplay &display)
     : m_settings(settings)
+    , m_progress(progress)
     , m_display(display)
     , m_monitor(m_project)
 {
@@ -34,7 +34,8 @@ RecordingConversion::RecordingConversion(const QString &path, const ConversionSe
             &RecordingConversion::extractWhenIdle, Qt::QueuedConnection);
     m_progressTimer.setInterval(500ms);
     m_project.setMlvPath(path);
-    beginStage();
+    m_progress.setProject(&m_project);
+    showProgress();
 }
 
 RecordingConversion::~RecordingConversion()
@@ -46,6 +47,7 @@ void RecordingConversion::stop()
 {
     m_monitor.disconnect(this);
     m_progressTimer.stop();
+    m_progress.setProject(nullptr);
     m_project.setDelegate(nullptr);
     m_project.stop();
     tidyUp();
@@ -59,19 +61,15 @@ void RecordingConversion::controllerUpdated(MLVProjectController &)
         m_metadataRead = true;
         break;
     case MLVProjectModeExtracting:
-        beginStage();
         m_progressTimer.start();
         break;
     case MLVProjectModeRGBConversion:
         tellFrameCount();
-        beginStage();
-        break;
-    case MLVProjectModeBuildingMovie:
-        beginStage();
         break;
     default:
         break;
     }
+    showProgress();
 }
 
 /// The tool that printed the report has to be gone before it can be started again.
@@ -105,72 +103,21 @@ void RecordingConversion::controllerWorkError(const QString &error)
     m_monitor.controllerWorkError(error);
 }
 
-void RecordingConversion::beginStage()
-{
-    const QString name = QFileInfo(path()).fileName();
-    switch (m_project.mlvProjectMode()) {
-    case MLVProjectModeReadingData:
-        m_display.beginStage(name, tr("reading"), 0);
-        break;
-    case MLVProjectModeExtracting:
-        m_display.beginStage(name, tr("extracting"), m_project.videoFrames());
-        break;
-    case MLVProjectModeRGBConversion:
-        m_display.beginStage(name,
-                             m_project.blender().isRunning() ? tr("blending") : tr("converting"),
-                             static_cast<quint64>(m_project.framesToConvert()));
-        break;
-    case MLVProjectModeBuildingMovie:
-        // Merging neighbours costs a frame.
-        m_display.beginStage(name, tr("encoding"),
-                             static_cast<quint64>(m_project.framesToConvert()) -
-                                 (m_settings.mergesNeighbours ? 1 : 0));
-        break;
-    default:
-        break;
-    }
-}
-
 void RecordingConversion::showProgress()
 {
-    switch (m_project.mlvProjectMode()) {
-    case MLVProjectModeExtracting:
-        m_display.setFramesDone(extractedFrames());
-        break;
-    case MLVProjectModeRGBConversion:
-        showConversion();
-        break;
-    case MLVProjectModeBuildingMovie:
-        m_display.setFramesDone(m_project.encoder().encodedFrames());
-        break;
+    const Progress progress = m_progress.update();
+    switch (progress.stage) {
+    case WorkStage::Waiting:
+    case WorkStage::Finished:
+        return;
     default:
         break;
     }
-}
-
-/// The mode stays the same while converted frames are merged.
-void RecordingConversion::showConversion()
-{
-    const auto pairsToMerge = static_cast<quint64>(m_project.pairsToMerge());
-    if (pairsToMerge == 0) {
-        m_display.setFramesDone(
-            static_cast<quint64>(m_project.framesToConvert() - m_project.dngToProcess()));
-        return;
+    if (progress.stage != m_stage) {
+        m_stage = progress.stage;
+        m_display.beginStage(QFileInfo(path()).fileName(), stageName(m_stage), progress.frames);
     }
-    if (m_pairs == 0) {
-        m_pairs = pairsToMerge;
-        m_display.beginStage(QFileInfo(path()).fileName(), tr("merging"), m_pairs);
-    }
-    m_display.setFramesDone(m_pairs - pairsToMerge);
-}
-
-/// Frame files appear in order, so looking on from the last one is enough.
-quint64 RecordingConversion::extractedFrames()
-{
-    const QString directory = m_project.extractionDirectory();
-    while (QFileInfo::exists(directory + frameName(m_extractedFrames)))
-        ++m_extractedFrames;
-    return m_extractedFrames;
+    m_display.show(progress);
 }
 
 /// A camera that lost power leaves a recording that is shorter than it says; the movie is made of
@@ -189,6 +136,7 @@ void RecordingConversion::tellFrameCount()
 void RecordingConversion::end(const QString &reason)
 {
     m_progressTimer.stop();
+    m_progress.setProject(nullptr);
     m_project.setDelegate(nullptr);
     if (!m_finished)
         m_project.stop();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "project/batchprogress.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/projectmonitor.h"
 
@@ -32,8 +33,9 @@ class RecordingConversion : public QObject, private MLVProjectControllerProtocol
     Q_OBJECT
 
 public:
+    /// `progress` is that of the whole batch.
     RecordingConversion(const QString &path, const ConversionSettings &settings,
-                        ProgressDisplay &display);
+                        BatchProgress &progress, ProgressDisplay &display);
     ~RecordingConversion() override;
 
     /// Ends whatever runs, removes the partial movie; `ended` is not sent any more.
@@ -53,22 +55,19 @@ private:
     void controllerWorkFinished(MLVProjectController &controller) override;
     void controllerWorkError(const QString &error) override;
 
-    void beginStage();
     void extractWhenIdle();
     void showProgress();
-    void showConversion();
-    quint64 extractedFrames();
     void tellFrameCount();
     void end(const QString &reason);
     void tidyUp();
 
     const ConversionSettings m_settings;
+    BatchProgress &m_progress;
     ProgressDisplay &m_display;
     MLVProjectController m_project;
     ProjectMonitor m_monitor;
     QTimer m_progressTimer;
-    quint64 m_extractedFrames = 0;
-    quint64 m_pairs = 0;
+    WorkStage m_stage = WorkStage::Waiting;
     bool m_metadataRead = false;
     bool m_finished = false;
 };

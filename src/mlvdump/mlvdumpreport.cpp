@@ -123,6 +123,12 @@ void readClock(const QStringList &block, MlvMetadata &metadata)
 void readRawInformation(const QStringList &block, MlvMetadata &metadata)
 {
     metadata.resolution = valueOf(block, 4).trimmed();
+    // By name: this line has no separator, and a report without it is as good.
+    const QString label = QStringLiteral("bits_per_pixel");
+    for (const QString &line : block) {
+        if (const QString entry = line.trimmed(); entry.startsWith(label))
+            metadata.bitsPerSample = entry.mid(label.size()).toInt();
+    }
 }
 
 struct BlockReader

@@ -15,7 +15,8 @@ struct MlvMetadata
     quint64 videoFrames = 0;
     quint64 audioFrames = 0;
     quint64 iso = 0;
-    double shutter = 0; ///< exposure time in seconds
+    double shutter = 0;    ///< exposure time in seconds
+    int bitsPerSample = 0; ///< of the raw frames
     QString camera = QLatin1String("");
     QString cameraSerial = QLatin1String("");
     QString lens = QLatin1String("");

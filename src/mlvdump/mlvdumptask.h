@@ -69,6 +69,7 @@ public:
     QString date() const { return m_metadata.date; }
     QString time() const { return m_metadata.time; }
     QString resolution() const { return m_metadata.resolution; }
+    int bitsPerSample() const { return m_metadata.bitsPerSample; }
 
     /// Where the runs write, ending with a path separator: the recording's own folder in the
     /// temporary directory, or that directory itself for a task without a recording. Derived anew

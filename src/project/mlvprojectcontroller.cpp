@@ -22,12 +22,14 @@ namespace {
 /// Lets the callback that delivered the last frame return before the next stage starts.
 constexpr auto pauseAfterLastFrame = 100ms;
 
-/// A conversion that was killed leaves the beginning of a TIFF; it must not be taken for a frame.
-void removeUnfinishedTiff(const QString &dngPath)
+/// Whether an earlier run has converted the frame. A conversion that was killed leaves the
+/// beginning of a TIFF; it must not be taken for a frame and is removed.
+bool wasConverted(const QString &dngPath)
 {
     const QString tiff = pathWithExtension(dngPath, QStringLiteral("tiff"));
-    if (QFileInfo::exists(tiff) && !TiffBitmap::isWhole(tiff))
-        QFile::remove(tiff);
+    if (!QFileInfo::exists(tiff))
+        return false;
+    return TiffBitmap::isWhole(tiff) || !QFile::remove(tiff);
 }
 
 /// Extracted frames carry this extension in lower case; a ".DNG" is no frame of ours.
@@ -237,9 +239,11 @@ void MLVProjectController::launchRGBExtraction(const QString &directory)
 {
     m_mode = MLVProjectModeRGBConversion;
     m_dngToProcess = 0;
+    m_convertedBefore = 0;
     for (const QString &name : extractedFrames(directory)) {
         const QString path = QDir(directory).filePath(name);
-        removeUnfinishedTiff(path);
+        if (wasConverted(path))
+            ++m_convertedBefore;
         m_dcRawProcess->addFilePath(path);
         ++m_dngToProcess;
     }

@@ -107,6 +107,7 @@ public:
     QString date() const { return m_mlvDumptask->date(); }
     QString time() const { return m_mlvDumptask->time(); }
     QString resolution() const { return m_mlvDumptask->resolution(); }
+    int bitsPerSample() const { return m_mlvDumptask->bitsPerSample(); }
     /// The project's working folder, ending with a path separator.
     QString extractionDirectory() const { return m_mlvDumptask->extractionDirectory(); }
 
@@ -119,6 +120,8 @@ public:
     /// Frames handed to the conversion in this run, and those of them that are still out.
     int framesToConvert() const { return m_framesToConvert; }
     int dngToProcess() const { return m_dngToProcess; }
+    /// Frames of this run that an earlier one had converted.
+    int convertedBefore() const { return m_convertedBefore; }
 
     /// Pairs of neighbouring frames that are still to be merged.
     int pairsToMerge() const { return static_cast<int>(m_pairsToMerge.size()); }
@@ -197,6 +200,7 @@ private:
     bool m_blendsAlternatingRows = false;
     bool m_keepsTmpFiles = false;
     int m_framesToConvert = 0;
+    int m_convertedBefore = 0;
     int m_dngToProcess = 0;
 };
 

@@ -13,24 +13,29 @@ class TestProgressDisplay : public QObject
 private Q_SLOTS:
     void framesRateAndTimeLeft_data()
     {
-        QTest::addColumn<int>("done");
-        QTest::addColumn<int>("frames");
-        QTest::addColumn<double>("rate");
+        using Seconds = TimeEstimate::Seconds;
+        const Progress onTheWay{WorkStage::Converting, 12, 48, 3, Seconds(20), Seconds(20)};
+        Progress oneOfSeveral = onTheWay;
+        oneOfSeveral.batchTimeLeft = Seconds(4000);
+        Progress beforeOthers = onTheWay;
+        beforeOthers.batchTimeLeft.reset();
+        QTest::addColumn<Progress>("progress");
         QTest::addColumn<QString>("text");
-        QTest::newRow("rate not known yet") << 0 << 48 << 0.0 << "0 of 48 frames";
-        QTest::newRow("on the way")
-            << 12 << 48 << 3.0 << "12 of 48 frames, 3.0 frames/s, 0:12 left";
-        QTest::newRow("minutes") << 0 << 1000 << 4.0 << "0 of 1000 frames, 4.0 frames/s, 4:10 left";
-        QTest::newRow("done") << 48 << 48 << 3.0 << "48 of 48 frames, 3.0 frames/s, 0:00 left";
-        QTest::newRow("more than announced") << 49 << 48 << 3.0 << "49 of 48 frames";
+        QTest::newRow("nothing known yet")
+            << Progress{WorkStage::Converting, 0, 48, 0, {}, {}} << "0 of 48 frames";
+        QTest::newRow("rate alone") << Progress{WorkStage::Extracting, 12, 48, 30, {}, {}}
+                                    << "12 of 48 frames, 30.0 frames/s";
+        QTest::newRow("single recording") << onTheWay << "12 of 48 frames, 3.0 frames/s, 0:20 left";
+        QTest::newRow("one of several")
+            << oneOfSeveral << "12 of 48 frames, 3.0 frames/s, 0:20 left, 1:06:40 in all";
+        QTest::newRow("before others of unknown length")
+            << beforeOthers << "12 of 48 frames, 3.0 frames/s, 0:20 left";
     }
 
     void framesRateAndTimeLeft()
     {
-        QFETCH(int, done);
-        QFETCH(int, frames);
-        QFETCH(double, rate);
-        QTEST(progressText(quint64(done), quint64(frames), rate), "text");
+        QFETCH(Progress, progress);
+        QTEST(progressText(progress), "text");
     }
 
     void namesCannotSteerTheTerminal()

@@ -39,6 +39,7 @@ QString FakeProject::extraction(int frames)
 
 void FakeProject::setExtraction(const QString &script)
 {
+    m_extraction = script;
     tools.addTool(
         QStringLiteral("mlv_dump"),
         QStringLiteral("for prefix; do :; done\n"
@@ -47,9 +48,20 @@ void FakeProject::setExtraction(const QString &script)
                        "%1\\nAudio: 0\\n'\n"
                        "for block in EXPO IDNT LENS; do echo \"Block: $block\"\n"
                        "for n in 1 2 3 4 5 6 7 8 9 10 11 12; do echo ': f/1'; done; done\n"
-                       "echo Done; else %2\nfi")
+                       "%2echo Done; else %3\nfi")
             .arg(m_frames)
-            .arg(script));
+            .arg(m_rawInformation, script));
+}
+
+void FakeProject::setRawInformation(const QString &resolution, int bitsPerSample)
+{
+    m_rawInformation = QStringLiteral("echo 'Block: RAWI'; for n in 1 2 3; do echo ':'; done\n"
+                                      "echo 'Res : %1'; echo '  bits_per_pixel   %2'\n"
+                                      "for n in 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15; do echo :; "
+                                      "done\n")
+                           .arg(resolution)
+                           .arg(bitsPerSample);
+    setExtraction(m_extraction);
 }
 
 void FakeProject::setConversion(const QString &script)

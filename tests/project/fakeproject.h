@@ -24,6 +24,9 @@ public:
     /// Replaces what cr2hdr does; its arguments are the frames' names.
     void setBlending(const QString &script);
 
+    /// Makes the report tell the frames' size; by default it doesn't. Before read().
+    void setRawInformation(const QString &resolution, int bitsPerSample);
+
     /// A script that extracts so many frames, by default those of the recording.
     static QString extraction(int frames);
 
@@ -50,8 +53,8 @@ public:
     QStringList events; ///< modes as numbers, "image", "no image", "finished", "error …"
 
 private:
-    void setMlvDump(const QString &extractionScript);
-
     QTemporaryDir m_folder;
     const int m_frames;
+    QString m_extraction;
+    QString m_rawInformation;
 };

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "project/timeestimate.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace filmwright {
+
+/// How far a batch is.
+struct Progress
+{
+    WorkStage stage = WorkStage::Waiting;
+    quint64 framesDone = 0;
+    quint64 frames = 0;         ///< of the stage; 0: it isn't counted in frames
+    double framesPerSecond = 0; ///< over the last ten seconds; 0: not known
+    /// Of the recording. Known once a frame was converted, in a later recording at once; steady
+    /// from about a tenth of it on.
+    std::optional<TimeEstimate::Seconds> timeLeft;
+    /// Of the recording and all upcoming ones; none while the frames of one of them aren't known.
+    std::optional<TimeEstimate::Seconds> batchTimeLeft;
+};
+
+/// Watches the recordings of a batch, one after the other, for whoever shows how far they are. One
+/// object serves the whole batch: what it learns from a recording makes it know better of the next.
+/// Main thread only.
+class BatchProgress
+{
+public:
+    using Clock = std::function<TimeEstimate::TimePoint()>;
+
+    explicit BatchProgress(Clock clock = std::chrono::steady_clock::now);
+
+    /// The project whose turn it is, from before its launch; not owned. Until the next one, or
+    /// until nullptr: to be set before the project goes away.
+    void setProject(const MLVProjectController *project);
+
+    /// The recordings after the current one. A work without frames is one that isn't known yet.
+    void setUpcoming(std::vector<RecordingWork> upcoming) { m_upcoming = std::move(upcoming); }
+
+    /// Looks at the project. Called about twice a second and at each change of its mode, so that
+    /// the rate of the last seconds is known.
+    Progress update();
+
+private:
+    std::optional<TimeEstimate::Seconds> batchTimeLeft() const;
+
+    Clock m_clock;
+    TimeEstimate m_estimate;
+    std::optional<StageCounter> m_counter;
+    const MLVProjectController *m_project = nullptr;
+    std::vector<RecordingWork> m_upcoming;
+};
+
+/// A time for people: "0:12", "59:03", "1:00:00". Less than a second is "0:00".
+QString timeText(TimeEstimate::Seconds time);
+
+} // namespace filmwright

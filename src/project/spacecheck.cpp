@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "project/spacecheck.h"
+
+#include "project/framesize.h"
+#include "project/mlvprojectcontroller.h"
+#include "runner/temporarydirectory.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QLocale>
+#include <QStorageInfo>
+
+namespace filmwright {
+
+namespace {
+
+/// Tags, previews and the rest of a file system block; the files of sound and notes are small
+/// beside the frames.
+constexpr double bytesBesideSamples = 8192;
+
+/// dcraw writes TIFFs of three channels with 8 bits each.
+constexpr double tiffBytesOfPixel = 3;
+
+/// DNG frames are packed like the recording. Recordings have 14 bits where they don't say it.
+double dngBytesOfPixel(int bitsPerSample)
+{
+    constexpr int usualBits = 14;
+    return (bitsPerSample > 0 ? bitsPerSample : usualBits) / 8.0;
+}
+
+QString text(double bytes)
+{
+    return QLocale::c().formattedDataSize(static_cast<qint64>(bytes), 1);
+}
+
+/// The temporary directory is made when it is needed; until then its parents tell.
+QString existingFolder(QString path)
+{
+    while (!QFileInfo::exists(path) && !QDir(path).isRoot())
+        path = QFileInfo(path).absolutePath();
+    return path;
+}
+
+} // namespace
+
+SpaceNeed spaceNeed(const MLVProjectController &project)
+{
+    const double pixels = pixelsOf(project.resolution());
+    if (pixels <= 0)
+        return {};
+    const double tiffs = project.dualISO() ? 2 : 1; // merged frames are TIFFs, too
+    const double frame = pixels * dngBytesOfPixel(project.bitsPerSample()) + bytesBesideSamples +
+                         tiffs * (pixels * tiffBytesOfPixel + bytesBesideSamples);
+    SpaceNeed need;
+    need.frames = static_cast<double>(project.videoFrames()) * frame;
+    const QFileInfoList files = QDir(project.extractionDirectory()).entryInfoList(QDir::Files);
+    for (const QFileInfo &file : files)
+        need.there += static_cast<double>(file.size());
+    return need;
+}
+
+QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)
+{
+    const double missing = need.frames - need.there;
+    if (missing <= free)
+        return {};
+    return QCoreApplication::translate(
+               "SpaceCheck", "its frames need %1, but only %2 are free in the temporary folder %3; "
+                             "make room there or choose another temporary folder")
+        .arg(text(missing), text(free), folder);
+}
+
+QString spaceProblem(const MLVProjectController &project)
+{
+    const QString folder = temporaryDirectory();
+    const QStorageInfo storage(existingFolder(folder));
+    if (!storage.isValid())
+        return {};
+    return spaceProblem(spaceNeed(project), static_cast<double>(storage.bytesAvailable()), folder);
+}
+
+} // namespace filmwright

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace filmwright {
+
+class MLVProjectController;
+
+/// The bytes that the project's frames take in the temporary directory, and those of them that are
+/// there already.
+struct SpaceNeed
+{
+    double frames = 0; ///< of the whole recording: DNG and TIFF files, merged frames
+    double there = 0;
+};
+
+/// Needs the metadata; 0 where the report doesn't tell resolution or frame count.
+SpaceNeed spaceNeed(const MLVProjectController &project);
+
+/// Whether the project's frames fit into the temporary directory's file system: asked before the
+/// extraction is launched. An empty string when they do, else a sentence for a person with both
+/// figures and what to do. Main thread only.
+QString spaceProblem(const MLVProjectController &project);
+
+/// The same for a need and a space, in bytes.
+QString spaceProblem(const SpaceNeed &need, double free, const QString &folder);
+
+} // namespace filmwright
