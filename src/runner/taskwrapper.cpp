@@ -23,6 +23,9 @@ namespace {
 
 constexpr std::chrono::milliseconds graceBeforeKill = 5s;
 constexpr std::chrono::milliseconds cancelPollInterval = 100ms;
+constexpr qsizetype keptOutput = 4096;
+/// A tool that floods its output without a line end must not flood the memory too.
+constexpr qsizetype maxLineLength = qsizetype(1) << 20;
 
 int milliseconds(std::chrono::milliseconds duration)
 {
@@ -93,6 +96,7 @@ bool TaskWrapper::startAndWaitUntilExit(bool wait)
 void TaskWrapper::createChild()
 {
     releaseChild();
+    m_lastOutput.clear();
     m_internalTask = std::make_unique<QProcess>();
     m_internalTask->setProgram(m_launchPath);
     m_internalTask->setArguments(m_arguments);
@@ -109,7 +113,9 @@ void TaskWrapper::createChild()
 bool TaskWrapper::launch()
 {
     m_internalTask->start(QIODevice::ReadOnly);
-    return m_internalTask->waitForStarted(-1) && m_internalTask->state() == QProcess::Running;
+    const bool started = m_internalTask->waitForStarted(-1);
+    m_group = static_cast<pid_t>(m_internalTask->processId());
+    return started && m_internalTask->state() == QProcess::Running;
 }
 
 void TaskWrapper::runUntilExit()
@@ -128,6 +134,7 @@ void TaskWrapper::runUntilExit()
 
 void TaskWrapper::releaseAfterFailedStart()
 {
+    endGroup();
     releaseChild();
     m_running = false;
     NotificationCenter::defaultCenter().post(TaskWrapperTerminateWithErrorNotification, this);
@@ -168,6 +175,7 @@ void TaskWrapper::onEventData(const QByteArray &data)
 
 void TaskWrapper::deliver(const QByteArray &data)
 {
+    m_lastOutput = (m_lastOutput + data.right(keptOutput)).right(keptOutput);
     if (auto *receiver = dynamic_cast<TaskWrapperDataReceiver *>(m_taskWrapperdelegate))
         receiver->receivedData(data, *this);
     if (dynamic_cast<TaskWrapperLineReceiver *>(m_taskWrapperdelegate))
@@ -186,7 +194,7 @@ void TaskWrapper::sendDataAsLines(const QByteArray &data)
         text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
         text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
         QStringList lines = text.split(QLatin1Char('\n'));
-        m_lastBeginingLine = lines.takeLast();
+        m_lastBeginingLine = lines.takeLast().left(maxLineLength);
         // The complete line in front of a partial one is dropped on purpose: the callers' texts are
         // laid out for it, and the bundled tools never let a chunk end inside a line.
         if (!m_lastBeginingLine.isEmpty() && !lines.isEmpty())
@@ -238,6 +246,16 @@ void TaskWrapper::interruptAndReap()
         signalProcessGroup(*m_internalTask, SIGKILL);
         m_internalTask->waitForFinished(-1);
     }
+    endGroup();
+}
+
+/// A child of the tool that outlives it would go on writing where nobody expects it any more. While
+/// one lives, the group's number belongs to it.
+void TaskWrapper::endGroup()
+{
+    if (m_group > 0)
+        ::kill(-m_group, SIGKILL);
+    m_group = 0;
 }
 
 void TaskWrapper::abort()

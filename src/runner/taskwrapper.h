@@ -10,6 +10,7 @@
 #include <atomic>
 #include <memory>
 #include <optional>
+#include <sys/types.h>
 
 class QProcess;
 
@@ -27,8 +28,8 @@ inline constexpr QLatin1String
 ///
 /// The child reads the null device, leads a process group of its own, so that signals reach its
 /// children too, hears every signal, also those that the application blocks, and dies with the
-/// application. How a run ended is never judged here: subclasses
-/// recognise failures from the tool's text.
+/// application; what it has started and left behind is killed at its end. How a run ended is never
+/// judged here: subclasses recognise failures from the tool's text.
 ///
 /// A wrapper is driven from one thread, on which all delegate calls arrive; only requestCancel()
 /// may come from another. An asynchronous run needs that thread's event loop. A wrapper must not be
@@ -71,6 +72,10 @@ public:
     /// it.
     int terminationStatus() const { return m_terminationStatus; }
 
+    /// The end of what the current or last run has printed, at most 4096 bytes, as it came: for
+    /// whoever has to tell what a tool said before it failed.
+    QByteArray lastOutput() const { return m_lastOutput; }
+
     /// True from a successful asynchronous launch to the end of that run.
     bool isRunning() const { return m_running; }
 
@@ -105,7 +110,8 @@ public:
 
     /// Splits output at CR LF, LF or CR and delivers the complete lines. When the chunk ends in the
     /// middle of a line, that piece is carried over to the next chunk and the complete line before
-    /// it is dropped.
+    /// it is dropped. Of a line that doesn't end for more than 1,048,576 characters, the rest is
+    /// dropped.
     void sendDataAsLines(const QByteArray &data);
 
     /// The unterminated tail of the output so far, also of earlier runs; null before any output.
@@ -128,6 +134,7 @@ private:
     void deliver(const QByteArray &data);
     void drain();
     void interruptAndReap();
+    void endGroup();
     void releaseChild();
 
     QStringList m_arguments;
@@ -137,6 +144,8 @@ private:
     std::optional<QProcessEnvironment> m_environmentVariables;
     QString m_currentDirectoryPath;
     QString m_lastBeginingLine;
+    QByteArray m_lastOutput;
+    pid_t m_group = 0; ///< the child's process group; 0 when none is to be ended
     bool m_running = false;
     bool m_delivering = false;
     bool m_aborting = false;

@@ -127,6 +127,9 @@ private Q_SLOTS:
     void lineBeforeAPartialLineIsLost();
     void chunkThatEndsWithALineEndLosesNothing();
     void blankLinesAreDelivered();
+    void lineThatNeverEndsIsCutOff();
+    void lastOutputIsTheEndOfTheLastRun_data();
+    void lastOutputIsTheEndOfTheLastRun();
     void invalidUtf8WithoutATailIsDropped();
     void invalidUtf8BehindATailIsLogged();
     void errorInTheDelegateIsLoggedAndCostsTheRestOfTheChunk();
@@ -138,6 +141,8 @@ private Q_SLOTS:
     void stopFromInsideALineKeepsDeliveringTheChunk();
     void childThatIgnoresBothSignalsIsKilled();
     void signalsReachTheChildrenOfTheChild();
+    void childThatTheChildLeftBehindIsKilled_data();
+    void childThatTheChildLeftBehindIsKilled();
     void childHearsSignalsThatTheApplicationBlocks();
     void killIsSilent();
     void destroyedWrapperLeavesItsChildRunning();
@@ -383,6 +388,38 @@ void TestTaskWrapper::blankLinesAreDelivered()
     QCOMPARE(wrapper.events, lines({"", "a", ""}));
 }
 
+void TestTaskWrapper::lineThatNeverEndsIsCutOff()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    const QByteArray chunk(1 << 20, 'x');
+    for (int n = 0; n < 4; ++n)
+        wrapper.sendDataAsLines(chunk);
+    QCOMPARE(wrapper.lastBeginingLine().size(), 1 << 20);
+    wrapper.sendDataAsLines("\nnext\n");
+    QCOMPARE(wrapper.events.size(), 2);
+    QCOMPARE(wrapper.events.last(), QStringLiteral("line next"));
+}
+
+void TestTaskWrapper::lastOutputIsTheEndOfTheLastRun_data()
+{
+    QTest::addColumn<bool>("wait");
+    QTest::newRow("asynchronous") << false;
+    QTest::newRow("synchronous") << true;
+}
+
+void TestTaskWrapper::lastOutputIsTheEndOfTheLastRun()
+{
+    QFETCH(bool, wait);
+    Recorder wrapper;
+    wrapper.runShell(QStringLiteral("head -c 10000 /dev/zero | tr '\\0' x; printf 'last words'"),
+                     wait);
+    QTRY_VERIFY(!wrapper.events.isEmpty());
+    QCOMPARE(wrapper.lastOutput(), QByteArray(4096 - 10, 'x') + "last words");
+    wrapper.runShell(QStringLiteral("echo again"), wait);
+    QTRY_COMPARE(wrapper.lastOutput(), QByteArray("again\n"));
+}
+
 void TestTaskWrapper::invalidUtf8WithoutATailIsDropped()
 {
     Recorder wrapper;
@@ -501,6 +538,26 @@ void TestTaskWrapper::signalsReachTheChildrenOfTheChild()
     QVERIFY(processRuns(grandchild));
     wrapper.stop(false);
     QTRY_VERIFY(!processRuns(grandchild));
+}
+
+void TestTaskWrapper::childThatTheChildLeftBehindIsKilled_data()
+{
+    QTest::addColumn<bool>("wait");
+    QTest::newRow("asynchronous") << false;
+    QTest::newRow("synchronous") << true;
+}
+
+void TestTaskWrapper::childThatTheChildLeftBehindIsKilled()
+{
+    QFETCH(bool, wait);
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    // It keeps the pipe open and hears no signal that can be ignored.
+    wrapper.runShell(QStringLiteral("trap '' TERM INT HUP; sleep 1000 & echo $!"), wait);
+    QTRY_COMPARE(wrapper.events.size(), wait ? 2 : 3);
+    const qint64 leftBehind = wrapper.events.first().mid(5).toLongLong();
+    QVERIFY(leftBehind > 0);
+    QTRY_VERIFY(!processRuns(leftBehind));
 }
 
 void TestTaskWrapper::childHearsSignalsThatTheApplicationBlocks()
