@@ -6,12 +6,18 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 namespace filmwright {
 
 ConversionQueue::ConversionQueue(const QStringList &recordings, ProgressDisplay &display)
-    : m_recordings(recordings.cbegin(), recordings.cend())
-    , m_display(display)
+    : m_display(display)
 {
+    for (const QString &recording : recordings) {
+        RecordingOutcome outcome;
+        outcome.recording = recording;
+        m_outcomes << outcome;
+    }
 }
 
 ConversionQueue::~ConversionQueue() = default;
@@ -24,17 +30,30 @@ void ConversionQueue::start(const ConversionSettings &settings)
 
 void ConversionQueue::stop()
 {
-    m_recordings.clear();
     if (m_current)
-        m_current->stop();
+        m_outcomes[m_next] = m_current->stop();
     m_current.reset();
+    m_next = m_outcomes.size();
+}
+
+void ConversionQueue::giveUp(const QString &reason)
+{
+    m_next = m_outcomes.size();
+    for (RecordingOutcome &outcome : m_outcomes)
+        outcome.reason = reason;
+}
+
+bool ConversionQueue::hasFailures() const
+{
+    return std::ranges::any_of(m_outcomes, [](const RecordingOutcome &outcome) {
+        return outcome.result == RecordingOutcome::Failed;
+    });
 }
 
 void ConversionQueue::next()
 {
-    while (!m_recordings.empty()) {
-        const QString recording = m_recordings.front();
-        m_recordings.pop_front();
+    while (m_next < m_outcomes.size()) {
+        const QString recording = m_outcomes.at(m_next).recording;
         const QString reason = refusal(recording);
         if (reason.isEmpty()) {
             m_current =
@@ -43,7 +62,11 @@ void ConversionQueue::next()
                     &ConversionQueue::recordingEnded);
             return;
         }
-        fail(recording, reason);
+        RecordingOutcome refused;
+        refused.recording = recording;
+        refused.result = RecordingOutcome::Failed;
+        refused.reason = reason;
+        settle(refused);
     }
     Q_EMIT finished();
 }
@@ -60,22 +83,23 @@ QString ConversionQueue::refusal(const QString &recording)
     return {};
 }
 
-void ConversionQueue::recordingEnded(const QString &reason)
+void ConversionQueue::recordingEnded(const RecordingOutcome &outcome)
 {
-    const QString recording = m_current->path();
-    const QString movie = m_current->moviePath();
     m_current.release()->deleteLater(); // its signal is being handled
-    if (reason.isEmpty())
-        Q_EMIT movieFinished(movie);
-    else
-        fail(recording, reason);
+    settle(outcome);
     next();
 }
 
-void ConversionQueue::fail(const QString &recording, const QString &reason)
+/// The recording whose turn it is has come to its end.
+void ConversionQueue::settle(const RecordingOutcome &outcome)
 {
-    ++m_failures;
-    m_display.warn(tr("%1: failed: %2").arg(QFileInfo(recording).fileName(), reason));
+    m_outcomes[m_next++] = outcome;
+    if (outcome.result == RecordingOutcome::Finished) {
+        Q_EMIT movieFinished(outcome.movie);
+        return;
+    }
+    const QString name = QFileInfo(outcome.recording).fileName();
+    m_display.warn(tr("%1: failed: %2").arg(name, outcome.reason));
 }
 
 } // namespace filmwright

@@ -6,7 +6,6 @@
 #include <QObject>
 #include <QSet>
 
-#include <deque>
 #include <memory>
 
 namespace filmwright {
@@ -24,8 +23,12 @@ public:
     void start(const ConversionSettings &settings);
     /// Stops the running recording; nothing is told any more.
     void stop();
+    /// Gives up all recordings for one reason, instead of starting.
+    void giveUp(const QString &reason);
 
-    qsizetype failures() const { return m_failures; }
+    /// What became of each recording so far, in their order.
+    const QList<RecordingOutcome> &outcomes() const { return m_outcomes; }
+    bool hasFailures() const;
 
 Q_SIGNALS:
     void movieFinished(const QString &path);
@@ -33,17 +36,17 @@ Q_SIGNALS:
 
 private:
     void next();
-    void recordingEnded(const QString &reason);
+    void recordingEnded(const RecordingOutcome &outcome);
     QString refusal(const QString &recording);
-    void fail(const QString &recording, const QString &reason);
+    void settle(const RecordingOutcome &outcome);
 
-    std::deque<QString> m_recordings;
+    QList<RecordingOutcome> m_outcomes;
+    qsizetype m_next = 0; ///< the first whose turn hasn't come
     BatchProgress m_progress;
     ProgressDisplay &m_display;
     ConversionSettings m_settings;
     std::unique_ptr<RecordingConversion> m_current;
     QSet<QString> m_movies;
-    qsizetype m_failures = 0;
 };
 
 } // namespace filmwright

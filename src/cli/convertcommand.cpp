@@ -3,6 +3,7 @@
 
 #include "cli/calibration.h"
 #include "cli/conversionqueue.h"
+#include "cli/conversionreport.h"
 #include "cli/convertoptions.h"
 #include "cli/exitstatus.h"
 #include "cli/interruption.h"
@@ -51,7 +52,7 @@ public:
             printLine(movie);
         });
         connect(&m_queue, &ConversionQueue::finished, this,
-                [this] { leave(m_queue.failures() == 0 ? ExitSuccess : ExitFailed); });
+                [this] { leave(m_queue.hasFailures() ? ExitFailed : ExitSuccess); });
         connect(&interruption, &Interruption::happened, this, &ConvertRun::interrupt);
     }
 
@@ -67,7 +68,9 @@ private:
     void calibrated(const QString &reason)
     {
         if (!reason.isEmpty()) {
-            m_display.warn(text("calibration failed: %1").arg(reason));
+            const QString failure = text("calibration failed: %1").arg(reason);
+            m_display.warn(failure);
+            m_queue.giveUp(failure);
             leave(ExitFailed);
             return;
         }
@@ -78,6 +81,8 @@ private:
 
     void interrupt()
     {
+        if (m_ended)
+            return;
         m_calibration.stop();
         m_queue.stop();
         m_display.warn(text("interrupted"));
@@ -87,8 +92,26 @@ private:
     /// Leaves the event loop once everything that is to be deleted later is deleted.
     void leave(ExitStatus status)
     {
+        m_ended = true;
+        status = report(status);
         QMetaObject::invokeMethod(
             this, [status] { QCoreApplication::exit(status); }, Qt::QueuedConnection);
+    }
+
+    /// Returns the run's status, which a report that can't be written spoils.
+    ExitStatus report(ExitStatus status)
+    {
+        m_display.tell(QString());
+        for (const QString &line : outcomeTable(m_queue.outcomes()))
+            m_display.tell(line);
+        if (m_options.report.isEmpty())
+            return status;
+        const QString problem =
+            writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status));
+        if (problem.isEmpty())
+            return status;
+        printProblem(problem);
+        return status == ExitSuccess ? ExitFailed : status;
     }
 
     const ConvertOptions m_options;
@@ -96,6 +119,7 @@ private:
     Calibration m_calibration;
     ConversionQueue m_queue;
     ConversionSettings m_settings;
+    bool m_ended = false;
 };
 
 } // namespace
@@ -114,6 +138,12 @@ int runConvert(const QStringList &arguments)
     const QStringList recordings = findRecordings(options.paths);
     if (recordings.isEmpty()) {
         printProblem(text("no recordings found"));
+        return ExitUnusable;
+    }
+    const QString hindrance =
+        options.report.isEmpty() ? QString() : reportHindrance(options.report);
+    if (!hindrance.isEmpty()) {
+        printProblem(hindrance);
         return ExitUnusable;
     }
     Interruption interruption;

@@ -47,6 +47,7 @@ const QString flat = QStringLiteral("flat");
 const QString flatDark = QStringLiteral("flat-dark");
 const QString temporaryBase = QStringLiteral("temp-dir");
 const QString keepTemporary = QStringLiteral("keep-temp");
+const QString report = QStringLiteral("report");
 const QString quiet = QStringLiteral("quiet");
 const QString hdr = QStringLiteral("hdr");
 const QString dualIso = QStringLiteral("dual-iso");
@@ -69,7 +70,8 @@ void describe(QCommandLineParser &parser)
              "on where it stopped."),
          text("folder")},
         {keepTemporary, text("Keep all temporary files.")},
-        {quiet, text("Print no progress.")},
+        {report, text("Write what became of each recording to this file, as JSON."), file},
+        {quiet, text("Print no progress and no table at the end.")},
         {hdr, text("Merge neighbouring frames that alternate two exposures into HDR frames; the "
                    "movie is silent.")},
         {dualIso, text("Blend rows that alternate two sensitivities.")},
@@ -95,6 +97,7 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     options.blendsAlternatingRows = parser.isSet(dualIso);
     options.temporaryBase = parser.value(temporaryBase);
     options.keepTemporary = parser.isSet(keepTemporary);
+    options.report = parser.value(report);
     options.quiet = parser.isSet(quiet);
     options.paths = parser.positionalArguments();
     if (options.paths.isEmpty())

@@ -19,6 +19,7 @@ struct ConvertOptions
     QString flatDark;
     bool mergesNeighbours = false;
     bool blendsAlternatingRows = false;
+    QString report;        ///< where the report goes; empty: none
     QString temporaryBase; ///< empty: a private directory
     bool keepTemporary = false;
     bool quiet = false;

@@ -33,6 +33,7 @@ RecordingConversion::RecordingConversion(const QString &path, const ConversionSe
     connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
             &RecordingConversion::extractWhenIdle, Qt::QueuedConnection);
     m_progressTimer.setInterval(500ms);
+    m_time.start();
     m_project.setMlvPath(path);
     m_progress.setProject(&m_project);
     showProgress();
@@ -43,7 +44,7 @@ RecordingConversion::~RecordingConversion()
     m_project.setDelegate(nullptr);
 }
 
-void RecordingConversion::stop()
+RecordingOutcome RecordingConversion::stop()
 {
     m_monitor.disconnect(this);
     m_progressTimer.stop();
@@ -51,6 +52,11 @@ void RecordingConversion::stop()
     m_project.setDelegate(nullptr);
     m_project.stop();
     tidyUp();
+    RecordingOutcome outcome;
+    outcome.recording = path();
+    outcome.result = RecordingOutcome::Interrupted;
+    outcome.duration = std::chrono::milliseconds(m_time.elapsed());
+    return outcome;
 }
 
 void RecordingConversion::controllerUpdated(MLVProjectController &)
@@ -138,10 +144,29 @@ void RecordingConversion::end(const QString &reason)
     m_progressTimer.stop();
     m_progress.setProject(nullptr);
     m_project.setDelegate(nullptr);
+    const RecordingOutcome outcome = outcomeFor(reason);
     if (!m_finished)
         m_project.stop();
     tidyUp();
-    Q_EMIT ended(reason);
+    Q_EMIT ended(outcome);
+}
+
+RecordingOutcome RecordingConversion::outcomeFor(const QString &reason) const
+{
+    RecordingOutcome outcome;
+    outcome.recording = path();
+    outcome.duration = std::chrono::milliseconds(m_time.elapsed());
+    if (reason.isEmpty()) {
+        outcome.result = RecordingOutcome::Finished;
+        outcome.movie = m_project.moviePath();
+        // Merging neighbours costs a frame.
+        outcome.frames = m_project.framesToConvert() - (m_settings.mergesNeighbours ? 1 : 0);
+    } else {
+        outcome.result = RecordingOutcome::Failed;
+        outcome.reason = reason;
+        outcome.toolLines = m_project.lastToolLines();
+    }
+    return outcome;
 }
 
 void RecordingConversion::tidyUp()

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cli/conversionreport.h"
 #include "project/batchprogress.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/projectmonitor.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -38,16 +40,15 @@ public:
                         BatchProgress &progress, ProgressDisplay &display);
     ~RecordingConversion() override;
 
-    /// Ends whatever runs, removes the partial movie; `ended` is not sent any more.
-    void stop();
+    /// Ends whatever runs, removes the partial movie; `ended` is not sent any more. Returns what
+    /// became of the recording.
+    RecordingOutcome stop();
 
     QString path() const { return m_project.mlvPath(); }
-    QString moviePath() const { return m_project.moviePath(); }
 
 Q_SIGNALS:
-    /// Once, after the current event: with no reason the movie is there. Nothing of this recording
-    /// runs any more.
-    void ended(const QString &reason);
+    /// Once, after the current event. Nothing of this recording runs any more.
+    void ended(const filmwright::RecordingOutcome &outcome);
 
 private:
     void controllerUpdated(MLVProjectController &controller) override;
@@ -59,6 +60,7 @@ private:
     void showProgress();
     void tellFrameCount();
     void end(const QString &reason);
+    RecordingOutcome outcomeFor(const QString &reason) const;
     void tidyUp();
 
     const ConversionSettings m_settings;
@@ -67,6 +69,7 @@ private:
     MLVProjectController m_project;
     ProjectMonitor m_monitor;
     QTimer m_progressTimer;
+    QElapsedTimer m_time;
     WorkStage m_stage = WorkStage::Waiting;
     bool m_metadataRead = false;
     bool m_finished = false;

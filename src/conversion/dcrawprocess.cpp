@@ -81,10 +81,20 @@ void DCRawProcess::interrupt()
     m_dcRawTask->requestCancel();
 }
 
-void DCRawProcess::dngConversionFinished(DCRawTask &)
+QByteArray DCRawProcess::lastFailure() const
+{
+    const QMutexLocker locker(&m_failureLock);
+    return m_lastFailure;
+}
+
+void DCRawProcess::dngConversionFinished(DCRawTask &task)
 {
     const QString path = inputValueForKey(filePathKey()).toString();
     const TiffBitmap frame = TiffBitmap::read(tiffPathFor(path));
+    if (frame.isEmpty()) {
+        const QMutexLocker locker(&m_failureLock);
+        m_lastFailure = task.lastOutput();
+    }
     setOutputValue(frame.toImage(), imageKey());
 }
 

@@ -6,6 +6,7 @@
 #include "sluice/slpipeline.h"
 #include "sluice/slunitprocess.h"
 
+#include <QMutex>
 #include <QString>
 
 #include <atomic>
@@ -36,6 +37,10 @@ public:
     /// Ends the tool that converts the current frame; its half-written TIFF is removed.
     void interrupt() override;
 
+    /// What dcraw printed last on the latest frame that could not be converted; empty while all
+    /// could. Any thread.
+    QByteArray lastFailure() const;
+
     void dngConversionFinished(DCRawTask &task) override;
 
 private:
@@ -43,6 +48,8 @@ private:
     std::unique_ptr<DCRawTask> m_dcRawTask;
     HDRInterleavedImageMerge m_interleavedMerge;
     std::atomic<bool> m_dualIso = false;
+    mutable QMutex m_failureLock;
+    QByteArray m_lastFailure; // guarded by m_failureLock
 };
 
 } // namespace filmwright

@@ -11,6 +11,7 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <chrono>
 
 using namespace std::chrono_literals;
@@ -37,6 +38,14 @@ QStringList extractedFrames(const QString &directory)
 {
     static const QRegularExpression dngName(QStringLiteral("\\.dng$"));
     return folderEntries(directory).filter(dngName);
+}
+
+QStringList lastLines(const QByteArray &output)
+{
+    constexpr qsizetype kept = 10;
+    static const QRegularExpression lineEnd(QStringLiteral("[\r\n]+"));
+    const QStringList lines = QString::fromUtf8(output).split(lineEnd, Qt::SkipEmptyParts);
+    return lines.mid(std::max<qsizetype>(0, lines.size() - kept));
 }
 
 } // namespace
@@ -289,6 +298,22 @@ void MLVProjectController::mergeNextPair()
     m_pairsToMerge.pop_front();
     m_hdrMerge.hdrMerge();
     m_nextMerge.start(0ms);
+}
+
+QMap<QString, QStringList> MLVProjectController::lastToolLines() const
+{
+    const std::pair<const char *, QByteArray> outputs[] = {
+        {"mlv_dump", m_mlvDumptask->lastOutput()},
+        {"cr2hdr", m_cr2hdrTask->lastOutput()},
+        {"dcraw", m_dcRawProcess->lastFailure()},
+        {"ffmpeg", m_ffmpegTask->lastOutput()},
+    };
+    QMap<QString, QStringList> lines;
+    for (const auto &[tool, output] : outputs) {
+        if (!output.isEmpty())
+            lines.insert(QString::fromLatin1(tool), lastLines(output));
+    }
+    return lines;
 }
 
 QString MLVProjectController::tiffsDirectory() const

@@ -7,6 +7,7 @@
 #include "mlvdump/mlvdumptask.h"
 #include "project/mlvprojectcontrollerprotocol.h"
 
+#include <QMap>
 #include <QObject>
 #include <QTimer>
 
@@ -140,6 +141,9 @@ public:
     const FFmpegTask &encoder() const { return *m_ffmpegTask; }
     /// cr2hdr: exit status of the last run, what it printed.
     const CR2HDRTask &blender() const { return *m_cr2hdrTask; }
+    /// The last lines that each tool printed in this run (dcraw: on a frame that it could not
+    /// convert), by the tool's name, at most ten each; tools that said nothing are left out.
+    QMap<QString, QStringList> lastToolLines() const;
     /// The folder of the frames that the movie is made of, ending with a path separator.
     QString tiffsDirectory() const;
 

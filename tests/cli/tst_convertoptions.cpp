@@ -26,7 +26,7 @@ private Q_SLOTS:
         QCOMPARE(options.quality, qint32(MovieQualityHigh));
         QCOMPARE(options.paths, QStringList{m_clip});
         QVERIFY(options.dark.isEmpty() && options.flat.isEmpty() && options.flatDark.isEmpty());
-        QVERIFY(options.temporaryBase.isEmpty());
+        QVERIFY(options.temporaryBase.isEmpty() && options.report.isEmpty());
         QVERIFY(!options.keepTemporary);
         QVERIFY(!options.quiet);
     }
@@ -34,10 +34,10 @@ private Q_SLOTS:
     void everyOption()
     {
         ConvertOptions options;
-        QVERIFY(
-            !readConvertOptions(words("--format avi --quality maximum --dark CLIP --flat CLIP "
-                                      "--flat-dark CLIP --temp-dir work --keep-temp --quiet CLIP"),
-                                options));
+        QVERIFY(!readConvertOptions(
+            words("--format avi --quality maximum --dark CLIP --flat CLIP "
+                  "--flat-dark CLIP --temp-dir work --keep-temp --report r.json --quiet CLIP"),
+            options));
         QCOMPARE(options.format, qint32(MovieFormatAVI));
         QCOMPARE(options.quality, qint32(MovieQualityMaximum));
         QCOMPARE(options.dark, m_clip);
@@ -45,6 +45,7 @@ private Q_SLOTS:
         QCOMPARE(options.flatDark, m_clip);
         QCOMPARE(options.temporaryBase, QStringLiteral("work"));
         QVERIFY(options.keepTemporary);
+        QCOMPARE(options.report, QStringLiteral("r.json"));
         QVERIFY(options.quiet);
     }
 

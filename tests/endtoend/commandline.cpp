@@ -75,6 +75,12 @@ QStringList CommandLine::lines(const QByteArray &text)
     return QString::fromUtf8(text).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
+qsizetype CommandLine::tableStart() const
+{
+    const qsizetype start = m_messages.indexOf("\nrecording ");
+    return start < 0 ? m_messages.size() : start + 1;
+}
+
 void CommandLine::readAll()
 {
     m_output += m_process.readAllStandardOutput();

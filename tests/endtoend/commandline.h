@@ -23,7 +23,10 @@ public:
     int status() const { return m_process.exitCode(); }
     bool wasKilled() const { return m_process.exitStatus() == QProcess::CrashExit; }
     QStringList output() const { return lines(m_output); }
-    QStringList messages() const { return lines(m_messages); }
+    /// What was printed on standard error, up to the table at the end.
+    QStringList messages() const { return lines(m_messages.left(tableStart())); }
+    /// The table at the end of `convert`, its heading first; empty when there was none.
+    QStringList table() const { return lines(m_messages.mid(tableStart())); }
 
     /// What is in the per-user temporary folder.
     QStringList temporaryEntries() const;
@@ -35,6 +38,7 @@ public:
 private:
     static QStringList lines(const QByteArray &text);
     void readAll();
+    qsizetype tableStart() const;
 
     QTemporaryDir m_temporaryFolder;
     QProcess m_process;

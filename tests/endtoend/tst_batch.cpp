@@ -7,6 +7,10 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
 #include <QTest>
 
 namespace {
@@ -31,6 +35,9 @@ private Q_SLOTS:
     void failingEncoderFailsTheRecording();
     void progressIsOneLineAStage();
     void quietRunTellsFailuresOnly();
+    void tableTellsWhatBecameOfEachRecording();
+    void reportTellsWhatTheToolsSaid();
+    void reportThatCannotBeWrittenIsSaidBeforeAnyWork();
     void keptTemporaryFilesAreNamed();
     void nothingToConvert();
     void strangeFileNames();
@@ -159,13 +166,73 @@ void TestBatch::quietRunTellsFailuresOnly()
                      bad(QStringLiteral("notes.txt"))}));
     QCOMPARE(cli.messages(),
              QStringList{QStringLiteral("notes.txt: failed: its name doesn't end in .mlv")});
+    QCOMPARE(cli.table(), QStringList());
+}
+
+void TestBatch::tableTellsWhatBecameOfEachRecording()
+{
+    CommandLine cli;
+    QVERIFY(cli.run({convert, clip(QStringLiteral("a.MLV")), bad(QStringLiteral("notes.txt"))}));
+    QStringList table = cli.table();
+    table.replaceInStrings(QRegularExpression(QStringLiteral("\\d+\\.\\d")), QStringLiteral("T.T"));
+    QCOMPARE(
+        table,
+        (QStringList{
+            QStringLiteral("recording  result    frames  seconds  reason"),
+            QStringLiteral("a.MLV      finished       3      T.T"),
+            QStringLiteral("notes.txt  failed                T.T  its name doesn't end in .mlv")}));
+}
+
+void TestBatch::reportTellsWhatTheToolsSaid()
+{
+    ToolFolder tools;
+    tools.addTool(
+        QStringLiteral("dcraw"),
+        QStringLiteral("for f; do :; done; case $f in *1.dng) echo \"broken: $f\"; exit 1;; "
+                       "esac; exec %1 \"$@\"")
+            .arg(realTool(QStringLiteral("dcraw"))));
+    const QString recording = clip(QStringLiteral("a.MLV"));
+    CommandLine cli;
+    QVERIFY(cli.run(
+        {convert, QStringLiteral("--report"), movie(QStringLiteral("report.json")), recording}));
+    QCOMPARE(cli.status(), 1);
+    QFile file(movie(QStringLiteral("report.json")));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QJsonObject report = QJsonDocument::fromJson(file.readAll()).object();
+    QCOMPARE(report.value(QStringLiteral("status")).toInt(), 1);
+    const QJsonObject entry =
+        report.value(QStringLiteral("recordings")).toArray().first().toObject();
+    QCOMPARE(entry.value(QStringLiteral("recording")).toString(), recording);
+    QCOMPARE(entry.value(QStringLiteral("result")).toString(), QStringLiteral("failed"));
+    QCOMPARE(entry.value(QStringLiteral("reason")).toString(),
+             QStringLiteral("dcraw converted only 2 of 3 frames"));
+    const QJsonObject said = entry.value(QStringLiteral("tools")).toObject();
+    QCOMPARE(said.keys(), (QStringList{QStringLiteral("dcraw"), QStringLiteral("mlv_dump")}));
+    const QString words = said.value(QStringLiteral("dcraw")).toArray().last().toString();
+    QVERIFY2(words.startsWith(QStringLiteral("broken: ")) &&
+                 words.endsWith(QStringLiteral("tmp000001.dng")),
+             qPrintable(words));
+    QCOMPARE(said.value(QStringLiteral("mlv_dump")).toArray().last().toString(),
+             QStringLiteral("Done"));
+}
+
+void TestBatch::reportThatCannotBeWrittenIsSaidBeforeAnyWork()
+{
+    CommandLine cli;
+    QVERIFY(cli.run({convert, QStringLiteral("--report"), QStringLiteral("/no/such/report.json"),
+                     clip(QStringLiteral("a.MLV"))}));
+    QCOMPARE(cli.status(), 2);
+    QCOMPARE(cli.messages(),
+             QStringList{QStringLiteral("filmwright-cli: the report /no/such/report.json can't be "
+                                        "written: No such file or directory")});
+    QVERIFY(!QFile::exists(movie(QStringLiteral("a.mov"))));
 }
 
 void TestBatch::keptTemporaryFilesAreNamed()
 {
     CommandLine cli;
     QVERIFY(cli.run({convert, QStringLiteral("--keep-temp"), clip(QStringLiteral("a.MLV"))}));
-    const QString message = cli.messages().constLast();
+    const QString message = cli.table().constLast();
     const QString label = QStringLiteral("filmwright-cli: temporary files are kept in ");
     QVERIFY2(message.startsWith(label), qPrintable(message));
     const QDir kept(message.mid(label.size()) + QStringLiteral("/a.MLV"));

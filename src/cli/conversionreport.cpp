@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: MIT
+#include "cli/conversionreport.h"
+
+#include "cli/exitstatus.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+
+namespace filmwright {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("ConversionReport", source);
+}
+
+/// What the report calls a result; the table says it in the person's language.
+const char *nameOf(RecordingOutcome::Result result)
+{
+    switch (result) {
+    case RecordingOutcome::Interrupted:
+        return QT_TRANSLATE_NOOP("ConversionReport", "interrupted");
+    case RecordingOutcome::Failed:
+        return QT_TRANSLATE_NOOP("ConversionReport", "failed");
+    case RecordingOutcome::Finished:
+        return QT_TRANSLATE_NOOP("ConversionReport", "finished");
+    case RecordingOutcome::NotBegun:
+        break;
+    }
+    return QT_TRANSLATE_NOOP("ConversionReport", "not begun");
+}
+
+double seconds(std::chrono::milliseconds duration)
+{
+    return std::chrono::duration<double>(duration).count();
+}
+
+/// The deepest folder that all recordings are in, ending with a separator.
+QString commonFolder(const QList<RecordingOutcome> &outcomes)
+{
+    const auto folderOf = [](const QString &path) {
+        return path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
+    };
+    QString common = folderOf(outcomes.constFirst().recording);
+    for (const RecordingOutcome &outcome : outcomes) {
+        while (!outcome.recording.startsWith(common))
+            common = folderOf(common.chopped(1));
+    }
+    return common;
+}
+
+QStringList row(const RecordingOutcome &outcome, qsizetype folderLength)
+{
+    const bool begun = outcome.result != RecordingOutcome::NotBegun;
+    return {printable(outcome.recording.mid(folderLength)), text(nameOf(outcome.result)),
+            outcome.frames > 0 ? QString::number(outcome.frames) : QString(),
+            begun ? QString::number(seconds(outcome.duration), 'f', 1) : QString(),
+            printable(outcome.reason)};
+}
+
+QString aligned(const QStringList &cells, const QList<int> &widths)
+{
+    QString line;
+    for (qsizetype column = 0; column < cells.size(); ++column) {
+        const bool number = column == 2 || column == 3;
+        const QString &cell = cells.at(column);
+        const int width = widths.at(column);
+        line +=
+            (number ? cell.rightJustified(width) : cell.leftJustified(width)) + QLatin1String("  ");
+    }
+    while (line.endsWith(QLatin1Char(' ')))
+        line.chop(1);
+    return line;
+}
+
+QJsonValue textOrNull(const QString &value)
+{
+    return value.isEmpty() ? QJsonValue(QJsonValue::Null) : QJsonValue(value);
+}
+
+QJsonObject objectOf(const RecordingOutcome &outcome)
+{
+    QJsonObject tools;
+    for (auto tool = outcome.toolLines.cbegin(); tool != outcome.toolLines.cend(); ++tool)
+        tools.insert(tool.key(), QJsonArray::fromStringList(tool.value()));
+    return {
+        {QStringLiteral("recording"), outcome.recording},
+        {QStringLiteral("result"), QString::fromLatin1(nameOf(outcome.result))},
+        {QStringLiteral("movie"), textOrNull(outcome.movie)},
+        {QStringLiteral("frames"), outcome.frames},
+        {QStringLiteral("seconds"), seconds(outcome.duration)},
+        {QStringLiteral("reason"), textOrNull(outcome.reason)},
+        {QStringLiteral("tools"), tools},
+    };
+}
+
+QString cannotWrite(const QString &path, const QString &why)
+{
+    return text("the report %1 can't be written: %2").arg(path, why);
+}
+
+} // namespace
+
+QStringList outcomeTable(const QList<RecordingOutcome> &outcomes)
+{
+    QList<QStringList> rows{
+        {text("recording"), text("result"), text("frames"), text("seconds"), text("reason")}};
+    const qsizetype folderLength = commonFolder(outcomes).size();
+    for (const RecordingOutcome &outcome : outcomes)
+        rows << row(outcome, folderLength);
+    QList<int> widths(rows.constFirst().size(), 0);
+    for (const QStringList &cells : std::as_const(rows)) {
+        for (qsizetype column = 0; column < cells.size(); ++column)
+            widths[column] = std::max(widths.at(column), static_cast<int>(cells.at(column).size()));
+    }
+    QStringList table;
+    for (const QStringList &cells : std::as_const(rows))
+        table << aligned(cells, widths);
+    return table;
+}
+
+QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status)
+{
+    QJsonArray recordings;
+    for (const RecordingOutcome &outcome : outcomes)
+        recordings.append(objectOf(outcome));
+    return QJsonDocument(
+               {{QStringLiteral("status"), status}, {QStringLiteral("recordings"), recordings}})
+        .toJson();
+}
+
+QString reportHindrance(const QString &path)
+{
+    QSaveFile file(path);
+    const bool writable = file.open(QIODevice::WriteOnly);
+    file.cancelWriting();
+    // The file gets its name only at the end.
+    const bool nameFits = QFile::encodeName(QFileInfo(path).fileName()).size() <= NAME_MAX;
+    if (writable && nameFits)
+        return {};
+    return cannotWrite(path, nameFits ? file.errorString() : qt_error_string(ENAMETOOLONG));
+}
+
+QString writeReport(const QString &path, const QByteArray &report)
+{
+    QSaveFile file(path);
+    if (file.open(QIODevice::WriteOnly) && file.write(report) == report.size() && file.commit())
+        return {};
+    return cannotWrite(path, file.errorString());
+}
+
+} // namespace filmwright
