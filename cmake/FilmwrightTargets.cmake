@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# How every target of the project is compiled, and the two helpers that declare libraries and tests.
+# How every target of the project is compiled, and the helpers that declare programs and tests.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -17,6 +17,8 @@ add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conver
 if(FILMWRIGHT_WARNINGS_AS_ERRORS)
     add_compile_options(-Werror)
 endif()
+# What a program has been linked to can't be redirected afterwards: recordings are hostile input.
+add_link_options(-Wl,-z,relro,-z,now)
 if(FILMWRIGHT_SANITIZE)
     add_compile_options(-fsanitize=${FILMWRIGHT_SANITIZE} -fno-omit-frame-pointer
                         -fno-sanitize-recover=all)
@@ -28,7 +30,8 @@ add_compile_definitions(QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS
                         QT_NO_URL_CAST_FROM_STRING QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 
 # filmwright_link_system_tools(NAME...)
-# Puts links to tools that the distribution brings beside our own in the resources folder.
+# Puts links to tools that the distribution brings beside our own in the resources folder and in the
+# private libexec folder.
 function(filmwright_link_system_tools)
     file(MAKE_DIRECTORY "${FILMWRIGHT_RESOURCES_DIR}")
     foreach(tool IN LISTS ARGN)
@@ -36,10 +39,22 @@ function(filmwright_link_system_tools)
         if(FILMWRIGHT_TOOL_${tool})
             file(CREATE_LINK "${FILMWRIGHT_TOOL_${tool}}" "${FILMWRIGHT_RESOURCES_DIR}/${tool}"
                  SYMBOLIC)
+            install(CODE "set(FILMWRIGHT_TOOL \"${FILMWRIGHT_TOOL_${tool}}\")
+                          set(FILMWRIGHT_LIBEXECDIR \"${FILMWRIGHT_LIBEXECDIR}\")")
+            install(SCRIPT "${PROJECT_SOURCE_DIR}/cmake/InstallToolLink.cmake")
         else()
             message(WARNING "${tool} was not found; scripts/install-dependencies installs it")
         endif()
     endforeach()
+endfunction()
+
+# filmwright_program(TARGET)
+# A program that people start. It finds the project's own libraries from where it is.
+function(filmwright_program target)
+    set_target_properties(${target} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin"
+        INSTALL_RPATH "$ORIGIN/../${FILMWRIGHT_LIBDIR}")
+    install(TARGETS ${target} RUNTIME DESTINATION "${FILMWRIGHT_BINDIR}")
 endfunction()
 
 # filmwright_bundled_tool(TARGET)
