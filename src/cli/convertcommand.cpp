@@ -40,6 +40,7 @@ public:
         m_settings.quality = options.quality;
         m_settings.mergesNeighbours = options.mergesNeighbours;
         m_settings.blendsAlternatingRows = options.blendsAlternatingRows;
+        m_settings.workers = options.jobs;
         m_settings.calibrationRecordings = {options.dark, options.flat, options.flatDark};
         m_settings.keepsFinishedWork = options.keepTemporary;
         m_settings.keepsUnfinishedWork = workspace.keepsUnfinishedWork();

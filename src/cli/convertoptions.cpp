@@ -4,6 +4,9 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QThread>
+
+#include <algorithm>
 
 namespace filmwright {
 
@@ -38,6 +41,21 @@ QString unreadablePath(const ConvertOptions &options)
             return path;
     }
     return {};
+}
+
+/// Each takes some hundred megabytes while dcraw runs.
+constexpr int mostJobs = 64;
+
+int jobsOf(const QString &value, QString &problem)
+{
+    if (value == QLatin1String("auto"))
+        return std::clamp(QThread::idealThreadCount(), 1, mostJobs);
+    bool isNumber = false;
+    const int number = value.toInt(&isNumber);
+    if (isNumber && number >= 1 && number <= mostJobs)
+        return number;
+    problem = text("--jobs is a number from 1 to %1 or auto, not \"%2\"").arg(mostJobs).arg(value);
+    return 1;
 }
 
 const QString format = QStringLiteral("format");
@@ -75,7 +93,12 @@ void describe(QCommandLineParser &parser)
         {hdr, text("Merge neighbouring frames that alternate two exposures into HDR frames; the "
                    "movie is silent.")},
         {dualIso, text("Blend rows that alternate two sensitivities.")},
-        {jobs, text("Frames converted at once (not available yet)."), text("n")},
+        {jobs,
+         text(
+             "Frames converted at once: a number from 1 (default) to %1, or auto for the number of "
+             "cores.")
+             .arg(mostJobs),
+         text("n|auto"), QStringLiteral("1")},
     });
     parser.addPositionalArgument(text("path"), text("Recordings, or folders to be searched."));
 }
@@ -84,8 +107,7 @@ void describe(QCommandLineParser &parser)
 QString take(const QCommandLineParser &parser, ConvertOptions &options)
 {
     QString problem;
-    if (parser.isSet(jobs))
-        problem = text("--jobs is not available yet");
+    options.jobs = jobsOf(parser.value(jobs), problem);
     options.format = choose(format, parser.value(format),
                             {QStringLiteral("avi"), QStringLiteral("mov")}, problem);
     options.quality = choose(quality, parser.value(quality),

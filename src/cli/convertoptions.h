@@ -23,6 +23,7 @@ struct ConvertOptions
     QString temporaryBase; ///< empty: a private directory
     bool keepTemporary = false;
     bool quiet = false;
+    int jobs = 1; ///< frames converted at once
     QStringList paths;
 };
 

@@ -24,6 +24,7 @@ RecordingConversion::RecordingConversion(const QString &path, const ConversionSe
     m_project.setMovieQuality(settings.quality);
     m_project.setDualISO(settings.mergesNeighbours);
     m_project.setBlendsAlternatingRows(settings.blendsAlternatingRows);
+    m_project.setConversionWorkers(settings.workers);
     m_project.setDarkPath(settings.darkAverage);
     m_project.setFlatPath(settings.flatAverage);
     m_project.setKeepsTmpFiles(settings.keepsFinishedWork);

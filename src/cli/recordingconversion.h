@@ -21,6 +21,7 @@ struct ConversionSettings
     qint32 quality = MovieQualityHigh;
     bool mergesNeighbours = false;
     bool blendsAlternatingRows = false;
+    int workers = 1;                   ///< frames converted at once
     QString darkAverage;               ///< empty: none
     QString flatAverage;               ///< empty: none
     QStringList calibrationRecordings; ///< what the averages were made of

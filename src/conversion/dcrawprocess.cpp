@@ -48,6 +48,12 @@ DCRawProcess::DCRawProcess()
 
 DCRawProcess::~DCRawProcess() = default;
 
+void DCRawProcess::sharePathsOf(const DCRawProcess &other)
+{
+    m_filePathPipeline = other.m_filePathPipeline;
+    m_filePathPipeline->addOutput(inputs().front());
+}
+
 void DCRawProcess::addFilePath(const QString &path)
 {
     m_filePathPipeline->setValue(path);

@@ -17,12 +17,19 @@ namespace filmwright {
 /// beside the DNG and, on the output "Image", a QImage of the TIFF's size. A frame that could not
 /// be converted gives a null image, so that one image comes back for every path.
 ///
+/// Several units can work off one queue of paths; the images then come in the order in which they
+/// are ready.
+///
 /// Made, fed and destroyed on the main thread; the rest runs in the unit's worker thread.
 class DCRawProcess : public SLUnitProcess, public DCRawTaskProtocol
 {
 public:
     DCRawProcess();
     ~DCRawProcess() override;
+
+    /// Takes its paths from the other unit's queue from now on: whichever of them is free gets the
+    /// next. Before the manager runs; both belong to one manager.
+    void sharePathsOf(const DCRawProcess &other);
 
     /// Queues a DNG. Main thread, before or while the manager runs.
     void addFilePath(const QString &path);
@@ -44,7 +51,7 @@ public:
     void dngConversionFinished(DCRawTask &task) override;
 
 private:
-    std::unique_ptr<SLPipeline> m_filePathPipeline;
+    std::shared_ptr<SLPipeline> m_filePathPipeline;
     std::unique_ptr<DCRawTask> m_dcRawTask;
     HDRInterleavedImageMerge m_interleavedMerge;
     std::atomic<bool> m_dualIso = false;

@@ -59,15 +59,10 @@ std::unique_ptr<MLVProjectController> MLVProjectController::projectWithMLVFile(c
 
 MLVProjectController::MLVProjectController()
     : m_mlvDumptask(MlvDumpTask::mlvDumpTask())
-    , m_dcRawProcess(std::make_shared<DCRawProcess>())
-    , m_dcRawPorcessManager(std::make_unique<SLUnitProcessManager>())
     , m_cr2hdrTask(CR2HDRTask::cr2hdrTask())
     , m_ffmpegTask(FFmpegTask::ffmpegTask())
 {
-    SLOutlet *image = m_dcRawProcess->outputForKey(QStringLiteral("Image"));
-    image->setTarget(this);
-    image->setSelector(&MLVProjectController::imageRGBReceived);
-    m_dcRawPorcessManager->addUnitProcess(m_dcRawProcess);
+    createConversionUnits(1);
     m_afterLastFrame.setSingleShot(true);
     m_afterLastFrame.setInterval(pauseAfterLastFrame);
     connect(&m_afterLastFrame, &QTimer::timeout, this, [this] {
@@ -90,8 +85,32 @@ MLVProjectController::~MLVProjectController()
     m_cr2hdrTask.release()->deleteLater();
     m_mlvDumptask->setDelegate(nullptr);
     m_mlvDumptask.release()->deleteLater();
-    m_dcRawProcess->outputForKey(QStringLiteral("Image"))->setTarget(nullptr);
+    for (const auto &unit : m_dcRawProcesses)
+        unit->outputForKey(QStringLiteral("Image"))->setTarget(nullptr);
     m_dcRawPorcessManager->stop();
+}
+
+void MLVProjectController::setConversionWorkers(int workers)
+{
+    const int count = std::max(1, workers);
+    if (count != conversionWorkers())
+        createConversionUnits(count);
+}
+
+void MLVProjectController::createConversionUnits(int count)
+{
+    m_dcRawPorcessManager = std::make_unique<SLUnitProcessManager>();
+    m_dcRawProcesses.clear();
+    for (int i = 0; i < count; ++i) {
+        auto unit = std::make_shared<DCRawProcess>();
+        if (i > 0)
+            unit->sharePathsOf(*m_dcRawProcesses.front());
+        SLOutlet *image = unit->outputForKey(QStringLiteral("Image"));
+        image->setTarget(this);
+        image->setSelector(&MLVProjectController::imageRGBReceived);
+        m_dcRawPorcessManager->addUnitProcess(unit);
+        m_dcRawProcesses.push_back(std::move(unit));
+    }
 }
 
 void MLVProjectController::setMlvPath(const QString &path)
@@ -247,18 +266,30 @@ void MLVProjectController::error(const QString &error, MlvDumpTask &)
 void MLVProjectController::launchRGBExtraction(const QString &directory)
 {
     m_mode = MLVProjectModeRGBConversion;
+    endOldConversions();
     m_dngToProcess = 0;
     m_convertedBefore = 0;
     for (const QString &name : extractedFrames(directory)) {
         const QString path = QDir(directory).filePath(name);
         if (wasConverted(path))
             ++m_convertedBefore;
-        m_dcRawProcess->addFilePath(path);
+        m_dcRawProcesses.front()->addFilePath(path);
         ++m_dngToProcess;
     }
     m_framesToConvert = m_dngToProcess;
     m_dcRawPorcessManager->execute();
     setMode(MLVProjectModeRGBConversion);
+}
+
+/// A single unit finishes the frame of a stopped run before it takes the first of the next. With
+/// several, others would have to wait for that frame.
+void MLVProjectController::endOldConversions()
+{
+    if (conversionWorkers() == 1)
+        return;
+    m_dcRawPorcessManager->stop();
+    for (const auto &unit : m_dcRawProcesses)
+        unit->interrupt();
 }
 
 void MLVProjectController::imageRGBReceived(const QImage &image)

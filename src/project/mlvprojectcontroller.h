@@ -14,6 +14,7 @@
 #include <deque>
 #include <memory>
 #include <utility>
+#include <vector>
 
 class SLUnitProcessManager;
 
@@ -93,6 +94,13 @@ public:
     /// Whether the working folder of a finished movie stays, for whoever wants to look into it.
     bool keepsTmpFiles() const { return m_keepsTmpFiles; }
     void setKeepsTmpFiles(bool keeps) { m_keepsTmpFiles = keeps; }
+
+    /// How many frames are converted at once, at least 1, each by a dcraw and a worker thread of
+    /// its own; 1 after creation. The images come in the order in which they are ready. Not between
+    /// launchDNGExtraction() and the end of the conversion; waits for a frame that a stopped run is
+    /// still converting.
+    int conversionWorkers() const { return static_cast<int>(m_dcRawProcesses.size()); }
+    void setConversionWorkers(int workers);
 
     // What the report says of the recording; 0 or "" before it was read.
     float fps() const { return m_mlvDumptask->fps(); }
@@ -174,9 +182,11 @@ public:
 
 private:
     void setMode(MLVProjectMode mode);
+    void createConversionUnits(int count);
     QString clearUnfinishedMovies() const;
     void replaceMlvDumpTask();
     void launchRGBExtraction(const QString &directory);
+    void endOldConversions();
     void launchBlend(const QString &directory);
     void launchHDRExtraction(const QString &directory);
     void mergeNextPair();
@@ -184,7 +194,8 @@ private:
 
     MLVProjectControllerProtocol *m_delegate = nullptr;
     std::unique_ptr<MlvDumpTask> m_mlvDumptask;
-    std::shared_ptr<DCRawProcess> m_dcRawProcess;
+    std::vector<std::shared_ptr<DCRawProcess>>
+        m_dcRawProcesses; // they share the paths of the first
     std::unique_ptr<SLUnitProcessManager> m_dcRawPorcessManager;
     std::unique_ptr<CR2HDRTask> m_cr2hdrTask;
     HDRDualImagesMerge m_hdrMerge;

@@ -70,6 +70,7 @@ RecordingWork workOf(const MLVProjectController &project)
     work.merges = project.dualISO();
     work.format = project.movieFormat();
     work.quality = project.movieQuality();
+    work.workers = project.conversionWorkers();
     return work;
 }
 

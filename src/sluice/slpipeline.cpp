@@ -37,16 +37,24 @@ void SLPipeline::setMode(SLOutletMode mode)
 
 std::shared_ptr<SLOutlet> SLPipeline::output() const
 {
-    return m_output.lock();
+    return m_outputs.empty() ? nullptr : m_outputs.front().lock();
 }
 
 void SLPipeline::setOutput(const std::shared_ptr<SLOutlet> &output)
 {
-    if (const auto previous = m_output.lock(); previous && previous->m_pipeline == this)
-        previous->m_pipeline = nullptr;
-    m_output = output;
+    for (const auto &entry : m_outputs) {
+        if (const auto previous = entry.lock(); previous && previous->m_pipeline == this)
+            previous->m_pipeline = nullptr;
+    }
+    m_outputs.clear();
     if (output)
-        output->m_pipeline = this;
+        addOutput(output);
+}
+
+void SLPipeline::addOutput(const std::shared_ptr<SLOutlet> &output)
+{
+    m_outputs.push_back(output);
+    output->m_pipeline = this;
 }
 
 void SLPipeline::setValue(const QVariant &value)
@@ -56,9 +64,11 @@ void SLPipeline::setValue(const QVariant &value)
         const std::lock_guard lock(m_mutex);
         m_values.push_back(value);
     }
-    // Told without the lock: the unit takes its own first and then this one.
-    if (const auto output = m_output.lock())
-        output->valueArrived();
+    // Told without the lock: the units take their manager's first and then this one.
+    for (const auto &entry : m_outputs) {
+        if (const auto output = entry.lock())
+            output->valueArrived();
+    }
 }
 
 QVariant SLPipeline::value()

@@ -6,12 +6,14 @@
 #include <deque>
 #include <memory>
 #include <mutex>
+#include <vector>
 
-/// A typed first-in-first-out queue of values, alone or as the feed of a unit's input outlet.
+/// A typed first-in-first-out queue of values, alone or as the feed of the input outlets of one or
+/// more units. With several, a value goes to the unit that is free first, and to no other.
 ///
-/// setValue(), value() and isEmpty() are safe for one producer and one consumer in different
-/// threads. The rest belongs to the main thread and doesn't change while a connected unit is
-/// executed; with an output, setValue() belongs to the main thread too.
+/// setValue(), value() and isEmpty() are safe for one producer and any number of consumers in
+/// different threads. The rest belongs to the main thread and doesn't change while a connected unit
+/// is executed; with an output, setValue() belongs to the main thread too.
 class SLUICE_EXPORT SLPipeline
 {
 public:
@@ -30,9 +32,12 @@ public:
     SLOutletMode mode() const;
     void setMode(SLOutletMode mode);
 
-    /// The input outlet that the queue feeds; not owned. nullptr disconnects.
+    /// The input outlet that the queue feeds, the first of several; not owned.
     std::shared_ptr<SLOutlet> output() const;
+    /// In place of all that it has fed so far. nullptr disconnects.
     void setOutput(const std::shared_ptr<SLOutlet> &output);
+    /// Feeds this input too. The units of all outputs belong to one manager.
+    void addOutput(const std::shared_ptr<SLOutlet> &output);
 
     /// Appends a valid value; never replaces a queued one.
     void setValue(const QVariant &value);
@@ -45,7 +50,7 @@ public:
 private:
     QMetaType m_dataType;
     SLOutletMode m_mode = SLOutletModeInput;
-    std::weak_ptr<SLOutlet> m_output;
+    std::vector<std::weak_ptr<SLOutlet>> m_outputs;
 
     mutable std::mutex m_mutex;
     std::deque<QVariant> m_values; // guarded by m_mutex

@@ -5,7 +5,10 @@
 
 #include <utility>
 
-SLUnitProcessManager::SLUnitProcessManager() = default;
+SLUnitProcessManager::SLUnitProcessManager()
+    : m_state(std::make_shared<SLRunState>())
+{
+}
 
 SLUnitProcessManager::~SLUnitProcessManager()
 {
@@ -18,17 +21,33 @@ SLUnitProcessManager::~SLUnitProcessManager()
 
 void SLUnitProcessManager::addUnitProcess(std::shared_ptr<SLUnitProcess> unit)
 {
-    m_runners.push_back(std::make_unique<SLUnitRunner>(std::move(unit)));
+    m_runners.push_back(std::make_unique<SLUnitRunner>(std::move(unit), m_state));
 }
 
 void SLUnitProcessManager::execute()
 {
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->running = true;
+    }
+    m_state->changed.notify_all();
     for (const auto &runner : m_runners)
-        runner->execute();
+        runner->startWorker();
 }
 
 void SLUnitProcessManager::stop()
 {
-    for (const auto &runner : m_runners)
-        runner->stop();
+    std::vector<SLUnitRunner::Deliveries> dropped; // destroyed without the lock
+    {
+        const std::lock_guard lock(m_state->mutex);
+        if (!m_state->running)
+            return;
+        m_state->running = false;
+        ++m_state->run;
+        m_state->overdue += std::exchange(m_state->processing, 0);
+        // Left over, values would come as extra ones of the next run.
+        for (const auto &runner : m_runners)
+            dropped.push_back(runner->discard());
+    }
+    m_state->changed.notify_all();
 }

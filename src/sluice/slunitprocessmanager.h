@@ -7,10 +7,12 @@
 #include <vector>
 
 class SLUnitRunner;
+struct SLRunState;
 
 /// Runs unit processes: calls a unit's process() once for every value that arrives at its input,
 /// oldest first and one after the other, each unit in its thread mode and beside the others. A
-/// unit with several inputs is called when a value waits at each.
+/// unit with several inputs is called when a value waits at each. Units that are fed by one
+/// pipeline share its values: whichever is free takes the next, so that none idles while one waits.
 ///
 /// All of it is used on the main thread, which must run an event loop for outputs to be delivered.
 class SLUICE_EXPORT SLUnitProcessManager
@@ -31,9 +33,11 @@ public:
 
     /// No further process() call starts, queued values are discarded and nothing is delivered any
     /// more, deliveries under way included. It doesn't wait for a running process(); a later
-    /// execute() does, before it calls that unit again. Does nothing when nothing is executed.
+    /// execute() lets all of them return before it calls any unit, without blocking its caller.
+    /// Does nothing when nothing is executed.
     void stop();
 
 private:
+    std::shared_ptr<SLRunState> m_state;
     std::vector<std::unique_ptr<SLUnitRunner>> m_runners;
 };

@@ -14,8 +14,9 @@ constexpr std::size_t maxUndelivered = 2;
 
 } // namespace
 
-SLUnitRunner::SLUnitRunner(std::shared_ptr<SLUnitProcess> unit)
+SLUnitRunner::SLUnitRunner(std::shared_ptr<SLUnitProcess> unit, std::shared_ptr<SLRunState> state)
     : m_unit(std::move(unit))
+    , m_state(std::move(state))
 {
     Q_ASSERT(!m_unit->m_runner);
     m_unit->m_runner = this;
@@ -23,42 +24,21 @@ SLUnitRunner::SLUnitRunner(std::shared_ptr<SLUnitProcess> unit)
 
 SLUnitRunner::~SLUnitRunner()
 {
-    stop();
     {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(m_state->mutex);
+        Q_ASSERT(!m_state->running);
         m_ending = true;
     }
-    m_changed.notify_all();
+    m_state->changed.notify_all();
     if (m_worker.joinable())
         m_worker.join();
     m_unit->m_runner = nullptr;
 }
 
-void SLUnitRunner::execute()
+void SLUnitRunner::startWorker()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_running = true;
-    }
-    m_changed.notify_all();
     if (!m_worker.joinable())
         m_worker = std::thread(&SLUnitRunner::work, this);
-}
-
-void SLUnitRunner::stop()
-{
-    std::deque<Delivery> dropped;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_running)
-            return;
-        m_running = false;
-        ++m_run;
-        // Left over, they would come as extra values of the next run.
-        dropped.swap(m_deliveries);
-        discardInputs();
-    }
-    m_changed.notify_all();
 }
 
 void SLUnitRunner::interrupt()
@@ -70,19 +50,28 @@ void SLUnitRunner::inputArrived()
 {
     // The lock keeps the wake-up from falling between the worker's look and its sleep.
     {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(m_state->mutex);
     }
-    m_changed.notify_all();
+    m_state->changed.notify_all();
+}
+
+SLUnitRunner::Deliveries SLUnitRunner::discard()
+{
+    for (const auto &input : m_unit->inputs()) {
+        while (input->pipeline() && input->pipeline()->value().isValid()) {
+        }
+    }
+    return std::exchange(m_deliveries, {});
 }
 
 void SLUnitRunner::deliverLater(const SLOutlet *output, const QVariant &value)
 {
     {
-        std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] {
-            return m_processedRun != m_run || m_deliveries.size() < maxUndelivered;
+        std::unique_lock lock(m_state->mutex);
+        m_state->changed.wait(lock, [this] {
+            return m_processedRun != m_state->run || m_deliveries.size() < maxUndelivered;
         });
-        if (m_processedRun != m_run)
+        if (m_processedRun != m_state->run)
             return;
         m_deliveries.push_back({output, value});
     }
@@ -91,8 +80,8 @@ void SLUnitRunner::deliverLater(const SLOutlet *output, const QVariant &value)
 
 bool SLUnitRunner::isStopped() const
 {
-    const std::lock_guard lock(m_mutex);
-    return m_processedRun != m_run;
+    const std::lock_guard lock(m_state->mutex);
+    return m_processedRun != m_state->run;
 }
 
 // Called once for every delivery, in the order of the main thread's events, so that its other
@@ -102,13 +91,13 @@ void SLUnitRunner::deliverOldest()
 {
     Delivery delivery;
     {
-        const std::lock_guard lock(m_mutex);
+        const std::lock_guard lock(m_state->mutex);
         if (m_deliveries.empty())
             return;
         delivery = std::move(m_deliveries.front());
         m_deliveries.pop_front();
     }
-    m_changed.notify_all();
+    m_state->changed.notify_all();
     // The receiver may let go of the manager, and with it of this object: the unit, and so the
     // outlet, lives on until the call is over.
     const auto unit = m_unit;
@@ -121,20 +110,33 @@ void SLUnitRunner::work()
         m_unit->process();
         for (const auto &input : m_unit->inputs())
             input->setValue({});
+        processReturned();
     }
 }
 
 // Waits for a value at every input. false: the runner is ending.
 bool SLUnitRunner::takeInputs()
 {
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_ending || (m_running && inputsWait()); });
+    std::unique_lock lock(m_state->mutex);
+    m_state->changed.wait(lock, [this] {
+        return m_ending || (m_state->running && m_state->overdue == 0 && inputsWait());
+    });
     if (m_ending)
         return false;
     for (const auto &input : m_unit->inputs())
         input->setValue(input->pipeline()->value());
-    m_processedRun = m_run;
+    m_processedRun = m_state->run;
+    ++m_state->processing;
     return true;
+}
+
+void SLUnitRunner::processReturned()
+{
+    {
+        const std::lock_guard lock(m_state->mutex);
+        --(m_processedRun == m_state->run ? m_state->processing : m_state->overdue);
+    }
+    m_state->changed.notify_all();
 }
 
 bool SLUnitRunner::inputsWait() const
@@ -143,12 +145,4 @@ bool SLUnitRunner::inputsWait() const
     return !inputs.empty() && std::all_of(inputs.begin(), inputs.end(), [](const auto &input) {
         return input->pipeline() && !input->pipeline()->isEmpty();
     });
-}
-
-void SLUnitRunner::discardInputs()
-{
-    for (const auto &input : m_unit->inputs()) {
-        while (input->pipeline() && input->pipeline()->value().isValid()) {
-        }
-    }
 }

@@ -4,6 +4,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+
+#include <algorithm>
 
 using namespace filmwright;
 
@@ -29,6 +32,7 @@ private Q_SLOTS:
         QVERIFY(options.temporaryBase.isEmpty() && options.report.isEmpty());
         QVERIFY(!options.keepTemporary);
         QVERIFY(!options.quiet);
+        QCOMPARE(options.jobs, 1);
     }
 
     void everyOption()
@@ -36,7 +40,8 @@ private Q_SLOTS:
         ConvertOptions options;
         QVERIFY(!readConvertOptions(
             words("--format avi --quality maximum --dark CLIP --flat CLIP "
-                  "--flat-dark CLIP --temp-dir work --keep-temp --report r.json --quiet CLIP"),
+                  "--flat-dark CLIP --temp-dir work --keep-temp --report r.json --quiet "
+                  "--jobs 3 CLIP"),
             options));
         QCOMPARE(options.format, qint32(MovieFormatAVI));
         QCOMPARE(options.quality, qint32(MovieQualityMaximum));
@@ -47,6 +52,14 @@ private Q_SLOTS:
         QVERIFY(options.keepTemporary);
         QCOMPARE(options.report, QStringLiteral("r.json"));
         QVERIFY(options.quiet);
+        QCOMPARE(options.jobs, 3);
+    }
+
+    void automaticJobsAreTheCores()
+    {
+        ConvertOptions options;
+        QVERIFY(!readConvertOptions(words("--jobs auto CLIP"), options));
+        QCOMPARE(options.jobs, std::clamp(QThread::idealThreadCount(), 1, 64));
     }
 
     void pathThatBeginsWithADash()
@@ -70,6 +83,9 @@ private Q_SLOTS:
         QTest::newRow("unknown option") << "--fast CLIP";
         QTest::newRow("unknown format") << "--format mp4 CLIP";
         QTest::newRow("unknown quality") << "--quality low CLIP";
+        QTest::newRow("no jobs") << "--jobs 0 CLIP";
+        QTest::newRow("too many jobs") << "--jobs 65 CLIP";
+        QTest::newRow("jobs that are no number") << "--jobs many CLIP";
         QTest::newRow("missing value") << "CLIP --dark";
         QTest::newRow("missing recording") << "CLIP /no/such.MLV";
         QTest::newRow("missing calibration") << "--flat-dark /no/such.MLV CLIP";

@@ -22,6 +22,7 @@ private Q_SLOTS:
     void recordingsOfOtherWriters_data();
     void recordingsOfOtherWriters();
     void coloursAndMovementAreRight();
+    void movieIsTheSameForAnyNumberOfJobs();
     void existingMovieIsReplaced();
     void recordingIsUnharmed();
 
@@ -156,6 +157,24 @@ void TestMovies::coloursAndMovementAreRight()
     const QString start = QStringLiteral("40:16:19:282");
     QVERIFY(averageColour(movie, 0, track).red > 0);
     QVERIFY(averageColour(movie, 0, start).red > averageColour(movie, 9, start).red + 10);
+}
+
+void TestMovies::movieIsTheSameForAnyNumberOfJobs()
+{
+    QByteArray first;
+    for (const char *jobs : {"1", "2", "8", "auto"}) {
+        CommandLine cli;
+        QVERIFY(cli.run({QStringLiteral("convert"), QStringLiteral("--jobs"), QLatin1String(jobs),
+                         m_folder.filePath(QStringLiteral("sound.MLV"))}));
+        QCOMPARE(cli.status(), 0);
+        QFile movie(m_folder.filePath(QStringLiteral("sound.mov")));
+        QVERIFY(movie.open(QIODevice::ReadOnly));
+        const QByteArray bytes = movie.readAll();
+        if (first.isEmpty())
+            first = bytes;
+        QVERIFY(!first.isEmpty());
+        QVERIFY(bytes == first);
+    }
 }
 
 void TestMovies::existingMovieIsReplaced()

@@ -20,6 +20,7 @@ QStringList list(std::initializer_list<const char *> texts)
 
 const QString dng = QStringLiteral("dng");
 const QString tiff = QStringLiteral("tiff");
+const QString dcraw = QStringLiteral("dcraw");
 const QString waitForTheGate = QStringLiteral("until test -e '%1'; do sleep 0.01; done; ");
 
 void create(const QString &path)
@@ -57,6 +58,11 @@ private Q_SLOTS:
     void wholeTiffIsNotConvertedAgain();
     void unfinishedTiffIsConvertedAgain();
     void errorLineIsHandedOnAndTheModeStays();
+
+    void oneWorkerAfterCreation();
+    void severalWorkersConvertBesideEachOther();
+    void severalWorkersDeliverEveryFrameOnce();
+    void stoppedWorkersLeaveNothingToANewStart();
 
     void hdrIsOffAfterCreation();
     void neighboursAreMergedIntoTheHdrFolder();
@@ -348,6 +354,65 @@ void TestMLVProjectController::errorLineIsHandedOnAndTheModeStays()
     QTRY_COMPARE(project.events, list({"2", "3", "error [ERROR] bad block"}));
     QCOMPARE(project.controller->mlvProjectMode(), MLVProjectModeExtracting);
     project.controller->stop();
+}
+
+void TestMLVProjectController::oneWorkerAfterCreation()
+{
+    MLVProjectController controller;
+    QCOMPARE(controller.conversionWorkers(), 1);
+    controller.setConversionWorkers(0);
+    QCOMPARE(controller.conversionWorkers(), 1);
+    controller.setConversionWorkers(3);
+    QCOMPARE(controller.conversionWorkers(), 3);
+}
+
+void TestMLVProjectController::severalWorkersConvertBesideEachOther()
+{
+    FakeProject project(2);
+    // Each waits for the other.
+    project.setConversion(QStringLiteral(
+        "touch \"$dng.begun\"; folder=\"${dng%/*}\"; until test -e \"$folder/tmp000000.dng.begun\" "
+        "-a -e \"$folder/tmp000001.dng.begun\"; do sleep 0.01; done; cp \"$frame\" \"$tiff\""));
+    project.read();
+    project.controller->setConversionWorkers(2);
+    project.launch();
+    QTRY_VERIFY(project.events.contains(QStringLiteral("finished")));
+    QCOMPARE(project.tools.calls(dcraw).size(), 2);
+}
+
+void TestMLVProjectController::severalWorkersDeliverEveryFrameOnce()
+{
+    FakeProject project(20);
+    project.read();
+    project.controller->setConversionWorkers(8);
+    project.launch();
+    QTRY_VERIFY(project.events.contains(QStringLiteral("finished")));
+    QCOMPARE(project.events.count(QStringLiteral("image")), 20);
+    QCOMPARE(project.events.count(QStringLiteral("no image")), 0);
+    QCOMPARE(project.tools.calls(dcraw).size(), 20);
+    QCOMPARE(project.events.count(QStringLiteral("5")), 1);
+}
+
+/// A frame that a stopped dcraw had half written is made anew, whichever worker takes it.
+void TestMLVProjectController::stoppedWorkersLeaveNothingToANewStart()
+{
+    FakeProject project(6);
+    project.setConversion(
+        QStringLiteral("head -c 20 \"$frame\" > \"$tiff\"; sleep 0.05; cp \"$frame\" \"$tiff\""));
+    project.read();
+    project.controller->setConversionWorkers(3);
+    for (int round = 0; round < 5; ++round) {
+        project.launch();
+        QTRY_VERIFY(QDir(project.controller->extractionDirectory())
+                        .entryList({QStringLiteral("*.tiff")})
+                        .size() > round);
+        project.controller->stop();
+        project.events.clear();
+    }
+    project.launch();
+    QTRY_VERIFY(project.events.contains(QStringLiteral("finished")));
+    QCOMPARE(project.events.count(QStringLiteral("image")), 6);
+    QCOMPARE(project.events.count(QStringLiteral("no image")), 0);
 }
 
 void TestMLVProjectController::hdrIsOffAfterCreation()

@@ -18,6 +18,8 @@ private Q_SLOTS:
     void keepsWhatDescribesIt();
     void outputReachesThePipeline();
     void newOutputDisconnectsTheOldOne();
+    void severalOutputsReachThePipeline();
+    void newOutputDisconnectsAllOldOnes();
     void deathOfThePipelineDisconnects();
     void deathOfTheOutletDisconnects();
     void oneProducerAndOneConsumer();
@@ -88,6 +90,36 @@ void tst_SLPipeline::newOutputDisconnectsTheOldOne()
     pipeline.setOutput(second);
     QCOMPARE(first->pipeline(), nullptr);
     QCOMPARE(second->pipeline(), &pipeline);
+}
+
+void tst_SLPipeline::severalOutputsReachThePipeline()
+{
+    const auto first = SLOutlet::outlet();
+    const auto second = SLOutlet::outlet();
+    {
+        SLPipeline pipeline;
+        pipeline.setOutput(first);
+        pipeline.addOutput(second);
+        QCOMPARE(pipeline.output(), first);
+        QCOMPARE(first->pipeline(), &pipeline);
+        QCOMPARE(second->pipeline(), &pipeline);
+    }
+    QCOMPARE(first->pipeline(), nullptr);
+    QCOMPARE(second->pipeline(), nullptr);
+}
+
+void tst_SLPipeline::newOutputDisconnectsAllOldOnes()
+{
+    SLPipeline pipeline;
+    const auto first = SLOutlet::outlet();
+    const auto second = SLOutlet::outlet();
+    const auto third = SLOutlet::outlet();
+    pipeline.setOutput(first);
+    pipeline.addOutput(second);
+    pipeline.setOutput(third);
+    QCOMPARE(first->pipeline(), nullptr);
+    QCOMPARE(second->pipeline(), nullptr);
+    QCOMPARE(third->pipeline(), &pipeline);
 }
 
 void tst_SLPipeline::deathOfThePipelineDisconnects()
