@@ -331,12 +331,22 @@ void MLVProjectController::mergeNextPair()
     m_nextMerge.start(0ms);
 }
 
+/// Of any worker: what hinders one dcraw mostly hinders all.
+QByteArray MLVProjectController::lastConversionFailure() const
+{
+    for (const auto &unit : m_dcRawProcesses) {
+        if (QByteArray failure = unit->lastFailure(); !failure.isEmpty())
+            return failure;
+    }
+    return {};
+}
+
 QMap<QString, QStringList> MLVProjectController::lastToolLines() const
 {
     const std::pair<const char *, QByteArray> outputs[] = {
         {"mlv_dump", m_mlvDumptask->lastOutput()},
         {"cr2hdr", m_cr2hdrTask->lastOutput()},
-        {"dcraw", m_dcRawProcess->lastFailure()},
+        {"dcraw", lastConversionFailure()},
         {"ffmpeg", m_ffmpegTask->lastOutput()},
     };
     QMap<QString, QStringList> lines;

@@ -187,6 +187,7 @@ private:
     void replaceMlvDumpTask();
     void launchRGBExtraction(const QString &directory);
     void endOldConversions();
+    QByteArray lastConversionFailure() const;
     void launchBlend(const QString &directory);
     void launchHDRExtraction(const QString &directory);
     void mergeNextPair();
