@@ -2,7 +2,7 @@
 #include "cli/conversionqueue.h"
 
 #include "cli/progressdisplay.h"
-#include "cli/recordingsearch.h"
+#include "mlvdump/mlvdumparguments.h"
 
 #include <QFileInfo>
 
@@ -10,9 +10,16 @@
 
 namespace filmwright {
 
-ConversionQueue::ConversionQueue(const QStringList &recordings, ProgressDisplay &display)
-    : m_display(display)
+ConversionQueue::ConversionQueue(const QStringList &recordings,
+                                 const QList<Unreachable> &unreachable, ProgressDisplay &display)
+    : m_unreachable(unreachable)
+    , m_display(display)
 {
+    for (const Unreachable &item : unreachable) {
+        RecordingOutcome outcome;
+        outcome.recording = item.path;
+        m_outcomes << outcome;
+    }
     for (const QString &recording : recordings) {
         RecordingOutcome outcome;
         outcome.recording = recording;
@@ -25,6 +32,12 @@ ConversionQueue::~ConversionQueue() = default;
 void ConversionQueue::start(const ConversionSettings &settings)
 {
     m_settings = settings;
+    if (!settings.darkAverage.isEmpty() || !settings.flatAverage.isEmpty()) {
+        m_takenNames = {averagedDarkName, averagedFlatName, averagedFlatDarkName,
+                        substractedFlatName};
+    }
+    for (const Unreachable &item : std::as_const(m_unreachable))
+        refuse(item.path, item.reason);
     next();
 }
 
@@ -62,13 +75,18 @@ void ConversionQueue::next()
                     &ConversionQueue::recordingEnded);
             return;
         }
-        RecordingOutcome refused;
-        refused.recording = recording;
-        refused.result = RecordingOutcome::Failed;
-        refused.reason = reason;
-        settle(refused);
+        refuse(recording, reason);
     }
     Q_EMIT finished();
+}
+
+void ConversionQueue::refuse(const QString &recording, const QString &reason)
+{
+    RecordingOutcome refused;
+    refused.recording = recording;
+    refused.result = RecordingOutcome::Failed;
+    refused.reason = reason;
+    settle(refused);
 }
 
 /// Why a recording isn't even tried.
@@ -76,6 +94,8 @@ QString ConversionQueue::refusal(const QString &recording)
 {
     if (!isRecordingName(recording))
         return tr("its name doesn't end in .mlv");
+    if (m_takenNames.contains(QFileInfo(recording).fileName()))
+        return tr("an averaged calibration recording is kept under its name; rename it");
     const QString movie = moviePathFor(recording, m_settings.format);
     if (m_movies.contains(movie))
         return tr("its movie would replace that of another recording, %1").arg(movie);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/recordingconversion.h"
+#include "cli/recordingsearch.h"
 
 #include <QObject>
 #include <QSet>
@@ -17,7 +18,9 @@ class ConversionQueue : public QObject
     Q_OBJECT
 
 public:
-    ConversionQueue(const QStringList &recordings, ProgressDisplay &display);
+    /// What can't be reached fails before the recordings' turn.
+    ConversionQueue(const QStringList &recordings, const QList<Unreachable> &unreachable,
+                    ProgressDisplay &display);
     ~ConversionQueue() override;
 
     void start(const ConversionSettings &settings);
@@ -38,14 +41,17 @@ private:
     void next();
     void recordingEnded(const RecordingOutcome &outcome);
     QString refusal(const QString &recording);
+    void refuse(const QString &recording, const QString &reason);
     void settle(const RecordingOutcome &outcome);
 
+    QList<Unreachable> m_unreachable;
     QList<RecordingOutcome> m_outcomes;
     qsizetype m_next = 0; ///< the first whose turn hasn't come
     BatchProgress m_progress;
     ProgressDisplay &m_display;
     ConversionSettings m_settings;
     std::unique_ptr<RecordingConversion> m_current;
+    QStringList m_takenNames; ///< of the averages in the temporary directory
     QSet<QString> m_movies;
 };
 

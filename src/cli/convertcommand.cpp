@@ -16,6 +16,8 @@
 #include <QCoreApplication>
 #include <QFileInfo>
 
+#include <csignal>
+
 namespace filmwright {
 
 namespace {
@@ -30,11 +32,12 @@ class ConvertRun : public QObject
 {
 public:
     ConvertRun(const ConvertOptions &options, const QStringList &recordings,
-               const Workspace &workspace, Interruption &interruption)
+               const QList<Unreachable> &unreachable, const Workspace &workspace,
+               Interruption &interruption)
         : m_options(options)
         , m_display(options.quiet)
         , m_calibration(options.dark, options.flat, options.flatDark)
-        , m_queue(recordings, m_display)
+        , m_queue(recordings, unreachable, m_display)
     {
         m_settings.format = options.format;
         m_settings.quality = options.quality;
@@ -136,8 +139,9 @@ int runConvert(const QStringList &arguments)
         tools << QStringLiteral("cr2hdr");
     if (!checkTools(tools))
         return ExitUnusable;
-    const QStringList recordings = findRecordings(options.paths);
-    if (recordings.isEmpty()) {
+    QList<Unreachable> unreachable;
+    const QStringList recordings = findRecordings(options.paths, &unreachable);
+    if (recordings.isEmpty() && unreachable.isEmpty()) {
         printProblem(text("no recordings found"));
         return ExitUnusable;
     }
@@ -147,6 +151,8 @@ int runConvert(const QStringList &arguments)
         printProblem(hindrance);
         return ExitUnusable;
     }
+    // Whoever read the finished movies' paths may be gone; the night's work goes on.
+    std::signal(SIGPIPE, SIG_IGN);
     Interruption interruption;
     Workspace workspace;
     const QString problem = workspace.open(options.temporaryBase, options.keepTemporary);
@@ -155,7 +161,7 @@ int runConvert(const QStringList &arguments)
         return ExitUnusable;
     }
     const QString temporary = temporaryDirectory();
-    const int status = ConvertRun(options, recordings, workspace, interruption).run();
+    const int status = ConvertRun(options, recordings, unreachable, workspace, interruption).run();
     if (options.keepTemporary)
         printProblem(text("temporary files are kept in %1").arg(temporary));
     return status;

@@ -1,19 +1,48 @@
 // SPDX-License-Identifier: MIT
 #include "cli/recordingsearch.h"
 
-#include "runner/files.h"
-
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QSet>
+
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <memory>
+#include <sys/stat.h>
+#include <utility>
+#include <vector>
 
 namespace filmwright {
 
 namespace {
 
+QString text(const char *source)
+{
+    return QCoreApplication::translate("RecordingSearch", source);
+}
+
+struct CloseDirectory
+{
+    void operator()(DIR *directory) const { closedir(directory); }
+};
+
+struct Entry
+{
+    QByteArray name; ///< as it is on the disk, which need not be text
+    QString readable;
+};
+
+/// Qt's own listings leave out names that are no UTF-8; here they must not get lost unsaid.
 class Search
 {
 public:
+    explicit Search(QList<Unreachable> *unreachable)
+        : m_unreachable(unreachable)
+    {
+    }
+
     void add(const QString &path)
     {
         const QString absolute = QDir::cleanPath(QFileInfo(path).absoluteFilePath());
@@ -23,27 +52,60 @@ public:
         }
     }
 
-    void searchFolder(const QString &folder)
+    void searchFolder(const QByteArray &folder)
     {
-        const QString canonical = QFileInfo(folder).canonicalFilePath();
-        if (m_searched.contains(canonical))
-            return;
-        m_searched << canonical;
-        for (const QString &name : folderEntries(folder)) {
-            const QString path = QDir(folder).filePath(name);
-            if (QFileInfo(path).isDir())
+        struct stat status = {};
+        if (stat(folder.constData(), &status) == 0) {
+            const std::pair identity(status.st_dev, status.st_ino);
+            if (m_searched.contains(identity))
+                return;
+            m_searched << identity;
+        }
+        for (const Entry &entry : entriesOf(folder)) {
+            const QByteArray path = folder + '/' + entry.name;
+            if (stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode))
                 searchFolder(path);
-            else if (isRecordingName(path))
-                add(path);
+            else if (!isRecordingName(entry.readable))
+                continue;
+            else if (path.isValidUtf8())
+                add(QFile::decodeName(path));
+            else
+                report(path, text("its name is no UTF-8 text; rename it"));
         }
     }
 
     QStringList recordings() const { return m_recordings; }
 
 private:
+    std::vector<Entry> entriesOf(const QByteArray &folder)
+    {
+        std::vector<Entry> entries;
+        const std::unique_ptr<DIR, CloseDirectory> directory(opendir(folder.constData()));
+        if (!directory) {
+            report(folder, text("the folder can't be read: %1").arg(qt_error_string(errno)));
+            return entries;
+        }
+        while (const dirent *entry = readdir(directory.get())) {
+            const QByteArray name(entry->d_name);
+            if (name != "." && name != "..")
+                entries.push_back({name, QString::fromUtf8(name)});
+        }
+        std::ranges::sort(entries, {}, &Entry::readable);
+        return entries;
+    }
+
+    void report(const QByteArray &path, const QString &reason)
+    {
+        if (m_unreachable) {
+            const QString absolute = QFileInfo(QString::fromUtf8(path)).absoluteFilePath();
+            m_unreachable->append({QDir::cleanPath(absolute), reason});
+        }
+    }
+
+    QList<Unreachable> *const m_unreachable;
     QStringList m_recordings;
     QSet<QString> m_known;
-    QSet<QString> m_searched;
+    QSet<std::pair<dev_t, ino_t>> m_searched;
 };
 
 } // namespace
@@ -53,12 +115,12 @@ bool isRecordingName(const QString &path)
     return QFileInfo(path).suffix().compare(QLatin1String("mlv"), Qt::CaseInsensitive) == 0;
 }
 
-QStringList findRecordings(const QStringList &paths)
+QStringList findRecordings(const QStringList &paths, QList<Unreachable> *unreachable)
 {
-    Search search;
+    Search search(unreachable);
     for (const QString &path : paths) {
         if (QFileInfo(path).isDir())
-            search.searchFolder(path);
+            search.searchFolder(QFile::encodeName(path));
         else
             search.add(path);
     }

@@ -21,20 +21,25 @@ QString text(const char *source)
     return QCoreApplication::translate("Workspace", source);
 }
 
+/// Every run makes its own.
+void removeAverages()
+{
+    for (const QLatin1String average :
+         {averagedDarkName, averagedFlatName, averagedFlatDarkName, substractedFlatName})
+        QFile::remove(QDir(temporaryDirectory()).filePath(average));
+}
+
 } // namespace
 
 Workspace::~Workspace()
 {
     if (!m_lock.isHeld() || m_keep)
         return;
-    if (m_chosen) {
-        const QDir work(temporaryDirectory());
-        for (const QLatin1String average :
-             {averagedDarkName, averagedFlatName, averagedFlatDarkName, substractedFlatName})
-            QFile::remove(work.filePath(average));
-        QDir().rmdir(work.path()); // only when nothing unfinished is in it
-    } else {
-        QDir(m_privateBase).removeRecursively();
+    if (!m_chosen) {
+        removeFolder(m_privateBase);
+    } else if (m_prepared) {
+        removeAverages();
+        QDir().rmdir(temporaryDirectory()); // only when nothing unfinished is in it
     }
     setBaseTemporaryDirectory(QString());
 }
@@ -59,14 +64,20 @@ QString Workspace::openPrivate()
         return problem;
     if (!setBaseTemporaryDirectory(m_privateBase))
         return text("the temporary folder %1 can't be written").arg(folder.path());
-    return {};
+    return prepareTemporaryDirectory();
 }
 
 QString Workspace::openChosen(const QString &base)
 {
     if (!setBaseTemporaryDirectory(QFileInfo(base).absoluteFilePath()))
         return text("the temporary folder %1 can't be written").arg(base);
-    return m_lock.take(temporaryDirectory());
+    QString problem = m_lock.take(temporaryDirectory());
+    if (problem.isEmpty())
+        problem = prepareTemporaryDirectory();
+    m_prepared = problem.isEmpty();
+    if (m_prepared)
+        removeAverages(); // of a run that was killed
+    return problem;
 }
 
 } // namespace filmwright

@@ -34,6 +34,7 @@ private:
     DirectoryLock m_lock;
     QString m_privateBase;
     bool m_chosen = false;
+    bool m_prepared = false; ///< the chosen one is ours to write and remove in
     bool m_keep = false;
 };
 

@@ -96,7 +96,7 @@ void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)
             tellLater(&MlvDumpTaskProtocol::dngExtractionFinished);
             return;
         }
-        QDir(directory).removeRecursively();
+        removeFolder(directory);
     }
     createPrivateFolder(directory);
     setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, directory));

@@ -223,7 +223,7 @@ void MLVProjectController::stop()
 
 void MLVProjectController::cleanTmpFiles()
 {
-    QDir(extractionDirectory()).removeRecursively();
+    removeFolder(extractionDirectory());
 }
 
 void MLVProjectController::metaExtractionFinished(MlvDumpTask &)

@@ -40,7 +40,7 @@ void claimUnfinishedWork(const WorkOrigin &origin, const QString &workingFolder)
     QFile existing(notePath(workingFolder));
     if (existing.open(QIODevice::ReadOnly) && existing.readAll() == note)
         return;
-    QDir(workingFolder).removeRecursively();
+    removeFolder(workingFolder);
     createPrivateFolder(QFileInfo(existing).path());
     QSaveFile fresh(existing.fileName());
     if (fresh.open(QIODevice::WriteOnly)) {

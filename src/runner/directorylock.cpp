@@ -51,7 +51,7 @@ void removeAbandonedDirectories(const QString &folder, const QString &prefix)
         const QString directory = parent.filePath(name.chopped(lockSuffix.size()));
         DirectoryLock lock;
         if (lock.take(directory).isEmpty())
-            QDir(directory).removeRecursively();
+            removeFolder(directory);
     }
 }
 

@@ -31,4 +31,13 @@ bool createPrivateFolder(const QString &path)
            QFileInfo(path).isDir();
 }
 
+void removeFolder(const QString &path)
+{
+    const QString folder = QDir::cleanPath(path); // with a separator at its end, a link is followed
+    if (QFileInfo(folder).isSymLink())
+        QFile::remove(folder);
+    else
+        QDir(folder).removeRecursively();
+}
+
 } // namespace filmwright

@@ -18,4 +18,8 @@ QString pathWithExtension(const QString &path, const QString &extension);
 /// must not be readable by others. True when the folder is there afterwards.
 bool createPrivateFolder(const QString &path);
 
+/// Removes the folder with everything in it. Links are removed themselves and never followed, also
+/// one at the folder's place; a file at its place stays. What can't be removed stays too.
+void removeFolder(const QString &path);
+
 } // namespace filmwright

@@ -3,7 +3,9 @@
 
 #include "runner/files.h"
 
+#include <QCoreApplication>
 #include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
 #include <QStandardPaths>
 
@@ -25,6 +27,23 @@ bool isOwnAndClosed(const QString &folder)
     struct stat status = {};
     return stat(QFile::encodeName(folder).constData(), &status) == 0 && S_ISDIR(status.st_mode) &&
            status.st_uid == geteuid() && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+void removeLinks(const QString &folder)
+{
+    QDirIterator entries(folder,
+                         QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        if (entries.fileInfo().isSymLink())
+            QFile::remove(path);
+    }
+}
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("TemporaryDirectory", source);
 }
 
 } // namespace
@@ -59,6 +78,27 @@ bool setBaseTemporaryDirectory(const QString &path)
     }
     storedBase() = path;
     return true;
+}
+
+QString prepareTemporaryDirectory()
+{
+    const QString directory = temporaryDirectory();
+    const QByteArray path = QFile::encodeName(directory);
+    if (!createPrivateFolder(QFileInfo(directory).absolutePath()))
+        return text("the temporary directory %1 can't be created").arg(directory);
+    if (mkdir(path.constData(), S_IRWXU) == 0)
+        return {};
+    struct stat status = {};
+    if (lstat(path.constData(), &status) != 0)
+        return text("the temporary directory %1 can't be created").arg(directory);
+    if (!S_ISDIR(status.st_mode))
+        return text("the temporary directory %1 is a link or a file").arg(directory);
+    // On disks without owners everything is the administrator's.
+    if (status.st_uid != geteuid() && status.st_uid != 0)
+        return text("the temporary directory %1 belongs to another user").arg(directory);
+    chmod(path.constData(), S_IRWXU);
+    removeLinks(directory);
+    return {};
 }
 
 } // namespace filmwright

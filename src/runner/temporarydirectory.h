@@ -24,4 +24,10 @@ QString baseTemporaryDirectory();
 /// folder. False, and the base stays what it was, when the path is no writable directory.
 bool setBaseTemporaryDirectory(const QString &path);
 
+/// Makes the working directory ready for work, before anything is read, written or removed in it:
+/// creates it when it isn't there, closes it to others, and removes links from it at any depth,
+/// because tools would write through them. Returns why it can't be used, or an empty string: a name
+/// in a folder that others can write too may have been taken by a link or by someone else's folder.
+QString prepareTemporaryDirectory();
+
 } // namespace filmwright

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "cli/recordingsearch.h"
+#include "support/ordinaryuser.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace filmwright;
 
@@ -23,6 +28,10 @@ private Q_SLOTS:
     void fileIsTakenWhateverItsName();
     void linkBackToAFolderEndsTheSearchThere();
     void partsOfASplitRecordingAreNotTakenAlone();
+    void linksThatLeadInCirclesEndTheSearch();
+    void hundredThousandFiles();
+    void nameThatIsNoTextIsTold();
+    void folderThatCannotBeReadIsTold();
 
 private:
     QString create(const char *name) const
@@ -101,6 +110,73 @@ void TestRecordingSearch::partsOfASplitRecordingAreNotTakenAlone()
     const QString clip = create("clip.MLV");
     create("clip.M00");
     QCOMPARE(findRecordings({m_folder->path()}), QStringList{clip});
+}
+
+void TestRecordingSearch::linksThatLeadInCirclesEndTheSearch()
+{
+    const QString clip = create("a/clip.MLV");
+    create("b/notes.txt");
+    QVERIFY(QFile::link(m_folder->filePath(QStringLiteral("b")),
+                        m_folder->filePath(QStringLiteral("a/b"))));
+    QVERIFY(QFile::link(m_folder->filePath(QStringLiteral("a")),
+                        m_folder->filePath(QStringLiteral("b/a"))));
+    QVERIFY(QFile::link(m_folder->filePath(QStringLiteral("self")),
+                        m_folder->filePath(QStringLiteral("self"))));
+    QCOMPARE(findRecordings({m_folder->path()}), QStringList{clip});
+}
+
+void TestRecordingSearch::hundredThousandFiles()
+{
+    const QByteArray folder = QFile::encodeName(m_folder->path());
+    const int descriptor = ::open(folder.constData(), O_RDONLY | O_DIRECTORY);
+    for (int number = 0; number < 100000; ++number)
+        mknodat(descriptor, QByteArray::number(number).constData(), S_IFREG | S_IRUSR, 0);
+    close(descriptor);
+    const QString clip = create("clip.MLV");
+    QCOMPARE(findRecordings({m_folder->path()}), QStringList{clip});
+}
+
+void TestRecordingSearch::nameThatIsNoTextIsTold()
+{
+    const QString clip = create("z.MLV");
+    const QByteArray folder = QFile::encodeName(m_folder->path());
+    for (const char *name : {"/na\xefve.MLV", "/na\xefve.txt", "/caf\xe9"}) {
+        const mode_t kind = QByteArray(name).endsWith('\xe9') ? S_IFDIR : S_IFREG;
+        const QByteArray path = folder + name;
+        QCOMPARE(kind == S_IFDIR ? mkdir(path.constData(), S_IRWXU)
+                                 : mknod(path.constData(), S_IFREG | S_IRUSR, 0),
+                 0);
+    }
+    QCOMPARE(mknod((folder + "/caf\xe9/a.mlv").constData(), S_IFREG | S_IRUSR, 0), 0);
+    QList<Unreachable> unreachable;
+    QCOMPARE(findRecordings({m_folder->path()}, &unreachable), QStringList{clip});
+    QCOMPARE(unreachable.size(), 2);
+    QCOMPARE(unreachable.at(0).path, m_folder->filePath(QStringLiteral("caf\uFFFD/a.mlv")));
+    QCOMPARE(unreachable.at(1).path, m_folder->filePath(QStringLiteral("na\uFFFDve.MLV")));
+    QCOMPARE(unreachable.at(1).reason, QStringLiteral("its name is no UTF-8 text; rename it"));
+    // Qt can't remove what it can't name.
+    for (const char *name : {"/na\xefve.MLV", "/na\xefve.txt", "/caf\xe9/a.mlv", "/caf\xe9"})
+        QCOMPARE(remove((folder + name).constData()), 0);
+}
+
+void TestRecordingSearch::folderThatCannotBeReadIsTold()
+{
+    const QString clip = create("clip.MLV");
+    const QString closed = m_folder->filePath(QStringLiteral("closed"));
+    QVERIFY(QDir().mkdir(closed));
+    QVERIFY(QFile::setPermissions(closed, QFile::Permissions()));
+    QVERIFY(QFile::setPermissions(m_folder->path(), QFile::permissions(m_folder->path()) |
+                                                        QFile::ReadOther | QFile::ExeOther |
+                                                        QFile::ReadGroup | QFile::ExeGroup));
+    QList<Unreachable> unreachable;
+    {
+        const OrdinaryUser user;
+        QCOMPARE(findRecordings({m_folder->path()}, &unreachable), QStringList{clip});
+    }
+    QCOMPARE(unreachable.size(), 1);
+    QCOMPARE(unreachable.first().path, closed);
+    QCOMPARE(unreachable.first().reason,
+             QStringLiteral("the folder can't be read: Permission denied"));
 }
 
 QTEST_GUILESS_MAIN(TestRecordingSearch)

@@ -24,6 +24,8 @@ private Q_SLOTS:
     void emptyWorkInAChosenFolderIsRemovedWithItsAverages();
     void oneRunAtATimeInAChosenFolder();
     void chosenFolderThatIsAFileIsRefused();
+    void linkInTheChosenFolderIsRefusedAndLeftAlone();
+    void averagesOfAKilledRunAreRemoved();
 
 private:
     QStringList entries() const
@@ -152,6 +154,32 @@ void TestWorkspace::chosenFolderThatIsAFileIsRefused()
     Workspace workspace;
     QCOMPARE(workspace.open(file, false),
              QStringLiteral("the temporary folder %1 can't be written").arg(file));
+}
+
+void TestWorkspace::linkInTheChosenFolderIsRefusedAndLeftAlone()
+{
+    const QString average = m_folder->filePath(QStringLiteral("precious/dark.mlv"));
+    create(average);
+    const QString base = m_folder->filePath(QStringLiteral("base"));
+    QVERIFY(QDir().mkdir(base));
+    const QString link = base + QStringLiteral("/FilmwrightTmp");
+    QVERIFY(QFile::link(QFileInfo(average).path(), link));
+    {
+        Workspace workspace;
+        QCOMPARE(workspace.open(base, false),
+                 QStringLiteral("the temporary directory %1 is a link or a file").arg(link));
+    }
+    QVERIFY(QFile::exists(average));
+    QVERIFY(QFileInfo(link).isSymLink());
+}
+
+void TestWorkspace::averagesOfAKilledRunAreRemoved()
+{
+    const QString average = m_folder->filePath(QStringLiteral("FilmwrightTmp/dark.mlv"));
+    create(average);
+    Workspace workspace;
+    QCOMPARE(workspace.open(m_folder->path(), false), QString());
+    QVERIFY(!QFile::exists(average));
 }
 
 QTEST_GUILESS_MAIN(TestWorkspace)

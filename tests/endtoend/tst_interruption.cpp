@@ -53,6 +53,7 @@ private Q_SLOTS:
     void killedConversionGoesOnWhereItStopped();
     void killedRunTakesItsToolsAlong();
     void leftoversOfAKilledRunAreRemovedByTheNext();
+    void movieOfAKilledRunIsRemovedByTheNext();
     void unfinishedWorkOfANamesakeIsNotUsed();
 
 private:
@@ -258,6 +259,26 @@ void TestInterruption::leftoversOfAKilledRunAreRemovedByTheNext()
     QVERIFY(cli.run({QStringLiteral("convert"), m_clip}));
     QCOMPARE(cli.status(), 0);
     QCOMPARE(cli.temporaryEntries(), QStringList());
+}
+
+void TestInterruption::movieOfAKilledRunIsRemovedByTheNext()
+{
+    m_tools->addTool(ffmpeg, hanging(QStringLiteral("echo half > \"$last\";")));
+    CommandLine cli;
+    cli.start({QStringLiteral("convert"), m_clip});
+    QVERIFY(waitForTool(ffmpeg));
+    QVERIFY(QFile::exists(m_movie));
+    cli.sendSignal(SIGKILL);
+    QVERIFY(cli.waitForEnd());
+    QVERIFY(QFile::exists(m_movie));
+
+    // The next run doesn't come to its own movie, and is asked for another format besides.
+    m_tools->addTool(dcraw, QStringLiteral("exit 1"));
+    QVERIFY(cli.run(
+        {QStringLiteral("convert"), QStringLiteral("--format"), QStringLiteral("avi"), m_clip}));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files | QDir::Hidden),
+             QStringList{QStringLiteral("clip.MLV")});
 }
 
 void TestInterruption::unfinishedWorkOfANamesakeIsNotUsed()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "project/moviemark.h"
+#include "support/ordinaryuser.h"
 
 #include <QDir>
 #include <QFile>
@@ -7,31 +8,8 @@
 #include <QTest>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 using namespace filmwright;
-
-namespace {
-
-/// While one lives, the tests' rights are no administrator's, to whom every folder is open.
-class OrdinaryUser
-{
-public:
-    OrdinaryUser()
-    {
-        constexpr uid_t nobody = 65534;
-        if (m_user == 0)
-            QCOMPARE(seteuid(nobody), 0);
-    }
-    ~OrdinaryUser() { QCOMPARE(seteuid(m_user), 0); }
-    OrdinaryUser(const OrdinaryUser &) = delete;
-    OrdinaryUser &operator=(const OrdinaryUser &) = delete;
-
-private:
-    const uid_t m_user = geteuid();
-};
-
-} // namespace
 
 class TestMovieMark : public QObject
 {

@@ -25,6 +25,24 @@ private Q_SLOTS:
                               QStringLiteral("tmp000010.dng")}));
     }
 
+    void removingAFolderFollowsNoLink()
+    {
+        const QTemporaryDir folder;
+        const QString precious = folder.filePath(QStringLiteral("precious"));
+        const QString photo = precious + QStringLiteral("/photo");
+        QVERIFY(QDir().mkdir(precious));
+        QVERIFY(QFile(photo).open(QIODevice::WriteOnly));
+        const QString work = folder.filePath(QStringLiteral("work"));
+        QVERIFY(QDir().mkdir(work));
+        QVERIFY(QFile::link(precious, work + QStringLiteral("/inside")));
+        QVERIFY(QFile::link(precious, folder.filePath(QStringLiteral("instead"))));
+        removeFolder(work + QLatin1Char('/'));
+        removeFolder(folder.filePath(QStringLiteral("instead/")));
+        removeFolder(photo);
+        QCOMPARE(folderEntries(folder.path()), QStringList{QStringLiteral("precious")});
+        QVERIFY(QFile::exists(photo));
+    }
+
     void missingFolderHasNoEntries()
     {
         QCOMPARE(folderEntries(QStringLiteral("/no/such/folder")), QStringList());

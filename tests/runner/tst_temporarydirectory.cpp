@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "runner/temporarydirectory.h"
+#include "support/ordinaryuser.h"
 
 #include <QDir>
 #include <QStandardPaths>
@@ -10,32 +11,6 @@
 #include <unistd.h>
 
 using namespace filmwright;
-
-namespace {
-
-/// Root may write anywhere; while one lives, the process acts as an ordinary user.
-class OrdinaryUser
-{
-public:
-    OrdinaryUser()
-    {
-        if (m_wasRoot)
-            QVERIFY2(setresuid(nobody, nobody, 0) == 0, "can't act as an ordinary user");
-    }
-    ~OrdinaryUser()
-    {
-        if (m_wasRoot && setresuid(0, 0, 0) != 0)
-            qFatal("can't act as root again");
-    }
-    OrdinaryUser(const OrdinaryUser &) = delete;
-    OrdinaryUser &operator=(const OrdinaryUser &) = delete;
-
-private:
-    static constexpr uid_t nobody = 65534;
-    const bool m_wasRoot = geteuid() == 0;
-};
-
-} // namespace
 
 class TestTemporaryDirectory : public QObject
 {
@@ -56,6 +31,11 @@ private Q_SLOTS:
     void readOnlyBaseIsRefusedAndThePreviousBaseStays();
     void baseThatCannotBeCreatedIsRefused();
     void clearingTheBaseReturnsToTheUserFolder();
+    void preparedDirectoryIsThereForTheUserAlone();
+    void preparedDirectoryIsClosedAgain();
+    void linksAreRemovedFromAPreparedDirectory();
+    void linkInPlaceOfTheDirectoryIsRefused();
+    void directoryOfAnotherUserIsRefused();
 
 private:
     std::unique_ptr<QTemporaryDir> m_folder;
@@ -147,6 +127,74 @@ void TestTemporaryDirectory::clearingTheBaseReturnsToTheUserFolder()
     QVERIFY(setBaseTemporaryDirectory(m_folder->filePath(QStringLiteral("work"))));
     QVERIFY(setBaseTemporaryDirectory(QString()));
     QCOMPARE(temporaryDirectory(), m_folder->path() + QStringLiteral("/Filmwright"));
+}
+
+void TestTemporaryDirectory::preparedDirectoryIsThereForTheUserAlone()
+{
+    const QTemporaryDir base;
+    QVERIFY(setBaseTemporaryDirectory(base.path()));
+    QCOMPARE(prepareTemporaryDirectory(), QString());
+    QCOMPARE(QFile::permissions(temporaryDirectory()) & 0x0077, QFile::Permissions());
+    QVERIFY(QFileInfo(temporaryDirectory()).isWritable());
+}
+
+void TestTemporaryDirectory::preparedDirectoryIsClosedAgain()
+{
+    const QTemporaryDir base;
+    QVERIFY(setBaseTemporaryDirectory(base.path()));
+    QCOMPARE(prepareTemporaryDirectory(), QString());
+    QVERIFY(QFile::setPermissions(temporaryDirectory(), QFile::Permissions(0x7777)));
+    QCOMPARE(prepareTemporaryDirectory(), QString());
+    QCOMPARE(QFile::permissions(temporaryDirectory()) & 0x0077, QFile::Permissions());
+}
+
+void TestTemporaryDirectory::linksAreRemovedFromAPreparedDirectory()
+{
+    const QTemporaryDir base;
+    const QTemporaryDir precious;
+    const QString frame = precious.filePath(QStringLiteral("tmp000000.dng"));
+    QVERIFY(QFile(frame).open(QIODevice::WriteOnly));
+    QVERIFY(setBaseTemporaryDirectory(base.path()));
+    const QDir directory(temporaryDirectory());
+    QVERIFY(directory.mkpath(QStringLiteral("b.MLV/hdr")));
+    const QString kept = directory.filePath(QStringLiteral("b.MLV/tmp.wav"));
+    QVERIFY(QFile(kept).open(QIODevice::WriteOnly));
+    QVERIFY(QFile::link(precious.path(), directory.filePath(QStringLiteral("a.MLV"))));
+    QVERIFY(QFile::link(frame, directory.filePath(QStringLiteral("b.MLV/hdr/tmp000000.tiff"))));
+    QVERIFY(
+        QFile::link(QStringLiteral("/nowhere"), directory.filePath(QStringLiteral("dark.mlv"))));
+    QCOMPARE(prepareTemporaryDirectory(), QString());
+    QCOMPARE(directory.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot),
+             QStringList{QStringLiteral("b.MLV")});
+    QVERIFY(QDir(directory.filePath(QStringLiteral("b.MLV/hdr"))).isEmpty());
+    QVERIFY(QFile::exists(kept));
+    QVERIFY(QFile::exists(frame));
+}
+
+void TestTemporaryDirectory::linkInPlaceOfTheDirectoryIsRefused()
+{
+    const QTemporaryDir base;
+    const QTemporaryDir precious;
+    QVERIFY(setBaseTemporaryDirectory(base.path()));
+    QVERIFY(QFile::link(precious.path(), temporaryDirectory()));
+    QCOMPARE(
+        prepareTemporaryDirectory(),
+        QStringLiteral("the temporary directory %1 is a link or a file").arg(temporaryDirectory()));
+}
+
+void TestTemporaryDirectory::directoryOfAnotherUserIsRefused()
+{
+    if (geteuid() != 0)
+        QSKIP("only an administrator can make a folder that belongs to another user");
+    const QTemporaryDir base;
+    QVERIFY(setBaseTemporaryDirectory(base.path()));
+    QVERIFY(QDir().mkdir(temporaryDirectory()));
+    QCOMPARE(chown(QFile::encodeName(temporaryDirectory()).constData(), OrdinaryUser::nobody,
+                   OrdinaryUser::nobody),
+             0);
+    QCOMPARE(prepareTemporaryDirectory(),
+             QStringLiteral("the temporary directory %1 belongs to another user")
+                 .arg(temporaryDirectory()));
 }
 
 QTEST_GUILESS_MAIN(TestTemporaryDirectory)
