@@ -36,18 +36,6 @@ void write(const QString &text)
 
 } // namespace
 
-QString progressText(const Progress &progress)
-{
-    QStringList parts{text("%1 of %2 frames").arg(progress.framesDone).arg(progress.frames)};
-    if (progress.framesPerSecond > 0)
-        parts << text("%1 frames/s").arg(QString::number(progress.framesPerSecond, 'f', 1));
-    if (progress.timeLeft)
-        parts << text("%1 left").arg(timeText(*progress.timeLeft));
-    if (progress.batchTimeLeft && progress.batchTimeLeft != progress.timeLeft)
-        parts << text("%1 in all").arg(timeText(*progress.batchTimeLeft));
-    return parts.join(QStringLiteral(", "));
-}
-
 ProgressDisplay::ProgressDisplay(bool quiet)
     : m_quiet(quiet)
     , m_terminal(!quiet && isatty(STDERR_FILENO) == 1)

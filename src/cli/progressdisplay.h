@@ -36,8 +36,4 @@ private:
     QString m_label;
 };
 
-/// "12 of 48 frames, 3.1 frames/s, 0:40 left, 5:20 in all"; the rate and the times only once they
-/// are known, that of the batch only where it is another than the recording's.
-QString progressText(const Progress &progress);
-
 } // namespace filmwright

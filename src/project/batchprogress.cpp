@@ -1,11 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "project/batchprogress.h"
 
+#include <QCoreApplication>
 #include <QLatin1Char>
+#include <QStringList>
 
 #include <utility>
 
 namespace filmwright {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("BatchProgress", source);
+}
+
+} // namespace
 
 BatchProgress::BatchProgress(Clock clock)
     : m_clock(std::move(clock))
@@ -51,6 +62,18 @@ QString timeText(TimeEstimate::Seconds time)
     if (seconds < 3600)
         return minutes + rest;
     return QStringLiteral("%1:%2").arg(seconds / 3600).arg(minutes, 2, QLatin1Char('0')) + rest;
+}
+
+QString progressText(const Progress &progress)
+{
+    QStringList parts{text("%1 of %2 frames").arg(progress.framesDone).arg(progress.frames)};
+    if (progress.framesPerSecond > 0)
+        parts << text("%1 frames/s").arg(QString::number(progress.framesPerSecond, 'f', 1));
+    if (progress.timeLeft)
+        parts << text("%1 left").arg(timeText(*progress.timeLeft));
+    if (progress.batchTimeLeft && progress.batchTimeLeft != progress.timeLeft)
+        parts << text("%1 in all").arg(timeText(*progress.batchTimeLeft));
+    return parts.join(QStringLiteral(", "));
 }
 
 } // namespace filmwright

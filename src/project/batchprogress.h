@@ -54,6 +54,10 @@ private:
     std::vector<RecordingWork> m_upcoming;
 };
 
+/// "12 of 48 frames, 3.1 frames/s, 0:40 left, 5:20 in all"; the rate and the times only once they
+/// are known, that of the batch only where it is another than the recording's.
+QString progressText(const Progress &progress);
+
 /// A time for people: "0:12", "59:03", "1:00:00". Less than a second is "0:00".
 QString timeText(TimeEstimate::Seconds time);
 

@@ -188,6 +188,7 @@ void MLVProjectController::readyToGo()
 void MLVProjectController::launchDNGExtraction()
 {
     m_mode = MLVProjectModeExtracting;
+    m_mlvDumptask->stop(false); // the tool that printed the report may not have exited yet
     m_mlvDumptask->setDarkPath(m_darkPath);
     m_mlvDumptask->setFlatPath(m_flatPath);
     m_movieMark.reset(); // of an earlier run; nobody writes that movie any more

@@ -25,4 +25,18 @@ QString resourcePath(const QString &name)
     return bundled.isEmpty() ? QStandardPaths::findExecutable(name) : bundled;
 }
 
+QStringList missingTools(const QStringList &names)
+{
+    QStringList sentences;
+    for (const QString &name : names) {
+        if (resourcePath(name).isNull()) {
+            sentences << QCoreApplication::translate(
+                             "missingTools", "the tool %1 was not found; it was looked for in "
+                                             "%2 and in the folders of PATH")
+                             .arg(name, resourceFolders().join(QStringLiteral(", ")));
+        }
+    }
+    return sentences;
+}
+
 } // namespace filmwright

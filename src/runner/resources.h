@@ -16,4 +16,8 @@ QString resourcePath(const QString &name);
 /// The folders in which resourcePath() looks before PATH, for telling where a tool was missed.
 QStringList resourceFolders();
 
+/// For each of the tools that is found nowhere, a sentence that names it and where it was looked
+/// for.
+QStringList missingTools(const QStringList &names);
+
 } // namespace filmwright

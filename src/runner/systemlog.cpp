@@ -10,9 +10,14 @@ void systemLog(const QString &line)
     qInfo().noquote().nospace() << line;
 }
 
-void systemLogFormat(QString format)
+QString withoutDirectives(QString format)
 {
-    systemLog(format.replace(QLatin1String("%%"), QLatin1String("%")));
+    return format.replace(QLatin1String("%%"), QLatin1String("%"));
+}
+
+void systemLogFormat(const QString &format)
+{
+    systemLog(withoutDirectives(format));
 }
 
 } // namespace filmwright

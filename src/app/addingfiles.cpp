@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: MIT
+// The roads on which recordings come into the queue, and the one on which they leave it.
+#include "app/appdelegate.h"
+#include "app/queuetableview.h"
+#include "app/recentdocuments.h"
+#include "runner/files.h"
+#include "ui_mainwindow.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace filmwright {
+
+namespace {
+
+bool isRecordingName(const QString &path)
+{
+    return QFileInfo(path).suffix().toLower() == QLatin1String("mlv");
+}
+
+QStringList filePaths(const QList<QUrl> &urls)
+{
+    QStringList paths;
+    for (const QUrl &url : urls) {
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    }
+    return paths;
+}
+
+} // namespace
+
+void AppDelegate::addMLVFile(const QString &path)
+{
+    if (!isRecordingName(path))
+        return;
+    if (std::any_of(m_projectList->cbegin(), m_projectList->cend(),
+                    [&path](const auto &project) { return project->mlvPath() == path; }))
+        return;
+    m_readingData = true;
+    m_ui->sourceItem->setEnabled(false);
+    m_ui->startStopItem->setEnabled(false);
+    auto project = MLVProjectController::projectWithMLVFile(path);
+    project->setDelegate(this);
+    m_failures.watch(*project);
+    m_projectList->push_back(std::move(project));
+    noteNewRecentDocument(path);
+}
+
+/// A link that leads back to a folder above is followed like any other; the file system ends that
+/// after 40 links.
+void AppDelegate::scanDirectoryForMLVFiles(const QString &folder)
+{
+    for (const QString &name : folderEntries(folder)) {
+        const QString path = QDir(folder).filePath(name);
+        if (QFileInfo(path).isDir())
+            scanDirectoryForMLVFiles(path);
+        else if (isRecordingName(path))
+            addMLVFile(path);
+    }
+}
+
+/// Any answer but "Replace" keeps the queue; so does the "Cancel" of a drop, which adds as well.
+void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
+{
+    if (!m_projectList->empty() &&
+        runAlert(QStringLiteral("Queue not empty"), QStringLiteral("Add to exisiting queue?"),
+                 QStringLiteral("Yes"), QStringLiteral("Replace"), otherButton) == 0)
+        replaceQueue();
+    if (!checkTools({QStringLiteral("mlv_dump")}))
+        return;
+    for (const QString &path : paths) {
+        if (QFileInfo(path).isDir())
+            scanDirectoryForMLVFiles(path);
+        else
+            addMLVFile(path);
+    }
+    m_ui->queueTableView->reloadData();
+    fillRecentMenu();
+    if (m_readingData)
+        m_ui->statusTextField->setText(tr("Reading recordings…"));
+}
+
+void AppDelegate::openFile()
+{
+    if (m_working) {
+        refuseWhileWorking();
+        return;
+    }
+    const QStringList paths = m_panel.recordingsAndFolders();
+    if (!paths.isEmpty())
+        addFiles(paths, QString());
+}
+
+void AppDelegate::application(const QStringList &openFiles)
+{
+    appInitialization();
+    whenNoAlertIsOpen([this, openFiles] {
+        if (m_working)
+            refuseWhileWorking();
+        else
+            addFiles(openFiles, QString());
+    });
+}
+
+void AppDelegate::applicationOpenFiles(const QStringList &paths)
+{
+    application(paths);
+}
+
+/// Whether a batch runs isn't looked at here; the drop tells.
+QueueTableDataSource::DragOperation AppDelegate::validateDrop(const QList<QUrl> &urls) const
+{
+    const QStringList paths = filePaths(urls);
+    const bool all = std::all_of(paths.cbegin(), paths.cend(), [](const QString &path) {
+        return isRecordingName(path) || QFileInfo(path).isDir();
+    });
+    return !paths.isEmpty() && all ? DragOperationCopy : DragOperationNone;
+}
+
+bool AppDelegate::acceptDrop(const QList<QUrl> &urls)
+{
+    if (m_working) {
+        refuseWhileWorking();
+        return false;
+    }
+    addFiles(filePaths(urls), QStringLiteral("Cancel"));
+    return true;
+}
+
+void AppDelegate::refuseWhileWorking()
+{
+    runAlert(QStringLiteral("Please wait"), QStringLiteral("Operation not allowed while working."),
+             QStringLiteral("Ok"));
+}
+
+void AppDelegate::replaceQueue()
+{
+    for (const auto &project : *m_projectList)
+        detach(*project);
+    deleteProjectsLater(*m_projectList);
+    m_ui->queueTableView->reloadData();
+}
+
+/// Its last report goes to nobody.
+void AppDelegate::detach(MLVProjectController &project)
+{
+    m_failures.forget(project);
+    project.setDelegate(nullptr);
+    project.stop();
+}
+
+/// A project may be in the middle of a call that led here.
+void AppDelegate::deleteProjectsLater(ProjectList &projects)
+{
+    for (auto &project : projects)
+        project.release()->deleteLater();
+    projects.clear();
+}
+
+void AppDelegate::removeSelectedProjects()
+{
+    if (m_working)
+        return;
+    const std::vector<MLVProjectController *> selected = selectedProjects();
+    const auto kept = std::stable_partition(
+        m_projectList->begin(), m_projectList->end(), [&selected](const auto &project) {
+            return std::find(selected.cbegin(), selected.cend(), project.get()) == selected.cend();
+        });
+    ProjectList removed(std::make_move_iterator(kept),
+                        std::make_move_iterator(m_projectList->end()));
+    m_projectList->erase(kept, m_projectList->end());
+    for (const auto &project : removed)
+        detach(*project);
+    deleteProjectsLater(removed);
+    m_batch.clear();
+    endReadingWhenAllAreRead();
+    m_ui->startStopItem->setEnabled(!m_readingData && !m_projectList->empty());
+    m_ui->queueTableView->reloadData();
+}
+
+} // namespace filmwright

@@ -1,0 +1,231 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "app/alertpresenter.h"
+#include "app/customtextfield.h"
+#include "app/failurewatch.h"
+#include "app/openpanel.h"
+#include "app/queuetabledatasource.h"
+#include "app/suspendinhibitor.h"
+#include "mlvdump/mlvdumptask.h"
+#include "project/batchprogress.h"
+#include "project/mlvprojectcontroller.h"
+#include "runner/directorylock.h"
+
+#include <QDialog>
+#include <QMainWindow>
+#include <QTimer>
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <vector>
+
+class QLabel;
+class SLPipeline;
+
+namespace Ui {
+class CalibrationHelp;
+class MainWindow;
+class Preferences;
+class Preprocessing;
+} // namespace Ui
+
+namespace filmwright {
+
+/// The window and everything that a person does with it: the queue, the batch that runs through it,
+/// the calibration recordings, the preferences. Each of these is a source file of its own.
+///
+/// Main thread only. Alerts and choosers run event loops of their own while they are open.
+class AppDelegate : public QObject,
+                    public MLVProjectControllerProtocol,
+                    public MlvDumpTaskProtocol,
+                    public CustomTextFieldProtocol,
+                    public QueueTableDataSource
+{
+    Q_OBJECT
+
+public:
+    /// The alerts and choosers outlive it. Nothing is shown or touched before
+    /// applicationDidFinishLaunching() or application().
+    AppDelegate(AlertPresenter &alerts, OpenPanel &panel);
+    /// Ends whatever runs and removes nothing; that is applicationWillTerminate()'s work.
+    ~AppDelegate() override;
+
+    QMainWindow *window() const { return m_window.get(); }
+    const std::vector<std::unique_ptr<MLVProjectController>> &projectList() const
+    {
+        return *m_projectList;
+    }
+    bool isWorking() const { return m_working; }
+
+    // Start-up and preferences (startup.cpp)
+
+    void applicationDidFinishLaunching();
+    /// The one-time set-up; later calls do nothing.
+    void appInitialization();
+    /// Whether the temporary directory stays at start-up and at quit.
+    bool keepTempDirectory() const;
+    /// The developer menu's item was chosen.
+    void keepTempDirectory(QAction &sender);
+    void prefTempFolderPopUpButtonChanged(int index);
+    void prefTempFolderButtonClicked();
+    /// Whether the window may close: not during a batch.
+    bool windowShouldClose() const;
+    void windowWillClose();
+    /// Ends the application, after asking when a batch runs.
+    void quit();
+    /// Call once the event loop has ended or is about to.
+    void applicationWillTerminate();
+
+    // The batch (batch.cpp)
+
+    /// Starts the batch, or stops it when it runs.
+    void start();
+    void launchWorkForNextController();
+    void enableButtons(bool enable);
+    /// Whether the averages that the chosen calibration recordings need are there.
+    bool checkCalibrationIntegrity() const;
+    void avoidSleep();
+    void allowSleep();
+    void controllerUpdated(MLVProjectController &controller) override;
+    void imageRGBReceived(const QImage &image, MLVProjectController &forController) override;
+    void controllerWorkFinished(MLVProjectController &controller) override;
+    void controllerWorkError(const QString &error) override;
+
+    // Adding files (addingfiles.cpp)
+
+    void addMLVFile(const QString &path);
+    void scanDirectoryForMLVFiles(const QString &folder);
+    void openFile();
+    /// Files handed over by the desktop or the command line; also before the launch has finished.
+    void application(const QStringList &openFiles);
+    void applicationOpenFiles(const QStringList &paths);
+    DragOperation validateDrop(const QList<QUrl> &urls) const override;
+    bool acceptDrop(const QList<QUrl> &urls) override;
+    /// Takes the selected recordings out of the queue; not during a batch.
+    void removeSelectedProjects();
+
+    // Calibration recordings (calibration.cpp)
+
+    void openDark();
+    void openFlatField();
+    void openFlatDarkField();
+    void processingDarkFinished(MlvDumpTask &task) override;
+    void processingFlatFinished(MlvDumpTask &task) override;
+    void processingFlatDarkFinished(MlvDumpTask &task) override;
+    void processingFlatDarkSubstractionFinished(MlvDumpTask &task) override;
+    void askUserForDarkVOverwrite(const MlvDumpTask &task);
+    void askUserForFlatOverwrite(const MlvDumpTask &task);
+    void askUserForFlatDarkVOverwrite(const MlvDumpTask &task);
+    /// "1.50 GB": a size in bytes, in steps of 1000.
+    static QString readableFileSize(double bytes);
+    void fieldDeleted(CustomTextField &field) override;
+    void showPreprocessingPanel(const QString &text);
+    void hidePreprocessingPanel();
+    void showCalibrationHelp();
+    void hideCalibrationHelp();
+    void error(const QString &error, MlvDumpTask &forTask) override;
+    // A calibration run has none of these ends.
+    void metaExtractionFinished(MlvDumpTask &) override {}
+    void dngExtractionFinished(MlvDumpTask &) override {}
+    void dngExtractionAborted(MlvDumpTask &) override {}
+
+    // The queue table (queuetable.cpp)
+
+    int numberOfRowsInTableView(QueueTableView &tableView) const override;
+    QString objectValueForTableColumn(const QString &column, int row) const override;
+    QWidget *viewForTableColumn(QueueTableView &tableView, const QString &column, int row) override;
+    QString toolTipForTableColumn(const QString &column, int row) const override;
+    /// For a table that draws its cells itself; takes the rows in the order of the list.
+    void willDisplayCell(QLabel &cell, const QString &forTableColumn, int row) const;
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    using ProjectList = std::vector<std::unique_ptr<MLVProjectController>>;
+    struct CalibrationKind;
+
+    void connectWindow();
+    void restoreTemporaryFolder();
+    void tellUnusableTemporaryFolder();
+    bool lockTemporaryDirectory();
+    void showDeveloperMenu();
+    void restoreWindow();
+    void saveWindow() const;
+    void fillRecentMenu();
+    void showAbout();
+
+    int runAlert(const QString &title, const QString &message, const QString &defaultButton,
+                 const QString &alternateButton = {}, const QString &otherButton = {});
+    void whenNoAlertIsOpen(std::function<void()> call);
+    void runNextDeferredCall();
+    bool checkTools(const QStringList &names);
+
+    void startBatch();
+    void stopBatch();
+    void launch(MLVProjectController &controller);
+    void skip(MLVProjectController &controller, const QString &reason);
+    void watchProgress(const MLVProjectController &controller);
+    void endBatch();
+    void endReadingWhenAllAreRead();
+    void projectJudged(MLVProjectController &project, bool stuck);
+    void tellResult();
+    void showStatus();
+
+    void addFiles(const QStringList &paths, const QString &otherButton);
+    void refuseWhileWorking();
+    void replaceQueue();
+    void detach(MLVProjectController &project);
+    static void deleteProjectsLater(ProjectList &projects);
+
+    static const CalibrationKind darkKind;
+    static const CalibrationKind flatKind;
+    static const CalibrationKind flatDarkKind;
+    void openCalibration(const CalibrationKind &kind);
+    void averagingFinished(MlvDumpTask &task, const CalibrationKind &kind);
+    void substractWhenComplete();
+    void askUserForOverwrite(const MlvDumpTask &task, const CalibrationKind &kind);
+    void checkPreprocessTask();
+    void cancelPreprocessing();
+
+    MLVProjectController &projectAtRow(int row) const;
+    std::vector<MLVProjectController *> selectedProjects() const;
+    void updateRecordingMenu();
+    void playMovie();
+    void showSelected();
+
+    AlertPresenter &m_alerts;
+    OpenPanel &m_panel;
+    std::unique_ptr<QMainWindow> m_window;
+    std::unique_ptr<Ui::MainWindow> m_ui;
+    std::unique_ptr<QDialog> m_prefWindow;
+    std::unique_ptr<Ui::Preferences> m_prefUi;
+    std::unique_ptr<QDialog> m_calibrationHelpPanel;
+    std::unique_ptr<Ui::CalibrationHelp> m_calibrationHelpUi;
+    std::unique_ptr<QDialog> m_preprocessPanel;
+    std::unique_ptr<Ui::Preprocessing> m_preprocessUi;
+
+    std::unique_ptr<ProjectList> m_projectList; // null before appInitialization()
+    std::unique_ptr<SLPipeline> m_projectControllerPipeline;
+    bool m_working = false;
+    bool m_readingData = false;
+    quint32 m_assertionID = 0;
+    QString m_darkPath;
+    QString m_flatPath;
+    QString m_flatDarkPath;
+    double m_globalProgress = -1.0;
+    std::shared_ptr<MlvDumpTask> m_preprocessTask;
+
+    const CalibrationKind *m_lastCalibration = nullptr; // the one that was chosen last
+    std::vector<MLVProjectController *> m_batch;        // those launched, the running one last
+    DirectoryLock m_directoryLock;
+    FailureWatch m_failures;
+    BatchProgress m_progress;
+    SuspendInhibitor m_suspendInhibitor;
+    QTimer m_statusTimer;
+    int m_openAlerts = 0;
+    std::deque<std::function<void()>> m_callsAfterAlert;
+};
+
+} // namespace filmwright

@@ -1,0 +1,321 @@
+// SPDX-License-Identifier: MIT
+// The three calibration recordings, their averages in the temporary directory, and the offer to
+// put an average in the place of its recording.
+#include "app/appdelegate.h"
+#include "app/progressindicator.h"
+#include "mlvdump/mlvdumparguments.h"
+#include "runner/systemlog.h"
+#include "runner/taskwrapper.h"
+#include "runner/temporarydirectory.h"
+#include "ui_calibrationhelp.h"
+#include "ui_mainwindow.h"
+#include "ui_preprocessing.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <array>
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace filmwright {
+
+/// What tells the three apart.
+struct AppDelegate::CalibrationKind
+{
+    QString AppDelegate::*path;
+    CustomTextField *Ui::MainWindow::*field;
+    void (MlvDumpTask::*setPath)(const QString &path);
+    void (MlvDumpTask::*average)();
+    QLatin1String averageName;
+    QLatin1String panelTitle;
+    QLatin1String questionTitle;
+    QLatin1String question;
+};
+
+const AppDelegate::CalibrationKind AppDelegate::darkKind{
+    &AppDelegate::m_darkPath,
+    &Ui::MainWindow::darkTextField,
+    &MlvDumpTask::setDarkPath,
+    &MlvDumpTask::prepareDark,
+    averagedDarkName,
+    QLatin1String("Choose the dark recording"),
+    QLatin1String("Dark ready"),
+    QLatin1String("Overwrite original MLV file with averaged dark in order to save disk space "
+                  "(%@->%@)?")};
+
+const AppDelegate::CalibrationKind AppDelegate::flatKind{
+    &AppDelegate::m_flatPath,
+    &Ui::MainWindow::flatTextField,
+    &MlvDumpTask::setFlatPath,
+    &MlvDumpTask::prepareFlat,
+    averagedFlatName,
+    QLatin1String("Choose the flat recording"),
+    QLatin1String("Flat ready"),
+    QLatin1String("Overwrite original MLV file with averaged flat in order to save disk space "
+                  "(%@->%@)?")};
+
+const AppDelegate::CalibrationKind AppDelegate::flatDarkKind{
+    &AppDelegate::m_flatDarkPath, &Ui::MainWindow::flatDarkTextField, &MlvDumpTask::setFlatDarkPath,
+    &MlvDumpTask::prepareFlatDark, averagedFlatDarkName,
+    QLatin1String("Choose the dark recording of the flat"), QLatin1String("Flat Dark ready"),
+    // It speaks of a dark, as the question about the dark does.
+    QLatin1String("Overwrite original MLV file with averaged dark in order to save disk space "
+                  "(%@->%@)?")};
+
+namespace {
+
+/// Lets the sheet's animation stop before the question comes.
+constexpr auto pauseBeforeQuestion = 100ms;
+
+/// The task may be in the middle of a call when its last owner lets go.
+std::shared_ptr<MlvDumpTask> makeTask()
+{
+    return {MlvDumpTask::mlvDumpTask().release(), [](MlvDumpTask *task) {
+                task->setDelegate(nullptr);
+                task->deleteLater();
+            }};
+}
+
+void removeFromTemporaryDirectory(const QString &name)
+{
+    QFile::remove(QDir(temporaryDirectory()).filePath(name));
+}
+
+/// Puts a copy of `source` in the place of `target` in one step: whatever fails, `target` is the
+/// one or the other.
+bool replaceFile(const QString &target, const QString &source)
+{
+    QFile average(source);
+    QSaveFile replacement(target);
+    if (!average.open(QIODevice::ReadOnly) || !replacement.open(QIODevice::WriteOnly))
+        return false;
+    std::array<char, 1 << 16> buffer;
+    qint64 length = 0;
+    while ((length = average.read(buffer.data(), buffer.size())) > 0)
+        replacement.write(buffer.data(), length);
+    if (length < 0)
+        replacement.cancelWriting();
+    return replacement.commit();
+}
+
+} // namespace
+
+void AppDelegate::openDark()
+{
+    openCalibration(darkKind);
+}
+
+void AppDelegate::openFlatField()
+{
+    openCalibration(flatKind);
+}
+
+void AppDelegate::openFlatDarkField()
+{
+    openCalibration(flatDarkKind);
+}
+
+void AppDelegate::openCalibration(const CalibrationKind &kind)
+{
+    const QString path = m_panel.recording(tr(kind.panelTitle.data()));
+    if (path.isEmpty() || !checkTools({QStringLiteral("mlv_dump")}))
+        return;
+    this->*kind.path = path;
+    (m_ui.get()->*kind.field)->setStringValue(QFileInfo(path).fileName());
+    m_lastCalibration = &kind;
+    showPreprocessingPanel(QStringLiteral("Averaging frames"));
+    const std::shared_ptr<MlvDumpTask> task = makeTask();
+    m_preprocessTask = task;
+    task->setDelegate(this);
+    (task.get()->*kind.setPath)(path);
+    (task.get()->*kind.average)();
+}
+
+void AppDelegate::showPreprocessingPanel(const QString &text)
+{
+    m_preprocessUi->preprocessProgress->setIndeterminate(true);
+    m_preprocessUi->preprocessProgress->startAnimation();
+    m_preprocessUi->preprocessTextField->setText(text);
+    m_preprocessPanel->open();
+}
+
+void AppDelegate::hidePreprocessingPanel()
+{
+    m_preprocessUi->preprocessProgress->stopAnimation();
+    m_preprocessPanel->setResult(0);
+    m_preprocessPanel->hide();
+}
+
+void AppDelegate::processingDarkFinished(MlvDumpTask &task)
+{
+    averagingFinished(task, darkKind);
+}
+
+void AppDelegate::processingFlatFinished(MlvDumpTask &task)
+{
+    averagingFinished(task, flatKind);
+    substractWhenComplete();
+}
+
+void AppDelegate::processingFlatDarkFinished(MlvDumpTask &task)
+{
+    averagingFinished(task, flatDarkKind);
+    substractWhenComplete();
+}
+
+void AppDelegate::averagingFinished(MlvDumpTask &task, const CalibrationKind &kind)
+{
+    const std::shared_ptr<MlvDumpTask> finished = std::exchange(m_preprocessTask, nullptr);
+    if (!task.error().isEmpty()) {
+        (this->*kind.path).clear();
+        (m_ui.get()->*kind.field)->setStringValue(QString());
+        hidePreprocessingPanel();
+    } else if (task.videoFrames() >= 2) {
+        m_preprocessUi->preprocessProgress->stopAnimation();
+        QTimer::singleShot(pauseBeforeQuestion, this, [this, finished, &kind] {
+            whenNoAlertIsOpen([this, finished, &kind] { askUserForOverwrite(*finished, kind); });
+        });
+    } else if (task.videoFrames() == 1) {
+        hidePreprocessingPanel();
+    } else {
+        // The sheet stays: only the person can tell what to do without a frame.
+        QFile::remove(task.extractionDirectory() + kind.averageName);
+    }
+}
+
+void AppDelegate::substractWhenComplete()
+{
+    if (m_flatPath.isEmpty() || m_flatDarkPath.isEmpty())
+        return;
+    showPreprocessingPanel(QStringLiteral("Substracting flat dark from flat."));
+    const std::shared_ptr<MlvDumpTask> task = makeTask();
+    m_preprocessTask = task;
+    task->setDelegate(this);
+    task->setFlatDarkPath(m_flatDarkPath);
+    task->setFlatPath(m_flatPath);
+    task->substractFlatDark();
+}
+
+void AppDelegate::processingFlatDarkSubstractionFinished(MlvDumpTask &task)
+{
+    if (task.videoFrames() == 0)
+        QFile::remove(task.extractionDirectory() + substractedFlatName);
+    m_preprocessTask.reset();
+    hidePreprocessingPanel();
+}
+
+void AppDelegate::askUserForDarkVOverwrite(const MlvDumpTask &task)
+{
+    askUserForOverwrite(task, darkKind);
+}
+
+void AppDelegate::askUserForFlatOverwrite(const MlvDumpTask &task)
+{
+    askUserForOverwrite(task, flatKind);
+}
+
+void AppDelegate::askUserForFlatDarkVOverwrite(const MlvDumpTask &task)
+{
+    askUserForOverwrite(task, flatDarkKind);
+}
+
+void AppDelegate::askUserForOverwrite(const MlvDumpTask &task, const CalibrationKind &kind)
+{
+    const QString average = task.extractionDirectory() + kind.averageName;
+    const QString recording = task.mlvPath();
+    if (!QFileInfo::exists(average)) { // cancelled in the meantime
+        hidePreprocessingPanel();
+        return;
+    }
+    QString message = kind.question;
+    for (const QString &path : {recording, average}) {
+        message.replace(message.indexOf(QLatin1String("%@")), 2,
+                        readableFileSize(static_cast<double>(QFileInfo(path).size())));
+    }
+    if (runAlert(kind.questionTitle, message, QStringLiteral("No"), QStringLiteral("Yes")) == 0) {
+        m_preprocessUi->preprocessProgress->startAnimation();
+        m_preprocessUi->preprocessTextField->setText(QStringLiteral("Replacing original file."));
+        m_preprocessUi->preprocessTextField->repaint();
+        if (!replaceFile(recording, average))
+            m_ui->statusTextField->setText(tr("%1 could not be replaced; it is as it was")
+                                               .arg(QFileInfo(recording).fileName()));
+    }
+    hidePreprocessingPanel();
+}
+
+QString AppDelegate::readableFileSize(double bytes)
+{
+    static const QStringList units{
+        QStringLiteral("bytes"), QStringLiteral("KB"), QStringLiteral("MB"),
+        QStringLiteral("GB"),    QStringLiteral("TB"), QStringLiteral("PB"),
+        QStringLiteral("EB"),    QStringLiteral("ZB"), QStringLiteral("YB")};
+    qsizetype unit = 0;
+    while (bytes > 1000.0) {
+        bytes /= 1000.0;
+        ++unit;
+    }
+    return QStringLiteral("%1 %2").arg(QString::number(bytes, 'f', 2), units.at(unit));
+}
+
+void AppDelegate::fieldDeleted(CustomTextField &field)
+{
+    if (&field == m_ui->darkTextField) {
+        m_darkPath.clear();
+        removeFromTemporaryDirectory(averagedDarkName);
+    } else if (&field == m_ui->flatTextField) {
+        m_flatPath.clear();
+        removeFromTemporaryDirectory(averagedFlatName);
+        removeFromTemporaryDirectory(substractedFlatName);
+    } else if (&field == m_ui->flatDarkTextField) {
+        m_flatDarkPath.clear();
+        removeFromTemporaryDirectory(averagedFlatDarkName);
+        removeFromTemporaryDirectory(substractedFlatName);
+    }
+}
+
+void AppDelegate::error(const QString &error, MlvDumpTask &)
+{
+    whenNoAlertIsOpen([this, error] {
+        runAlert(QStringLiteral("Process aborted"), error, QStringLiteral("Ok"));
+    });
+}
+
+/// A tool that dies without a word would leave the sheet up for ever.
+void AppDelegate::checkPreprocessTask()
+{
+    if (!m_preprocessTask || m_preprocessTask->isRunning())
+        return;
+    cancelPreprocessing();
+    whenNoAlertIsOpen([this] {
+        runAlert(QStringLiteral("Process aborted"),
+                 tr("mlv_dump ended before the calibration was ready."), QStringLiteral("Ok"));
+    });
+}
+
+/// Takes back the choice that led to what is being worked on.
+void AppDelegate::cancelPreprocessing()
+{
+    if (const std::shared_ptr<MlvDumpTask> task = std::exchange(m_preprocessTask, nullptr)) {
+        task->setDelegate(nullptr);
+        task->stop(false);
+    }
+    if (m_lastCalibration)
+        (m_ui.get()->*m_lastCalibration->field)->deleteClicked();
+    hidePreprocessingPanel();
+}
+
+void AppDelegate::showCalibrationHelp()
+{
+    m_calibrationHelpPanel->open();
+}
+
+void AppDelegate::hideCalibrationHelp()
+{
+    m_calibrationHelpPanel->hide();
+    m_calibrationHelpPanel->setResult(0);
+}
+
+} // namespace filmwright

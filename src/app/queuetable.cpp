@@ -1,0 +1,200 @@
+// SPDX-License-Identifier: MIT
+// What the queue table shows, newest recording first, and what can be done with its rows.
+#include "app/appdelegate.h"
+#include "app/filereveal.h"
+#include "app/progressindicator.h"
+#include "app/progresstablecellview.h"
+#include "app/queuetableview.h"
+#include "app/showinfindertablecellview.h"
+#include "ui_mainwindow.h"
+
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace filmwright {
+
+namespace {
+
+QString exposureText(const MLVProjectController &project)
+{
+    const double seconds = project.shutter();
+    QString shutter = QStringLiteral("%1 sec").arg(seconds, 0, 'f', 1);
+    if (seconds < 1.0) {
+        // A shutter of 0 shows a number without meaning.
+        const double parts =
+            std::min<double>(std::round(1.0 / seconds), std::numeric_limits<int>::max());
+        shutter = QStringLiteral("1/%1 sec").arg(static_cast<int>(parts));
+    }
+    // No decimals: f/2.8 shows as f/3.
+    return QStringLiteral("%1\nISO %2\n%3 f/%4")
+        .arg(shutter)
+        .arg(project.iso())
+        .arg(project.focal())
+        .arg(static_cast<double>(project.aperture()), 0, 'f', 0);
+}
+
+QString fileText(const MLVProjectController &project)
+{
+    const QString name = QFileInfo(project.mlvPath()).fileName();
+    if (project.mlvProjectMode() == MLVProjectModeReadingData)
+        return name;
+    return QStringLiteral("%1\n%2\n%3 frames")
+        .arg(name, project.resolution())
+        .arg(project.videoFrames());
+}
+
+QString cameraText(const MLVProjectController &project)
+{
+    const QString lens = project.lens().isEmpty() ? QStringLiteral("Unknow lens") : project.lens();
+    return QStringLiteral("%1\n%2").arg(project.camera(), lens);
+}
+
+/// One step of the bar for each finished stage. The range is set when the metadata is read; the
+/// later modes rely on it.
+void showMode(ProgressIndicator &bar, MLVProjectMode mode)
+{
+    const auto show = [&bar](double value, bool works) {
+        bar.setIndeterminate(false);
+        bar.setDoubleValue(value);
+        if (works)
+            bar.startAnimation();
+        else
+            bar.stopAnimation();
+    };
+    switch (mode) {
+    case MLVProjectModeReadingData:
+        bar.setIndeterminate(true);
+        bar.startAnimation();
+        break;
+    case MLVProjectModeReady:
+        bar.setMinValue(0.0);
+        bar.setMaxValue(3.0);
+        show(0, false);
+        break;
+    case MLVProjectModeIdle:
+    case MLVProjectModePending:
+        show(0, false);
+        break;
+    case MLVProjectModeExtracting:
+        show(0, true);
+        break;
+    case MLVProjectModeRGBConversion:
+        show(1, true);
+        break;
+    case MLVProjectModeBuildingMovie:
+        show(2, true);
+        break;
+    case MLVProjectModeFinished:
+        show(3, false);
+        break;
+    }
+}
+
+} // namespace
+
+int AppDelegate::numberOfRowsInTableView(QueueTableView &) const
+{
+    return m_projectList ? static_cast<int>(m_projectList->size()) : 0;
+}
+
+MLVProjectController &AppDelegate::projectAtRow(int row) const
+{
+    return *m_projectList->at(m_projectList->size() - 1 - static_cast<std::size_t>(row));
+}
+
+QString AppDelegate::objectValueForTableColumn(const QString &column, int row) const
+{
+    const MLVProjectController &project = projectAtRow(row);
+    const bool read = project.mlvProjectMode() != MLVProjectModeReadingData;
+    if (column == QLatin1String("File"))
+        return fileText(project);
+    if (column == QLatin1String("Camera"))
+        return read ? cameraText(project) : QLatin1String("");
+    if (column == QLatin1String("Exposure"))
+        return read ? exposureText(project) : QLatin1String("");
+    return {};
+}
+
+QWidget *AppDelegate::viewForTableColumn(QueueTableView &tableView, const QString &column, int row)
+{
+    MLVProjectController &project = projectAtRow(row);
+    if (column == QLatin1String("State")) {
+        auto *view = tableView.makeView<ProgressTableCellView>(column, row);
+        view->textField()->setText(project.state());
+        view->setController(&project);
+        view->setFailure(m_failures.failure(project));
+        showMode(*view->progressIndicator(), project.mlvProjectMode());
+        return view;
+    }
+    if (column == QLatin1String("Show")) {
+        auto *view = tableView.makeView<ShowInFinderTableCellView>(column, row);
+        view->setController(&project);
+        return view;
+    }
+    return nullptr;
+}
+
+void AppDelegate::willDisplayCell(QLabel &cell, const QString &forTableColumn, int row) const
+{
+    if (forTableColumn == QLatin1String("State"))
+        cell.setText(m_projectList->at(static_cast<std::size_t>(row))->state());
+}
+
+QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
+{
+    const MLVProjectController &project = projectAtRow(row);
+    if (column == QLatin1String("File"))
+        return QDir::toNativeSeparators(project.mlvPath());
+    if (column == QLatin1String("State"))
+        return project.state();
+    return objectValueForTableColumn(column, row);
+}
+
+std::vector<MLVProjectController *> AppDelegate::selectedProjects() const
+{
+    std::vector<MLVProjectController *> projects;
+    for (const int row : m_ui->queueTableView->selectedRows())
+        projects.push_back(&projectAtRow(row));
+    return projects;
+}
+
+void AppDelegate::updateRecordingMenu()
+{
+    const std::vector<MLVProjectController *> selected = selectedProjects();
+    const bool any = !selected.empty();
+    const bool one = selected.size() == 1;
+    const auto all = [&](bool (MLVProjectController::*isSet)() const) {
+        return any && std::all_of(selected.cbegin(), selected.cend(),
+                                  [isSet](const auto *project) { return (project->*isSet)(); });
+    };
+    m_ui->playMovieMenuItem->setEnabled(
+        one && selected.front()->mlvProjectMode() == MLVProjectModeFinished &&
+        QFileInfo::exists(selected.front()->moviePath()));
+    m_ui->showMenuItem->setEnabled(one);
+    m_ui->removeMenuItem->setEnabled(any && !m_working);
+    m_ui->mergeNeighboursMenuItem->setEnabled(any && !m_working);
+    m_ui->mergeNeighboursMenuItem->setChecked(all(&MLVProjectController::dualISO));
+    m_ui->blendRowsMenuItem->setEnabled(any && !m_working);
+    m_ui->blendRowsMenuItem->setChecked(all(&MLVProjectController::blendsAlternatingRows));
+}
+
+void AppDelegate::playMovie()
+{
+    const std::vector<MLVProjectController *> selected = selectedProjects();
+    if (!selected.empty())
+        QDesktopServices::openUrl(QUrl::fromLocalFile(selected.front()->moviePath()));
+}
+
+void AppDelegate::showSelected()
+{
+    const std::vector<MLVProjectController *> selected = selectedProjects();
+    if (!selected.empty())
+        revealFile(selected.front()->mlvPath());
+}
+
+} // namespace filmwright

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "app/queuetablemodel.h"
+
+#include "app/queuetabledatasource.h"
+
+namespace filmwright {
+
+QueueTableModel::QueueTableModel(QueueTableView &tableView)
+    : m_tableView(tableView)
+{
+}
+
+void QueueTableModel::setDataSource(QueueTableDataSource *dataSource)
+{
+    m_dataSource = dataSource;
+    reload();
+}
+
+void QueueTableModel::reload()
+{
+    const int rows = m_dataSource ? m_dataSource->numberOfRowsInTableView(m_tableView) : 0;
+    if (rows > m_rows) {
+        beginInsertRows({}, 0, rows - m_rows - 1);
+        m_rows = rows;
+        endInsertRows();
+    } else if (rows < m_rows) {
+        beginResetModel();
+        m_rows = rows;
+        endResetModel();
+    }
+    if (rows > 0)
+        Q_EMIT dataChanged(index(0, 0), index(rows - 1, columnCount() - 1));
+}
+
+int QueueTableModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : m_rows;
+}
+
+int QueueTableModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(queueTableColumns.size());
+}
+
+QVariant QueueTableModel::data(const QModelIndex &index, int role) const
+{
+    if (!m_dataSource || !index.isValid())
+        return {};
+    const QString column = queueTableColumns.at(index.column());
+    switch (role) {
+    case Qt::DisplayRole:
+        return m_dataSource->objectValueForTableColumn(column, index.row());
+    case Qt::ToolTipRole:
+    case Qt::AccessibleTextRole:
+        return m_dataSource->toolTipForTableColumn(column, index.row());
+    case Qt::TextAlignmentRole:
+        return QVariant::fromValue(Qt::Alignment(Qt::AlignLeft | Qt::AlignVCenter));
+    default:
+        return {};
+    }
+}
+
+QVariant QueueTableModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
+        return {};
+    static const QStringList titles{tr("File"), tr("Camera"), tr("Exposure"), tr("State"),
+                                    tr("Show")};
+    return titles.value(section);
+}
+
+} // namespace filmwright

@@ -1,0 +1,190 @@
+// SPDX-License-Identifier: MIT
+#include "app/queuetableview.h"
+
+#include "app/queuetabledatasource.h"
+
+#include <QDragEnterEvent>
+#include <QHeaderView>
+#include <QMimeData>
+#include <QPainter>
+
+#include <algorithm>
+
+namespace filmwright {
+
+namespace {
+
+constexpr int linesPerRow = 3;
+constexpr int rowPadding = 10;
+
+} // namespace
+
+QueueTableView::QueueTableView(QWidget *parent)
+    : QTableView(parent)
+    , m_model(*this)
+{
+    setModel(&m_model);
+    setAcceptDrops(true);
+    setSelectionBehavior(SelectRows);
+    setAlternatingRowColors(true);
+    setShowGrid(false);
+    setWordWrap(false);
+    setTextElideMode(Qt::ElideMiddle);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setTabKeyNavigation(false);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    horizontalHeader()->setHighlightSections(false);
+    horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    fitRowHeight();
+    m_updateViews.setSingleShot(true);
+    connect(&m_updateViews, &QTimer::timeout, this, &QueueTableView::updateVisibleViews);
+}
+
+void QueueTableView::setDataSource(QueueTableDataSource *dataSource)
+{
+    m_dataSource = dataSource;
+    m_model.setDataSource(dataSource);
+    updateVisibleViews();
+}
+
+void QueueTableView::reloadData()
+{
+    m_model.reload();
+    if (!m_updateViews.isActive())
+        m_updateViews.start(0);
+}
+
+QModelIndex QueueTableView::cell(const QString &column, int row) const
+{
+    return m_model.index(row, static_cast<int>(queueTableColumns.indexOf(column)));
+}
+
+void QueueTableView::updateVisibleViews()
+{
+    if (!m_dataSource || m_model.rowCount() == 0)
+        return;
+    const int below = rowAt(viewport()->height() - 1);
+    const int first = qMax(rowAt(0), 0);
+    const int last = below < 0 ? m_model.rowCount() - 1 : below;
+    for (const QPersistentModelIndex &index : std::as_const(m_cellsWithViews)) {
+        if (index.isValid() && (index.row() < first || index.row() > last))
+            setIndexWidget(index, nullptr);
+    }
+    m_cellsWithViews.clear();
+    for (int row = first; row <= last; ++row) {
+        for (const QString &column : queueTableColumns) {
+            if (m_dataSource->viewForTableColumn(*this, column, row))
+                m_cellsWithViews << cell(column, row);
+        }
+    }
+}
+
+QList<int> QueueTableView::selectedRows() const
+{
+    QList<int> rows;
+    for (const QModelIndex &index : selectionModel()->selectedRows())
+        rows << index.row();
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+void QueueTableView::selectionChanged(const QItemSelection &selected,
+                                      const QItemSelection &deselected)
+{
+    QTableView::selectionChanged(selected, deselected);
+    Q_EMIT selectedRowsChanged();
+}
+
+void QueueTableView::fitRowHeight()
+{
+    verticalHeader()->setDefaultSectionSize(linesPerRow * fontMetrics().lineSpacing() + rowPadding);
+}
+
+void QueueTableView::changeEvent(QEvent *event)
+{
+    QTableView::changeEvent(event);
+    if (event->type() == QEvent::FontChange)
+        fitRowHeight();
+}
+
+void QueueTableView::resizeEvent(QResizeEvent *event)
+{
+    QTableView::resizeEvent(event);
+    updateVisibleViews();
+}
+
+void QueueTableView::scrollContentsBy(int dx, int dy)
+{
+    QTableView::scrollContentsBy(dx, dy);
+    updateVisibleViews();
+}
+
+void QueueTableView::paintEvent(QPaintEvent *event)
+{
+    QTableView::paintEvent(event);
+    if (m_model.rowCount() == 0)
+        paintInvitation();
+    if (m_dropHighlight) {
+        QPainter painter(viewport());
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 3));
+        painter.drawRect(viewport()->rect().adjusted(1, 1, -2, -2));
+    }
+}
+
+void QueueTableView::paintInvitation()
+{
+    QPainter painter(viewport());
+    painter.setPen(palette().color(QPalette::Text));
+    QFont large = font();
+    large.setPointSizeF(large.pointSizeF() * 1.4);
+    painter.setFont(large);
+    const QRect middle = viewport()->rect().adjusted(16, 0, -16, 0);
+    QRect written;
+    painter.drawText(middle, Qt::AlignCenter | Qt::TextWordWrap,
+                     tr("Drop MLV recordings or folders here"), &written);
+    painter.setFont(font());
+    painter.drawText(middle.adjusted(0, written.bottom() + fontMetrics().lineSpacing() / 2, 0, 0),
+                     Qt::AlignHCenter | Qt::TextWordWrap, tr("or choose them with Open… (Ctrl+O)"));
+}
+
+void QueueTableView::showDropHighlight(bool shown)
+{
+    m_dropHighlight = shown;
+    viewport()->update();
+}
+
+void QueueTableView::dragEnterEvent(QDragEnterEvent *event)
+{
+    const bool welcome = m_dataSource && m_dataSource->validateDrop(event->mimeData()->urls()) ==
+                                             QueueTableDataSource::DragOperationCopy;
+    showDropHighlight(welcome);
+    if (!welcome) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+}
+
+/// What is dragged was judged when it came; where it is dropped doesn't matter.
+void QueueTableView::dragMoveEvent(QDragMoveEvent *event)
+{
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(m_dropHighlight);
+}
+
+void QueueTableView::dragLeaveEvent(QDragLeaveEvent *)
+{
+    showDropHighlight(false);
+}
+
+void QueueTableView::dropEvent(QDropEvent *event)
+{
+    showDropHighlight(false);
+    event->setDropAction(Qt::CopyAction);
+    event->setAccepted(m_dataSource && m_dataSource->acceptDrop(event->mimeData()->urls()));
+}
+
+} // namespace filmwright

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "app/queuetablemodel.h"
+
+#include <QTableView>
+#include <QTimer>
+
+namespace filmwright {
+
+class QueueTableDataSource;
+
+/// The table of the queue: rows of three lines, recordings and folders can be dropped anywhere on
+/// it. Only rows that can be seen have cell views, so that a long queue costs no more than a short
+/// one.
+class QueueTableView : public QTableView
+{
+    Q_OBJECT
+
+public:
+    explicit QueueTableView(QWidget *parent = nullptr);
+
+    /// Not owned; cleared by its owner before it goes away.
+    void setDataSource(QueueTableDataSource *dataSource);
+
+    /// Asks the data source anew for everything that is shown: for the number of rows at once, for
+    /// the rest in the next event, so that many calls in a row cost no more than one.
+    void reloadData();
+
+    /// The view at a cell, which is made when there is none yet. Called by the data source while it
+    /// is asked for that cell's view.
+    template <typename View>
+    View *makeView(const QString &column, int row);
+
+    /// The selected rows in ascending order.
+    QList<int> selectedRows() const;
+
+Q_SIGNALS:
+    void selectedRowsChanged();
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void resizeEvent(QResizeEvent *event) override;
+    void changeEvent(QEvent *event) override;
+    void scrollContentsBy(int dx, int dy) override;
+    void selectionChanged(const QItemSelection &selected,
+                          const QItemSelection &deselected) override;
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dragMoveEvent(QDragMoveEvent *event) override;
+    void dragLeaveEvent(QDragLeaveEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+private:
+    QModelIndex cell(const QString &column, int row) const;
+    void fitRowHeight();
+    void updateVisibleViews();
+    void showDropHighlight(bool shown);
+    void paintInvitation();
+
+    QueueTableModel m_model;
+    QueueTableDataSource *m_dataSource = nullptr;
+    QTimer m_updateViews;
+    QList<QPersistentModelIndex> m_cellsWithViews;
+    bool m_dropHighlight = false;
+};
+
+template <typename View>
+View *QueueTableView::makeView(const QString &column, int row)
+{
+    const QModelIndex index = cell(column, row);
+    if (auto *view = qobject_cast<View *>(indexWidget(index)))
+        return view;
+    auto *view = new View;
+    setIndexWidget(index, view);
+    return view;
+}
+
+} // namespace filmwright

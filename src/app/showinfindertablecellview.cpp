@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#include "app/showinfindertablecellview.h"
+
+#include "app/filereveal.h"
+#include "project/mlvprojectcontroller.h"
+
+#include <QHBoxLayout>
+#include <QStyle>
+
+namespace filmwright {
+
+ShowInFinderTableCellView::ShowInFinderTableCellView(QWidget *parent)
+    : QWidget(parent)
+    , m_openButton(new QToolButton(this))
+{
+    m_openButton->setIcon(QIcon::fromTheme(QStringLiteral("folder-open"),
+                                           style()->standardIcon(QStyle::SP_DirOpenIcon)));
+    m_openButton->setToolTip(tr("Show in the file browser"));
+    m_openButton->setAccessibleName(tr("Show in the file browser"));
+    m_openButton->setFocusPolicy(Qt::NoFocus); // by keyboard: the command of the Recording menu
+    connect(m_openButton, &QToolButton::clicked, this, &ShowInFinderTableCellView::openFile);
+    auto *box = new QHBoxLayout(this);
+    box->setContentsMargins(0, 0, 0, 0);
+    box->addWidget(m_openButton, 0, Qt::AlignCenter);
+}
+
+void ShowInFinderTableCellView::openFile()
+{
+    if (m_controller)
+        revealFile(m_controller->mlvPath());
+}
+
+} // namespace filmwright

@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: MIT
+// How the application comes up and ends, and the preferences.
+#include "app/appdelegate.h"
+#include "app/queuetableview.h"
+#include "conversion/hdrinterleavedimagemerge.h"
+#include "runner/systemlog.h"
+#include "runner/temporarydirectory.h"
+#include "runner/userdefaults.h"
+#include "ui_mainwindow.h"
+#include "ui_preferences.h"
+
+#include <QCoreApplication>
+#include <QDir>
+
+namespace filmwright {
+
+namespace {
+
+const QString preferencesKey = QStringLiteral("Preferences");
+const QString temporaryDirectoryKey = QStringLiteral("TemporaryDirectory");
+const QString enableDevMenuKey = QStringLiteral("EnableDevMenu");
+const QString keepTempDirectoryKey = QStringLiteral("KeepTempDirectory");
+
+/// The blend of dual-ISO frames, tried on a developer's frame; elsewhere there is nothing to try.
+void runSelfTest()
+{
+    const QDir folder(QStringLiteral(FILMWRIGHT_SELF_TEST_FOLDER));
+    const QString frame = folder.filePath(QStringLiteral("tmp000000.dng"));
+    QFile::remove(frame);
+    if (!QFile::copy(folder.filePath(QStringLiteral("tmp000000-sav.dng")), frame))
+        return;
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(frame);
+    merge.hdrMerge();
+}
+
+void removeTemporaryDirectory()
+{
+    QDir(temporaryDirectory()).removeRecursively();
+}
+
+} // namespace
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    runSelfTest();
+    appInitialization();
+}
+
+void AppDelegate::appInitialization()
+{
+    if (m_projectList)
+        return;
+    m_projectList = std::make_unique<ProjectList>();
+    m_ui->queueTableView->setDataSource(this); // which also takes drops
+    m_ui->startStopItem->setEnabled(false);
+    m_working = false;
+    for (CustomTextField *field :
+         {m_ui->flatTextField, m_ui->darkTextField, m_ui->flatDarkTextField})
+        field->setDeleteDelegate(this);
+    restoreTemporaryFolder();
+    if (!lockTemporaryDirectory()) {
+        QMetaObject::invokeMethod(this, &AppDelegate::windowWillClose, Qt::QueuedConnection);
+        return;
+    }
+    systemLog(QStringLiteral("Tmp folder: %1").arg(temporaryDirectory()));
+    showDeveloperMenu();
+    if (keepTempDirectory())
+        systemLog(QStringLiteral("Dev mode: keep temporary directory."));
+    else
+        removeTemporaryDirectory();
+}
+
+void AppDelegate::restoreTemporaryFolder()
+{
+    const QVariantMap preferences = userDefaultsValueForKey(preferencesKey).toMap();
+    if (!preferences.contains(temporaryDirectoryKey)) {
+        m_prefUi->prefTempFolderPopUpButton->setCurrentIndex(0);
+        m_prefUi->prefTempFolderButton->setEnabled(false);
+        return;
+    }
+    const QString folder = preferences.value(temporaryDirectoryKey).toString();
+    if (!setBaseTemporaryDirectory(folder)) {
+        tellUnusableTemporaryFolder(); // the preference is tried again at the next start
+        return;
+    }
+    m_prefUi->prefTempFolderPopUpButton->setCurrentIndex(1);
+    m_prefUi->prefTempFolderTextField->setText(folder);
+    m_prefUi->prefTempFolderButton->setEnabled(true);
+}
+
+/// Nobody's work is removed or mixed with another's: the directory belongs to one run at a time.
+bool AppDelegate::lockTemporaryDirectory()
+{
+    const QString problem = m_directoryLock.take(temporaryDirectory());
+    if (!problem.isEmpty())
+        runAlert(tr("The temporary directory is in use"), problem, QStringLiteral("Ok"));
+    return problem.isEmpty();
+}
+
+/// The menu is on in every build; only a store that can't be written would hide it.
+void AppDelegate::showDeveloperMenu()
+{
+    setUserDefaultsValue(true, enableDevMenuKey);
+    if (!userDefaultsValueForKey(enableDevMenuKey).isValid()) {
+        m_ui->devMenu->menuAction()->setVisible(false);
+        return;
+    }
+    const QVariant keep = userDefaultsValueForKey(keepTempDirectoryKey);
+    if (keep.isValid())
+        m_ui->keepTempDirectoryMenuItem->setChecked(keep.toBool());
+}
+
+bool AppDelegate::keepTempDirectory() const
+{
+    return userDefaultsValueForKey(keepTempDirectoryKey).toBool();
+}
+
+void AppDelegate::keepTempDirectory(QAction &sender)
+{
+    sender.setChecked(!sender.isChecked());
+    setUserDefaultsValue(sender.isChecked(), keepTempDirectoryKey);
+}
+
+/// Going back to the system's folder takes effect at the next start: until then the chosen base
+/// stays in use.
+void AppDelegate::prefTempFolderPopUpButtonChanged(int index)
+{
+    if (m_working) {
+        refuseWhileWorking();
+        m_prefUi->prefTempFolderPopUpButton->setCurrentIndex(baseTemporaryDirectory().isNull() ? 0
+                                                                                               : 1);
+        return;
+    }
+    if (index != 0) {
+        m_prefUi->prefTempFolderButton->setEnabled(true);
+        m_prefUi->prefTempFolderTextField->setPlaceholderText(QStringLiteral("Choose a directory"));
+        return;
+    }
+    m_prefUi->prefTempFolderButton->setEnabled(false);
+    m_prefUi->prefTempFolderTextField->setText(QString());
+    m_prefUi->prefTempFolderTextField->setPlaceholderText(QString());
+    QVariantMap preferences = userDefaultsValueForKey(preferencesKey).toMap();
+    removeTemporaryDirectory();
+    preferences.remove(temporaryDirectoryKey);
+    setUserDefaultsValue(preferences, preferencesKey);
+}
+
+void AppDelegate::prefTempFolderButtonClicked()
+{
+    if (m_working) {
+        refuseWhileWorking();
+        return;
+    }
+    const QString folder = m_panel.folder(QStringLiteral("Choose a temporary directory"));
+    if (folder.isEmpty())
+        return;
+    const QString previousBase = baseTemporaryDirectory();
+    if (!setBaseTemporaryDirectory(folder)) {
+        tellUnusableTemporaryFolder();
+        return;
+    }
+    if (!lockTemporaryDirectory()) {
+        setBaseTemporaryDirectory(previousBase);
+        lockTemporaryDirectory();
+        return;
+    }
+    QVariantMap preferences = userDefaultsValueForKey(preferencesKey).toMap();
+    preferences.insert(temporaryDirectoryKey, folder);
+    setUserDefaultsValue(preferences, preferencesKey);
+    m_prefUi->prefTempFolderTextField->setText(folder);
+}
+
+void AppDelegate::tellUnusableTemporaryFolder()
+{
+    runAlert(QStringLiteral("Unable to set temporary directory"),
+             QStringLiteral("Please control read/write access to temporary directory."),
+             QStringLiteral("Ok"));
+}
+
+bool AppDelegate::windowShouldClose() const
+{
+    return !m_working;
+}
+
+void AppDelegate::windowWillClose()
+{
+    QCoreApplication::exit(0);
+}
+
+void AppDelegate::quit()
+{
+    if (m_working) {
+        const int answer = runAlert(
+            tr("A batch is running"),
+            tr("The recordings that are not finished yet would get no movie. Quit all the same?"),
+            tr("Go on working"), tr("Quit"));
+        if (answer != 0)
+            return;
+        if (m_working)
+            start();
+    }
+    windowWillClose();
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    saveWindow();
+    if (m_directoryLock.isHeld() && !keepTempDirectory())
+        removeTemporaryDirectory();
+    allowSleep();
+}
+
+} // namespace filmwright

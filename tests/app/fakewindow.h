@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "app/appdelegate.h"
+#include "project/faketools.h"
+
+#include <QTest>
+
+/// Answers alerts as the test says and notes them; an alert without an answer gets the default
+/// button's.
+class ScriptedAlerts : public filmwright::AlertPresenter
+{
+public:
+    int runAlert(const QString &title, const QString &message, const QString &defaultButton,
+                 const QString &alternateButton, const QString &otherButton) override;
+
+    /// "title|message|button|button…" of each alert so far, in order.
+    QStringList shown;
+    QList<int> answers;
+    /// Called while an alert is open.
+    std::function<void()> whileOpen;
+};
+
+/// Chooses what the test says.
+class ScriptedPanel : public filmwright::OpenPanel
+{
+public:
+    QStringList recordingsAndFolders() override { return chosen; }
+    QString recording(const QString &) override { return chosen.value(0); }
+    QString folder(const QString &) override { return chosen.value(0); }
+
+    /// Empty: cancelled.
+    QStringList chosen;
+};
+
+/// The window on tools that behave, with its own temporary folder and preferences.
+class FakeWindow : public FakeTools
+{
+public:
+    explicit FakeWindow(int frames = 2);
+    ~FakeWindow();
+
+    /// Launches the application; a second time: quits and launches it anew.
+    void launch();
+    void quit();
+
+    /// Makes files of these names (with folders as needed) and answers their paths.
+    QStringList makeRecordings(const QStringList &names);
+    /// Makes and drops recordings, and waits until they are read.
+    void add(const QStringList &names);
+    void waitUntilRead();
+    /// Drops files on the table as a file manager does; true when they were taken.
+    bool drop(const QStringList &paths);
+    /// Chooses a calibration recording of that name by the button, and waits until the sheet is
+    /// gone.
+    void calibrate(const QString &button, const QString &name);
+
+    /// Presses the start/stop button of the toolbar.
+    void pressStart();
+    void waitForEnd();
+    void press(const QString &button);
+
+    template <typename Widget>
+    Widget *widget(const QString &name) const
+    {
+        return delegate->window()->findChild<Widget *>(name);
+    }
+    QAction *action(const QString &name) const { return widget<QAction>(name); }
+    QString temporary(const QString &name) const;
+
+    /// The file names of the queue in the order of the list.
+    QStringList queue() const;
+    QStringList states() const;
+
+    ScriptedAlerts alerts;
+    ScriptedPanel panel;
+    std::unique_ptr<filmwright::AppDelegate> delegate;
+
+private:
+    QTemporaryDir m_recordings;
+    QTemporaryDir m_temporary;
+    QTemporaryDir m_preferences;
+};
