@@ -2,6 +2,7 @@
 #include "cli/recordingconversion.h"
 
 #include "cli/progressdisplay.h"
+#include "project/spacecheck.h"
 #include "project/worknote.h"
 #include "runner/notificationcenter.h"
 
@@ -90,6 +91,10 @@ void RecordingConversion::extractWhenIdle()
             {path(), m_settings.calibrationRecordings, m_settings.blendsAlternatingRows},
             m_project.extractionDirectory());
     }
+    if (const QString problem = spaceProblem(m_project); !problem.isEmpty()) {
+        end(problem);
+        return;
+    }
     m_project.readyToGo();
     m_project.launchDNGExtraction();
 }
@@ -142,6 +147,7 @@ void RecordingConversion::tellFrameCount()
 
 void RecordingConversion::end(const QString &reason)
 {
+    m_monitor.disconnect(this);
     m_progressTimer.stop();
     m_progress.setProject(nullptr);
     m_project.setDelegate(nullptr);

@@ -5,6 +5,7 @@
 #include "encoding/finishedmovie.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/moviemark.h"
+#include "project/spacecheck.h"
 #include "runner/files.h"
 #include "runner/notificationcenter.h"
 
@@ -73,13 +74,17 @@ void ProjectMonitor::controllerUpdated()
 
 void ProjectMonitor::imageRGBReceived(const QImage &image)
 {
-    if (image.isNull())
-        ++m_missingFrames;
+    if (!image.isNull())
+        return;
+    ++m_missingFrames;
+    // The frames that follow would fail, too, each after all its work.
+    if (isTemporaryDirectoryFull(m_project))
+        fail(tr("dcraw could not write a frame"));
 }
 
 void ProjectMonitor::controllerWorkError(const QString &error)
 {
-    end(reasonOf(error));
+    fail(reasonOf(error));
 }
 
 void ProjectMonitor::controllerWorkFinished()
@@ -100,14 +105,14 @@ void ProjectMonitor::check()
     const bool hindered = !m_project.movieHindrance().isEmpty();
     switch (m_project.mlvProjectMode()) {
     case MLVProjectModeReadingData:
-        end(tr("mlv_dump ended before it had read the recording"));
+        fail(tr("mlv_dump ended before it had read the recording"));
         break;
     case MLVProjectModeExtracting:
-        end(hindered ? m_project.movieHindrance()
-                     : tr("mlv_dump ended before it had extracted the frames"));
+        fail(hindered ? m_project.movieHindrance()
+                      : tr("mlv_dump ended before it had extracted the frames"));
         break;
     case MLVProjectModeBuildingMovie:
-        end(hindered ? m_project.movieHindrance() : tr("ffmpeg could not be started"));
+        fail(hindered ? m_project.movieHindrance() : tr("ffmpeg could not be started"));
         break;
     default:
         break;
@@ -120,9 +125,9 @@ void ProjectMonitor::checkConversion()
         return;
     const int blendStatus = m_project.blender().terminationStatus();
     if (m_project.blendsAlternatingRows() && blendStatus != 0)
-        end(failureOf(QStringLiteral("cr2hdr"), blendStatus, m_project.blender().logs()));
+        fail(failureOf(QStringLiteral("cr2hdr"), blendStatus, m_project.blender().logs()));
     if (m_project.framesToConvert() == 0)
-        end(tr("no frame could be extracted"));
+        fail(tr("no frame could be extracted"));
 }
 
 void ProjectMonitor::checkFrames()
@@ -131,7 +136,7 @@ void ProjectMonitor::checkFrames()
     const int there =
         std::min(wanted - m_missingFrames, countFrames(m_project.extractionDirectory()));
     if (there < wanted)
-        end(tr("dcraw converted only %1 of %2 frames").arg(there).arg(wanted));
+        fail(tr("dcraw converted only %1 of %2 frames").arg(there).arg(wanted));
     if (m_project.dualISO())
         checkMergedFrames(wanted - 1);
 }
@@ -140,7 +145,7 @@ void ProjectMonitor::checkMergedFrames(int pairs)
 {
     const int merged = countFrames(m_project.tiffsDirectory());
     if (merged < pairs)
-        end(tr("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs));
+        fail(tr("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs));
 }
 
 void ProjectMonitor::checkMovie()
@@ -158,11 +163,13 @@ void ProjectMonitor::checkMovie()
 /// A movie that isn't whole must not look like one.
 void ProjectMonitor::endWithMovie(const QString &failure)
 {
-    if (!failure.isEmpty()) {
-        QFile::remove(m_project.moviePath());
-        m_project.movieMark()->remove();
+    if (failure.isEmpty()) {
+        end({});
+        return;
     }
-    end(failure);
+    fail(failure); // sees the disk as ffmpeg left it
+    QFile::remove(m_project.moviePath());
+    m_project.movieMark()->remove();
 }
 
 QString ProjectMonitor::encodingFailure() const
@@ -180,6 +187,12 @@ QString ProjectMonitor::encodingFailure() const
     if (static_cast<qint64>(*frames) < wanted)
         return tr("ffmpeg encoded only %1 of %2 frames").arg(*frames).arg(wanted);
     return {};
+}
+
+void ProjectMonitor::fail(const QString &reason)
+{
+    if (!m_ended)
+        end(withFullDisk(reason, m_project));
 }
 
 void ProjectMonitor::end(const QString &reason)

@@ -34,7 +34,7 @@ public:
 Q_SIGNALS:
     /// The run ends here, once, after the current event: with no reason the movie is whole and on
     /// the disk; otherwise the project still has to be stopped. `reason` is a sentence for a
-    /// person.
+    /// person; a full disk behind it is named.
     void ended(const QString &reason);
 
 private:
@@ -46,6 +46,7 @@ private:
     void checkMovie();
     QString encodingFailure() const;
     void endWithMovie(const QString &failure);
+    void fail(const QString &reason);
     void end(const QString &reason);
 
     MLVProjectController &m_project;

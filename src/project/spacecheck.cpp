@@ -8,7 +8,11 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QLocale>
+#include <QMap>
 #include <QStorageInfo>
+
+#include <algorithm>
+#include <limits>
 
 namespace filmwright {
 
@@ -33,12 +37,36 @@ QString text(double bytes)
     return QLocale::c().formattedDataSize(static_cast<qint64>(bytes), 1);
 }
 
+/// A tool hardly fails for want of space while more than this is free.
+constexpr double leastSpace = 65536;
+
+QString translated(const char *source)
+{
+    return QCoreApplication::translate("SpaceCheck", source);
+}
+
 /// The temporary directory is made when it is needed; until then its parents tell.
 QString existingFolder(QString path)
 {
     while (!QFileInfo::exists(path) && !QDir(path).isRoot())
         path = QFileInfo(path).absolutePath();
     return path;
+}
+
+double freeSpace(const QString &folder)
+{
+    const QStorageInfo storage(existingFolder(folder));
+    return storage.isValid() ? static_cast<double>(storage.bytesAvailable())
+                             : std::numeric_limits<double>::infinity();
+}
+
+/// The texts of ENOSPC and EDQUOT, which all the tools print as the system has them.
+bool tellsOfFullDisk(const QStringList &lines)
+{
+    return std::any_of(lines.begin(), lines.end(), [](const QString &line) {
+        return line.contains(QLatin1String("No space left on device")) ||
+               line.contains(QLatin1String("Disk quota exceeded"));
+    });
 }
 
 } // namespace
@@ -64,19 +92,39 @@ QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)
     const double missing = need.frames - need.there;
     if (missing <= free)
         return {};
-    return QCoreApplication::translate(
-               "SpaceCheck", "its frames need %1, but only %2 are free in the temporary folder %3; "
-                             "make room there or choose another temporary folder")
+    return translated("its frames need %1, but only %2 are free in the temporary folder %3; "
+                      "make room there or choose another temporary folder")
         .arg(text(missing), text(free), folder);
 }
 
 QString spaceProblem(const MLVProjectController &project)
 {
     const QString folder = temporaryDirectory();
-    const QStorageInfo storage(existingFolder(folder));
-    if (!storage.isValid())
-        return {};
-    return spaceProblem(spaceNeed(project), static_cast<double>(storage.bytesAvailable()), folder);
+    return spaceProblem(spaceNeed(project), freeSpace(folder), folder);
+}
+
+bool isTemporaryDirectoryFull(const MLVProjectController &project)
+{
+    return freeSpace(temporaryDirectory()) <
+           std::max(leastSpace, pixelsOf(project.resolution()) * tiffBytesOfPixel);
+}
+
+QString withFullDisk(const QString &reason, const MLVProjectController &project)
+{
+    QMap<QString, QStringList> lines = project.lastToolLines();
+    const QString movies = QFileInfo(project.moviePath()).absolutePath();
+    const bool encoderTells = tellsOfFullDisk(lines.take(QStringLiteral("ffmpeg")));
+    if (encoderTells || freeSpace(movies) < leastSpace)
+        return translated("no space left in the movie's folder %1: %2").arg(movies, reason);
+    const bool otherTells =
+        tellsOfFullDisk({reason}) ||
+        std::any_of(lines.cbegin(), lines.cend(),
+                    [](const QStringList &printed) { return tellsOfFullDisk(printed); });
+    if (otherTells || isTemporaryDirectoryFull(project)) {
+        return translated("no space left in the temporary folder %1: %2")
+            .arg(temporaryDirectory(), reason);
+    }
+    return reason;
 }
 
 } // namespace filmwright

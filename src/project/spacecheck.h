@@ -26,4 +26,12 @@ QString spaceProblem(const MLVProjectController &project);
 /// The same for a need and a space, in bytes.
 QString spaceProblem(const SpaceNeed &need, double free, const QString &folder);
 
+/// A failure's reason, with the full file system named in front of it that lies behind it: by what
+/// the tools printed, or by what is free at this moment. So it has to be asked before anything is
+/// tidied up. Any other reason comes back as it is. Main thread only.
+QString withFullDisk(const QString &reason, const MLVProjectController &project);
+
+/// Whether the temporary directory's file system has no room for another frame of the project.
+bool isTemporaryDirectoryFull(const MLVProjectController &project);
+
 } // namespace filmwright

@@ -5,6 +5,7 @@
 #include "project/projectmonitor.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QTest>
 
 using namespace filmwright;
@@ -215,7 +216,10 @@ void TestProjectMonitor::failingEncoderLosesItsPartialMovie()
     project.read();
     project.monitor();
     project.launch();
-    QTRY_COMPARE(project.endings, one("ffmpeg ended with status 3: No space left on device"));
+    QTRY_COMPARE(project.endings,
+                 QStringList{QStringLiteral("no space left in the movie's folder %1: ffmpeg ended "
+                                            "with status 3: No space left on device")
+                                 .arg(QFileInfo(project.movie()).path())});
     QVERIFY(!QFile::exists(project.movie()));
 }
 

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: MIT
+// What happens when the disk is full: small file systems of their own, mounted in memory where only
+// the run sees them.
+
+#include "commandline.h"
+#include "sample.h"
+#include "support/toolfolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+namespace {
+
+const QString smallClip = QStringLiteral("--size 320x192 --frames 4 --no-sound");
+
+/// Writes until nothing is free any more.
+const QString fill = QStringLiteral("head -c 80M /dev/zero > %1/fill 2>/dev/null");
+
+} // namespace
+
+class TestSpace : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void recordingThatDoesNotFitIsRefused();
+    void fullWhileFramesAreConverted_data();
+    void fullWhileFramesAreConverted();
+    void fullWhileFramesAreExtracted();
+    void fullWhileTheMovieIsWritten_data();
+    void fullWhileTheMovieIsWritten();
+
+private:
+    QString clip(const QString &name, const QString &options)
+    {
+        const QString path = m_folder->filePath(name);
+        [&](const QString &target) { QVERIFY(writeSample(target, options)); }(path);
+        return path;
+    }
+    QString movie(const QString &name) const { return m_folder->filePath(name); }
+
+    /// Runs filmwright-cli with a file system of 50 MiB in the folder (by default in the temporary
+    /// one), into which the recording is copied, if any. Lists afterwards what is left there.
+    bool run(CommandLine &cli, const QStringList &arguments, const QString &folder = {},
+             const QString &recording = {})
+    {
+        const QString script =
+            QStringLiteral("folder=${1:-$TMPDIR}; mount -t tmpfs -o size=50m,mode=0700 tmpfs "
+                           "\"$folder\" || exit 99; "
+                           "test -z \"$2\" || cp \"$2\" \"$folder\"; shift 2; \"$@\"; status=$?; "
+                           "ls -A \"$folder\"; exit $status");
+        const QString program = cli.program;
+        cli.program = QStringLiteral("unshare");
+        const bool ended = cli.run(
+            QStringList{QStringLiteral("--map-root-user"), QStringLiteral("--mount"),
+                        QStringLiteral("sh"), QStringLiteral("-c"), script, QStringLiteral("sh"),
+                        folder, recording, program, QStringLiteral("convert")} +
+            arguments);
+        [&cli] { QVERIFY2(cli.status() != 99, "no file system can be mounted here"); }();
+        return ended;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+};
+
+void TestSpace::init()
+{
+    m_folder = std::make_unique<QTemporaryDir>();
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("small")));
+}
+
+void TestSpace::recordingThatDoesNotFitIsRefused()
+{
+    const QStringList recordings{
+        clip(QStringLiteral("a.MLV"), QStringLiteral("--size 1920x1080 --frames 6 --no-sound")),
+        clip(QStringLiteral("b.MLV"), smallClip)};
+    CommandLine cli;
+    QVERIFY(run(cli, recordings));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("b.mov"))});
+    const QStringList messages = cli.messages();
+    QCOMPARE(messages.at(0), QStringLiteral("a.MLV: reading"));
+    const QString start =
+        QStringLiteral("a.MLV: failed: its frames need 56.5 MiB, but only 50.0 MiB are free in the "
+                       "temporary folder ");
+    const QString end = QStringLiteral("; make room there or choose another temporary folder");
+    QVERIFY2(messages.at(1).startsWith(start), qPrintable(messages.at(1)));
+    QVERIFY2(messages.at(1).endsWith(end), qPrintable(messages.at(1)));
+    QVERIFY(!QFile::exists(movie(QStringLiteral("a.mov"))));
+    QCOMPARE(Movie::probe(movie(QStringLiteral("b.mov"))).frames(), 4);
+}
+
+void TestSpace::fullWhileFramesAreConverted_data()
+{
+    QTest::addColumn<QString>("jobs");
+    QTest::newRow("one job") << "1";
+    QTest::newRow("three jobs") << "3";
+}
+
+void TestSpace::fullWhileFramesAreConverted()
+{
+    QFETCH(QString, jobs);
+    ToolFolder tools;
+    tools.addTool(
+        QStringLiteral("dcraw"),
+        QStringLiteral("for f; do :; done; case $f in */a.MLV/*1.dng) %1;; esac; exec %2 "
+                       "\"$@\"")
+            .arg(fill.arg(QStringLiteral("\"${f%/*}\"")), realTool(QStringLiteral("dcraw"))));
+    CommandLine cli;
+    QVERIFY(run(cli, {QStringLiteral("--jobs"), jobs, clip(QStringLiteral("a.MLV"), smallClip),
+                      clip(QStringLiteral("b.MLV"), smallClip)}));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("b.mov"))});
+    const QStringList failures = cli.messages().filter(QStringLiteral("failed: "));
+    QCOMPARE(failures.size(), 1);
+    QVERIFY2(failures.first().startsWith(
+                 QStringLiteral("a.MLV: failed: no space left in the temporary folder ")),
+             qPrintable(failures.first()));
+    QVERIFY2(failures.first().endsWith(QStringLiteral(": dcraw could not write a frame")),
+             qPrintable(failures.first()));
+    QVERIFY(!QFile::exists(movie(QStringLiteral("a.mov"))));
+    QCOMPARE(Movie::probe(movie(QStringLiteral("b.mov"))).frames(), 4);
+}
+
+void TestSpace::fullWhileFramesAreExtracted()
+{
+    ToolFolder tools;
+    tools.addTool(
+        QStringLiteral("mlv_dump"),
+        QStringLiteral("for f; do :; done; case $*$f in *--dng*/a.MLV/tmp) %1;; esac; "
+                       "exec %2 \"$@\"")
+            .arg(fill.arg(QStringLiteral("\"${f%/*}\"")), realTool(QStringLiteral("mlv_dump"))));
+    CommandLine cli;
+    QVERIFY(run(
+        cli, {clip(QStringLiteral("a.MLV"), smallClip), clip(QStringLiteral("b.MLV"), smallClip)}));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("b.mov"))});
+    const QStringList failures = cli.messages().filter(QStringLiteral("failed: "));
+    QCOMPARE(failures.size(), 1);
+    QVERIFY2(failures.first().startsWith(
+                 QStringLiteral("a.MLV: failed: no space left in the temporary folder ")),
+             qPrintable(failures.first()));
+}
+
+void TestSpace::fullWhileTheMovieIsWritten_data()
+{
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<int>("room"); // kilobytes that are left to the movie
+    for (const int room : {0, 4, 16}) {
+        QTest::addRow("mov, %d kB left", room) << "mov" << room;
+        QTest::addRow("avi, %d kB left", room) << "avi" << room;
+    }
+}
+
+/// ffmpeg's status is 0 when only the end of a movie could not be written.
+void TestSpace::fullWhileTheMovieIsWritten()
+{
+    QFETCH(QString, format);
+    QFETCH(int, room);
+    ToolFolder tools;
+    const QString folder = m_folder->filePath(QStringLiteral("small"));
+    tools.addTool(QStringLiteral("ffmpeg"),
+                  QStringLiteral("%1; truncate -s -%2K %3/fill; exec %4 \"$@\"")
+                      .arg(fill.arg(folder))
+                      .arg(room)
+                      .arg(folder, realTool(QStringLiteral("ffmpeg"))));
+    CommandLine cli;
+    QVERIFY(run(cli, {QStringLiteral("--format"), format, folder + QStringLiteral("/a.MLV")},
+                folder, clip(QStringLiteral("a.MLV"), smallClip)));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), (QStringList{QStringLiteral("a.MLV"), QStringLiteral("fill")}));
+    const QString start =
+        QStringLiteral("a.MLV: failed: no space left in the movie's folder %1: ").arg(folder);
+    const QStringList failures = cli.messages().filter(QStringLiteral("failed: "));
+    QCOMPARE(failures.size(), 1);
+    QVERIFY2(failures.first().startsWith(start), qPrintable(failures.first()));
+}
+
+QTEST_GUILESS_MAIN(TestSpace)
+#include "tst_space.moc"
