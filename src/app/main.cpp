@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "app/appdelegate.h"
+#include "app/applicationservice.h"
 #include "app/filepanel.h"
 #include "app/messageboxpresenter.h"
+#include "app/sessionbus.h"
+#include "runner/systemlog.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -9,6 +12,7 @@
 #include <QIcon>
 
 #include <cstdio>
+#include <cstdlib>
 
 using namespace filmwright;
 
@@ -47,6 +51,23 @@ QStringList readCommandLine(int argc, char *argv[])
     return absolutePaths(parser.positionalArguments());
 }
 
+/// Ends this start in favour of the one that runs.
+int leaveToFirstInstance(const QStringList &paths)
+{
+    if (ApplicationService::handOver(paths))
+        return EXIT_SUCCESS;
+    systemLog(QStringLiteral("Filmwright is already running, but doesn't answer."));
+    return EXIT_FAILURE;
+}
+
+void bringToFront(QWidget &window)
+{
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
@@ -59,7 +80,11 @@ int main(int argc, char *argv[])
     const QApplication application(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Filmwright"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/images/filmwright.svg")));
+    QGuiApplication::setDesktopFileName(applicationId);
     QGuiApplication::setQuitOnLastWindowClosed(false);
+    ApplicationService service;
+    if (!service.registerService())
+        return leaveToFirstInstance(paths);
 
     MessageBoxPresenter alerts;
     FilePanel panel;
@@ -68,6 +93,10 @@ int main(int argc, char *argv[])
     panel.setWindow(delegate.window());
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
+    QObject::connect(&service, &ApplicationService::activated, delegate.window(),
+                     [&delegate] { bringToFront(*delegate.window()); });
+    QObject::connect(&service, &ApplicationService::filesOpened, &delegate,
+                     &AppDelegate::applicationOpenFiles);
     delegate.window()->show();
     QMetaObject::invokeMethod(
         &delegate,

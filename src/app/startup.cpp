@@ -93,9 +93,11 @@ void AppDelegate::restoreTemporaryFolder()
 bool AppDelegate::lockTemporaryDirectory()
 {
     const QString problem = m_directoryLock.take(temporaryDirectory());
-    if (!problem.isEmpty())
-        runAlert(tr("The temporary directory is in use"), problem, QStringLiteral("Ok"));
-    return problem.isEmpty();
+    if (problem.isEmpty())
+        return true;
+    systemLog(problem);
+    runAlert(tr("The temporary directory is in use"), problem, QStringLiteral("Ok"));
+    return false;
 }
 
 /// The menu is on in every build; only a store that can't be written would hide it.
