@@ -29,6 +29,17 @@ ConversionQueue::ConversionQueue(const QStringList &recordings,
 
 ConversionQueue::~ConversionQueue() = default;
 
+/// The recordings after the current one, as far as they are known.
+void ConversionQueue::tellUpcoming()
+{
+    std::vector<RecordingWork> upcoming;
+    for (qsizetype i = m_next + 1; i < m_outcomes.size(); ++i) {
+        if (const auto work = m_survey.workOf(m_outcomes.at(i).recording))
+            upcoming.push_back(*work);
+    }
+    m_progress.setUpcoming(std::move(upcoming));
+}
+
 void ConversionQueue::start(const ConversionSettings &settings)
 {
     m_settings = settings;
@@ -38,11 +49,19 @@ void ConversionQueue::start(const ConversionSettings &settings)
     }
     for (const Unreachable &item : std::as_const(m_unreachable))
         refuse(item.path, item.reason);
+    if (m_display.showsFrames()) {
+        QStringList later;
+        for (qsizetype i = m_next + 1; i < m_outcomes.size(); ++i)
+            later << m_outcomes.at(i).recording;
+        connect(&m_survey, &FrameSurvey::progressed, this, &ConversionQueue::tellUpcoming);
+        m_survey.start(later, settings);
+    }
     next();
 }
 
 void ConversionQueue::stop()
 {
+    m_survey.stop();
     if (m_current)
         m_outcomes[m_next] = m_current->stop();
     m_current.reset();
@@ -69,6 +88,7 @@ void ConversionQueue::next()
         const QString recording = m_outcomes.at(m_next).recording;
         const QString reason = refusal(recording);
         if (reason.isEmpty()) {
+            tellUpcoming();
             m_current =
                 std::make_unique<RecordingConversion>(recording, m_settings, m_progress, m_display);
             connect(m_current.get(), &RecordingConversion::ended, this,
@@ -77,6 +97,7 @@ void ConversionQueue::next()
         }
         refuse(recording, reason);
     }
+    m_survey.stop();
     Q_EMIT finished();
 }
 
@@ -115,11 +136,11 @@ void ConversionQueue::settle(const RecordingOutcome &outcome)
 {
     m_outcomes[m_next++] = outcome;
     if (outcome.result == RecordingOutcome::Finished) {
+        m_display.finished(outcome.recording, outcome.movie);
         Q_EMIT movieFinished(outcome.movie);
         return;
     }
-    const QString name = QFileInfo(outcome.recording).fileName();
-    m_display.warn(tr("%1: failed: %2").arg(name, outcome.reason));
+    m_display.failed(outcome.recording, outcome.reason);
 }
 
 } // namespace filmwright

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cli/framesurvey.h"
 #include "cli/recordingconversion.h"
 #include "cli/recordingsearch.h"
 
@@ -39,6 +40,7 @@ Q_SIGNALS:
 
 private:
     void next();
+    void tellUpcoming();
     void recordingEnded(const RecordingOutcome &outcome);
     QString refusal(const QString &recording);
     void refuse(const QString &recording, const QString &reason);
@@ -48,6 +50,7 @@ private:
     QList<RecordingOutcome> m_outcomes;
     qsizetype m_next = 0; ///< the first whose turn hasn't come
     BatchProgress m_progress;
+    FrameSurvey m_survey; ///< of the recordings after the current one
     ProgressDisplay &m_display;
     ConversionSettings m_settings;
     std::unique_ptr<RecordingConversion> m_current;

@@ -9,6 +9,7 @@
 #include "cli/interruption.h"
 #include "cli/missingtools.h"
 #include "cli/progressdisplay.h"
+#include "cli/progressjson.h"
 #include "cli/recordingsearch.h"
 #include "cli/workspace.h"
 #include "runner/temporarydirectory.h"
@@ -17,6 +18,7 @@
 #include <QFileInfo>
 
 #include <csignal>
+#include <cstdio>
 
 namespace filmwright {
 
@@ -27,6 +29,13 @@ QString text(const char *source)
     return QCoreApplication::translate("ConvertCommand", source);
 }
 
+/// The system log is standard error, too.
+void logAsJson(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    const QByteArray line = messageJson(message);
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+}
+
 /// Wires calibration, queue and interruption together for one run in an open workspace.
 class ConvertRun : public QObject
 {
@@ -35,7 +44,7 @@ public:
                const QList<Unreachable> &unreachable, const Workspace &workspace,
                Interruption &interruption)
         : m_options(options)
-        , m_display(options.quiet)
+        , m_display(options.quiet, options.progress)
         , m_calibration(options.dark, options.flat, options.flatDark)
         , m_queue(recordings, unreachable, m_display)
     {
@@ -48,13 +57,11 @@ public:
         m_settings.keepsFinishedWork = options.keepTemporary;
         m_settings.keepsUnfinishedWork = workspace.keepsUnfinishedWork();
         connect(&m_calibration, &Calibration::averaging, this, [this](const QString &recording) {
-            m_display.beginStage(QFileInfo(recording).fileName(), text("averaging"), 0);
+            m_display.beginStage(recording, text("averaging"), 0);
         });
         connect(&m_calibration, &Calibration::ended, this, &ConvertRun::calibrated);
-        connect(&m_queue, &ConversionQueue::movieFinished, this, [this](const QString &movie) {
-            m_display.tell(text("%1: finished").arg(QFileInfo(movie).fileName()));
-            printLine(movie);
-        });
+        connect(&m_queue, &ConversionQueue::movieFinished, this,
+                [this](const QString &movie) { printLine(movie); });
         connect(&m_queue, &ConversionQueue::finished, this,
                 [this] { leave(m_queue.hasFailures() ? ExitFailed : ExitSuccess); });
         connect(&interruption, &Interruption::happened, this, &ConvertRun::interrupt);
@@ -64,8 +71,13 @@ public:
     {
         if (m_options.flat.isEmpty() && !m_options.flatDark.isEmpty())
             m_display.warn(text("without a flat, the dark of the flat is not used"));
+        if (isForScripts())
+            qInstallMessageHandler(logAsJson);
         m_calibration.start();
-        return QCoreApplication::exec();
+        const int status = QCoreApplication::exec();
+        if (m_options.keepTemporary)
+            tellProblem(text("temporary files are kept in %1").arg(temporaryDirectory()));
+        return status;
     }
 
 private:
@@ -105,17 +117,29 @@ private:
     /// Returns the run's status, which a report that can't be written spoils.
     ExitStatus report(ExitStatus status)
     {
-        m_display.tell(QString());
-        for (const QString &line : outcomeTable(m_queue.outcomes()))
-            m_display.tell(line);
+        if (!isForScripts()) {
+            m_display.tell(QString());
+            for (const QString &line : outcomeTable(m_queue.outcomes()))
+                m_display.tell(line);
+        }
         if (m_options.report.isEmpty())
             return status;
         const QString problem =
             writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status));
         if (problem.isEmpty())
             return status;
-        printProblem(problem);
+        tellProblem(problem);
         return status == ExitSuccess ? ExitFailed : status;
+    }
+
+    bool isForScripts() const { return m_options.progress == ProgressStyle::Json; }
+
+    void tellProblem(const QString &problem)
+    {
+        if (isForScripts())
+            m_display.warn(problem);
+        else
+            printProblem(problem);
     }
 
     const ConvertOptions m_options;
@@ -160,11 +184,7 @@ int runConvert(const QStringList &arguments)
         printProblem(problem);
         return ExitUnusable;
     }
-    const QString temporary = temporaryDirectory();
-    const int status = ConvertRun(options, recordings, unreachable, workspace, interruption).run();
-    if (options.keepTemporary)
-        printProblem(text("temporary files are kept in %1").arg(temporary));
-    return status;
+    return ConvertRun(options, recordings, unreachable, workspace, interruption).run();
 }
 
 } // namespace filmwright

@@ -66,6 +66,7 @@ const QString flatDark = QStringLiteral("flat-dark");
 const QString temporaryBase = QStringLiteral("temp-dir");
 const QString keepTemporary = QStringLiteral("keep-temp");
 const QString report = QStringLiteral("report");
+const QString progress = QStringLiteral("progress");
 const QString quiet = QStringLiteral("quiet");
 const QString hdr = QStringLiteral("hdr");
 const QString dualIso = QStringLiteral("dual-iso");
@@ -90,6 +91,12 @@ void describe(QCommandLineParser &parser)
         {keepTemporary, text("Keep all temporary files.")},
         {report, text("Write what became of each recording to this file, as JSON."), file},
         {quiet, text("Print no progress and no table at the end.")},
+        {progress,
+         text("How progress is printed on standard error: text (default), or json, one object a "
+              "line "
+              "with recording, stage, framesDone, frames, framesPerSecond, secondsLeft and "
+              "batchSecondsLeft, at the end movie or reason; other lines have message alone."),
+         text("text|json"), QStringLiteral("text")},
         {hdr, text("Merge neighbouring frames that alternate two exposures into HDR frames; the "
                    "movie is silent.")},
         {dualIso, text("Blend rows that alternate two sensitivities.")},
@@ -107,6 +114,9 @@ void describe(QCommandLineParser &parser)
 QString take(const QCommandLineParser &parser, ConvertOptions &options)
 {
     QString problem;
+    options.progress = static_cast<ProgressStyle>(
+        choose(progress, parser.value(progress), {QStringLiteral("text"), QStringLiteral("json")},
+               problem));
     options.jobs = jobsOf(parser.value(jobs), problem);
     options.format = choose(format, parser.value(format),
                             {QStringLiteral("avi"), QStringLiteral("mov")}, problem);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "cli/commandline.h"
+#include "cli/progressdisplay.h"
 #include "encoding/ffmpegarguments.h"
 
 #include <QString>
@@ -23,6 +24,7 @@ struct ConvertOptions
     QString temporaryBase; ///< empty: a private directory
     bool keepTemporary = false;
     bool quiet = false;
+    ProgressStyle progress = ProgressStyle::ForPeople;
     int jobs = 1; ///< frames converted at once
     QStringList paths;
 };

@@ -2,8 +2,10 @@
 #include "cli/progressdisplay.h"
 
 #include "cli/exitstatus.h"
+#include "cli/progressjson.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QStringList>
 
 #include <cstdio>
@@ -27,18 +29,23 @@ int terminalWidth()
                                                                            : usualWidth;
 }
 
-void write(const QString &text)
+void write(const QByteArray &bytes)
 {
-    const QByteArray bytes = text.toUtf8();
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stderr);
     std::fflush(stderr);
 }
 
+void write(const QString &text)
+{
+    write(text.toUtf8());
+}
+
 } // namespace
 
-ProgressDisplay::ProgressDisplay(bool quiet)
+ProgressDisplay::ProgressDisplay(bool quiet, ProgressStyle style)
     : m_quiet(quiet)
-    , m_terminal(!quiet && isatty(STDERR_FILENO) == 1)
+    , m_style(style)
+    , m_terminal(!quiet && style == ProgressStyle::ForPeople && isatty(STDERR_FILENO) == 1)
 {
 }
 
@@ -47,20 +54,46 @@ ProgressDisplay::~ProgressDisplay()
     clearLiveLine();
 }
 
-void ProgressDisplay::beginStage(const QString &name, const QString &stage, quint64 frames)
+void ProgressDisplay::beginStage(const QString &recording, const QString &stage, quint64 frames)
 {
-    m_label = printable(QStringLiteral("%1: %2").arg(name, stage));
+    m_recording = recording;
+    m_stage = stage;
+    m_label = printable(QStringLiteral("%1: %2").arg(QFileInfo(recording).fileName(), stage));
+    if (m_quiet)
+        return;
     if (m_terminal)
         showLiveLine(m_label);
-    else if (!m_quiet)
+    else if (m_style == ProgressStyle::ForPeople)
         write((frames > 0 ? text("%1, %2 frames").arg(m_label).arg(frames) : m_label) +
               QLatin1Char('\n'));
+    else if (frames == 0) // a counted stage is shown at once, with its figures
+        write(progressJson(recording, stage, {}));
 }
 
 void ProgressDisplay::show(const Progress &progress)
 {
-    if (m_terminal && progress.frames > 0)
+    if (m_quiet || progress.frames == 0)
+        return;
+    if (m_style == ProgressStyle::Json)
+        write(progressJson(m_recording, m_stage, progress));
+    else if (m_terminal)
         showLiveLine(QStringLiteral("%1, %2").arg(m_label, progressText(progress)));
+}
+
+void ProgressDisplay::finished(const QString &recording, const QString &movie)
+{
+    if (m_style == ProgressStyle::ForPeople)
+        tell(text("%1: finished").arg(QFileInfo(movie).fileName()));
+    else if (!m_quiet)
+        write(finishedJson(recording, movie));
+}
+
+void ProgressDisplay::failed(const QString &recording, const QString &reason)
+{
+    if (m_style == ProgressStyle::Json)
+        write(failedJson(recording, reason));
+    else
+        warn(text("%1: failed: %2").arg(QFileInfo(recording).fileName(), reason));
 }
 
 void ProgressDisplay::tell(const QString &line)
@@ -72,7 +105,10 @@ void ProgressDisplay::tell(const QString &line)
 void ProgressDisplay::warn(const QString &line)
 {
     clearLiveLine();
-    write(printable(line) + QLatin1Char('\n'));
+    if (m_style == ProgressStyle::Json)
+        write(messageJson(line));
+    else
+        write(printable(line) + QLatin1Char('\n'));
 }
 
 void ProgressDisplay::clearLiveLine()

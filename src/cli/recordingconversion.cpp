@@ -14,6 +14,18 @@ using namespace std::chrono_literals;
 
 namespace filmwright {
 
+void configure(MLVProjectController &project, const ConversionSettings &settings)
+{
+    project.setMovieFormat(settings.format);
+    project.setMovieQuality(settings.quality);
+    project.setDualISO(settings.mergesNeighbours);
+    project.setBlendsAlternatingRows(settings.blendsAlternatingRows);
+    project.setConversionWorkers(settings.workers);
+    project.setDarkPath(settings.darkAverage);
+    project.setFlatPath(settings.flatAverage);
+    project.setKeepsTmpFiles(settings.keepsFinishedWork);
+}
+
 RecordingConversion::RecordingConversion(const QString &path, const ConversionSettings &settings,
                                          BatchProgress &progress, ProgressDisplay &display)
     : m_settings(settings)
@@ -21,14 +33,7 @@ RecordingConversion::RecordingConversion(const QString &path, const ConversionSe
     , m_display(display)
     , m_monitor(m_project)
 {
-    m_project.setMovieFormat(settings.format);
-    m_project.setMovieQuality(settings.quality);
-    m_project.setDualISO(settings.mergesNeighbours);
-    m_project.setBlendsAlternatingRows(settings.blendsAlternatingRows);
-    m_project.setConversionWorkers(settings.workers);
-    m_project.setDarkPath(settings.darkAverage);
-    m_project.setFlatPath(settings.flatAverage);
-    m_project.setKeepsTmpFiles(settings.keepsFinishedWork);
+    configure(m_project, settings);
     m_project.setDelegate(this);
     connect(&m_monitor, &ProjectMonitor::ended, this, &RecordingConversion::end);
     connect(&m_progressTimer, &QTimer::timeout, this, &RecordingConversion::showProgress);
@@ -127,7 +132,7 @@ void RecordingConversion::showProgress()
     }
     if (progress.stage != m_stage) {
         m_stage = progress.stage;
-        m_display.beginStage(QFileInfo(path()).fileName(), stageName(m_stage), progress.frames);
+        m_display.beginStage(path(), stageName(m_stage), progress.frames);
     }
     m_display.show(progress);
 }

@@ -29,6 +29,9 @@ struct ConversionSettings
     bool keepsUnfinishedWork = false;
 };
 
+/// Hands a project all of the settings that are its own.
+void configure(MLVProjectController &project, const ConversionSettings &settings);
+
 /// One recording on its way to its movie, from its metadata to the end or to the reason why there
 /// is no movie. Main thread only.
 class RecordingConversion : public QObject, private MLVProjectControllerProtocol

@@ -83,6 +83,7 @@ private Q_SLOTS:
         QTest::newRow("unknown option") << "--fast CLIP";
         QTest::newRow("unknown format") << "--format mp4 CLIP";
         QTest::newRow("unknown quality") << "--quality low CLIP";
+        QTest::newRow("unknown progress") << "--progress xml CLIP";
         QTest::newRow("no jobs") << "--jobs 0 CLIP";
         QTest::newRow("too many jobs") << "--jobs 65 CLIP";
         QTest::newRow("jobs that are no number") << "--jobs many CLIP";

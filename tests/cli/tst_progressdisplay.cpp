@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/exitstatus.h"
 #include "cli/progressdisplay.h"
+#include "cli/progressjson.h"
 
 #include <QTest>
 
@@ -36,6 +37,34 @@ private Q_SLOTS:
     {
         QFETCH(Progress, progress);
         QTEST(progressText(progress), "text");
+    }
+
+    void objectOfEverythingKnown()
+    {
+        using Seconds = TimeEstimate::Seconds;
+        const Progress progress{WorkStage::Converting, 12, 48, 3.14159, Seconds(20.4), Seconds(99)};
+        QCOMPARE(
+            progressJson(QStringLiteral("/a/b \"c\".MLV"), stageName(progress.stage), progress),
+            QByteArrayLiteral("{\"batchSecondsLeft\":99,\"frames\":48,\"framesDone\":12,"
+                              "\"framesPerSecond\":3.14,\"recording\":\"/a/b \\\"c\\\".MLV\","
+                              "\"secondsLeft\":20,\"stage\":\"converting\"}\n"));
+    }
+
+    void objectWithoutWhatIsNotKnown()
+    {
+        QCOMPARE(progressJson(QStringLiteral("a"), QStringLiteral("reading"), {}),
+                 QByteArrayLiteral("{\"recording\":\"a\",\"stage\":\"reading\"}\n"));
+    }
+
+    void objectsOfTheEnd()
+    {
+        QCOMPARE(finishedJson(QStringLiteral("a.MLV"), QStringLiteral("a.mov")),
+                 QByteArrayLiteral(
+                     "{\"movie\":\"a.mov\",\"recording\":\"a.MLV\",\"stage\":\"finished\"}\n"));
+        QCOMPARE(failedJson(QStringLiteral("a.MLV"), QStringLiteral("line\nbreak")),
+                 QByteArrayLiteral("{\"reason\":\"line\\nbreak\",\"recording\":\"a.MLV\","
+                                   "\"stage\":\"failed\"}\n"));
+        QCOMPARE(messageJson(QStringLiteral("m")), QByteArrayLiteral("{\"message\":\"m\"}\n"));
     }
 
     void namesCannotSteerTheTerminal()

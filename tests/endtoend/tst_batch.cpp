@@ -34,6 +34,7 @@ private Q_SLOTS:
     void frameThatCannotBeConvertedFailsTheRecording();
     void failingEncoderFailsTheRecording();
     void progressIsOneLineAStage();
+    void progressForScriptsIsOneObjectALine();
     void quietRunTellsFailuresOnly();
     void tableTellsWhatBecameOfEachRecording();
     void reportTellsWhatTheToolsSaid();
@@ -157,6 +158,38 @@ void TestBatch::progressIsOneLineAStage()
                                           QStringLiteral("a.MLV: converting, 3 frames"),
                                           QStringLiteral("a.MLV: encoding, 3 frames"),
                                           QStringLiteral("a.mov: finished")}));
+}
+
+void TestBatch::progressForScriptsIsOneObjectALine()
+{
+    const QString good = clip(QStringLiteral("a.MLV"));
+    const QString broken = bad(QStringLiteral("b.MLV"));
+    CommandLine cli;
+    QVERIFY(cli.run({convert, QStringLiteral("--progress"), QStringLiteral("json"),
+                     QStringLiteral("--keep-temp"), good, broken}));
+    QCOMPARE(cli.status(), 1);
+    QStringList stages;
+    const QStringList lines = cli.messages();
+    for (const QString &line : lines) {
+        const QJsonObject object = QJsonDocument::fromJson(line.toUtf8()).object();
+        QVERIFY2(!object.isEmpty(), qPrintable(line));
+        if (object.contains(QStringLiteral("message")))
+            continue;
+        const QString stage = object.value(QStringLiteral("stage")).toString();
+        QCOMPARE(object.value(QStringLiteral("recording")).toString(),
+                 stages.contains(QStringLiteral("finished")) ? broken : good);
+        if (stage == QStringLiteral("converting"))
+            QCOMPARE(object.value(QStringLiteral("frames")).toInt(), 3);
+        if (stage == QStringLiteral("finished"))
+            QCOMPARE(object.value(QStringLiteral("movie")).toString(), cli.output().value(0));
+        if (stages.isEmpty() || stages.constLast() != stage)
+            stages << stage;
+    }
+    QCOMPARE(stages, (QStringList{QStringLiteral("reading"), QStringLiteral("extracting"),
+                                  QStringLiteral("converting"), QStringLiteral("encoding"),
+                                  QStringLiteral("finished"), QStringLiteral("reading"),
+                                  QStringLiteral("failed")}));
+    QVERIFY(lines.filter(QStringLiteral("temporary files are kept in")).size() == 1);
 }
 
 void TestBatch::quietRunTellsFailuresOnly()
