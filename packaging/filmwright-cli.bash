@@ -32,7 +32,8 @@ _filmwright_cli()
     case $command:$previous in
         convert:--format) _filmwright_cli_words "$word" mov avi; return ;;
         convert:--quality) _filmwright_cli_words "$word" high maximum; return ;;
-        convert:--jobs) _filmwright_cli_words "$word" $(seq "$(nproc)"); return ;;
+        convert:--jobs) _filmwright_cli_words "$word" auto $(seq "$(nproc)"); return ;;
+        convert:--progress) _filmwright_cli_words "$word" text json; return ;;
         convert:--dark | convert:--flat | convert:--flat-dark)
             _filmwright_cli_paths "$word" '*.mlv'
             return
@@ -44,7 +45,8 @@ _filmwright_cli()
         case $command in
             convert)
                 _filmwright_cli_words "$word" --format --quality --dark --flat --flat-dark --hdr \
-                    --dual-iso --jobs --temp-dir --keep-temp --quiet --report --help
+                    --dual-iso --jobs --temp-dir --keep-temp --quiet \
+                    --progress --report --help
                 ;;
             info | encoders | tools) _filmwright_cli_words "$word" --json --help ;;
         esac

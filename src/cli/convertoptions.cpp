@@ -93,8 +93,7 @@ void describe(QCommandLineParser &parser)
         {quiet, text("Print no progress and no table at the end.")},
         {progress,
          text("How progress is printed on standard error: text (default), or json, one object a "
-              "line "
-              "with recording, stage, framesDone, frames, framesPerSecond, secondsLeft and "
+              "line with recording, stage, framesDone, frames, framesPerSecond, secondsLeft and "
               "batchSecondsLeft, at the end movie or reason; other lines have message alone."),
          text("text|json"), QStringLiteral("text")},
         {hdr, text("Merge neighbouring frames that alternate two exposures into HDR frames; the "
