@@ -147,6 +147,7 @@ void AppDelegate::replaceQueue()
 /// Its last report goes to nobody.
 void AppDelegate::detach(MLVProjectController &project)
 {
+    std::erase(m_batch, &project);
     m_failures.forget(project);
     project.setDelegate(nullptr);
     project.stop();
@@ -175,7 +176,7 @@ void AppDelegate::removeSelectedProjects()
     for (const auto &project : removed)
         detach(*project);
     deleteProjectsLater(removed);
-    m_batch.clear();
+    tellResult(); // the rest of a batch may have waited for what was removed
     endReadingWhenAllAreRead();
     m_ui->startStopItem->setEnabled(!m_readingData && !m_projectList->empty());
     m_ui->queueTableView->reloadData();

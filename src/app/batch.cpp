@@ -89,6 +89,7 @@ void AppDelegate::stopBatch()
     allowSleep();
     for (const auto &project : *m_projectList)
         project->stop();
+    m_batch.clear();
     m_globalProgress = -1.0;
     m_ui->progressIndicator->setDoubleValue(m_ui->progressIndicator->maxValue());
     m_ui->progressIndicator->stopAnimation();

@@ -8,9 +8,6 @@ namespace filmwright {
 
 namespace {
 
-/// As many lines of a tool as a tooltip can show.
-constexpr qsizetype toolLines = 10;
-
 /// A run that no tool and no frame in work will carry on.
 bool isStuck(const MLVProjectController &project)
 {
@@ -26,11 +23,15 @@ bool isStuck(const MLVProjectController &project)
     }
 }
 
-QString lastLines(const MLVProjectController &project)
+/// What the tool that the reason names has printed last.
+QString lastLines(const MLVProjectController &project, const QString &reason)
 {
-    const bool encoding = project.encoder().terminationStatus() != 0;
-    const QStringList lines = encoding ? project.encoder().logs() : project.blender().logs();
-    return lines.mid(qMax<qsizetype>(0, lines.size() - toolLines)).join(QLatin1Char('\n'));
+    const QMap<QString, QStringList> printed = project.lastToolLines();
+    for (auto tool = printed.cbegin(); tool != printed.cend(); ++tool) {
+        if (reason.contains(tool.key()))
+            return tool->join(QLatin1Char('\n'));
+    }
+    return {};
 }
 
 } // namespace
@@ -114,7 +115,7 @@ void FailureWatch::end(MLVProjectController &project, const QString &reason)
     m_monitors.erase(found);
     if (!reason.isEmpty()) {
         note(project, reason);
-        const QString lines = lastLines(project);
+        const QString lines = lastLines(project, reason);
         if (!lines.isEmpty())
             note(project, lines);
     }

@@ -40,7 +40,8 @@ void ProgressTableCellView::setFailure(const QString &failure)
     m_failure = failure;
     m_failureMark->setVisible(!failure.isEmpty());
     m_failureMark->setAccessibleDescription(failure);
-    setToolTip(failure.isEmpty() ? QString() : Qt::convertFromPlainText(failure));
+    setToolTip(failure.isEmpty() ? QString()
+                                 : Qt::convertFromPlainText(failure, Qt::WhiteSpaceNormal));
 }
 
 } // namespace filmwright
