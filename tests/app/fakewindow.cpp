@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
 #include <QSettings>
@@ -14,6 +15,22 @@
 #include <QToolButton>
 
 using namespace filmwright;
+
+namespace {
+
+constexpr QPoint dropPlace(5, 5);
+
+std::unique_ptr<QMimeData> dragged(const QStringList &paths)
+{
+    QList<QUrl> urls;
+    for (const QString &path : paths)
+        urls << QUrl::fromLocalFile(path);
+    auto data = std::make_unique<QMimeData>();
+    data->setUrls(urls);
+    return data;
+}
+
+} // namespace
 
 int ScriptedAlerts::runAlert(const QString &title, const QString &message,
                              const QString &defaultButton, const QString &alternateButton,
@@ -81,22 +98,35 @@ void FakeWindow::waitUntilRead()
     QTRY_VERIFY(action(QStringLiteral("sourceItem"))->isEnabled());
 }
 
+bool FakeWindow::welcomes(const QStringList &paths)
+{
+    const bool welcome = drag(paths);
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(dropTarget(), &leave);
+    return welcome;
+}
+
+bool FakeWindow::drag(const QStringList &paths)
+{
+    const std::unique_ptr<QMimeData> data = dragged(paths);
+    QDragEnterEvent enter(dropPlace, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(dropTarget(), &enter);
+    return enter.isAccepted();
+}
+
 bool FakeWindow::drop(const QStringList &paths)
 {
-    QMimeData data;
-    QList<QUrl> urls;
-    for (const QString &path : paths)
-        urls << QUrl::fromLocalFile(path);
-    data.setUrls(urls);
-    QWidget *target = widget<QueueTableView>(QStringLiteral("queueTableView"))->viewport();
-    const QPoint place(5, 5);
-    QDragEnterEvent enter(place, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(target, &enter);
-    if (!enter.isAccepted())
+    if (!drag(paths))
         return false;
-    QDropEvent drop(QPointF(place), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(target, &drop);
+    const std::unique_ptr<QMimeData> data = dragged(paths);
+    QDropEvent drop(QPointF(dropPlace), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(dropTarget(), &drop);
     return drop.isAccepted();
+}
+
+QWidget *FakeWindow::dropTarget() const
+{
+    return widget<QueueTableView>(QStringLiteral("queueTableView"))->viewport();
 }
 
 void FakeWindow::calibrate(const QString &button, const QString &name)
@@ -123,6 +153,12 @@ void FakeWindow::press(const QString &button)
     QTest::mouseClick(widget<QAbstractButton>(button), Qt::LeftButton);
 }
 
+void FakeWindow::select(const QString &name)
+{
+    const auto row = queue().size() - 1 - queue().indexOf(name);
+    widget<QueueTableView>(QStringLiteral("queueTableView"))->selectRow(static_cast<int>(row));
+}
+
 QString FakeWindow::temporary(const QString &name) const
 {
     return QDir(temporaryDirectory()).filePath(name);
@@ -142,4 +178,24 @@ QStringList FakeWindow::states() const
     for (const auto &project : delegate->projectList())
         states << project->state();
     return states;
+}
+
+QString FakeWindow::cell(const QString &column, int row) const
+{
+    const QAbstractItemModel *model =
+        widget<QueueTableView>(QStringLiteral("queueTableView"))->model();
+    return model->index(row, static_cast<int>(queueTableColumns.indexOf(column))).data().toString();
+}
+
+ProgressTableCellView *FakeWindow::stateView(int row) const
+{
+    auto *table = widget<QueueTableView>(QStringLiteral("queueTableView"));
+    const auto column = static_cast<int>(queueTableColumns.indexOf(QStringLiteral("State")));
+    return qobject_cast<ProgressTableCellView *>(
+        table->indexWidget(table->model()->index(row, column)));
+}
+
+QString FakeWindow::status() const
+{
+    return widget<QLabel>(QStringLiteral("statusTextField"))->text();
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "app/appdelegate.h"
+#include "app/progresstablecellview.h"
 #include "project/faketools.h"
 
 #include <QTest>
@@ -49,6 +50,8 @@ public:
     /// Makes and drops recordings, and waits until they are read.
     void add(const QStringList &names);
     void waitUntilRead();
+    /// Whether a drag of these files would be welcome over the table.
+    bool welcomes(const QStringList &paths);
     /// Drops files on the table as a file manager does; true when they were taken.
     bool drop(const QStringList &paths);
     /// Chooses a calibration recording of that name by the button, and waits until the sheet is
@@ -59,6 +62,8 @@ public:
     void pressStart();
     void waitForEnd();
     void press(const QString &button);
+    /// Selects the row of a recording.
+    void select(const QString &name);
 
     template <typename Widget>
     Widget *widget(const QString &name) const
@@ -71,12 +76,19 @@ public:
     /// The file names of the queue in the order of the list.
     QStringList queue() const;
     QStringList states() const;
+    /// The text of a cell of the table.
+    QString cell(const QString &column, int row) const;
+    filmwright::ProgressTableCellView *stateView(int row) const;
+    QString status() const;
 
     ScriptedAlerts alerts;
     ScriptedPanel panel;
     std::unique_ptr<filmwright::AppDelegate> delegate;
 
 private:
+    QWidget *dropTarget() const;
+    bool drag(const QStringList &paths);
+
     QTemporaryDir m_recordings;
     QTemporaryDir m_temporary;
     QTemporaryDir m_preferences;

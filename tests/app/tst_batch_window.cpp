@@ -1,34 +1,681 @@
 // SPDX-License-Identifier: MIT
 #include "fakewindow.h"
 
+#include "app/imageview.h"
 #include "app/progressindicator.h"
+#include "app/queuetableview.h"
+#include "project/moviemark.h"
 
 #include <QComboBox>
+#include <QPushButton>
+
+using namespace filmwright;
+
+namespace {
+
+const QString a = QStringLiteral("a.MLV");
+const QString b = QStringLiteral("b.MLV");
+const QString c = QStringLiteral("c.MLV");
+const QString ready = QStringLiteral("Ready");
+const QString pending = QStringLiteral("Pending");
+const QString finished = QStringLiteral("Finished");
+const QString endless = QStringLiteral("exec sleep 60");
+
+/// A script for recording b alone, and one for the others; `subject` names what tells them apart.
+QString onlyForB(const char *subject, const QString &script, const QString &otherwise)
+{
+    return QStringLiteral("case \"$%1\" in *b.*) %2 ;; *) %3 ;; esac")
+        .arg(QLatin1String(subject), script, otherwise);
+}
+
+} // namespace
 
 class TestBatchWindow : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
+    void nothingToStartBeforeARecordingIsRead();
     void startConvertsEveryRecordingInListOrder();
+    void missingAverageRefusesToStart_data();
+    void missingAverageRefusesToStart();
+    void flatDarkAloneNeedsNothing();
+    void missingToolIsToldBeforeTheWork();
+    void finishedRecordingsAreConvertedAgain();
+    void stopLaunchesNothingMore();
+    void startAfterStopTakesTheWholeList();
+    void controlsAreLockedWhileWorking();
+    void anyOtherPopUpItemStandsForTheSecond_data();
+    void anyOtherPopUpItemStandsForTheSecond();
+    void averagesGivenToTheRecordings_data();
+    void averagesGivenToTheRecordings();
+    void calibrationIsReadAnewForEveryRecording();
+    void errorLineStopsTheBatch();
+    void percentInAnErrorIsNoDirective();
+    void errorWhileNothingRunsStartsABatch();
+    void errorWhileAnAlertIsOpenWaits();
+    void convertedFrameIsShown();
+    void statusTellsStageAndFrames();
+    void failureCostsOneRecording_data();
+    void failureCostsOneRecording();
+    void fullTemporaryFolderSkipsTheRecording();
+    void movieOfAnotherRunSkipsTheRecording();
+    void failureOfTheLastRunIsForgottenWithTheNext();
+    void recordingThatCannotBeReadIsMarked();
+    void summaryForgetsAStoppedBatch();
+    void closingIsRefusedWhileWorking();
+    void closingEndsTheApplication();
+    void quitAsksWhileWorking();
+    void quitDuringABatchStopsIt();
+    void quitRemovesTheTemporaryDirectory();
+    void quitKeepsTheTemporaryDirectoryWhenTold();
 };
+
+void TestBatchWindow::nothingToStartBeforeARecordingIsRead()
+{
+    FakeWindow window;
+    window.launch();
+    QVERIFY(!window.action(QStringLiteral("startStopItem"))->isEnabled());
+    window.setBeforeReport(QStringLiteral("while [ ! -e \"$recording.go\" ]; do sleep 0.05; done"));
+    const QStringList paths = window.makeRecordings({a});
+    QVERIFY(window.drop(paths));
+    QVERIFY(!window.action(QStringLiteral("startStopItem"))->isEnabled());
+    QVERIFY(!window.action(QStringLiteral("sourceItem"))->isEnabled());
+    QCOMPARE(window.states(), QStringList{QStringLiteral("Reading data")});
+    QVERIFY(QFile(paths.constFirst() + QStringLiteral(".go")).open(QIODevice::WriteOnly));
+    window.waitUntilRead();
+    QVERIFY(window.action(QStringLiteral("startStopItem"))->isEnabled());
+}
 
 void TestBatchWindow::startConvertsEveryRecordingInListOrder()
 {
     FakeWindow window;
     window.launch();
-    window.add({QStringLiteral("a.MLV"), QStringLiteral("b.MLV"), QStringLiteral("c.MLV")});
+    window.add({a, b, c});
     window.pressStart();
     QCOMPARE(window.action(QStringLiteral("startStopItem"))->text(), QStringLiteral("Stop"));
     window.waitForEnd();
-    const QString finished = QStringLiteral("Finished");
     QCOMPARE(window.states(), QStringList({finished, finished, finished}));
     QStringList movies;
     for (const QStringList &call : window.tools.calls(QStringLiteral("ffmpeg")))
         movies << QFileInfo(call.constLast()).fileName();
     QCOMPARE(movies, QStringList({QStringLiteral("a.avi"), QStringLiteral("b.avi"),
                                   QStringLiteral("c.avi")}));
+    QTRY_COMPARE(window.status(), QStringLiteral("3 movies written"));
     QCOMPARE(window.alerts.shown, QStringList());
+}
+
+void TestBatchWindow::missingAverageRefusesToStart_data()
+{
+    QTest::addColumn<QStringList>("buttons");
+    QTest::addColumn<QString>("average");
+    const QString dark = QStringLiteral("darkButton");
+    const QString flat = QStringLiteral("flatButton");
+    const QString flatDark = QStringLiteral("flatDarkButton");
+    QTest::newRow("dark") << QStringList{dark} << QStringLiteral("dark.mlv");
+    QTest::newRow("flat") << QStringList{flat} << QStringLiteral("flat.mlv");
+    QTest::newRow("flat less its dark")
+        << QStringList{flat, flatDark} << QStringLiteral("flat-flat_dark.mlv");
+}
+
+void TestBatchWindow::missingAverageRefusesToStart()
+{
+    QFETCH(const QStringList, buttons);
+    QFETCH(const QString, average);
+    FakeWindow window(1);
+    window.launch();
+    window.add({a});
+    for (const QString &button : buttons)
+        window.calibrate(button, button + QStringLiteral(".MLV"));
+    QVERIFY(window.delegate->checkCalibrationIntegrity());
+    QVERIFY(QFile::remove(window.temporary(average)));
+    window.pressStart();
+    QCOMPARE(window.alerts.shown,
+             QStringList{
+                 QStringLiteral("Calibration integrity|PLease check your calibration files.|Ok")});
+    QVERIFY(!window.delegate->isWorking());
+    QCOMPARE(window.action(QStringLiteral("startStopItem"))->text(), QStringLiteral("Start"));
+    QCOMPARE(window.states(), QStringList{ready});
+}
+
+void TestBatchWindow::flatDarkAloneNeedsNothing()
+{
+    FakeWindow window(1);
+    window.launch();
+    window.add({a});
+    window.calibrate(QStringLiteral("flatDarkButton"), QStringLiteral("flatdark.MLV"));
+    QVERIFY(QFile::remove(window.temporary(QStringLiteral("flat_dark.mlv"))));
+    window.pressStart();
+    window.waitForEnd();
+    QCOMPARE(window.states(), QStringList{finished});
+}
+
+void TestBatchWindow::missingToolIsToldBeforeTheWork()
+{
+    FakeWindow window;
+    window.launch();
+    window.add({a});
+    QVERIFY(QFile::remove(window.tools.path() + QStringLiteral("/ffmpeg")));
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "/nowhere");
+    window.pressStart();
+    qputenv("PATH", path);
+    QCOMPARE(window.alerts.shown.size(), 1);
+    QVERIFY(window.alerts.shown.constFirst().startsWith(
+        QLatin1String("A tool is missing|the tool ffmpeg was not found; it was looked for in ")));
+    QCOMPARE(window.states(), QStringList{ready});
+}
+
+void TestBatchWindow::finishedRecordingsAreConvertedAgain()
+{
+    FakeWindow window;
+    window.launch();
+    window.add({b});
+    window.pressStart();
+    window.waitForEnd();
+    window.add({a, c});
+    const auto *bar = window.widget<ProgressIndicator>(QStringLiteral("progressIndicator"));
+    QList<double> values;
+    connect(bar, &QProgressBar::valueChanged, this, [&] { values << bar->doubleValue(); });
+    window.pressStart();
+    QCOMPARE(bar->maxValue(), 3.0);
+    QVERIFY(bar->isAnimating());
+    window.waitForEnd();
+    QCOMPARE(values, QList<double>({1, 0, 1, 2, 3})); // the end of the last batch first
+    QVERIFY(!bar->isAnimating());
+    QStringList movies;
+    for (const QStringList &call : window.tools.calls(QStringLiteral("ffmpeg")))
+        movies << QFileInfo(call.constLast()).baseName();
+    QCOMPARE(movies.join(QLatin1Char(' ')), QStringLiteral("b b a c"));
+}
+
+void TestBatchWindow::stopLaunchesNothingMore()
+{
+    FakeWindow window;
+    window.setEncoding(endless);
+    window.launch();
+    window.add({a, b, c});
+    window.pressStart();
+    QTRY_COMPARE(window.states(),
+                 QStringList({QStringLiteral("Building movie"), pending, pending}));
+    window.pressStart();
+    QVERIFY(!window.delegate->isWorking());
+    QCOMPARE(window.states(), QStringList({ready, ready, ready}));
+    QCOMPARE(window.action(QStringLiteral("startStopItem"))->text(), QStringLiteral("Start"));
+    const auto *bar = window.widget<ProgressIndicator>(QStringLiteral("progressIndicator"));
+    QCOMPARE(bar->doubleValue(), 3.0);
+    QVERIFY(!bar->isAnimating());
+    QTest::qWait(200);
+    QCOMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 1);
+    QCOMPARE(window.status(), QStringLiteral("Stopped"));
+    QCOMPARE(window.alerts.shown, QStringList());
+}
+
+void TestBatchWindow::startAfterStopTakesTheWholeList()
+{
+    FakeWindow window;
+    window.launch();
+    window.add({a, b});
+    window.setEncoding(onlyForB("movie", endless, QStringLiteral("cp \"$film\" \"$movie\"")));
+    window.pressStart();
+    QTRY_COMPARE(window.states(), QStringList({finished, QStringLiteral("Building movie")}));
+    window.pressStart();
+    window.setEncoding(QStringLiteral("cp \"$film\" \"$movie\""));
+    window.pressStart();
+    window.waitForEnd();
+    QCOMPARE(window.states(), QStringList({finished, finished}));
+    QCOMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 4);
+}
+
+void TestBatchWindow::controlsAreLockedWhileWorking()
+{
+    FakeWindow window;
+    window.setExtraction(endless);
+    window.launch();
+    window.add({a});
+    const auto enabled = [&window] {
+        return QList<bool>{
+            window.action(QStringLiteral("sourceItem"))->isEnabled(),
+            window.action(QStringLiteral("startStopItem"))->isEnabled(),
+            window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled(),
+            window.widget<QComboBox>(QStringLiteral("movieQualityPopUpButton"))->isEnabled()};
+    };
+    const auto shows = [&window](const char *image) {
+        return window.action(QStringLiteral("startStopItem"))->icon().pixmap(32).toImage() ==
+               QIcon(QLatin1String(":/images/") + QLatin1String(image)).pixmap(32).toImage();
+    };
+    QCOMPARE(enabled(), QList<bool>({true, true, true, true}));
+    QVERIFY(shows("Encode"));
+    window.pressStart();
+    QCOMPARE(enabled(), QList<bool>({false, true, false, false}));
+    QVERIFY(shows("stopencode"));
+    QVERIFY(!shows("Encode"));
+    window.pressStart();
+    QCOMPARE(enabled(), QList<bool>({true, true, true, true}));
+    QVERIFY(shows("Encode"));
+}
+
+void TestBatchWindow::anyOtherPopUpItemStandsForTheSecond_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("value");
+    QTest::newRow("first") << 0 << 0;
+    QTest::newRow("second") << 1 << 1;
+    QTest::newRow("third") << 2 << 1;
+}
+
+void TestBatchWindow::anyOtherPopUpItemStandsForTheSecond()
+{
+    QFETCH(const int, index);
+    QFETCH(const int, value);
+    FakeWindow window;
+    window.launch();
+    window.add({a});
+    for (const char *name : {"movieFormatPopUpButton", "movieQualityPopUpButton"}) {
+        auto *popUp = window.widget<QComboBox>(QLatin1String(name));
+        popUp->addItem(QStringLiteral("third"));
+        popUp->setCurrentIndex(index);
+    }
+    window.pressStart();
+    window.waitForEnd();
+    const MLVProjectController &project = *window.delegate->projectList().front();
+    QCOMPARE(project.movieFormat(), value);
+    QCOMPARE(project.movieQuality(), value);
+}
+
+void TestBatchWindow::averagesGivenToTheRecordings_data()
+{
+    QTest::addColumn<QStringList>("buttons");
+    QTest::addColumn<QString>("dark");
+    QTest::addColumn<QString>("flat");
+    const QString dark = QStringLiteral("darkButton");
+    const QString flat = QStringLiteral("flatButton");
+    const QString flatDark = QStringLiteral("flatDarkButton");
+    QTest::newRow("none") << QStringList() << QString() << QString();
+    QTest::newRow("dark") << QStringList{dark} << QStringLiteral("dark.mlv") << QString();
+    QTest::newRow("flat") << QStringList{flat} << QString() << QStringLiteral("flat.mlv");
+    QTest::newRow("flat and its dark")
+        << QStringList{flat, flatDark} << QString() << QStringLiteral("flat-flat_dark.mlv");
+    QTest::newRow("all") << QStringList{dark, flatDark, flat} << QStringLiteral("dark.mlv")
+                         << QStringLiteral("flat-flat_dark.mlv");
+    QTest::newRow("dark of a flat alone") << QStringList{flatDark} << QString() << QString();
+}
+
+void TestBatchWindow::averagesGivenToTheRecordings()
+{
+    QFETCH(const QStringList, buttons);
+    QFETCH(const QString, dark);
+    QFETCH(const QString, flat);
+    FakeWindow window(1);
+    window.launch();
+    window.add({a, b});
+    for (const QString &button : buttons)
+        window.calibrate(button, button + QStringLiteral(".MLV"));
+    window.pressStart();
+    window.waitForEnd();
+    for (const auto &project : window.delegate->projectList()) {
+        QCOMPARE(project->darkPath(), dark.isEmpty() ? QString() : window.temporary(dark));
+        QCOMPARE(project->flatPath(), flat.isEmpty() ? QString() : window.temporary(flat));
+        QVERIFY(!project->darkPath().isNull());
+        QVERIFY(!project->flatPath().isNull());
+    }
+}
+
+void TestBatchWindow::calibrationIsReadAnewForEveryRecording()
+{
+    FakeWindow window(1);
+    window.launch();
+    window.add({a, b});
+    window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
+    window.setEncoding(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done; cp \"$film\" "
+                                      "\"$movie\"")
+                           .arg(window.path(QStringLiteral("go"))));
+    window.pressStart();
+    QTRY_COMPARE(window.states(), QStringList({QStringLiteral("Building movie"), pending}));
+    auto *field = window.widget<CustomTextField>(QStringLiteral("darkTextField"));
+    QTest::mouseClick(field->deleteButton(), Qt::LeftButton);
+    QVERIFY(!QFileInfo::exists(window.temporary(QStringLiteral("dark.mlv"))));
+    QVERIFY(QFile(window.path(QStringLiteral("go"))).open(QIODevice::WriteOnly));
+    window.waitForEnd();
+    const auto &projects = window.delegate->projectList();
+    QCOMPARE(projects.at(0)->darkPath(), window.temporary(QStringLiteral("dark.mlv")));
+    QCOMPARE(projects.at(1)->darkPath(), QString());
+}
+
+void TestBatchWindow::errorLineStopsTheBatch()
+{
+    FakeWindow window;
+    window.setExtraction(onlyForB("recording",
+                                  QStringLiteral("echo '[ERROR] bad block'; exec sleep 60"),
+                                  FakeTools::extraction(2)));
+    window.launch();
+    window.add({a, b, c});
+    QStringList atAlert;
+    window.alerts.whileOpen = [&] { atAlert = window.states(); };
+    window.pressStart();
+    window.waitForEnd();
+    QCOMPARE(window.alerts.shown,
+             QStringList{QStringLiteral("Process aborted|[ERROR] bad block|Ok")});
+    QCOMPARE(atAlert, QStringList({finished, QStringLiteral("Extracting DNG"), pending}));
+    QCOMPARE(window.states(), QStringList({ready, ready, ready}));
+    QCOMPARE(window.action(QStringLiteral("startStopItem"))->text(), QStringLiteral("Start"));
+    QTest::qWait(100);
+    QCOMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 1);
+    QTRY_COMPARE(window.stateView(1)->failure(), QStringLiteral("bad block"));
+    QCOMPARE(window.stateView(0)->failure(), QString());
+    QCOMPARE(window.stateView(2)->failure(), QString());
+}
+
+void TestBatchWindow::percentInAnErrorIsNoDirective()
+{
+    FakeWindow window;
+    window.setExtraction(QStringLiteral("echo '[ERROR] 100%% of %d %s lost'; exec sleep 60"));
+    window.launch();
+    window.add({a});
+    window.pressStart();
+    window.waitForEnd();
+    QCOMPARE(window.alerts.shown,
+             QStringList{QStringLiteral("Process aborted|[ERROR] 100% of %d %s lost|Ok")});
+}
+
+void TestBatchWindow::errorWhileNothingRunsStartsABatch()
+{
+    FakeWindow window;
+    window.launch();
+    window.add({a});
+    window.setBeforeReport(
+        onlyForB("recording", QStringLiteral("echo '[ERROR] torn block'"), QStringLiteral(":")));
+    window.alerts.answers = {1, 1};
+    QVERIFY(window.drop(window.makeRecordings({b})));
+    QTRY_VERIFY(window.delegate->isWorking());
+    QCOMPARE(window.alerts.shown.constLast(),
+             QStringLiteral("Process aborted|[ERROR] torn block|Ok"));
+    window.waitForEnd();
+    QCOMPARE(window.states().constFirst(), finished);
+}
+
+void TestBatchWindow::errorWhileAnAlertIsOpenWaits()
+{
+    FakeWindow window;
+    window.setExtraction(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done\n"
+                                        "echo '[ERROR] bad block'; exec sleep 60")
+                             .arg(window.path(QStringLiteral("go"))));
+    window.launch();
+    window.add({a});
+    window.pressStart();
+    QStringList shownAtFirstAlert;
+    window.alerts.whileOpen = [&] {
+        window.alerts.whileOpen = nullptr;
+        QVERIFY(QFile(window.path(QStringLiteral("go"))).open(QIODevice::WriteOnly));
+        QTest::qWait(400);
+        shownAtFirstAlert = window.alerts.shown;
+        QVERIFY(window.delegate->isWorking());
+    };
+    QVERIFY(!window.drop(window.makeRecordings({b})));
+    QCOMPARE(shownAtFirstAlert.size(), 1);
+    QTRY_COMPARE(window.alerts.shown,
+                 QStringList({QStringLiteral("Please wait|Operation not allowed while working.|Ok"),
+                              QStringLiteral("Process aborted|[ERROR] bad block|Ok")}));
+    QTRY_VERIFY(!window.delegate->isWorking());
+}
+
+void TestBatchWindow::convertedFrameIsShown()
+{
+    FakeWindow window;
+    window.launch();
+    window.add({a});
+    const auto *preview = window.widget<ImageView>(QStringLiteral("imageView"));
+    QVERIFY(preview->image().isNull());
+    window.pressStart();
+    window.waitForEnd();
+    QCOMPARE(preview->image().size(), QSize(4, 2));
+}
+
+void TestBatchWindow::statusTellsStageAndFrames()
+{
+    FakeWindow window(3);
+    window.setConversion(QStringLiteral("case \"$dng\" in *2.dng) exec sleep 5 ;; esac; "
+                                        "cp \"$frame\" \"$tiff\""));
+    window.launch();
+    window.add({a});
+    QTRY_COMPARE(window.status(), QStringLiteral("1 recording in the queue"));
+    window.pressStart();
+    QTRY_VERIFY2(window.status().startsWith(QLatin1String("a.MLV: converting, 2 of 3")) ||
+                     window.status().startsWith(QLatin1String("a.MLV: converting, 2/3")),
+                 qPrintable(window.status()));
+    window.pressStart();
+}
+
+void TestBatchWindow::failureCostsOneRecording_data()
+{
+    QTest::addColumn<QString>("stage");
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<QString>("reason");
+    QTest::addColumn<QString>("printed");
+    QTest::addColumn<QString>("state");
+    QTest::newRow("mlv_dump dies while it extracts")
+        << QStringLiteral("extraction") << QStringLiteral("echo torn; kill -SEGV $$")
+        << QStringLiteral("mlv_dump ended before it had extracted the frames")
+        << QStringLiteral("torn") << ready;
+    QTest::newRow("no frame") << QStringLiteral("extraction") << QStringLiteral("echo Done")
+                              << QStringLiteral("no frame could be extracted") << QString()
+                              << ready;
+    QTest::newRow("fewer frames than the recording has")
+        << QStringLiteral("extraction") << FakeTools::extraction(1)
+        << QStringLiteral("Only 1 of 2 frames could be read.") << QString() << finished;
+    QTest::newRow("a frame is not converted")
+        << QStringLiteral("conversion")
+        << QStringLiteral("case \"$dng\" in *0.dng) echo torn; exit 1 ;; esac; cp \"$frame\" "
+                          "\"$tiff\"")
+        << QStringLiteral("dcraw converted only 1 of 2 frames") << QStringLiteral("torn")
+        << finished;
+    QTest::newRow("ffmpeg fails") << QStringLiteral("encoding")
+                                  << QStringLiteral("echo smoke; echo 'disk on fire'; exit 3")
+                                  << QStringLiteral("ffmpeg ended with status 3: disk on fire")
+                                  << QStringLiteral("smoke\ndisk on fire") << finished;
+    QTest::newRow("ffmpeg writes nothing")
+        << QStringLiteral("encoding") << QStringLiteral(":")
+        << QStringLiteral("ffmpeg wrote no movie") << QString() << finished;
+}
+
+void TestBatchWindow::failureCostsOneRecording()
+{
+    QFETCH(const QString, stage);
+    QFETCH(const QString, script);
+    QFETCH(const QString, reason);
+    QFETCH(const QString, printed);
+    QFETCH(const QString, state);
+    FakeWindow window;
+    const QString copy = QStringLiteral("cp \"$frame\" \"$tiff\"");
+    const QString encode = QStringLiteral("cp \"$film\" \"$movie\"");
+    if (stage == QLatin1String("extraction"))
+        window.setExtraction(onlyForB("recording", script, FakeTools::extraction(2)));
+    else if (stage == QLatin1String("conversion"))
+        window.setConversion(
+            QStringLiteral("case \"$dng\" in *b.MLV*) %1 ;; *) %2 ;; esac").arg(script, copy));
+    else
+        window.setEncoding(onlyForB("movie", script, encode));
+    window.launch();
+    window.add({a, b, c});
+    window.pressStart();
+    window.waitForEnd();
+    QTRY_COMPARE(
+        window.alerts.shown,
+        QStringList{
+            QStringLiteral("1 of 3 recordings have no whole movie|b.MLV: %1|Ok").arg(reason)});
+    QCOMPARE(window.states(), QStringList({finished, state, finished}));
+    QTRY_COMPARE(window.stateView(1)->failure().section(QLatin1Char('\n'), 0, 0), reason);
+    QCOMPARE(window.stateView(1)->failure().section(QLatin1Char('\n'), 1), printed);
+    QVERIFY(window.stateView(1)->toolTip().contains(reason.toHtmlEscaped()));
+    QVERIFY(window.stateView(0)->failure().isNull());
+    QVERIFY(window.stateView(2)->failure().isNull());
+    QCOMPARE(window.status(), QStringLiteral("1 of 3 recordings have no whole movie"));
+    QTest::qWait(100);
+    QCOMPARE(window.alerts.shown.size(), 1);
+    const QFileInfo recording(window.delegate->projectList().front()->mlvPath());
+    for (const QString &movie : {QStringLiteral("a.avi"), QStringLiteral("c.avi")})
+        QVERIFY(recording.dir().exists(movie));
+}
+
+void TestBatchWindow::fullTemporaryFolderSkipsTheRecording()
+{
+    FakeWindow window;
+    window.launch();
+    window.setRawInformation(QStringLiteral("900000x900000"), 14);
+    window.add({b});
+    window.setRawInformation(QStringLiteral("4x2"), 14);
+    window.add({c});
+    window.pressStart();
+    window.waitForEnd();
+    QCOMPARE(window.states(), QStringList({ready, finished}));
+    QTRY_VERIFY(window.alerts.shown.constLast().startsWith(
+        QLatin1String("1 of 2 recordings have no whole movie|b.MLV: its frames need ")));
+    QTRY_VERIFY(window.stateView(1)->failure().startsWith(QLatin1String("its frames need ")));
+}
+
+void TestBatchWindow::movieOfAnotherRunSkipsTheRecording()
+{
+    FakeWindow window;
+    window.launch();
+    window.add({b, c});
+    MovieMark another(window.delegate->projectList().front()->moviePath());
+    QCOMPARE(another.set(), QString());
+    window.pressStart();
+    window.waitForEnd();
+    QCOMPARE(window.states(), QStringList({ready, finished}));
+    QTRY_COMPARE(window.alerts.shown.constLast(),
+                 QStringLiteral("1 of 2 recordings have no whole movie|b.MLV: its movie is being "
+                                "written by another run|Ok"));
+    another.remove();
+}
+
+void TestBatchWindow::failureOfTheLastRunIsForgottenWithTheNext()
+{
+    FakeWindow window;
+    window.setEncoding(QStringLiteral("exit 1"));
+    window.launch();
+    window.add({a});
+    window.pressStart();
+    window.waitForEnd();
+    QTRY_VERIFY(!window.stateView(0)->failure().isNull());
+    QTRY_COMPARE(window.alerts.shown.size(), 1);
+    window.setEncoding(QStringLiteral("cp \"$film\" \"$movie\""));
+    window.pressStart();
+    window.waitForEnd();
+    QTRY_COMPARE(window.status(), QStringLiteral("1 movie written"));
+    QTRY_VERIFY(window.stateView(0)->failure().isNull());
+    QCOMPARE(window.stateView(0)->toolTip(), QString());
+    QCOMPARE(window.alerts.shown.size(), 1);
+}
+
+void TestBatchWindow::recordingThatCannotBeReadIsMarked()
+{
+    FakeWindow window;
+    window.setBeforeReport(
+        onlyForB("recording", QStringLiteral("kill -SEGV $$"), QStringLiteral(":")));
+    window.launch();
+    window.add({a, b});
+    QTRY_COMPARE(window.states(), QStringList({ready, ready}));
+    QVERIFY(window.action(QStringLiteral("startStopItem"))->isEnabled());
+    QTRY_COMPARE(window.stateView(0)->failure(),
+                 QStringLiteral("mlv_dump ended before it had read the recording"));
+    QCOMPARE(window.alerts.shown, QStringList());
+}
+
+void TestBatchWindow::summaryForgetsAStoppedBatch()
+{
+    FakeWindow window;
+    window.setRawInformation(QStringLiteral("900000x900000"), 14);
+    window.launch();
+    window.add({a});
+    window.pressStart(); // skipped for want of room, stopped before the next one's turn
+    window.pressStart();
+    window.setBeforeReport(QStringLiteral("kill -SEGV $$"));
+    window.alerts.answers = {0};
+    window.add({b});
+    QTest::qWait(100);
+    QCOMPARE(window.status(), QStringLiteral("1 recording in the queue"));
+    QCOMPARE(window.alerts.shown.size(), 1);
+}
+
+void TestBatchWindow::closingIsRefusedWhileWorking()
+{
+    FakeWindow window;
+    window.setExtraction(endless);
+    window.launch();
+    window.add({a});
+    window.pressStart();
+    QVERIFY(!window.delegate->window()->close());
+    QVERIFY(window.delegate->window()->isVisible());
+    QVERIFY(window.delegate->isWorking());
+    QCOMPARE(window.alerts.shown, QStringList());
+    window.pressStart();
+    QVERIFY(window.delegate->windowShouldClose());
+}
+
+void TestBatchWindow::closingEndsTheApplication()
+{
+    FakeWindow window;
+    window.launch();
+    constexpr int timedOut = 99;
+    QTimer::singleShot(10000, this, [] { QCoreApplication::exit(timedOut); });
+    QTimer::singleShot(0, this, [&window] { QVERIFY(window.delegate->window()->close()); });
+    QCOMPARE(QCoreApplication::exec(), 0);
+}
+
+void TestBatchWindow::quitAsksWhileWorking()
+{
+    FakeWindow window;
+    window.setExtraction(endless);
+    window.launch();
+    window.add({a});
+    window.pressStart();
+    window.alerts.answers = {1};
+    window.action(QStringLiteral("quitMenuItem"))->trigger();
+    QCOMPARE(window.alerts.shown,
+             QStringList{QStringLiteral("A batch is running|The recordings that are not finished "
+                                        "yet would get no movie. Quit all the same?|Go on "
+                                        "working|Quit")});
+    QVERIFY(window.delegate->isWorking());
+    window.pressStart();
+}
+
+void TestBatchWindow::quitDuringABatchStopsIt()
+{
+    FakeWindow window;
+    window.setExtraction(endless);
+    window.launch();
+    window.add({a});
+    window.pressStart();
+    window.alerts.answers = {0};
+    constexpr int timedOut = 99;
+    QTimer::singleShot(10000, this, [] { QCoreApplication::exit(timedOut); });
+    QTimer::singleShot(0, window.action(QStringLiteral("quitMenuItem")), &QAction::trigger);
+    QCOMPARE(QCoreApplication::exec(), 0);
+    QVERIFY(!window.delegate->isWorking());
+    QCOMPARE(window.states(), QStringList{ready});
+}
+
+void TestBatchWindow::quitRemovesTheTemporaryDirectory()
+{
+    FakeWindow window(1);
+    window.launch();
+    window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
+    const QString directory = window.temporary(QString());
+    QVERIFY(QFileInfo::exists(directory));
+    window.quit();
+    QVERIFY(!QFileInfo::exists(directory));
+}
+
+void TestBatchWindow::quitKeepsTheTemporaryDirectoryWhenTold()
+{
+    FakeWindow window(1);
+    window.launch();
+    window.action(QStringLiteral("keepTempDirectoryMenuItem"))->trigger();
+    window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
+    const QString average = window.temporary(QStringLiteral("dark.mlv"));
+    window.quit();
+    QVERIFY(QFileInfo::exists(average));
 }
 
 QTEST_MAIN(TestBatchWindow)
