@@ -65,12 +65,12 @@ void AppDelegate::scanDirectoryForMLVFiles(const QString &folder)
 /// Any answer but "Replace" keeps the queue; so does the "Cancel" of a drop, which adds as well.
 void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
 {
+    if (!checkTools({QStringLiteral("mlv_dump")}))
+        return;
     if (!m_projectList->empty() &&
         runAlert(QStringLiteral("Queue not empty"), QStringLiteral("Add to exisiting queue?"),
                  QStringLiteral("Yes"), QStringLiteral("Replace"), otherButton) == 0)
         replaceQueue();
-    if (!checkTools({QStringLiteral("mlv_dump")}))
-        return;
     for (const QString &path : paths) {
         if (QFileInfo(path).isDir())
             scanDirectoryForMLVFiles(path);

@@ -97,6 +97,13 @@ void QueueTableView::selectionChanged(const QItemSelection &selected,
     Q_EMIT selectedRowsChanged();
 }
 
+/// The selection goes without a word of its own.
+void QueueTableView::reset()
+{
+    QTableView::reset();
+    Q_EMIT selectedRowsChanged();
+}
+
 void QueueTableView::fitRowHeight()
 {
     verticalHeader()->setDefaultSectionSize(linesPerRow * fontMetrics().lineSpacing() + rowPadding);

@@ -35,6 +35,8 @@ public:
     /// The selected rows in ascending order.
     QList<int> selectedRows() const;
 
+    void reset() override;
+
 Q_SIGNALS:
     void selectedRowsChanged();
 

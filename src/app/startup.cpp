@@ -3,6 +3,7 @@
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
 #include "conversion/hdrinterleavedimagemerge.h"
+#include "runner/files.h"
 #include "runner/systemlog.h"
 #include "runner/temporarydirectory.h"
 #include "runner/userdefaults.h"
@@ -36,7 +37,7 @@ void runSelfTest()
 
 void removeTemporaryDirectory()
 {
-    QDir(temporaryDirectory()).removeRecursively();
+    removeFolder(temporaryDirectory());
 }
 
 } // namespace
