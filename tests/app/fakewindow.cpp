@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "fakewindow.h"
 
-#include "app/queuetableview.h"
 #include "runner/temporarydirectory.h"
 
 #include <QDir>
@@ -28,6 +27,11 @@ std::unique_ptr<QMimeData> dragged(const QStringList &paths)
     auto data = std::make_unique<QMimeData>();
     data->setUrls(urls);
     return data;
+}
+
+int columnOf(const QString &identifier)
+{
+    return static_cast<int>(queueTableColumns.indexOf(identifier));
 }
 
 } // namespace
@@ -87,6 +91,12 @@ QStringList FakeWindow::makeRecordings(const QStringList &names)
     return paths;
 }
 
+void FakeWindow::open(const QStringList &paths)
+{
+    panel.chosen = paths;
+    pressInToolBar(QStringLiteral("sourceItem"));
+}
+
 void FakeWindow::add(const QStringList &names)
 {
     QVERIFY(drop(makeRecordings(names)));
@@ -102,7 +112,7 @@ bool FakeWindow::welcomes(const QStringList &paths)
 {
     const bool welcome = drag(paths);
     QDragLeaveEvent leave;
-    QCoreApplication::sendEvent(dropTarget(), &leave);
+    QCoreApplication::sendEvent(table()->viewport(), &leave);
     return welcome;
 }
 
@@ -110,7 +120,7 @@ bool FakeWindow::drag(const QStringList &paths)
 {
     const std::unique_ptr<QMimeData> data = dragged(paths);
     QDragEnterEvent enter(dropPlace, Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(dropTarget(), &enter);
+    QCoreApplication::sendEvent(table()->viewport(), &enter);
     return enter.isAccepted();
 }
 
@@ -120,13 +130,13 @@ bool FakeWindow::drop(const QStringList &paths)
         return false;
     const std::unique_ptr<QMimeData> data = dragged(paths);
     QDropEvent drop(QPointF(dropPlace), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(dropTarget(), &drop);
+    QCoreApplication::sendEvent(table()->viewport(), &drop);
     return drop.isAccepted();
 }
 
-QWidget *FakeWindow::dropTarget() const
+QueueTableView *FakeWindow::table() const
 {
-    return widget<QueueTableView>(QStringLiteral("queueTableView"))->viewport();
+    return widget<QueueTableView>(QStringLiteral("queueTableView"));
 }
 
 void FakeWindow::calibrate(const QString &button, const QString &name)
@@ -138,9 +148,13 @@ void FakeWindow::calibrate(const QString &button, const QString &name)
 
 void FakeWindow::pressStart()
 {
+    pressInToolBar(QStringLiteral("startStopItem"));
+}
+
+void FakeWindow::pressInToolBar(const QString &name)
+{
     auto *toolBar = widget<QToolBar>(QStringLiteral("toolBar"));
-    QTest::mouseClick(toolBar->widgetForAction(action(QStringLiteral("startStopItem"))),
-                      Qt::LeftButton);
+    QTest::mouseClick(toolBar->widgetForAction(action(name)), Qt::LeftButton);
 }
 
 void FakeWindow::waitForEnd()
@@ -156,7 +170,7 @@ void FakeWindow::press(const QString &button)
 void FakeWindow::select(const QString &name)
 {
     const auto row = queue().size() - 1 - queue().indexOf(name);
-    widget<QueueTableView>(QStringLiteral("queueTableView"))->selectRow(static_cast<int>(row));
+    table()->selectRow(static_cast<int>(row));
 }
 
 QString FakeWindow::temporary(const QString &name) const
@@ -182,17 +196,13 @@ QStringList FakeWindow::states() const
 
 QString FakeWindow::cell(const QString &column, int row) const
 {
-    const QAbstractItemModel *model =
-        widget<QueueTableView>(QStringLiteral("queueTableView"))->model();
-    return model->index(row, static_cast<int>(queueTableColumns.indexOf(column))).data().toString();
+    return table()->model()->index(row, columnOf(column)).data().toString();
 }
 
 ProgressTableCellView *FakeWindow::stateView(int row) const
 {
-    auto *table = widget<QueueTableView>(QStringLiteral("queueTableView"));
-    const auto column = static_cast<int>(queueTableColumns.indexOf(QStringLiteral("State")));
     return qobject_cast<ProgressTableCellView *>(
-        table->indexWidget(table->model()->index(row, column)));
+        table()->indexWidget(table()->model()->index(row, columnOf(QStringLiteral("State")))));
 }
 
 QString FakeWindow::status() const

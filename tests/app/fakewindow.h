@@ -3,6 +3,7 @@
 
 #include "app/appdelegate.h"
 #include "app/progresstablecellview.h"
+#include "app/queuetableview.h"
 #include "project/faketools.h"
 
 #include <QTest>
@@ -47,6 +48,9 @@ public:
 
     /// Makes files of these names (with folders as needed) and answers their paths.
     QStringList makeRecordings(const QStringList &names);
+    QString recordings() const { return m_recordings.path(); }
+    /// Chooses these in the chooser of the toolbar's button.
+    void open(const QStringList &paths);
     /// Makes and drops recordings, and waits until they are read.
     void add(const QStringList &names);
     void waitUntilRead();
@@ -58,7 +62,6 @@ public:
     /// gone.
     void calibrate(const QString &button, const QString &name);
 
-    /// Presses the start/stop button of the toolbar.
     void pressStart();
     void waitForEnd();
     void press(const QString &button);
@@ -70,6 +73,7 @@ public:
     {
         return delegate->window()->findChild<Widget *>(name);
     }
+    filmwright::QueueTableView *table() const;
     QAction *action(const QString &name) const { return widget<QAction>(name); }
     QString temporary(const QString &name) const;
 
@@ -86,7 +90,7 @@ public:
     std::unique_ptr<filmwright::AppDelegate> delegate;
 
 private:
-    QWidget *dropTarget() const;
+    void pressInToolBar(const QString &name);
     bool drag(const QStringList &paths);
 
     QTemporaryDir m_recordings;
