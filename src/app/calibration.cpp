@@ -98,7 +98,8 @@ bool replaceFile(const QString &target, const QString &source)
         replacement.write(buffer.data(), length);
     if (length < 0)
         replacement.cancelWriting();
-    return replacement.commit();
+    return replacement.flush() &&
+           replacement.commit(); // which overlooks a failing flush of its own
 }
 
 } // namespace
@@ -288,7 +289,10 @@ void AppDelegate::checkPreprocessTask()
 {
     if (!m_preprocessTask || m_preprocessTask->isRunning())
         return;
+    const bool told = !m_preprocessTask->error().isEmpty();
     cancelPreprocessing();
+    if (told)
+        return;
     whenNoAlertIsOpen([this] {
         runAlert(QStringLiteral("Process aborted"),
                  tr("mlv_dump ended before the calibration was ready."), QStringLiteral("Ok"));

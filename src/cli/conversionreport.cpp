@@ -154,7 +154,9 @@ QString reportHindrance(const QString &path)
 QString writeReport(const QString &path, const QByteArray &report)
 {
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(report) == report.size() && file.commit())
+    // commit() overlooks a failing flush of its own.
+    if (file.open(QIODevice::WriteOnly) && file.write(report) == report.size() && file.flush() &&
+        file.commit())
         return {};
     return cannotWrite(path, file.errorString());
 }

@@ -160,7 +160,7 @@ bool TiffBitmap::write(const QString &path) const
     if (!tiff || !writeSamples(tiff.get(), *this, packed))
         return false;
     tiff.reset();
-    return file.commit();
+    return file.flush() && file.commit(); // which overlooks a failing flush of its own
 }
 
 QImage TiffBitmap::toImage() const

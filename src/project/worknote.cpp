@@ -45,7 +45,8 @@ void claimUnfinishedWork(const WorkOrigin &origin, const QString &workingFolder)
     QSaveFile fresh(existing.fileName());
     if (fresh.open(QIODevice::WriteOnly)) {
         fresh.write(note);
-        fresh.commit();
+        if (fresh.flush()) // commit() overlooks a failing flush of its own
+            fresh.commit();
     }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/conversionreport.h"
 
+#include "support/fulldisk.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -65,6 +67,7 @@ private Q_SLOTS:
     void reportIsWrittenWhole();
     void unwritableReport_data();
     void unwritableReport();
+    void fullDiskKeepsTheOldReport();
     void checkingAReportLeavesNoTrace();
 };
 
@@ -191,6 +194,22 @@ void TestConversionReport::unwritableReport()
         QVERIFY2(problem.startsWith(start), qPrintable(problem));
         QVERIFY(problem.size() > start.size());
     }
+}
+
+void TestConversionReport::fullDiskKeepsTheOldReport()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("report.json"));
+    QCOMPARE(writeReport(path, "old"), QString());
+    QString problem;
+    {
+        const FullDisk full(100);
+        problem = writeReport(path, QByteArray(1000, 'x'));
+    }
+    QVERIFY(!problem.isEmpty());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("old"));
 }
 
 void TestConversionReport::checkingAReportLeavesNoTrace()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "conversion/tiffbitmap.h"
 #include "frames.h"
+#include "support/fulldisk.h"
 
 #include <QDir>
 #include <QFile>
@@ -33,6 +34,7 @@ private Q_SLOTS:
     void cutFileIsNotWhole_data();
     void cutFileIsNotWhole();
     void failedWriteKeepsTheOldFile();
+    void fullDiskKeepsTheOldFile();
     void imageSharesTheBytes();
     void imageOutlivesTheBitmap();
     void imageFormats_data();
@@ -282,6 +284,19 @@ void tst_TiffBitmap::failedWriteKeepsTheOldFile()
     QVERIFY(!countingBitmap(2, 2).write(taken));
     QCOMPARE(QDir(m_folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
              QStringList({QStringLiteral("a.tiff"), QStringLiteral("taken")}));
+}
+
+void tst_TiffBitmap::fullDiskKeepsTheOldFile()
+{
+    QVERIFY(countingBitmap(2, 2).write(path()));
+    const auto limit = static_cast<rlim_t>(QFileInfo(path()).size());
+    bool written = true;
+    {
+        const FullDisk full(limit);
+        written = countingBitmap(20, 20).write(path());
+    }
+    QVERIFY(!written);
+    QCOMPARE(TiffBitmap::read(path()).width(), 2);
 }
 
 void tst_TiffBitmap::imageSharesTheBytes()
