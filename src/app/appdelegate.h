@@ -147,6 +147,7 @@ private:
     struct CalibrationKind;
 
     void connectWindow();
+    void restoreWorkers();
     void restoreTemporaryFolder();
     void tellUnusableTemporaryFolder();
     bool lockTemporaryDirectory();

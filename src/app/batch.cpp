@@ -13,6 +13,7 @@
 #include "runner/temporarydirectory.h"
 #include "sluice/slpipeline.h"
 #include "ui_mainwindow.h"
+#include "ui_preferences.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -118,6 +119,7 @@ void AppDelegate::launch(MLVProjectController &controller)
 {
     controller.setMovieFormat(selectedValue(*m_ui->movieFormatPopUpButton));
     controller.setMovieQuality(selectedValue(*m_ui->movieQualityPopUpButton));
+    controller.setConversionWorkers(m_prefUi->prefWorkersField->value());
     const QString none = QLatin1String("");
     controller.setDarkPath(m_darkPath.isEmpty() ? none : inTemporaryDirectory(averagedDarkName));
     if (m_flatPath.isEmpty())

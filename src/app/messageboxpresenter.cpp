@@ -1,10 +1,25 @@
 // SPDX-License-Identifier: MIT
 #include "app/messageboxpresenter.h"
 
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
 
 namespace filmwright {
+
+namespace {
+
+/// A box is as wide as its short title asks, which breaks a sentence into a column of words.
+void widen(QMessageBox &box)
+{
+    constexpr int letters = 60;
+    auto *grid = qobject_cast<QGridLayout *>(box.layout());
+    if (grid)
+        grid->addItem(new QSpacerItem(letters * box.fontMetrics().averageCharWidth(), 0),
+                      grid->rowCount(), 0, 1, grid->columnCount());
+}
+
+} // namespace
 
 int MessageBoxPresenter::runAlert(const QString &title, const QString &message,
                                   const QString &defaultButton, const QString &alternateButton,
@@ -18,6 +33,8 @@ int MessageBoxPresenter::runAlert(const QString &title, const QString &message,
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     const bool question = !alternateButton.isEmpty();
     box.setIcon(question ? QMessageBox::Question : QMessageBox::Warning);
+
+    widen(box);
 
     QPushButton *accepting = box.addButton(defaultButton, QMessageBox::AcceptRole);
     QPushButton *alternate =

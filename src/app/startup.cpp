@@ -12,6 +12,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QThread>
 
 namespace filmwright {
 
@@ -21,6 +22,7 @@ const QString preferencesKey = QStringLiteral("Preferences");
 const QString temporaryDirectoryKey = QStringLiteral("TemporaryDirectory");
 const QString enableDevMenuKey = QStringLiteral("EnableDevMenu");
 const QString keepTempDirectoryKey = QStringLiteral("KeepTempDirectory");
+const QString workersKey = QStringLiteral("FramesConvertedAtOnce");
 
 /// The blend of dual-ISO frames, tried on a developer's frame; elsewhere there is nothing to try.
 void runSelfTest()
@@ -59,6 +61,7 @@ void AppDelegate::appInitialization()
     for (CustomTextField *field :
          {m_ui->flatTextField, m_ui->darkTextField, m_ui->flatDarkTextField})
         field->setDeleteDelegate(this);
+    restoreWorkers();
     restoreTemporaryFolder();
     if (!lockTemporaryDirectory()) {
         QMetaObject::invokeMethod(this, &AppDelegate::windowWillClose, Qt::QueuedConnection);
@@ -70,6 +73,16 @@ void AppDelegate::appInitialization()
         systemLog(QStringLiteral("Dev mode: keep temporary directory."));
     else
         removeTemporaryDirectory();
+}
+
+/// More workers than processor cores would only wait for each other.
+void AppDelegate::restoreWorkers()
+{
+    QSpinBox &field = *m_prefUi->prefWorkersField;
+    field.setMaximum(qMax(1, QThread::idealThreadCount()));
+    field.setValue(qMax(1, userDefaultsValueForKey(workersKey).toInt()));
+    connect(&field, &QSpinBox::valueChanged, this,
+            [](int workers) { setUserDefaultsValue(workers, workersKey); });
 }
 
 void AppDelegate::restoreTemporaryFolder()
