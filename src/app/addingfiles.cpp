@@ -2,7 +2,6 @@
 // The roads on which recordings come into the queue, and the one on which they leave it.
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
-#include "app/recentdocuments.h"
 #include "runner/files.h"
 #include "ui_mainwindow.h"
 
@@ -46,7 +45,7 @@ void AppDelegate::addMLVFile(const QString &path)
     project->setDelegate(this);
     m_failures.watch(*project);
     m_projectList->push_back(std::move(project));
-    noteNewRecentDocument(path);
+    m_recentDocuments.noteNewRecentDocument(path);
 }
 
 /// A link that leads back to a folder above is followed like any other; the file system ends that
@@ -78,6 +77,7 @@ void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
             addMLVFile(path);
     }
     m_ui->queueTableView->reloadData();
+    m_recentDocuments.save();
     fillRecentMenu();
     if (m_readingData)
         m_ui->statusTextField->setText(tr("Reading recordings…"));

@@ -2,7 +2,6 @@
 // The window's widgets, what each of its controls does, and what it remembers of its last time.
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
-#include "app/recentdocuments.h"
 #include "mlvdump/mlvdumptask.h"
 #include "runner/notificationcenter.h"
 #include "runner/resources.h"
@@ -68,6 +67,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_statusTimer.setInterval(statusInterval);
     connectWindow();
     restoreWindow();
+    m_recentDocuments.restore();
     fillRecentMenu();
     updateRecordingMenu();
 }
@@ -187,7 +187,7 @@ void AppDelegate::saveWindow() const
 void AppDelegate::fillRecentMenu()
 {
     m_ui->recentMenu->clear();
-    const QStringList documents = recentDocuments();
+    const QStringList documents = m_recentDocuments.paths();
     m_ui->recentMenu->menuAction()->setEnabled(!documents.isEmpty());
     for (const QString &path : documents) {
         QString name = QFileInfo(path).fileName();
@@ -198,7 +198,8 @@ void AppDelegate::fillRecentMenu()
     }
     m_ui->recentMenu->addSeparator();
     connect(m_ui->recentMenu->addAction(tr("&Clear")), &QAction::triggered, this, [this] {
-        clearRecentDocuments();
+        m_recentDocuments.clear();
+        m_recentDocuments.save();
         fillRecentMenu();
     });
 }

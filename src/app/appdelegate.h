@@ -6,6 +6,7 @@
 #include "app/failurewatch.h"
 #include "app/openpanel.h"
 #include "app/queuetabledatasource.h"
+#include "app/recentdocuments.h"
 #include "app/suspendinhibitor.h"
 #include "mlvdump/mlvdumptask.h"
 #include "project/batchprogress.h"
@@ -221,6 +222,7 @@ private:
     const CalibrationKind *m_lastCalibration = nullptr; // the one that was chosen last
     std::vector<MLVProjectController *> m_batch;        // those launched, the running one last
     DirectoryLock m_directoryLock;
+    RecentDocuments m_recentDocuments;
     FailureWatch m_failures;
     BatchProgress m_progress;
     SuspendInhibitor m_suspendInhibitor;

@@ -12,22 +12,21 @@ constexpr qsizetype longest = 10;
 
 } // namespace
 
-QStringList recentDocuments()
+void RecentDocuments::restore()
 {
-    return userDefaultsValueForKey(key).toStringList();
+    m_paths = userDefaultsValueForKey(key).toStringList();
 }
 
-void noteNewRecentDocument(const QString &path)
+void RecentDocuments::save() const
 {
-    QStringList documents = recentDocuments();
-    documents.removeAll(path);
-    documents.prepend(path);
-    setUserDefaultsValue(documents.mid(0, longest), key);
+    setUserDefaultsValue(m_paths.isEmpty() ? QVariant() : QVariant(m_paths), key);
 }
 
-void clearRecentDocuments()
+void RecentDocuments::noteNewRecentDocument(const QString &path)
 {
-    setUserDefaultsValue({}, key);
+    m_paths.removeAll(path);
+    m_paths.prepend(path);
+    m_paths = m_paths.mid(0, longest);
 }
 
 } // namespace filmwright

@@ -2,6 +2,7 @@
 #include "mlvdump/mlvdumptask.h"
 
 #include "mlvdump/mlvdumparguments.h"
+#include "mlvdump/reportqueue.h"
 #include "runner/files.h"
 #include "runner/resources.h"
 #include "runner/temporarydirectory.h"
@@ -51,6 +52,7 @@ MlvDumpTask::MlvDumpTask()
 
 MlvDumpTask::~MlvDumpTask()
 {
+    ReportQueue::instance().leave(this);
     setTaskWrapperdelegate(nullptr);
 }
 
@@ -72,6 +74,7 @@ QString MlvDumpTask::extractionDirectory() const
 
 void MlvDumpTask::beginRun(MlvDumpMode mode)
 {
+    ReportQueue::instance().leave(this);
     m_processMode = mode;
     m_log.clear();
     m_error = QString();
@@ -82,7 +85,28 @@ void MlvDumpTask::extractMeta()
     beginRun(MlvDumpModeMeta);
     m_metadata = MlvMetadata();
     setArguments(metaArguments(mlvPath()));
-    start();
+    ReportQueue::instance().enter(this, [this] {
+        start();
+        if (!isRunning())
+            ReportQueue::instance().leave(this);
+    });
+}
+
+void MlvDumpTask::taskWrapperTerminated()
+{
+    ReportQueue::instance().leave(this);
+}
+
+bool MlvDumpTask::isReportPending() const
+{
+    return m_pendingReport.isActive() || ReportQueue::instance().isWaiting(this);
+}
+
+void MlvDumpTask::cancelPendingReport()
+{
+    m_pendingReport.stop();
+    if (ReportQueue::instance().isWaiting(this))
+        ReportQueue::instance().leave(this);
 }
 
 void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)

@@ -76,7 +76,8 @@ public:
     /// at each call.
     QString extractionDirectory() const;
 
-    /// Reads the recording's metadata; ends with metaExtractionFinished().
+    /// Reads the recording's metadata, when other recordings are read maybe only after some of
+    /// them; ends with metaExtractionFinished().
     void extractMeta();
 
     void extractDNGAtIndex(qint64 index) { extractDNGAtIndex(index, false); }
@@ -93,12 +94,16 @@ public:
     /// Subtracts the averaged dark of the flat from the averaged flat.
     void substractFlatDark();
 
-    /// Whether a report that is sent after the current event is still to come.
-    bool isReportPending() const { return m_pendingReport.isActive(); }
-    void cancelPendingReport() { m_pendingReport.stop(); }
+    /// Whether a report that is sent after the current event is still to come, or the reading of
+    /// the metadata waits for its turn.
+    bool isReportPending() const;
+    void cancelPendingReport();
 
     void receivedLine(const QString &line, TaskWrapper &taskWrapper) override;
     void aborted() override;
+
+protected:
+    void taskWrapperTerminated() override;
 
 private:
     void beginRun(MlvDumpMode mode);

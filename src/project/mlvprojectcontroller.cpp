@@ -180,6 +180,12 @@ bool MLVProjectController::isToolBusy() const
            m_cr2hdrTask->isRunning() || m_ffmpegTask->isRunning();
 }
 
+bool MLVProjectController::isTool(const QObject *sender) const
+{
+    return sender == m_mlvDumptask.get() || sender == m_cr2hdrTask.get() ||
+           sender == m_ffmpegTask.get();
+}
+
 void MLVProjectController::readyToGo()
 {
     setMode(MLVProjectModePending);

@@ -145,6 +145,8 @@ public:
 
     /// Whether a stage's tool runs or its report is still to come (the conversion not counted).
     bool isToolBusy() const;
+    /// Whether a notification about a tool of that address is about one of this project.
+    bool isTool(const QObject *sender) const;
     /// ffmpeg: frames encoded in this run, exit status of the last run, what it printed.
     const FFmpegTask &encoder() const { return *m_ffmpegTask; }
     /// cr2hdr: exit status of the last run, what it printed.

@@ -51,7 +51,10 @@ ProjectMonitor::ProjectMonitor(MLVProjectController &project)
 {
     // A tool that ended without having said so leaves its stage waiting for ever.
     connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
-            &ProjectMonitor::checkLater);
+            [this](const QString &, const QObject *sender) {
+                if (m_project.isTool(sender))
+                    checkLater();
+            });
     connect(&m_settling, &QFutureWatcherBase::finished, this,
             [this] { endWithMovie(m_settling.result()); });
     checkLater();
