@@ -2,6 +2,7 @@
 // The three calibration recordings, their averages in the temporary directory, and the offer to
 // put an average in the place of its recording.
 #include "app/appdelegate.h"
+#include "app/fixedtext.h"
 #include "app/progressindicator.h"
 #include "mlvdump/mlvdumparguments.h"
 #include "runner/systemlog.h"
@@ -258,7 +259,7 @@ QString AppDelegate::readableFileSize(double bytes)
         bytes /= 1000.0;
         ++unit;
     }
-    return QStringLiteral("%1 %2").arg(QString::number(bytes, 'f', 2), units.at(unit));
+    return QStringLiteral("%1 %2").arg(fixedText(bytes, 2), units.at(unit));
 }
 
 void AppDelegate::fieldDeleted(CustomTextField &field)

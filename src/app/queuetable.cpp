@@ -2,6 +2,7 @@
 // What the queue table shows, newest recording first, and what can be done with its rows.
 #include "app/appdelegate.h"
 #include "app/filereveal.h"
+#include "app/fixedtext.h"
 #include "app/progressindicator.h"
 #include "app/progresstablecellview.h"
 #include "app/queuetableview.h"
@@ -23,7 +24,7 @@ namespace {
 QString exposureText(const MLVProjectController &project)
 {
     const double seconds = project.shutter();
-    QString shutter = QStringLiteral("%1 sec").arg(seconds, 0, 'f', 1);
+    QString shutter = fixedText(seconds, 1) + QStringLiteral(" sec");
     if (seconds < 1.0) {
         // A shutter of 0 shows a number without meaning.
         const double parts =
@@ -32,10 +33,8 @@ QString exposureText(const MLVProjectController &project)
     }
     // No decimals: f/2.8 shows as f/3.
     return QStringLiteral("%1\nISO %2\n%3 f/%4")
-        .arg(shutter)
-        .arg(project.iso())
-        .arg(project.focal())
-        .arg(static_cast<double>(project.aperture()), 0, 'f', 0);
+        .arg(shutter, QString::number(project.iso()), project.focal(),
+             fixedText(static_cast<double>(project.aperture()), 0));
 }
 
 QString fileText(const MLVProjectController &project)
@@ -44,8 +43,7 @@ QString fileText(const MLVProjectController &project)
     if (project.mlvProjectMode() == MLVProjectModeReadingData)
         return name;
     return QStringLiteral("%1\n%2\n%3 frames")
-        .arg(name, project.resolution())
-        .arg(project.videoFrames());
+        .arg(name, project.resolution(), QString::number(project.videoFrames()));
 }
 
 QString cameraText(const MLVProjectController &project)

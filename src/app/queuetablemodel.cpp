@@ -3,6 +3,8 @@
 
 #include "app/queuetabledatasource.h"
 
+#include <QTextDocument>
+
 namespace filmwright {
 
 QueueTableModel::QueueTableModel(QueueTableView &tableView)
@@ -50,7 +52,10 @@ QVariant QueueTableModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return m_dataSource->objectValueForTableColumn(column, index.row());
-    case Qt::ToolTipRole:
+    case Qt::ToolTipRole: {
+        const QString text = m_dataSource->toolTipForTableColumn(column, index.row());
+        return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
+    }
     case Qt::AccessibleTextRole:
         return m_dataSource->toolTipForTableColumn(column, index.row());
     case Qt::TextAlignmentRole:
