@@ -641,6 +641,7 @@ void TestCalibrationWindow::sizesAreReadable_data()
     QTest::newRow("million") << 1e6 << QStringLiteral("1000.00 KB");
     QTest::newRow("million and one") << 1e6 + 1 << QStringLiteral("1.00 MB");
     QTest::newRow("1.5 thousand million") << 1.5e9 << QStringLiteral("1.50 GB");
+    QTest::newRow("a half to the even") << 1125.0 << QStringLiteral("1.12 KB");
     QTest::newRow("TB") << 2e12 << QStringLiteral("2.00 TB");
     QTest::newRow("PB") << 2e15 << QStringLiteral("2.00 PB");
     QTest::newRow("largest") << 18446744073709551615.0 << QStringLiteral("18.45 EB");
