@@ -37,6 +37,17 @@ void runSelfTest()
     merge.hdrMerge();
 }
 
+/// Whether the temporary directory is in that folder from now on. It isn't when the folder can't be
+/// written, or when somebody else has put a link or a folder of theirs in the directory's place.
+bool useTemporaryFolder(const QString &folder)
+{
+    const QString previousBase = baseTemporaryDirectory();
+    if (setBaseTemporaryDirectory(folder) && prepareTemporaryDirectory().isEmpty())
+        return true;
+    setBaseTemporaryDirectory(previousBase);
+    return false;
+}
+
 void removeTemporaryDirectory()
 {
     removeFolder(temporaryDirectory());
@@ -94,7 +105,7 @@ void AppDelegate::restoreTemporaryFolder()
         return;
     }
     const QString folder = preferences.value(temporaryDirectoryKey).toString();
-    if (!setBaseTemporaryDirectory(folder)) {
+    if (!useTemporaryFolder(folder)) {
         tellUnusableTemporaryFolder(); // the preference is tried again at the next start
         return;
     }
@@ -172,7 +183,7 @@ void AppDelegate::prefTempFolderButtonClicked()
     if (folder.isEmpty())
         return;
     const QString previousBase = baseTemporaryDirectory();
-    if (!setBaseTemporaryDirectory(folder)) {
+    if (!useTemporaryFolder(folder)) {
         tellUnusableTemporaryFolder();
         return;
     }
