@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/progressindicator.h"
 
+#include <QStyleOptionProgressBar>
+
 #include <algorithm>
 
 namespace filmwright {
@@ -53,6 +55,13 @@ void ProgressIndicator::stopAnimation()
 {
     m_animating = false;
     refresh();
+}
+
+/// An empty bar is otherwise drawn in the colour of a table's rows, unseen in a dark theme.
+void ProgressIndicator::initStyleOption(QStyleOptionProgressBar *option) const
+{
+    QProgressBar::initStyleOption(option);
+    option->palette.setBrush(QPalette::Base, option->palette.window());
 }
 
 void ProgressIndicator::refresh()

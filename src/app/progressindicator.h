@@ -29,6 +29,9 @@ public:
     void startAnimation();
     void stopAnimation();
 
+protected:
+    void initStyleOption(QStyleOptionProgressBar *option) const override;
+
 private:
     void refresh();
 
