@@ -528,7 +528,7 @@ void TestBatchWindow::fullTemporaryFolderSkipsTheRecording()
     window.pressStart();
     window.waitForEnd();
     QCOMPARE(window.states(), QStringList({ready, finished}));
-    QTRY_VERIFY(window.alerts.shown.constLast().startsWith(
+    QTRY_VERIFY(window.alerts.shown.value(0).startsWith(
         QLatin1String("1 of 2 recordings have no whole movie|b.MLV: its frames need ")));
     QTRY_VERIFY(window.stateView(1)->failure().startsWith(QLatin1String("its frames need ")));
 }
@@ -543,7 +543,7 @@ void TestBatchWindow::movieOfAnotherRunSkipsTheRecording()
     window.pressStart();
     window.waitForEnd();
     QCOMPARE(window.states(), QStringList({ready, finished}));
-    QTRY_COMPARE(window.alerts.shown.constLast(),
+    QTRY_COMPARE(window.alerts.shown.value(0),
                  QStringLiteral("1 of 2 recordings have no whole movie|b.MLV: its movie is being "
                                 "written by another run|Ok"));
     another.remove();
