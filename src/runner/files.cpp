@@ -2,14 +2,24 @@
 #include "runner/files.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFileInfo>
 
 namespace filmwright {
 
+/// Not QDir's list, which takes more than a kilobyte an entry while it is made: a recording has
+/// thousands of frames.
 QStringList folderEntries(const QString &folder)
 {
-    return QDir(folder).entryList(
-        QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot, QDir::Name);
+    QDirIterator entry(folder,
+                       QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
+    QStringList names;
+    while (entry.hasNext()) {
+        entry.next();
+        names.append(entry.fileName());
+    }
+    names.sort();
+    return names;
 }
 
 QString pathWithExtension(const QString &path, const QString &extension)

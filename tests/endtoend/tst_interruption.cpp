@@ -46,6 +46,7 @@ private Q_SLOTS:
 
     void interruptionDuringEachStage_data();
     void interruptionDuringEachStage();
+    void interruptionEndsTheToolsOfAllJobs();
     void everyEndingSignalInterrupts_data();
     void everyEndingSignalInterrupts();
     void interruptedConversionGoesOnWhereItStopped();
@@ -139,6 +140,20 @@ void TestInterruption::interruptionDuringEachStage()
     QCOMPARE(cli.messages().constLast(), QStringLiteral("interrupted"));
     QCOMPARE(QDir(m_folder->path()).entryList(QDir::Files),
              QStringList{QStringLiteral("clip.MLV")});
+    QCOMPARE(cli.temporaryEntries(), QStringList());
+}
+
+void TestInterruption::interruptionEndsTheToolsOfAllJobs()
+{
+    m_tools->addTool(dcraw, QStringLiteral("while :; do sleep 1; done"));
+    const auto running = [this] { return processesWith(m_tools->path()).size(); };
+    CommandLine cli;
+    cli.start({QStringLiteral("convert"), QStringLiteral("--jobs"), QStringLiteral("8"), m_clip});
+    QTRY_COMPARE_WITH_TIMEOUT(running(), frames, 60000);
+    cli.sendSignal(SIGINT);
+    QVERIFY(cli.waitForEnd());
+    QCOMPARE(cli.status(), 130);
+    QCOMPARE(running(), 0);
     QCOMPARE(cli.temporaryEntries(), QStringList());
 }
 

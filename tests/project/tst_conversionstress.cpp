@@ -17,10 +17,13 @@ using namespace filmwright;
 
 namespace {
 
-/// A tool's beginning: its process is noted, so that it can be looked for.
-QString noted(const FakeProject &project, const QString &script)
+/// From extraction to movie, in milliseconds, more or less: an end may come anywhere in it.
+constexpr int wholeRun = 400;
+
+/// The project's tools have its folder on their command lines.
+QStringList runningTools(const FakeProject &project)
 {
-    return QStringLiteral("echo $$ >> '%1'; ").arg(project.path(QStringLiteral("pids"))) + script;
+    return processesWith(project.path(QString()));
 }
 
 int setting(const char *name, int usual)
@@ -46,7 +49,7 @@ private:
     void abort(FakeProject &project);
     void fail(FakeProject &project);
     void quit(FakeProject &project);
-    void pass();
+    void pass(int most);
 
     std::mt19937 m_generator;
 };
@@ -58,23 +61,22 @@ void TestConversionStress::initTestCase()
     m_generator.seed(static_cast<unsigned>(seed));
 }
 
-/// The main thread's events for a while: the next step may then be anywhere between extraction and
-/// movie.
-void TestConversionStress::pass()
+/// Milliseconds of the main thread's events.
+void TestConversionStress::pass(int most)
 {
-    QTest::qWait(std::uniform_int_distribution(0, 250)(m_generator));
+    QTest::qWait(std::uniform_int_distribution(0, most)(m_generator));
 }
 
 void TestConversionStress::stop(FakeProject &project)
 {
-    pass();
+    pass(wholeRun);
     project.controller->stop();
 }
 
 /// As an interrupted run ends: nothing stays, though a frame may still be in work.
 void TestConversionStress::abort(FakeProject &project)
 {
-    pass();
+    pass(wholeRun);
     project.controller->stop();
     project.controller->cleanTmpFiles();
 }
@@ -82,6 +84,7 @@ void TestConversionStress::abort(FakeProject &project)
 /// A frame fails; who drives the project stops it as soon as it hears of it.
 void TestConversionStress::fail(FakeProject &project)
 {
+    pass(wholeRun / 2);
     QFile fault(project.path(QStringLiteral("fault")));
     QVERIFY(fault.open(QIODevice::WriteOnly));
     const auto heard = [&project] {
@@ -93,11 +96,13 @@ void TestConversionStress::fail(FakeProject &project)
     fault.remove();
 }
 
+/// What was converted or built is waited for: no tool outlives the project.
 void TestConversionStress::quit(FakeProject &project)
 {
-    pass();
+    pass(wholeRun);
     project.controller->stop();
     project.controller.reset();
+    QCOMPARE(childProcesses(), 0);
 }
 
 void TestConversionStress::endAtAnyMoment_data()
@@ -117,12 +122,10 @@ void TestConversionStress::endAtAnyMoment()
     QFETCH(End, end);
     QFETCH(int, workers);
     FakeProject project(12);
-    project.setExtraction(noted(project, FakeProject::extraction(12)));
-    project.setConversion(
-        noted(project, QStringLiteral("if [ -e '%1' ]; then exit 1; fi; head -c 20 \"$frame\" > "
-                                      "\"$tiff\"; sleep 0.01; cp \"$frame\" \"$tiff\"")
-                           .arg(project.path(QStringLiteral("fault")))));
-    project.setEncoding(noted(project, QStringLiteral("sleep 0.03; echo movie > \"$movie\"")));
+    project.setConversion(QStringLiteral("if [ -e '%1' ]; then exit 1; fi; head -c 20 \"$frame\" > "
+                                         "\"$tiff\"; sleep 0.01; cp \"$frame\" \"$tiff\"")
+                              .arg(project.path(QStringLiteral("fault"))));
+    project.setEncoding(QStringLiteral("sleep 0.03; echo movie > \"$movie\""));
     const int rounds = setting("FILMWRIGHT_STRESS_ROUNDS", 4);
     for (int round = 0; round < rounds; ++round) {
         if (!project.controller) {
@@ -144,16 +147,14 @@ void TestConversionStress::endAtAnyMoment()
         project.events.clear();
         project.controller->cleanTmpFiles();
         project.launch();
+        // Else nobody would see one that is left behind.
+        QVERIFY(QTest::qWaitFor([&project] { return !runningTools(project).isEmpty(); }));
         QTRY_VERIFY_WITH_TIMEOUT(project.events.contains(QStringLiteral("finished")), 30000);
         QCOMPARE(project.events.count(QStringLiteral("image")), 12);
         project.controller.reset();
     }
-    QFile pids(project.path(QStringLiteral("pids")));
-    QVERIFY(pids.open(QIODevice::ReadOnly));
-    const QList<QByteArray> started = pids.readAll().simplified().split(' ');
-    QVERIFY(started.size() >= rounds);
-    for (const QByteArray &pid : started)
-        QVERIFY2(!processRuns(pid.toLongLong()), pid.constData());
+    QCOMPARE(childProcesses(), 0);
+    QTRY_COMPARE(runningTools(project), QStringList()); // what tools had started is killed, too
 }
 
 QTEST_GUILESS_MAIN(TestConversionStress)

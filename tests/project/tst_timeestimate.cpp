@@ -2,7 +2,10 @@
 #include "encoding/ffmpegarguments.h"
 #include "project/timeestimate.h"
 
+#include <QDir>
+#include <QFile>
 #include <QTest>
+#include <QTextStream>
 
 #include <cmath>
 #include <random>
@@ -86,6 +89,35 @@ private:
     std::vector<Stage> m_stages;
 };
 
+struct Moment
+{
+    double second = 0;
+    StagePosition position;
+};
+
+std::vector<Moment> recordedRun(const QString &name)
+{
+    QFile file(QDir(qEnvironmentVariable("FILMWRIGHT_TEST_DATA"))
+                   .filePath(QStringLiteral("timings/") + name));
+    std::vector<Moment> moments;
+    if (!file.open(QIODevice::ReadOnly))
+        return moments;
+    QTextStream lines(&file);
+    while (!lines.atEnd()) {
+        Moment moment;
+        QString stage;
+        lines >> moment.second >> stage >> moment.position.done >> Qt::ws;
+        for (const WorkStage known : {WorkStage::Extracting, WorkStage::Converting,
+                                      WorkStage::Encoding, WorkStage::Finished}) {
+            if (stageName(known) == stage)
+                moment.position.stage = known;
+        }
+        moment.position.frames = 200;
+        moments.push_back(moment);
+    }
+    return moments;
+}
+
 RecordingWork fullHd(quint64 frames)
 {
     RecordingWork work;
@@ -106,6 +138,8 @@ private Q_SLOTS:
     void nothingIsKnownBeforeTheFirstFrame();
     void steadyAfterTheFirstTenth_data();
     void steadyAfterTheFirstTenth();
+    void steadyInRecordedRuns_data();
+    void steadyInRecordedRuns();
     void followsAMachineThatGetsSlower();
     void laterRecordingsAreKnownFromEarlierOnes();
     void recordingWithoutFrameCountIsNotEstimated();
@@ -181,6 +215,44 @@ void TestTimeEstimate::steadyAfterTheFirstTenth()
                                          .arg(100 * worst)
                                          .arg(worstSecond)
                                          .arg(simulation.total())));
+}
+
+void TestTimeEstimate::steadyInRecordedRuns_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<int>("workers");
+    QTest::newRow("one job") << "one-job.txt" << 1;
+}
+
+/// As the one above, with what `--progress json` told of a conversion of 200 frames 1920x1080 to
+/// MOV on two cores that other programs used, too: a line has the seconds since its begin, the
+/// stage and the frames done of it.
+void TestTimeEstimate::steadyInRecordedRuns()
+{
+    QFETCH(QString, file);
+    QFETCH(int, workers);
+    const std::vector<Moment> moments = recordedRun(file);
+    QVERIFY(!moments.empty());
+    const double total = moments.back().second;
+    RecordingWork work = fullHd(200);
+    work.workers = workers;
+    TimeEstimate estimate;
+    double worst = 0;
+    int foretellings = 0;
+    for (const Moment &moment : moments) {
+        const std::chrono::duration<double> since(moment.second);
+        estimate.update(work, moment.position,
+                        TimeEstimate::TimePoint(
+                            std::chrono::duration_cast<TimeEstimate::TimePoint::duration>(since)));
+        if (moment.second < total / 10 || !estimate.timeLeft())
+            continue;
+        const double foretold = moment.second + estimate.timeLeft()->count();
+        worst = std::max(worst, std::abs(foretold / total - 1));
+        ++foretellings;
+    }
+    QVERIFY2(worst < 0.2, qPrintable(QStringLiteral("%1 % off").arg(100 * worst)));
+    // Nearly all but the first tenth.
+    QVERIFY(foretellings > 0.8 * static_cast<double>(moments.size()));
 }
 
 void TestTimeEstimate::followsAMachineThatGetsSlower()

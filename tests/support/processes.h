@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QtGlobal>
+#include <QStringList>
 
 /// Whether a process of that id runs; a zombie that nobody has waited for doesn't count.
 bool processRuns(qint64 pid);
+
+/// How many children this process has, also those that have ended and that nobody has waited for.
+qsizetype childProcesses();
+
+/// The command lines of all running processes in which a text occurs.
+QStringList processesWith(const QString &text);
