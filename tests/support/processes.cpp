@@ -20,6 +20,17 @@ QList<QByteArray> processFields(const QString &pid)
     return line.mid(line.lastIndexOf(')') + 2).split(' ');
 }
 
+bool runs(const QList<QByteArray> &fields)
+{
+    const QByteArray state = fields.value(0);
+    return !state.isEmpty() && state != "Z" && state != "X";
+}
+
+bool isChild(const QList<QByteArray> &fields)
+{
+    return fields.value(1) == QByteArray::number(QCoreApplication::applicationPid());
+}
+
 QStringList processes()
 {
     static const QRegularExpression number(QStringLiteral("^[0-9]+$"));
@@ -30,16 +41,25 @@ QStringList processes()
 
 bool processRuns(qint64 pid)
 {
-    const QByteArray state = processFields(QString::number(pid)).value(0);
-    return !state.isEmpty() && state != "Z" && state != "X";
+    return runs(processFields(QString::number(pid)));
 }
 
 qsizetype childProcesses()
 {
-    const QByteArray parent = QByteArray::number(QCoreApplication::applicationPid());
-    return std::ranges::count_if(processes(), [&parent](const QString &pid) {
-        return processFields(pid).value(1) == parent;
-    });
+    return std::ranges::count_if(processes(),
+                                 [](const QString &pid) { return isChild(processFields(pid)); });
+}
+
+QStringList runningChildren()
+{
+    QStringList names;
+    for (const QString &pid : processes()) {
+        const QList<QByteArray> fields = processFields(pid);
+        QFile name(QStringLiteral("/proc/%1/comm").arg(pid));
+        if (isChild(fields) && runs(fields) && name.open(QIODevice::ReadOnly))
+            names << QString::fromLocal8Bit(name.readAll().trimmed());
+    }
+    return names;
 }
 
 QStringList processesWith(const QString &text)

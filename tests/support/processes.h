@@ -9,5 +9,8 @@ bool processRuns(qint64 pid);
 /// How many children this process has, also those that have ended and that nobody has waited for.
 qsizetype childProcesses();
 
+/// The names of the programs that the running children of this process are.
+QStringList runningChildren();
+
 /// The command lines of all running processes in which a text occurs.
 QStringList processesWith(const QString &text);
