@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What cr2hdr makes of dual-ISO frames, and how fast: the developed picture beside the scene's
-// truth, the noise of the shadows, and the time beside copying the same files.
+// How fast cr2hdr blends dual-ISO frames, beside copying the same files; with the argument
+// "quality", what it makes of them: the developed picture beside the scene's truth, and the noise
+// of the shadows.
 #include "dng/rawfile.h"
 #include "mlv_sample/scene.h"
+#include "row.h"
 
 #include <QDir>
 #include <QProcess>
@@ -13,6 +15,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 
 namespace {
@@ -172,20 +175,21 @@ void measureSpeed(const QString &folder)
         bestBlend =
             std::min(bestBlend, seconds([&] { run(tool(QStringLiteral("cr2hdr")), paths); }));
     }
-    std::printf("\n%d frames of 1920x1080, best of %d: copied in %.3f s, blended in %.3f s\n",
-                speedFrames, rounds, bestCopy, bestBlend);
-    std::printf("%.1f megapixels a second; %.1f times as long as copying\n",
-                speedFrames * 1920 * 1080 / bestBlend / 1e6, bestBlend / bestCopy);
+    constexpr double megapixels = speedFrames * 1920 * 1080 / 1e6;
+    printRow("blending dual-ISO frames", megapixels / bestBlend, "MP/s", "copying the files",
+             megapixels / bestCopy);
 }
 
 } // namespace
 
-int main()
+int main(int argc, char **argv)
 {
     const QTemporaryDir folder;
     try {
-        measureQuality(folder.path());
-        measureSpeed(folder.path());
+        if (argc > 1 && std::strcmp(argv[1], "quality") == 0)
+            measureQuality(folder.path());
+        else
+            measureSpeed(folder.path());
     } catch (const std::exception &error) {
         std::fprintf(stderr, "%s\n", error.what());
         return EXIT_FAILURE;
