@@ -19,6 +19,18 @@ _filmwright_cli_words()
     mapfile -t COMPREPLY < <(compgen -W "$*" -- "$word")
 }
 
+# What the help of a command says, so that nothing has to be kept in step with it:
+# its options, and the choices of one of them ("--format <avi|mov>").
+_filmwright_cli_options()
+{
+    "${COMP_WORDS[0]}" "$1" --help 2>/dev/null | grep -oE '^ +--[a-z-]+'
+}
+
+_filmwright_cli_choices()
+{
+    "${COMP_WORDS[0]}" "$1" --help 2>/dev/null | sed -n "s/^ *$2 <\([^>]*\)>.*/\1/p" | tr '|' ' '
+}
+
 _filmwright_cli()
 {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
@@ -30,10 +42,11 @@ _filmwright_cli()
         return
     fi
     case $command:$previous in
-        convert:--format) _filmwright_cli_words "$word" mov avi; return ;;
-        convert:--quality) _filmwright_cli_words "$word" high maximum; return ;;
-        convert:--jobs) _filmwright_cli_words "$word" auto $(seq "$(nproc)"); return ;;
-        convert:--progress) _filmwright_cli_words "$word" text json; return ;;
+        convert:--format | convert:--quality | convert:--progress)
+            _filmwright_cli_words "$word" "$(_filmwright_cli_choices convert "$previous")"
+            return
+            ;;
+        convert:--jobs) _filmwright_cli_words "$word" auto "$(seq "$(nproc)")"; return ;;
         convert:--dark | convert:--flat | convert:--flat-dark)
             _filmwright_cli_paths "$word" '*.mlv'
             return
@@ -42,14 +55,7 @@ _filmwright_cli()
         convert:--report) _filmwright_cli_paths "$word" '*.json'; return ;;
     esac
     if [[ $word == -* ]]; then
-        case $command in
-            convert)
-                _filmwright_cli_words "$word" --format --quality --dark --flat --flat-dark --hdr \
-                    --dual-iso --jobs --temp-dir --keep-temp --quiet \
-                    --progress --report --help
-                ;;
-            info | encoders | tools) _filmwright_cli_words "$word" --json --help ;;
-        esac
+        _filmwright_cli_words "$word" "$(_filmwright_cli_options "$command")"
         return
     fi
     case $command in

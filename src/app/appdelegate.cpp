@@ -2,6 +2,7 @@
 // The window's widgets, what each of its controls does, and what it remembers of its last time.
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
+#include "encoding/ffmpegarguments.h"
 #include "mlvdump/mlvdumptask.h"
 #include "runner/notificationcenter.h"
 #include "runner/resources.h"
@@ -60,6 +61,8 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_prefUi->setupUi(m_prefWindow.get());
     m_calibrationHelpUi->setupUi(m_calibrationHelpPanel.get());
     m_preprocessUi->setupUi(m_preprocessPanel.get());
+    for (const QString &extension : movieExtensions)
+        m_ui->movieFormatPopUpButton->addItem(extension.toUpper());
     // The platform's placeholder is too faint to read.
     QPalette palette = m_prefUi->prefTempFolderTextField->palette();
     palette.setColor(QPalette::PlaceholderText, palette.color(QPalette::Text));

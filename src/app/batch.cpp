@@ -53,12 +53,10 @@ void AppDelegate::startBatch()
                  QStringLiteral("PLease check your calibration files."), QStringLiteral("Ok"));
         return;
     }
-    QStringList tools{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
-                      QStringLiteral("ffmpeg")};
-    if (std::any_of(m_projectList->cbegin(), m_projectList->cend(),
-                    [](const auto &project) { return project->blendsAlternatingRows(); }))
-        tools << QStringLiteral("cr2hdr");
-    if (!checkTools(tools))
+    const bool blends =
+        std::any_of(m_projectList->cbegin(), m_projectList->cend(),
+                    [](const auto &project) { return project->blendsAlternatingRows(); });
+    if (!checkTools(MLVProjectController::toolNames(blends)))
         return;
 
     enableButtons(false);

@@ -69,9 +69,7 @@ QVariant QueueTableModel::headerData(int section, Qt::Orientation orientation, i
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
-    static const QStringList titles{tr("File"), tr("Camera"), tr("Exposure"), tr("State"),
-                                    tr("Show")};
-    return titles.value(section);
+    return queueTableColumns.value(section);
 }
 
 } // namespace filmwright

@@ -9,7 +9,7 @@ namespace filmwright {
 class QueueTableDataSource;
 class QueueTableView;
 
-// The columns' identifiers, from left to right.
+// The columns' identifiers, which are their titles too, from left to right.
 inline const QStringList queueTableColumns{QStringLiteral("File"), QStringLiteral("Camera"),
                                            QStringLiteral("Exposure"), QStringLiteral("State"),
                                            QStringLiteral("Show")};

@@ -4,6 +4,7 @@
 #include "cli/commandline.h"
 #include "cli/missingtools.h"
 #include "encoding/ffmpegtask.h"
+#include "project/mlvprojectcontroller.h"
 #include "runner/resources.h"
 
 #include <QCommandLineParser>
@@ -86,13 +87,12 @@ int runEncoders(const QStringList &arguments)
 
 int runTools(const QStringList &arguments)
 {
-    const QStringList names{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
-                            QStringLiteral("cr2hdr"), QStringLiteral("ffmpeg")};
     QCommandLineParser parser;
     describeCommand(parser, text("Lists the tools that do the work and where they are."));
     if (const auto status = readArguments(parser, QStringLiteral("tools [options]"), arguments))
         return *status;
     QJsonArray tools;
+    const QStringList names = MLVProjectController::toolNames(true);
     for (const QString &name : names) {
         const QString path = resourcePath(name);
         tools << QJsonObject{{QStringLiteral("name"), name},

@@ -12,6 +12,7 @@
 #include "cli/progressjson.h"
 #include "cli/recordingsearch.h"
 #include "cli/workspace.h"
+#include "project/mlvprojectcontroller.h"
 #include "runner/temporarydirectory.h"
 
 #include <QCoreApplication>
@@ -157,11 +158,7 @@ int runConvert(const QStringList &arguments)
     ConvertOptions options;
     if (const auto ending = readConvertOptions(arguments, options))
         return *ending;
-    QStringList tools{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
-                      QStringLiteral("ffmpeg")};
-    if (options.blendsAlternatingRows)
-        tools << QStringLiteral("cr2hdr");
-    if (!checkTools(tools))
+    if (!checkTools(MLVProjectController::toolNames(options.blendsAlternatingRows)))
         return ExitUnusable;
     QList<Unreachable> unreachable;
     const QStringList recordings = findRecordings(options.paths, &unreachable);

@@ -32,8 +32,8 @@ QString framePattern(QString directory)
 
 QString moviePathFor(const QString &mlvPath, qint32 format)
 {
-    return pathWithExtension(mlvPath, format == MovieFormatAVI ? QStringLiteral("avi")
-                                                               : QStringLiteral("mov"));
+    return pathWithExtension(mlvPath,
+                             movieExtensions.value(format, movieExtensions.at(MovieFormatMOV)));
 }
 
 QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,

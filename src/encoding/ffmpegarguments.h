@@ -12,6 +12,9 @@ enum MovieFormat : qint32 {
     MovieFormatMOV = 1,
 };
 
+/// The extensions of the formats' movies, in the order of MovieFormat.
+inline const QStringList movieExtensions{QStringLiteral("avi"), QStringLiteral("mov")};
+
 /// Quality within the format; any value but 0 acts as MovieQualityHigh.
 enum MovieQuality : qint32 {
     MovieQualityMaximum = 0,
@@ -26,7 +29,7 @@ struct MovieSources
     float fps = 0;          ///< frames a second
 };
 
-/// The recording's path with the extension "avi" or "mov".
+/// The recording's path with the extension of the format.
 QString moviePathFor(const QString &mlvPath, qint32 format);
 
 /// ffmpeg's arguments for building the movie. A directory without its trailing separator is glued

@@ -204,11 +204,20 @@ void MLVProjectController::launchDNGExtraction()
     setMode(MLVProjectModeExtracting);
 }
 
+QStringList MLVProjectController::toolNames(bool blendsAlternatingRows)
+{
+    QStringList names{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
+                      QStringLiteral("ffmpeg")};
+    if (blendsAlternatingRows)
+        names << QStringLiteral("cr2hdr");
+    return names;
+}
+
 /// A run that died may have been asked for another format. Returns what hinders this run's.
 QString MLVProjectController::clearUnfinishedMovies() const
 {
-    const qint32 other = m_movieFormat == MovieFormatAVI ? MovieFormatMOV : MovieFormatAVI;
-    MovieMark::clear(moviePathFor(m_mlvPath, other));
+    for (qint32 format = 0; format < movieExtensions.size(); ++format)
+        MovieMark::clear(moviePathFor(m_mlvPath, format));
     return MovieMark::clear(moviePath());
 }
 

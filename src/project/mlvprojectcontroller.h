@@ -55,6 +55,9 @@ public:
     /// A project whose metadata is being read.
     static std::unique_ptr<MLVProjectController> projectWithMLVFile(const QString &path);
 
+    /// The tools that make a movie of a recording, to be looked for before the work.
+    static QStringList toolNames(bool blendsAlternatingRows);
+
     MLVProjectController();
     /// Ends a running frame conversion and waits for it; other tools end with the application.
     ~MLVProjectController() override;

@@ -127,8 +127,8 @@ void TestMissingTools::listOfToolsTellsWhereTheyAre()
         m_cli->output(),
         (QStringList{QStringLiteral("mlv_dump   ") + m_tools->path() + QStringLiteral("/mlv_dump"),
                      QStringLiteral("dcraw      ") + m_tools->path() + QStringLiteral("/dcraw"),
-                     QStringLiteral("cr2hdr     ") + m_tools->path() + QStringLiteral("/cr2hdr"),
-                     QStringLiteral("ffmpeg     ") + m_tools->path() + QStringLiteral("/ffmpeg")}));
+                     QStringLiteral("ffmpeg     ") + m_tools->path() + QStringLiteral("/ffmpeg"),
+                     QStringLiteral("cr2hdr     ") + m_tools->path() + QStringLiteral("/cr2hdr")}));
 }
 
 QTEST_GUILESS_MAIN(TestMissingTools)
