@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "cr2hdr/framefile.h"
 
-#include "cr2hdr/replacefile.h"
 #include "dng/filehead.h"
 #include "dng/tags.h"
+#include "output/outputfile.h"
 
 #include <algorithm>
 #include <cmath>
@@ -85,7 +85,11 @@ void replaceFrame(const std::filesystem::path &path, const dng::RawFile &source,
     const auto strip = std::as_bytes(std::span(samples));
     const auto head = dng::encodeFileHead(image, source.directories().exif,
                                           static_cast<std::uint32_t>(strip.size()));
-    replaceFile(path, {head, strip});
+    auto file = output::OutputFile::replacing(path);
+    file.write(head);
+    file.write(strip);
+    file.sync(); // the samples before blending are nowhere else
+    file.commit();
 }
 
 } // namespace dualiso

@@ -16,7 +16,8 @@ namespace dualiso {
 
 /// Replaces the file at `path`, which is `source`, by one with the blended frame: 16 bits a sample,
 /// the levels on that scale, this program added to the software tag, all other tags as they are.
-/// Throws std::system_error; the file is then what it was.
+/// The new file is on the disk when this returns. Throws std::system_error; the file is then what
+/// it was.
 void replaceFrame(const std::filesystem::path &path, const dng::RawFile &source,
                   const Frame &frame);
 

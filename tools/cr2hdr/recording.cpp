@@ -8,10 +8,7 @@
 #include "mlv/error.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
-#include <cmath>
-#include <cstdio>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -22,41 +19,6 @@ namespace {
 
 constexpr const char *leftAsItIs = "left as it is, ";
 constexpr const char *notBlended = "failed, ";
-
-std::string rounded(double value, const char *unit)
-{
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%.2f%s", value, unit);
-    return text.data();
-}
-
-std::string noiseText(const Noise &noise)
-{
-    return rounded(std::sqrt(static_cast<double>(noise.readVariance)), " levels of 14 bits");
-}
-
-void printFindings(const Survey &survey)
-{
-    const dng::RawFormat &format = survey.format;
-    print("Frame size", std::to_string(format.width) + "x" + std::to_string(format.height) + ", " +
-                            std::to_string(format.bitsPerSample) + " bits");
-    print("Levels", "black " + std::to_string(format.blackLevel) + ", white " +
-                        std::to_string(format.whiteLevel));
-    if (!survey.model) {
-        print("Row pattern", survey.reason);
-        return;
-    }
-    const Model &model = *survey.model;
-    const auto gain = static_cast<double>(model.exposure.gain);
-    print("Row pattern", model.pattern.letters() + " (L low, H high sensitivity)");
-    print("Exposure difference", rounded(std::log2(gain), " EV"));
-    print("Black level difference",
-          rounded(static_cast<double>(model.exposure.offset), " levels of 14 bits"));
-    print("Noise of low rows", noiseText(model.lowNoise));
-    print("Noise of high rows", noiseText(model.highNoise));
-    print("High rows usable to",
-          rounded(static_cast<double>(model.clippedFrom), " levels of 14 bits above black"));
-}
 
 struct Outcome
 {

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "cr2hdr/report.h"
 
+#include "output/lineoutput.h"
+
 #include <algorithm>
-#include <cerrno>
+#include <array>
+#include <cmath>
+#include <cstdio>
 #include <utility>
 
 #include <unistd.h>
@@ -10,27 +14,50 @@
 namespace dualiso {
 namespace {
 
-constexpr std::size_t largestWrite = 4096;
 constexpr std::size_t largestLabel = 1024;
+
+/// A line "label : value" in a write of its own.
+void print(std::string_view label, std::string_view value)
+{
+    output::LineOutput standardOutput(STDOUT_FILENO);
+    standardOutput.line(std::string(label) + " : " + std::string(value));
+}
+
+std::string rounded(double value, const char *unit)
+{
+    std::array<char, 64> text{};
+    std::snprintf(text.data(), text.size(), "%.2f%s", value, unit);
+    return text.data();
+}
+
+std::string noiseText(const Noise &noise)
+{
+    return rounded(std::sqrt(static_cast<double>(noise.readVariance)), " levels of 14 bits");
+}
 
 } // namespace
 
-void print(std::string_view label, std::string_view value)
+void printFindings(const Survey &survey)
 {
-    std::string line(label);
-    line += " : ";
-    line += value;
-    line.resize(std::min(line.size(), largestWrite - 1));
-    line += '\n';
-    std::string_view rest = line;
-    while (!rest.empty()) {
-        const ssize_t count = ::write(STDOUT_FILENO, rest.data(), rest.size());
-        if (count >= 0) {
-            rest.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            return; // nobody listens
-        }
+    const dng::RawFormat &format = survey.format;
+    print("Frame size", std::to_string(format.width) + "x" + std::to_string(format.height) + ", " +
+                            std::to_string(format.bitsPerSample) + " bits");
+    print("Levels", "black " + std::to_string(format.blackLevel) + ", white " +
+                        std::to_string(format.whiteLevel));
+    if (!survey.model) {
+        print("Row pattern", survey.reason);
+        return;
     }
+    const Model &model = *survey.model;
+    const auto gain = static_cast<double>(model.exposure.gain);
+    print("Row pattern", model.pattern.letters() + " (L low, H high sensitivity)");
+    print("Exposure difference", rounded(std::log2(gain), " EV"));
+    print("Black level difference",
+          rounded(static_cast<double>(model.exposure.offset), " levels of 14 bits"));
+    print("Noise of low rows", noiseText(model.lowNoise));
+    print("Noise of high rows", noiseText(model.highNoise));
+    print("High rows usable to",
+          rounded(static_cast<double>(model.clippedFrom), " levels of 14 bits above black"));
 }
 
 std::string labelOf(const std::filesystem::path &path)

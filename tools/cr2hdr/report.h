@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "cr2hdr/survey.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <map>
 #include <mutex>
 #include <string>
-#include <string_view>
 
 namespace dualiso {
 
-/// A line "label : value" on standard output, in one write(): a reader that takes the output apart
-/// chunk by chunk never meets half a line. It is cut to 4096 bytes, which a pipe takes in one
-/// piece.
-void print(std::string_view label, std::string_view value);
+/// Prints what was found out about the recording. As everything here it is lines "label : value" on
+/// standard output, each in a write of its own: a reader shows one as soon as it is there.
+void printFindings(const Survey &survey);
 
 /// A path as a label: control characters don't break the line, and the end, which tells files
 /// apart, is kept if it is long.

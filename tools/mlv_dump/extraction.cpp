@@ -90,7 +90,7 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
     auto path = m_job.prefix;
     path += format("%06u.dng", frame.number);
     m_job.sources.requireOther(path);
-    OutputFile file(std::move(path));
+    output::OutputFile file(path);
     bool damaged = false;
     try {
         file.write(encoder.encode(frame));
@@ -113,7 +113,7 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
     m_turnstile.leave();
 }
 
-void Extraction::publish(std::size_t index, OutputFile &file)
+void Extraction::publish(std::size_t index, output::OutputFile &file)
 {
     if (index == m_heldBackIndex) {
         m_heldBack.emplace(std::move(file));

@@ -3,9 +3,9 @@
 
 #include "mlv_dump/frameencoder.h"
 #include "mlv_dump/output.h"
-#include "mlv_dump/outputfile.h"
 #include "mlv_dump/sourcefiles.h"
 #include "mlv_dump/turnstile.h"
+#include "output/outputfile.h"
 
 #include <atomic>
 #include <exception>
@@ -37,15 +37,15 @@ public:
     /// `frames` are at least one. What the job refers to and the output outlive the extraction.
     Extraction(Job job, std::vector<PlannedFrame> frames, Output &output);
 
-    /// Answers the number of files written. Throws WriteError, mlv::ReadError, or mlv::Error when
-    /// not one frame can be decoded.
+    /// Answers the number of files written. Throws RefusedOutput, output::WriteError,
+    /// mlv::ReadError, or mlv::Error when not one frame can be decoded.
     std::size_t run();
 
 private:
     void replaceLeadingDamage();
     void work();
     void extract(FrameEncoder &encoder, std::size_t index);
-    void publish(std::size_t index, OutputFile &file);
+    void publish(std::size_t index, output::OutputFile &file);
     void fail(std::exception_ptr exception);
 
     Job m_job;
@@ -54,8 +54,8 @@ private:
     Output &m_output;            // by the thread that is in the turnstile
     Turnstile m_turnstile;
     std::atomic<std::size_t> m_next = 0;
-    std::optional<OutputFile> m_heldBack;       // by the thread in the turnstile
-    const mlv::DataBlock *m_lastGood = nullptr; // by the thread in the turnstile
+    std::optional<output::OutputFile> m_heldBack; // by the thread in the turnstile
+    const mlv::DataBlock *m_lastGood = nullptr;   // by the thread in the turnstile
     std::mutex m_failureMutex;
     std::exception_ptr m_failure; // guarded by m_failureMutex
 };

@@ -3,36 +3,7 @@
 
 #include "mlv_dump/text.h"
 
-#include <cerrno>
-
-#include <unistd.h>
-
 namespace mlvdump {
-namespace {
-
-constexpr std::size_t maxWrite = 4096;
-
-} // namespace
-
-Output::Output(int descriptor)
-    : m_descriptor(descriptor)
-{
-}
-
-Output::~Output()
-{
-    flush();
-}
-
-void Output::line(std::string_view text)
-{
-    const auto fitting = cutToSize(text, maxWrite - 1);
-    if (m_pending.size() + fitting.size() + 1 > maxWrite) {
-        flush();
-    }
-    m_pending += fitting;
-    m_pending += '\n';
-}
 
 void Output::warning(std::string_view text)
 {
@@ -42,20 +13,6 @@ void Output::warning(std::string_view text)
 void Output::error(std::string_view text)
 {
     line("[ERROR] " + std::string(text));
-}
-
-void Output::flush()
-{
-    std::string_view rest = m_pending;
-    while (!rest.empty()) {
-        const ssize_t count = ::write(m_descriptor, rest.data(), rest.size());
-        if (count >= 0) {
-            rest.remove_prefix(static_cast<std::size_t>(count));
-        } else if (errno != EINTR) {
-            break; // nobody is left to be told
-        }
-    }
-    m_pending.clear();
 }
 
 void Output::finish(const Summary &summary)

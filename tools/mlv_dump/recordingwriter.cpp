@@ -77,4 +77,11 @@ void RecordingWriter::addFrame(std::uint32_t number, std::uint64_t timestamp,
     m_file.write(m_packed);
 }
 
+// An averaged dark frame or flat field serves many recordings later and is not looked at again.
+void RecordingWriter::commit()
+{
+    m_file.sync();
+    m_file.commit();
+}
+
 } // namespace mlvdump

@@ -3,7 +3,7 @@
 
 #include "mlv/frameformat.h"
 #include "mlv/recording.h"
-#include "mlv_dump/outputfile.h"
+#include "output/outputfile.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -17,23 +17,23 @@ class RecordingWriter
 {
 public:
     /// Begins the file with all blocks of the source but its frames, its sound and its fillers, as
-    /// they stand. Throws WriteError or mlv::ReadError.
+    /// they stand. Throws output::WriteError or mlv::ReadError.
     RecordingWriter(const mlv::Recording &source, const std::filesystem::path &path,
                     std::uint32_t frameCount);
 
-    /// Adds a frame of the source's format. Throws WriteError.
+    /// Adds a frame of the source's format. Throws output::WriteError.
     void addFrame(std::uint32_t number, std::uint64_t timestamp,
                   std::span<const std::uint16_t> samples);
 
-    /// Completes the file. Throws WriteError.
-    void commit() { m_file.commit(); }
+    /// Completes the file and waits until it is on the disk. Throws output::WriteError.
+    void commit();
 
 private:
     void writeHeader(const mlv::FileHeader &source, std::uint32_t frameCount);
     void copyMetadata(const mlv::Chunk &chunk);
 
     mlv::FrameFormat m_format;
-    OutputFile m_file;
+    output::OutputFile m_file;
     std::vector<std::byte> m_packed;
 };
 

@@ -141,8 +141,10 @@ bool succeeds(Work work, Output &output)
         return true;
     } catch (const mlv::Error &error) {
         output.error(std::string("The recording ") + error.what());
-    } catch (const WriteError &error) {
+    } catch (const RefusedOutput &error) {
         output.error(error.what());
+    } catch (const output::WriteError &error) {
+        output.error("A file cannot be written: " + error.code().message());
     } catch (const CalibrationError &error) {
         output.error(error.what());
     } catch (const std::bad_alloc &) {

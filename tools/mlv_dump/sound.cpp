@@ -2,6 +2,7 @@
 #include "mlv_dump/sound.h"
 
 #include "mlv_dump/soundplan.h"
+#include "output/outputfile.h"
 
 #include <algorithm>
 #include <array>
@@ -56,7 +57,7 @@ std::int64_t leadBytes(std::uint64_t soundStart, std::uint64_t pictureStart,
     return std::llround(microseconds * info.samplesPerSecond / 1e6) * info.blockAlign;
 }
 
-void writeSilence(OutputFile &file, std::uint64_t bytes, const mlv::WaveInfo &info)
+void writeSilence(output::OutputFile &file, std::uint64_t bytes, const mlv::WaveInfo &info)
 {
     // 8-bit samples are unsigned in a WAV file.
     const std::vector<std::byte> silence(65536, std::byte(info.bitsPerSample == 8 ? 0x80 : 0));
@@ -68,7 +69,7 @@ void writeSilence(OutputFile &file, std::uint64_t bytes, const mlv::WaveInfo &in
 }
 
 void writePlan(const mlv::Recording &recording, const SoundPlan &plan, const mlv::WaveInfo &info,
-               OutputFile &file)
+               output::OutputFile &file)
 {
     std::vector<std::byte> data;
     for (const auto &piece : plan.pieces) {
@@ -110,7 +111,7 @@ void writeSound(const mlv::Recording &recording, const PictureTime &picture,
     }
     const std::uint64_t padding = plan.bytes % 2; // chunks of a RIFF file have an even size
     if (plan.bytes + padding > maxDataBytes) {
-        throw WriteError("The sound is too long for a WAV file");
+        throw RefusedOutput("The sound is too long for a WAV file");
     }
 
     WavHead head;
@@ -118,7 +119,7 @@ void writeSound(const mlv::Recording &recording, const PictureTime &picture,
     head.dataBytes = static_cast<std::uint32_t>(plan.bytes);
     head.riffBytes = static_cast<std::uint32_t>(sizeof head - 8 + plan.bytes + padding);
     sources.requireOther(path);
-    OutputFile file(path);
+    output::OutputFile file(path);
     file.write(mlv::encodeLayout(head));
     writePlan(recording, plan, info, file);
     writeSilence(file, padding, info);

@@ -18,7 +18,7 @@ struct PictureTime
 
 /// Writes the sound of the recording as a WAV file, if it has any. The sound starts where the
 /// picture starts: silence is put in front or sound is left out there. Lost sound blocks leave
-/// silence. Throws WriteError or mlv::ReadError.
+/// silence. Throws RefusedOutput, output::WriteError or mlv::ReadError.
 void writeSound(const mlv::Recording &recording, const PictureTime &picture,
                 const SourceFiles &sources, const std::filesystem::path &path, Output &output);
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "mlv/recording.h"
-#include "mlv_dump/outputfile.h"
+#include "mlv_dump/refusedoutput.h"
 
 #include <filesystem>
 #include <system_error>
@@ -22,7 +22,7 @@ public:
     {
     }
 
-    /// Throws WriteError when the path leads to a file that the run reads.
+    /// Throws RefusedOutput when the path leads to a file that the run reads.
     void requireOther(const std::filesystem::path &path) const
     {
         bool same = false;
@@ -34,7 +34,7 @@ public:
             same = same || std::filesystem::equivalent(path, reference, missing);
         }
         if (same) {
-            throw WriteError("The output would replace a file that is read");
+            throw RefusedOutput("The output would replace a file that is read");
         }
     }
 

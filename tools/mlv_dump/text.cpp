@@ -87,15 +87,4 @@ std::string harmless(std::string_view text)
     return result;
 }
 
-std::string_view cutToSize(std::string_view text, std::size_t size)
-{
-    if (text.size() <= size) {
-        return text;
-    }
-    while (size > 0 && isContinuation(text[size])) {
-        --size;
-    }
-    return text.substr(0, size);
-}
-
 } // namespace mlvdump

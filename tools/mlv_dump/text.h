@@ -23,7 +23,4 @@ template <std::size_t size>
     return harmless(text.substr(0, text.find('\0')));
 }
 
-/// The longest start of UTF-8 text that has at most `size` bytes and cuts no character.
-[[nodiscard]] std::string_view cutToSize(std::string_view text, std::size_t size);
-
 } // namespace mlvdump

@@ -149,7 +149,7 @@ void TestExtraction::failedRunLeavesTheLastFrameOut()
     // Whoever sees as many frames as the report counts takes the extraction for complete.
     Run run(recordingOf(20));
     QVERIFY(run.folder().mkpath(QStringLiteral("tmp000007.dng/in the way")));
-    QVERIFY_THROWS_EXCEPTION(WriteError, run.extract(4));
+    QVERIFY_THROWS_EXCEPTION(output::WriteError, run.extract(4));
     QVERIFY(run.names().contains(QStringLiteral("tmp000006.dng")));
     QVERIFY(!run.names().contains(QStringLiteral("tmp000019.dng")));
     QVERIFY(run.names().filter(QStringLiteral(".part")).isEmpty());
@@ -163,7 +163,7 @@ void TestExtraction::lastCountedFrameWaitsForThoseThatFillGaps()
     builder.addRawInfo().addFrame(0, 3000).addFrame(1, 3001).addFrame(6, 3006);
     Run failed(builder);
     QVERIFY(failed.folder().mkpath(QStringLiteral("tmp000006.dng/in the way")));
-    QVERIFY_THROWS_EXCEPTION(WriteError, failed.extract(2));
+    QVERIFY_THROWS_EXCEPTION(output::WriteError, failed.extract(2));
     QCOMPARE(failed.names(),
              (QStringList{QStringLiteral("tmp000000.dng"), QStringLiteral("tmp000001.dng"),
                           QStringLiteral("tmp000003.dng"), QStringLiteral("tmp000004.dng"),

@@ -2,6 +2,8 @@
 #include "programrun.h"
 #include "recordingbuilder.h"
 
+#include "support/fulldisk.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
@@ -103,10 +105,10 @@ void TestMlvDumpArguments::pathsThatContainTheMarksChangeNothing()
 void TestMlvDumpArguments::fullDiskIsAnError()
 {
     const auto path = RecordingBuilder().addRawInfo().addFrame(0, 3000).write(out("a.MLV"));
-    QVERIFY(QFile::link(QStringLiteral("/proc/self"), out("proc")));
-    const auto run = dump({QStringLiteral("--dng"), path, QStringLiteral("-o"), out("proc/tmp")});
+    const FullDisk disk(1000);
+    const auto run = dump({QStringLiteral("--dng"), path, QStringLiteral("-o"), out("tmp")});
     QCOMPARE(run.status, 1);
-    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] A file cannot be written")));
+    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] A file cannot be written: File too large")));
     QVERIFY(!run.hasLineWith(QStringLiteral("Done")));
 }
 

@@ -14,7 +14,6 @@ private Q_SLOTS:
     void textOfARecordingBecomesHarmless();
     void fieldEndsAtItsFirstNul();
     void fieldWithoutNulEndsWithItself();
-    void cutLeavesWholeCharacters();
 };
 
 void TestText::textOfARecordingBecomesHarmless_data()
@@ -61,16 +60,6 @@ void TestText::fieldEndsAtItsFirstNul()
 void TestText::fieldWithoutNulEndsWithItself()
 {
     QCOMPARE(harmless(std::array<char, 3>{'a', 'b', 'c'}), std::string("abc"));
-}
-
-void TestText::cutLeavesWholeCharacters()
-{
-    using mlvdump::cutToSize;
-    QVERIFY(cutToSize("abc", 5) == "abc");
-    QVERIFY(cutToSize("abc", 2) == "ab");
-    QVERIFY(cutToSize("aü", 2) == "a");
-    QVERIFY(cutToSize("aü", 3) == "aü");
-    QVERIFY(cutToSize("ü", 0).empty());
 }
 
 QTEST_APPLESS_MAIN(TestText)
