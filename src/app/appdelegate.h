@@ -7,7 +7,7 @@
 #include "app/openpanel.h"
 #include "app/queuetabledatasource.h"
 #include "app/recentdocuments.h"
-#include "app/suspendinhibitor.h"
+#include "desktop/suspendinhibitor.h"
 #include "mlvdump/mlvdumptask.h"
 #include "project/batchprogress.h"
 #include "project/mlvprojectcontroller.h"

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The batch: every recording of the queue, one after the other, in the order of the list.
 #include "app/appdelegate.h"
-#include "app/desktopnotification.h"
-#include "app/displaysleep.h"
 #include "app/imageview.h"
 #include "app/progressindicator.h"
 #include "app/queuetableview.h"
+#include "desktop/desktopnotification.h"
+#include "desktop/displaysleep.h"
 #include "mlvdump/mlvdumparguments.h"
 #include "project/projectmonitor.h"
 #include "project/spacecheck.h"

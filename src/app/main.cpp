@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/appdelegate.h"
-#include "app/applicationservice.h"
 #include "app/filepanel.h"
 #include "app/messageboxpresenter.h"
-#include "app/sessionbus.h"
+#include "desktop/applicationservice.h"
+#include "desktop/sessionbus.h"
 #include "runner/systemlog.h"
 
 #include <QApplication>

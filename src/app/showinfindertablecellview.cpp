@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/showinfindertablecellview.h"
 
-#include "app/filereveal.h"
+#include "desktop/filereveal.h"
 #include "project/mlvprojectcontroller.h"
 
 #include <QHBoxLayout>

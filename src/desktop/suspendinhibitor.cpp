@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "app/suspendinhibitor.h"
+#include "desktop/suspendinhibitor.h"
 
-#include "app/sessionbus.h"
+#include "desktop/sessionbus.h"
 #include "runner/systemlog.h"
 
 #include <QDBusMessage>

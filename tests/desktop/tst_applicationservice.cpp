@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/applicationservice.h"
+#include "desktop/applicationservice.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
 

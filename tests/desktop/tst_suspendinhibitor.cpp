@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/suspendinhibitor.h"
+#include "desktop/suspendinhibitor.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
 

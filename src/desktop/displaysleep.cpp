@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "app/displaysleep.h"
+#include "desktop/displaysleep.h"
 
-#include "app/sessionbus.h"
+#include "desktop/sessionbus.h"
 #include "runner/systemlog.h"
 
 #include <QDBusMessage>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/displaysleep.h"
+#include "desktop/displaysleep.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
 

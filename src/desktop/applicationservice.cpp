@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "app/applicationservice.h"
+#include "desktop/applicationservice.h"
 
-#include "app/applicationinterface.h"
-#include "app/sessionbus.h"
+#include "desktop/applicationinterface.h"
+#include "desktop/sessionbus.h"
 #include "runner/systemlog.h"
 
 #include <QDBusMessage>

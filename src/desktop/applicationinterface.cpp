@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "app/applicationinterface.h"
+#include "desktop/applicationinterface.h"
 
-#include "app/applicationservice.h"
+#include "desktop/applicationservice.h"
 #include "runner/systemlog.h"
 
 #include <QTimer>

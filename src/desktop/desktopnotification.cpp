@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "app/desktopnotification.h"
+#include "desktop/desktopnotification.h"
 
-#include "app/sessionbus.h"
+#include "desktop/sessionbus.h"
 #include "runner/systemlog.h"
 
 #include <QCoreApplication>

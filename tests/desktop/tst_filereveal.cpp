@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/filereveal.h"
+#include "desktop/filereveal.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/desktopnotification.h"
+#include "desktop/desktopnotification.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "app/filereveal.h"
+#include "desktop/filereveal.h"
 
-#include "app/sessionbus.h"
+#include "desktop/sessionbus.h"
 #include "runner/systemlog.h"
 
 #include <QCoreApplication>

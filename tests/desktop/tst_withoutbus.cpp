@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "app/applicationservice.h"
-#include "app/desktopnotification.h"
-#include "app/displaysleep.h"
-#include "app/filereveal.h"
-#include "app/suspendinhibitor.h"
+#include "desktop/applicationservice.h"
+#include "desktop/desktopnotification.h"
+#include "desktop/displaysleep.h"
+#include "desktop/filereveal.h"
+#include "desktop/suspendinhibitor.h"
 #include "support/logcapture.h"
 
 #include <QDesktopServices>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/sessionbus.h"
+#include "desktop/sessionbus.h"
 
 #include "runner/systemlog.h"
 
