@@ -62,7 +62,7 @@ public:
         });
         connect(&m_calibration, &Calibration::ended, this, &ConvertRun::calibrated);
         connect(&m_queue, &ConversionQueue::movieFinished, this,
-                [this](const QString &movie) { printLine(movie); });
+                [](const QString &movie) { printLine(movie); });
         connect(&m_queue, &ConversionQueue::finished, this,
                 [this] { leave(m_queue.hasFailures() ? ExitFailed : ExitSuccess); });
         connect(&interruption, &Interruption::happened, this, &ConvertRun::interrupt);
