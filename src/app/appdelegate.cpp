@@ -2,6 +2,7 @@
 // The window's widgets, what each of its controls does, and what it remembers of its last time.
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
+#include "app/readablepalette.h"
 #include "encoding/ffmpegarguments.h"
 #include "mlvdump/mlvdumptask.h"
 #include "runner/notificationcenter.h"
@@ -57,16 +58,13 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     , m_preprocessUi(std::make_unique<Ui::Preprocessing>())
 {
     registerImages();
+    keepTextReadable();
     m_ui->setupUi(m_window.get());
     m_prefUi->setupUi(m_prefWindow.get());
     m_calibrationHelpUi->setupUi(m_calibrationHelpPanel.get());
     m_preprocessUi->setupUi(m_preprocessPanel.get());
     for (const QString &extension : movieExtensions)
         m_ui->movieFormatPopUpButton->addItem(extension.toUpper());
-    // The platform's placeholder is too faint to read.
-    QPalette palette = m_prefUi->prefTempFolderTextField->palette();
-    palette.setColor(QPalette::PlaceholderText, palette.color(QPalette::Text));
-    m_prefUi->prefTempFolderTextField->setPalette(palette);
     m_statusTimer.setInterval(statusInterval);
     connectWindow();
     restoreWindow();
@@ -155,6 +153,8 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
             windowWillClose();
         return true;
     }
+    if (watched == m_window.get() && event->type() == QEvent::PaletteChange)
+        keepTextReadable();
     return QObject::eventFilter(watched, event);
 }
 

@@ -30,6 +30,16 @@ QString inTemporaryDirectory(const QString &name)
     return QDir(temporaryDirectory()).filePath(name);
 }
 
+/// As many lines as an alert has room for on any screen; the rows of the queue have them all.
+QStringList shortened(QStringList lines)
+{
+    constexpr qsizetype longest = 15;
+    if (lines.size() <= longest)
+        return lines;
+    const auto left = lines.size() - longest;
+    return lines.mid(0, longest) << AppDelegate::tr("… and %1 more").arg(left);
+}
+
 /// A movie format or quality of a pop-up: the first item stands for 0, any other for 1.
 qint32 selectedValue(const QComboBox &popUp)
 {
@@ -318,7 +328,7 @@ void AppDelegate::tellResult()
         showDesktopNotification(QStringLiteral("Filmwright"), result);
     if (!failures.isEmpty()) {
         whenNoAlertIsOpen([this, result, failures] {
-            runAlert(result, failures.join(QLatin1Char('\n')), QStringLiteral("Ok"));
+            runAlert(result, shortened(failures).join(QLatin1Char('\n')), QStringLiteral("Ok"));
         });
     }
 }

@@ -46,10 +46,24 @@ void CustomTextField::resizeEvent(QResizeEvent *event)
 }
 
 /// A field that isn't typed into is emptied as a whole.
+bool CustomTextField::deletes(const QKeyEvent &event) const
+{
+    return isReadOnly() && (event.key() == Qt::Key_Delete || event.key() == Qt::Key_Backspace);
+}
+
+/// These keys are the field's also where a menu has them for a command.
+bool CustomTextField::event(QEvent *event)
+{
+    if (event->type() == QEvent::ShortcutOverride && deletes(static_cast<QKeyEvent &>(*event))) {
+        event->accept();
+        return true;
+    }
+    return QLineEdit::event(event);
+}
+
 void CustomTextField::keyPressEvent(QKeyEvent *event)
 {
-    const bool deletes = event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace;
-    if (deletes && isReadOnly() && !text().isEmpty())
+    if (deletes(*event) && !text().isEmpty())
         deleteClicked();
     else
         QLineEdit::keyPressEvent(event);

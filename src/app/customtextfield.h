@@ -39,10 +39,13 @@ public:
     void deleteClicked();
 
 protected:
+    bool event(QEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    bool deletes(const QKeyEvent &event) const;
+
     QToolButton *m_deleteButton;
     CustomTextFieldProtocol *m_deleteDelegate = nullptr;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/messageboxpresenter.h"
 
+#include "app/plaintext.h"
+
 #include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
@@ -29,7 +31,7 @@ int MessageBoxPresenter::runAlert(const QString &title, const QString &message,
     box.setWindowTitle(title);
     box.setTextFormat(Qt::PlainText);
     box.setText(title);
-    box.setInformativeText(message);
+    box.setInformativeText(shownAsItStands(message));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     const bool question = !alternateButton.isEmpty();
     box.setIcon(question ? QMessageBox::Question : QMessageBox::Warning);

@@ -148,8 +148,10 @@ QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
     const MLVProjectController &project = projectAtRow(row);
     if (column == QLatin1String("File"))
         return QDir::toNativeSeparators(project.mlvPath());
-    if (column == QLatin1String("State"))
-        return project.state();
+    if (column == QLatin1String("State")) {
+        const QString failure = m_failures.failure(project);
+        return failure.isEmpty() ? project.state() : project.state() + QLatin1Char('\n') + failure;
+    }
     return objectValueForTableColumn(column, row);
 }
 

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/queuetablemodel.h"
 
+#include "app/plaintext.h"
 #include "app/queuetabledatasource.h"
-
-#include <QTextDocument>
 
 namespace filmwright {
 
@@ -52,10 +51,8 @@ QVariant QueueTableModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return m_dataSource->objectValueForTableColumn(column, index.row());
-    case Qt::ToolTipRole: {
-        const QString text = m_dataSource->toolTipForTableColumn(column, index.row());
-        return Qt::mightBeRichText(text) ? Qt::convertFromPlainText(text) : text;
-    }
+    case Qt::ToolTipRole:
+        return shownAsItStands(m_dataSource->toolTipForTableColumn(column, index.row()));
     case Qt::AccessibleTextRole:
         return m_dataSource->toolTipForTableColumn(column, index.row());
     case Qt::TextAlignmentRole:

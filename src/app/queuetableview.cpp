@@ -79,6 +79,17 @@ void QueueTableView::updateVisibleViews()
                 m_cellsWithViews << cell(column, row);
         }
     }
+    showSelection();
+}
+
+/// Texts of views take the colour that goes with the background behind them.
+void QueueTableView::showSelection()
+{
+    for (const QPersistentModelIndex &index : std::as_const(m_cellsWithViews)) {
+        if (QWidget *view = indexWidget(index))
+            view->setBackgroundRole(selectionModel()->isSelected(index) ? QPalette::Highlight
+                                                                        : QPalette::Base);
+    }
 }
 
 QList<int> QueueTableView::selectedRows() const
@@ -94,6 +105,7 @@ void QueueTableView::selectionChanged(const QItemSelection &selected,
                                       const QItemSelection &deselected)
 {
     QTableView::selectionChanged(selected, deselected);
+    showSelection();
     Q_EMIT selectedRowsChanged();
 }
 

@@ -56,6 +56,7 @@ private:
     QModelIndex cell(const QString &column, int row) const;
     void fitRowHeight();
     void updateVisibleViews();
+    void showSelection();
     void showDropHighlight(bool shown);
     void paintInvitation();
 
