@@ -62,6 +62,7 @@ private Q_SLOTS:
     void movieOfAnotherRunSkipsTheRecording();
     void failureOfTheLastRunIsForgottenWithTheNext();
     void recordingThatCannotBeReadIsMarked();
+    void summaryFitsTheScreen();
     void summaryForgetsAStoppedBatch();
     void closingIsRefusedWhileWorking();
     void closingEndsTheApplication();
@@ -581,6 +582,26 @@ void TestBatchWindow::recordingThatCannotBeReadIsMarked()
     QTRY_COMPARE(window.stateView(0)->failure(),
                  QStringLiteral("mlv_dump ended before it had read the recording"));
     QCOMPARE(window.alerts.shown, QStringList());
+}
+
+void TestBatchWindow::summaryFitsTheScreen()
+{
+    FakeWindow window;
+    window.setExtraction(QStringLiteral("kill -SEGV $$"));
+    window.launch();
+    QStringList names;
+    for (int number = 10; number < 27; ++number)
+        names << QStringLiteral("take%1.MLV").arg(number);
+    window.add(names);
+    window.pressStart();
+    window.waitForEnd();
+    QTRY_COMPARE(window.alerts.shown.size(), 1);
+    const QStringList lines = window.alerts.shown.constFirst().split(QLatin1Char('\n'));
+    QCOMPARE(lines.size(), 16);
+    QCOMPARE(lines.constFirst(),
+             QStringLiteral("17 of 17 recordings have no whole movie|take10.MLV: mlv_dump ended "
+                            "before it had extracted the frames"));
+    QCOMPARE(lines.constLast(), QStringLiteral("… and 2 more|Ok"));
 }
 
 void TestBatchWindow::summaryForgetsAStoppedBatch()
