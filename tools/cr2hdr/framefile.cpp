@@ -15,7 +15,6 @@ namespace tag = dng::tag;
 
 constexpr int scaleBits = 14;  // of Frame's values
 constexpr int outputBits = 16; // so that what blending gains over the file's steps is kept
-constexpr std::uint16_t uncompressed = 1;
 // In the software tag it marks a frame as blended.
 constexpr const char *programName = "Filmwright cr2hdr";
 
@@ -73,7 +72,7 @@ void replaceFrame(const std::filesystem::path &path, const dng::RawFile &source,
     const int shift = outputBits - format.bitsPerSample;
     dng::Ifd image = source.directories().image;
     image.setShorts(tag::bitsPerSample, {outputBits});
-    image.setShorts(tag::compression, {uncompressed});
+    image.setShorts(tag::compression, {dng::compression::none});
     image.setLongs(tag::rowsPerStrip, {static_cast<std::uint32_t>(format.height)});
     image.setLongs(tag::blackLevel, {format.blackLevel << shift});
     image.setLongs(tag::whiteLevel, {format.whiteLevel << shift});

@@ -2,6 +2,7 @@
 #include "dng/filehead.h"
 
 #include "dng/tags.h"
+#include "dng/tifflayout.h"
 
 #include <algorithm>
 #include <span>
@@ -9,9 +10,9 @@
 namespace dng {
 namespace {
 
-constexpr std::size_t headerBytes = 8;
-constexpr std::size_t entryBytes = 12;
-constexpr std::size_t inlineBytes = 4;
+using tifflayout::entryBytes;
+using tifflayout::headerBytes;
+using tifflayout::inlineBytes;
 
 constexpr std::size_t roundUp(std::size_t size, std::size_t step)
 {
@@ -94,7 +95,7 @@ std::vector<std::byte> encodeFileHead(Ifd image, const Ifd &exif, std::uint32_t 
     }
 
     Writer writer;
-    writer.bytes(std::as_bytes(std::span("II*", 4))); // "II", then 42 with its zero byte
+    writer.bytes(tifflayout::littleEndian);
     writer.number(static_cast<std::uint32_t>(headerBytes));
     writer.directory(image);
     if (hasExif) {

@@ -2,20 +2,19 @@
 #include "dng/ifdreader.h"
 
 #include "dng/tags.h"
+#include "dng/tifflayout.h"
 #include "mlv/error.h"
 
-#include <array>
+#include <algorithm>
 #include <cstring>
 
 namespace dng {
 namespace {
 
-constexpr std::size_t headerBytes = 8;
-constexpr std::size_t entryBytes = 12;
-constexpr std::size_t inlineBytes = 4;
-// "II" for little-endian, then 42.
-constexpr std::array<std::byte, 4> littleEndianTiff{std::byte{'I'}, std::byte{'I'}, std::byte{42},
-                                                    std::byte{0}};
+using tifflayout::entryBytes;
+using tifflayout::headerBytes;
+using tifflayout::inlineBytes;
+using tifflayout::littleEndian;
 
 template <typename Value>
 Value numberAt(std::span<const std::byte> bytes, std::size_t offset)
@@ -37,7 +36,7 @@ public:
     std::uint32_t firstDirectory()
     {
         const auto header = bytes(0, headerBytes);
-        if (!std::equal(littleEndianTiff.begin(), littleEndianTiff.end(), header.begin())) {
+        if (!std::equal(littleEndian.begin(), littleEndian.end(), header.begin())) {
             throw mlv::Error("is not a little-endian TIFF file");
         }
         return numberAt<std::uint32_t>(header, 4);

@@ -11,9 +11,6 @@
 namespace dng {
 namespace {
 
-constexpr std::uint32_t photometricCfa = 32803;
-constexpr std::uint32_t uncompressed = 1;
-constexpr std::uint32_t losslessJpeg = 7;
 constexpr std::uint32_t leastSide = 16;
 constexpr std::uint32_t largestSide = 65534;
 
@@ -54,7 +51,8 @@ std::array<std::uint8_t, 4> colours(const Ifd &ifd)
 
 RawFormat readFormat(const Ifd &ifd)
 {
-    if (value(ifd, tag::photometricInterpretation, "kind of picture") != photometricCfa ||
+    if (value(ifd, tag::photometricInterpretation, "kind of picture") !=
+            photometric::colourFilterArray ||
         ifd.fields().contains(tag::linearizationTable)) {
         throw mlv::Error("holds no plain raw frame");
     }
@@ -83,9 +81,9 @@ RawFile::RawFile(const std::filesystem::path &path)
     , m_format(readFormat(m_directories.image))
 {
     const Ifd &ifd = m_directories.image;
-    const std::uint32_t compression = value(ifd, tag::compression, "compression");
-    m_isLosslessJpeg = compression == losslessJpeg;
-    if (!m_isLosslessJpeg && compression != uncompressed) {
+    const std::uint32_t kind = value(ifd, tag::compression, "compression");
+    m_isLosslessJpeg = kind == compression::losslessJpeg;
+    if (!m_isLosslessJpeg && kind != compression::none) {
         throw mlv::Error("is compressed in an unknown way");
     }
     const auto offsets = wholeNumbers(ifd, tag::stripOffsets);

@@ -24,9 +24,7 @@ inline constexpr Tag samplesPerPixel = 277;
 inline constexpr Tag rowsPerStrip = 278;
 inline constexpr Tag stripByteCounts = 279;
 inline constexpr Tag xResolution = 282;
-inline constexpr Tag yResolution = 283;
 inline constexpr Tag planarConfiguration = 284;
-inline constexpr Tag resolutionUnit = 296;
 inline constexpr Tag software = 305;
 inline constexpr Tag dateTime = 306;
 inline constexpr Tag subIfds = 330;
@@ -59,9 +57,19 @@ inline constexpr Tag fNumber = 33437;
 inline constexpr Tag isoSpeedRatings = 34855;
 inline constexpr Tag exifVersion = 36864;
 inline constexpr Tag dateTimeOriginal = 36867;
-inline constexpr Tag subjectDistance = 37382;
 inline constexpr Tag focalLength = 37386;
 inline constexpr Tag lensModel = 42036;
 inline constexpr Tag lensSerialNumber = 42037;
 
 } // namespace dng::tag
+
+/// Values of compression.
+namespace dng::compression {
+inline constexpr std::uint16_t none = 1;
+inline constexpr std::uint16_t losslessJpeg = 7;
+} // namespace dng::compression
+
+/// The value of photometricInterpretation for samples behind a colour filter pattern.
+namespace dng::photometric {
+inline constexpr std::uint16_t colourFilterArray = 32803;
+} // namespace dng::photometric

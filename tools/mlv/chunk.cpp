@@ -40,6 +40,14 @@ Chunk::Chunk(const std::filesystem::path &path)
 {
 }
 
+double framesPerSecond(const FileHeader &header)
+{
+    if (header.frameRateDenominator == 0) {
+        return 0;
+    }
+    return static_cast<double>(header.frameRateNumerator) / header.frameRateDenominator;
+}
+
 BlockWalk::BlockWalk(const Chunk &chunk)
     : m_file(chunk.file())
     , m_position(chunk.header().size)

@@ -29,6 +29,9 @@ private:
     FileHeader m_header;
 };
 
+/// 0 when the header gives none.
+[[nodiscard]] double framesPerSecond(const FileHeader &header);
+
 /// A block that lies whole within its file.
 struct Block
 {

@@ -90,14 +90,6 @@ void Recording::openContinuations(const std::filesystem::path &path)
     }
 }
 
-double Recording::framesPerSecond() const
-{
-    if (header().frameRateDenominator == 0) {
-        return 0;
-    }
-    return static_cast<double>(header().frameRateNumerator) / header().frameRateDenominator;
-}
-
 void Recording::read(const DataBlock &block, std::span<std::byte> bytes) const
 {
     m_chunks[block.chunk].file().read(block.offset, bytes);
@@ -181,7 +173,8 @@ void Recording::dropShortFrames()
 {
     const bool compressed =
         (header().videoClass & (videoclass::losslessJpeg | videoclass::lzma)) != 0;
-    if (compressed || !m_rawInfo || m_changesFormat) {
+    if (compressed || !m_rawInfo || m_changesFormat ||
+        !isSupportedDepth(m_rawInfo->bitsPerSample)) {
         return;
     }
     const auto frameSize =

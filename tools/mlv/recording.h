@@ -38,7 +38,7 @@ public:
     /// The first chunk's.
     [[nodiscard]] const FileHeader &header() const { return m_chunks.front().header(); }
     /// 0 when the recording gives none.
-    [[nodiscard]] double framesPerSecond() const;
+    [[nodiscard]] double framesPerSecond() const { return mlv::framesPerSecond(header()); }
 
     /// The frames that lie whole in the recording. Of frames that carry the same number the last
     /// one counts.

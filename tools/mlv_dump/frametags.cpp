@@ -14,9 +14,6 @@ namespace {
 
 namespace tag = dng::tag;
 
-constexpr std::uint16_t photometricCfa = 32803;
-constexpr std::uint16_t compressionNone = 1;
-constexpr std::uint16_t compressionJpeg = 7; // in DNG: lossless
 constexpr std::uint16_t illuminantD65 = 21;
 constexpr std::uint8_t red = 0;
 constexpr std::uint8_t green = 1;
@@ -88,7 +85,7 @@ void FrameTags::setShape(const mlv::FrameFormat &format)
     m_common.setLongs(tag::imageWidth, {width});
     m_common.setLongs(tag::imageLength, {height});
     m_common.setShorts(tag::bitsPerSample, {static_cast<std::uint16_t>(format.bitsPerSample)});
-    m_common.setShorts(tag::photometricInterpretation, {photometricCfa});
+    m_common.setShorts(tag::photometricInterpretation, {dng::photometric::colourFilterArray});
     m_common.setShorts(tag::fillOrder, {1});
     m_common.setShorts(tag::orientation, {1});
     m_common.setShorts(tag::samplesPerPixel, {1});
@@ -176,7 +173,8 @@ dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block,
                           bool isLosslessJpeg) const
 {
     dng::Ifd image = m_common;
-    image.setShorts(tag::compression, {isLosslessJpeg ? compressionJpeg : compressionNone});
+    image.setShorts(tag::compression,
+                    {isLosslessJpeg ? dng::compression::losslessJpeg : dng::compression::none});
     image.setText(tag::dateTime, dateTime(block.timestamp));
 
     const auto *balance = m_recording.whiteBalance().at(block.timestamp);

@@ -18,15 +18,11 @@ long countInChunk(const mlv::DataIndex &index, std::size_t chunk)
 void printFileHeader(const mlv::Recording &recording, std::size_t chunk, Output &output)
 {
     const auto &header = recording.chunks()[chunk].header();
-    const double rate =
-        header.frameRateDenominator == 0
-            ? 0.0
-            : static_cast<double>(header.frameRateNumerator) / header.frameRateDenominator;
     output.line("File Header (MLVI)");
     output.line(format("    Size        : 0x%08X", header.size));
     output.line("    Ver         : " + harmless(header.version));
     output.line(format("    GUID        : %llu", static_cast<unsigned long long>(header.guid)));
-    output.line(format("    FPS         : %f", rate));
+    output.line(format("    FPS         : %f", mlv::framesPerSecond(header)));
     output.line(format("    File        : %d / %d", header.chunk, header.chunkCount));
     output.line(format("    Frames Video: %ld", countInChunk(recording.videoFrames(), chunk)));
     output.line(format("    Frames Audio: %ld", countInChunk(recording.audioBlocks(), chunk)));

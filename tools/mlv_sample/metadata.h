@@ -11,15 +11,16 @@
 
 namespace sample {
 
+/// Of file `chunk`, from 0, with frame counts of 0: they are set when the file is closed.
 mlv::FileHeader fileHeader(const Settings &settings, int chunk);
 mlv::RawInfo rawInfo(const Settings &settings);
 mlv::RawCapture rawCapture(const Settings &settings);
 mlv::Identity identity();
 mlv::Clock clock();
-mlv::Lens lens(int focalLength);
+mlv::Lens lens(int focalLength); ///< mm
 mlv::WhiteBalance whiteBalance();
 mlv::WaveInfo waveInfo();
-mlv::DualIso dualIso(const Settings &settings);
+mlv::DualIso dualIso(const Settings &settings); ///< for settings with a second sensitivity
 std::string versionText();
 std::string infoText(const Settings &settings);
 

@@ -9,6 +9,7 @@
 #include <limits>
 #include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace sample {
@@ -78,6 +79,13 @@ std::pair<std::string_view, std::string_view> halves(std::string_view text, char
         return {text, {}};
     }
     return {text.substr(0, at), text.substr(at + 1)};
+}
+
+std::pair<int, int> numberPair(std::string_view option, std::string_view text, char separator,
+                               int least, int most)
+{
+    const auto [first, second] = halves(text, separator);
+    return {number(option, first, least, most), number(option, second, least, most)};
 }
 
 std::vector<std::string_view> listItems(std::string_view text)
@@ -155,10 +163,8 @@ const std::map<std::string_view, Setter> &setters()
 {
     static const std::map<std::string_view, Setter> table{
         {"--size",
-         [](Settings &s, std::string_view text) {
-             const auto [width, height] = halves(text, 'x');
-             s.width = number("--size", width, 16, 16384);
-             s.height = number("--size", height, 16, 16384);
+         [](Settings &s, std::string_view t) {
+             std::tie(s.width, s.height) = numberPair("--size", t, 'x', 16, 16384);
          }},
         {"--frames",
          [](Settings &s, std::string_view t) { s.frames = number("--frames", t, 1, 1000000); }},
@@ -168,10 +174,8 @@ const std::map<std::string_view, Setter> &setters()
          [](Settings &s, std::string_view t) { s.seed = number<std::uint64_t>("--seed", t); }},
         {"--iso", [](Settings &s, std::string_view t) { s.iso = number("--iso", t, 50, 51200); }},
         {"--dual-iso",
-         [](Settings &s, std::string_view text) {
-             const auto [low, high] = halves(text, '/');
-             s.iso = number("--dual-iso", low, 50, 51200);
-             s.highIso = number("--dual-iso", high, 50, 51200);
+         [](Settings &s, std::string_view t) {
+             std::tie(s.iso, s.highIso) = numberPair("--dual-iso", t, '/', 50, 51200);
          }},
         {"--phase",
          [](Settings &s, std::string_view t) { s.dualIsoPhase = number("--phase", t, 0, 3); }},

@@ -64,7 +64,6 @@ Levels levelsFor(int bits)
 
 Sensor::Sensor(int width, int height)
     : m_width(width)
-    , m_height(height)
     , m_shading(index(0, height))
     , m_darkSignal(index(0, height))
     , m_columnOffset(static_cast<std::size_t>(width))

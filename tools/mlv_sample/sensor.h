@@ -37,14 +37,11 @@ class Sensor
 public:
     Sensor(int width, int height);
 
-    int width() const { return m_width; }
-    int height() const { return m_height; }
-
     /// The share of the light that reaches sample (x, y) through the lens, and counts there.
     float shading(int x, int y) const { return m_shading[index(x, y)]; }
 
-    /// Reads row `y`. `light` holds width() values after shading; 1 saturates the base sensitivity.
-    /// `samples` receives width() values from 0 to the white level.
+    /// Reads row `y`. `light` holds the row's values after shading; 1 saturates the base
+    /// sensitivity. `samples` receives as many from 0 to the white level.
     void readRow(int y, std::span<const float> light, const ReadOut &readOut,
                  std::span<std::uint16_t> samples) const;
 
@@ -56,7 +53,6 @@ private:
     }
 
     int m_width;
-    int m_height;
     std::vector<float> m_shading;
     std::vector<float> m_darkSignal;   ///< amplified with the light; 14-bit levels
     std::vector<float> m_columnOffset; ///< added after amplification; 14-bit levels

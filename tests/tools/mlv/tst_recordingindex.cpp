@@ -47,6 +47,7 @@ private Q_SLOTS:
     void frameSpaceIsLeftOut();
     void frameSpaceBeyondTheBlockLeavesTheFrameOut();
     void shortFrameIsLeftOut();
+    void ofAnImpossibleDepthNoFrameIsTooShort();
     void cutOffTailKeepsTheFramesBefore();
     void everyCutKeepsTheWholeFrames();
     void impossibleSizeEndsTheFile();
@@ -187,6 +188,18 @@ void TestRecordingIndex::shortFrameIsLeftOut()
                                     .addFrame(1, 5));
     QCOMPARE(numbers(recording.videoFrames()), QList<quint32>{1});
     QVERIFY(warns(recording, "1 damaged frame or sound blocks"));
+}
+
+void TestRecordingIndex::ofAnImpossibleDepthNoFrameIsTooShort()
+{
+    for (const int bits : {0, 9, -1, std::numeric_limits<int>::min()}) {
+        auto rawInfo = RecordingBuilder::rawInfo();
+        rawInfo.bitsPerSample = bits;
+        const auto recording =
+            open(RecordingBuilder().add(blocktype::rawInfo, rawInfo).addFrame(0, 1).addFrame(1, 1));
+        QCOMPARE(numbers(recording.videoFrames()), (QList<quint32>{0, 1}));
+        QVERIFY(recording.warnings().empty());
+    }
 }
 
 void TestRecordingIndex::cutOffTailKeepsTheFramesBefore()

@@ -16,11 +16,6 @@ Ended runProgram(const QString &program, const QStringList &arguments, const QBy
     return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-QString builtProgram(const QString &name)
-{
-    return qEnvironmentVariable("FILMWRIGHT_BUILD_RESOURCES") + QLatin1Char('/') + name;
-}
-
 QString writeSample(const QTemporaryDir &folder, const QStringList &options, const QString &name)
 {
     const QString path = folder.filePath(name);

@@ -2,6 +2,8 @@
 // Runs the real mlv_sample and the programs that judge what it wrote.
 #pragma once
 
+#include "programrun.h"
+
 #include <QByteArray>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -16,9 +18,6 @@ struct Ended
 /// Runs a program to its end; `input` is all it can read.
 Ended runProgram(const QString &program, const QStringList &arguments,
                  const QByteArray &input = {});
-
-/// A bundled program of the build tree.
-QString builtProgram(const QString &name);
 
 /// Writes a small recording (64 × 48, 3 frames unless `options` say otherwise) into `folder` and
 /// answers its path. Fails the running test if mlv_sample doesn't end with status 0.

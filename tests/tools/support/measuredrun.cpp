@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "measuredrun.h"
 
+#include "programrun.h"
+
 #include <array>
 #include <vector>
 
@@ -71,10 +73,8 @@ MeasuredRun runMeasured(const QString &program, const QStringList &arguments,
     if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
         qFatal("there are no pipes");
     }
-    const auto path =
-        qEnvironmentVariable("FILMWRIGHT_BUILD_RESOURCES") + QLatin1Char('/') + program;
     const auto start = Clock::now();
-    const pid_t child = spawn(QStringList{path} + arguments, ends[1]);
+    const pid_t child = spawn(QStringList{builtProgram(program)} + arguments, ends[1]);
     ::close(ends[1]);
     MeasuredRun run;
     run.output = readAll(ends[0], child, start + timeLimit);

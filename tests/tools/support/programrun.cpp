@@ -14,12 +14,16 @@ bool ProgramRun::hasLineWith(const QString &text) const
     return !lines.filter(text).isEmpty();
 }
 
+QString builtProgram(const QString &name)
+{
+    return qEnvironmentVariable("FILMWRIGHT_BUILD_RESOURCES") + QLatin1Char('/') + name;
+}
+
 ProgramRun runBuilt(const QString &program, const QStringList &arguments)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(qEnvironmentVariable("FILMWRIGHT_BUILD_RESOURCES") + QLatin1Char('/') + program,
-                  arguments);
+    process.start(builtProgram(program), arguments);
     ProgramRun run;
     const bool ended = process.waitForFinished(timeLimit);
     auto text = QString::fromUtf8(process.readAll());

@@ -16,7 +16,10 @@ struct ProgramRun
     [[nodiscard]] QStringList lastTwoLines() const { return lines.mid(lines.size() - 2); }
 };
 
-/// Runs a program of the build's resources folder, "mlv_dump" for example.
+/// The path of a program of the build's resources folder, "mlv_dump" for example.
+QString builtProgram(const QString &name);
+
+/// Runs a program of the build's resources folder.
 ProgramRun runBuilt(const QString &program, const QStringList &arguments);
 
 /// Runs a program of the system and answers what it prints on standard output; fails the test's
