@@ -176,10 +176,10 @@ void AppDelegate::removeSelectedProjects()
     for (const auto &project : removed)
         detach(*project);
     deleteProjectsLater(removed);
-    tellResult(); // the rest of a batch may have waited for what was removed
     endReadingWhenAllAreRead();
     m_ui->startStopItem->setEnabled(!m_readingData && !m_projectList->empty());
     m_ui->queueTableView->reloadData();
+    tellResult(); // the rest of a batch may have waited for what was removed
 }
 
 } // namespace filmwright

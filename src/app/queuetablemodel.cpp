@@ -47,19 +47,28 @@ QVariant QueueTableModel::data(const QModelIndex &index, int role) const
 {
     if (!m_dataSource || !index.isValid())
         return {};
+    const int row = sourceRow(index.row());
+    if (row < 0)
+        return {};
     const QString column = queueTableColumns.at(index.column());
     switch (role) {
     case Qt::DisplayRole:
-        return m_dataSource->objectValueForTableColumn(column, index.row());
+        return m_dataSource->objectValueForTableColumn(column, row);
     case Qt::ToolTipRole:
-        return shownAsItStands(m_dataSource->toolTipForTableColumn(column, index.row()));
+        return shownAsItStands(m_dataSource->toolTipForTableColumn(column, row));
     case Qt::AccessibleTextRole:
-        return m_dataSource->toolTipForTableColumn(column, index.row());
+        return m_dataSource->toolTipForTableColumn(column, row);
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(Qt::Alignment(Qt::AlignLeft | Qt::AlignVCenter));
     default:
         return {};
     }
+}
+
+/// The queue may have grown at the top, and not been told of yet.
+int QueueTableModel::sourceRow(int row) const
+{
+    return row + m_dataSource->numberOfRowsInTableView(m_tableView) - m_rows;
 }
 
 QVariant QueueTableModel::headerData(int section, Qt::Orientation orientation, int role) const

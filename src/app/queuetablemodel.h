@@ -35,6 +35,8 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
 private:
+    int sourceRow(int row) const;
+
     QueueTableView &m_tableView;
     QueueTableDataSource *m_dataSource = nullptr;
     int m_rows = 0;

@@ -63,7 +63,9 @@ QModelIndex QueueTableView::cell(const QString &column, int row) const
 
 void QueueTableView::updateVisibleViews()
 {
-    if (!m_dataSource || m_model.rowCount() == 0)
+    const int rows = m_model.rowCount();
+    // The queue may have changed and not been told of yet; the views come with the news.
+    if (!m_dataSource || rows == 0 || rows != m_dataSource->numberOfRowsInTableView(*this))
         return;
     const int below = rowAt(viewport()->height() - 1);
     const int first = qMax(rowAt(0), 0);
