@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace mlvdump {
 namespace {
@@ -52,9 +53,19 @@ std::string asciiText(const std::string &text)
     return ascii.substr(0, end == std::string::npos ? 0 : end + 1);
 }
 
-bool isDate(const std::chrono::year_month_day &date, const mlv::Clock &clock)
+/// What the camera's clock shows; nothing when that is no time.
+std::optional<std::chrono::sys_seconds> timeOf(const mlv::Clock &clock)
 {
-    return date.ok() && clock.hour < 24 && clock.minute < 60 && clock.second < 60;
+    using namespace std::chrono;
+    // Judged before <chrono> takes them, which keeps less of a number than a block holds. A day
+    // later the year still has the four digits of a tag.
+    const bool fits = clock.year + 1900 < 9999 && clock.month < 12 && clock.day <= 31 &&
+                      clock.hour < 24 && clock.minute < 60 && clock.second < 60;
+    const year_month_day date(year(clock.year + 1900), month(clock.month + 1U), day(clock.day));
+    if (!fits || !date.ok()) {
+        return std::nullopt;
+    }
+    return sys_days(date) + hours(clock.hour) + minutes(clock.minute) + seconds(clock.second);
 }
 
 } // namespace
@@ -234,16 +245,13 @@ std::string FrameTags::dateTime(std::uint64_t timestamp) const
     if (entry == nullptr) {
         return {};
     }
-    const auto &clock = entry->value;
-    const year_month_day start(year(clock.year + 1900), month(clock.month + 1U), day(clock.day));
-    if (!isDate(start, clock)) {
+    const auto start = timeOf(entry->value);
+    if (!start) {
         return {};
     }
     constexpr std::uint64_t longest = 24ULL * 3600 * 1000000;
     const auto passed = timestamp > entry->timestamp ? timestamp - entry->timestamp : 0;
-    const auto time = sys_days(start) + hours(clock.hour) + minutes(clock.minute) +
-                      seconds(clock.second) +
-                      seconds(static_cast<long>(std::min(passed, longest) / 1000000));
+    const auto time = *start + seconds(static_cast<long>(std::min(passed, longest) / 1000000));
     const auto date = floor<days>(time);
     const year_month_day today(date);
     const hh_mm_ss<seconds> now(time - date);
