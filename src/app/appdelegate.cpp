@@ -63,7 +63,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_prefUi->setupUi(m_prefWindow.get());
     m_calibrationHelpUi->setupUi(m_calibrationHelpPanel.get());
     m_preprocessUi->setupUi(m_preprocessPanel.get());
-    for (const QString &extension : movieExtensions)
+    for (const QString &extension : movieExtensions())
         m_ui->movieFormatPopUpButton->addItem(extension.toUpper());
     m_statusTimer.setInterval(statusInterval);
     connectWindow();

@@ -76,8 +76,8 @@ void describe(QCommandLineParser &parser)
 {
     const QString file = text("file");
     parser.addOptions({
-        {format, text("Movie format; mov when not given."), movieExtensions.join(QLatin1Char('|')),
-         QStringLiteral("mov")},
+        {format, text("Movie format; mov when not given."),
+         movieExtensions().join(QLatin1Char('|')), QStringLiteral("mov")},
         {quality, text("Movie quality: high (default) or maximum."), text("high|maximum"),
          QStringLiteral("high")},
         {dark, text("A recording with the lens covered, to be subtracted."), file},
@@ -117,7 +117,7 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
         choose(progress, parser.value(progress), {QStringLiteral("text"), QStringLiteral("json")},
                problem));
     options.jobs = jobsOf(parser.value(jobs), problem);
-    options.format = choose(format, parser.value(format), movieExtensions, problem);
+    options.format = choose(format, parser.value(format), movieExtensions(), problem);
     options.quality = choose(quality, parser.value(quality),
                              {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
     options.dark = parser.value(dark);

@@ -49,7 +49,7 @@ public:
         return m_failure;
     }
 
-    const MLVProjectController &project() const { return m_project; }
+    const MlvMetadata &metadata() const { return m_project.metadata(); }
 
 private:
     void controllerUpdated(MLVProjectController &) override { m_loop.quit(); }
@@ -72,47 +72,47 @@ double shortest(float value)
     return QString::number(static_cast<double>(value), 'g', 7).toDouble();
 }
 
-QJsonObject describe(const MLVProjectController &project)
+QJsonObject describe(const QString &path, const MlvMetadata &metadata)
 {
     return {
-        {QStringLiteral("path"), project.mlvPath()},
-        {QStringLiteral("fps"), shortest(project.fps())},
-        {QStringLiteral("videoFrames"), static_cast<qint64>(project.videoFrames())},
-        {QStringLiteral("audioFrames"), static_cast<qint64>(project.audioFrames())},
-        {QStringLiteral("iso"), static_cast<qint64>(project.iso())},
-        {QStringLiteral("shutter"), project.shutter()},
-        {QStringLiteral("aperture"), shortest(project.aperture())},
-        {QStringLiteral("camera"), project.camera()},
-        {QStringLiteral("cameraSerial"), project.cameraSerial()},
-        {QStringLiteral("lens"), project.lens()},
-        {QStringLiteral("focal"), project.focal()},
-        {QStringLiteral("date"), project.date()},
-        {QStringLiteral("time"), project.time()},
-        {QStringLiteral("resolution"), project.resolution()},
+        {QStringLiteral("path"), path},
+        {QStringLiteral("fps"), shortest(metadata.fps)},
+        {QStringLiteral("videoFrames"), static_cast<qint64>(metadata.videoFrames)},
+        {QStringLiteral("audioFrames"), static_cast<qint64>(metadata.audioFrames)},
+        {QStringLiteral("iso"), static_cast<qint64>(metadata.iso)},
+        {QStringLiteral("shutter"), metadata.shutter},
+        {QStringLiteral("aperture"), shortest(metadata.aperture)},
+        {QStringLiteral("camera"), metadata.camera},
+        {QStringLiteral("cameraSerial"), metadata.cameraSerial},
+        {QStringLiteral("lens"), metadata.lens},
+        {QStringLiteral("focal"), metadata.focal},
+        {QStringLiteral("date"), metadata.date},
+        {QStringLiteral("time"), metadata.time},
+        {QStringLiteral("resolution"), metadata.resolution},
     };
 }
 
-void printText(const MLVProjectController &project)
+void printText(const QString &path, const MlvMetadata &metadata)
 {
     const auto seconds =
-        static_cast<double>(project.videoFrames()) / static_cast<double>(project.fps());
+        static_cast<double>(metadata.videoFrames) / static_cast<double>(metadata.fps);
     const auto line = [](const QString &label, const QString &value) {
         printLine(QStringLiteral("  %1 %2").arg(label, -12).arg(printable(value)));
     };
-    printLine(printable(project.mlvPath()));
-    line(text("Resolution"), project.resolution());
+    printLine(printable(path));
+    line(text("Resolution"), metadata.resolution);
     line(text("Frames"), text("%1 at %2 frames/s (%3 s), %4 sound blocks")
-                             .arg(project.videoFrames())
-                             .arg(shortest(project.fps()))
-                             .arg(project.fps() > 0 ? seconds : 0, 0, 'f', 2)
-                             .arg(project.audioFrames()));
+                             .arg(metadata.videoFrames)
+                             .arg(shortest(metadata.fps))
+                             .arg(metadata.fps > 0 ? seconds : 0, 0, 'f', 2)
+                             .arg(metadata.audioFrames));
     line(text("Exposure"), text("ISO %1, %2 s, f/%3")
-                               .arg(project.iso())
-                               .arg(project.shutter())
-                               .arg(shortest(project.aperture())));
-    line(text("Camera"), QStringLiteral("%1 %2").arg(project.camera(), project.cameraSerial()));
-    line(text("Lens"), QStringLiteral("%1 %2").arg(project.lens(), project.focal()));
-    line(text("Recorded"), QStringLiteral("%1 %2").arg(project.date(), project.time()));
+                               .arg(metadata.iso)
+                               .arg(metadata.shutter)
+                               .arg(shortest(metadata.aperture)));
+    line(text("Camera"), QStringLiteral("%1 %2").arg(metadata.camera, metadata.cameraSerial));
+    line(text("Lens"), QStringLiteral("%1 %2").arg(metadata.lens, metadata.focal));
+    line(text("Recorded"), QStringLiteral("%1 %2").arg(metadata.date, metadata.time));
 }
 
 } // namespace
@@ -149,9 +149,9 @@ int runInfo(const QStringList &arguments)
             printProblem(QStringLiteral("%1: %2").arg(path, failure));
             status = std::max<int>(status, ExitFailed);
         } else if (parser.isSet(json)) {
-            descriptions << describe(reader.project());
+            descriptions << describe(path, reader.metadata());
         } else {
-            printText(reader.project());
+            printText(path, reader.metadata());
         }
     }
     if (parser.isSet(json))

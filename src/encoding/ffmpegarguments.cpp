@@ -3,21 +3,36 @@
 
 #include "runner/files.h"
 
+#include <array>
+
 namespace filmwright {
 
 namespace {
 
-QStringList videoCodec(qint32 format, qint32 quality)
+struct Format
 {
-    const bool maximum = quality == MovieQualityMaximum;
-    if (format == MovieFormatAVI) {
-        return maximum ? QStringList{QStringLiteral("rawvideo")}
-                       : QStringList{QStringLiteral("mpeg4"), QStringLiteral("-qscale:v"),
-                                     QStringLiteral("1")};
-    }
+    QString extension;
+    QStringList videoCodecs[2]; // with their options, by MovieQuality
+    QStringList soundCodec;     // none: ffmpeg's own choice for the container
+};
+
+/// By MovieFormat.
+const std::array formats{
+    Format{QStringLiteral("avi"),
+           {{QStringLiteral("rawvideo")},
+            {QStringLiteral("mpeg4"), QStringLiteral("-qscale:v"), QStringLiteral("1")}},
+           {QStringLiteral("-c:a"), QStringLiteral("pcm_s16le")}},
     // Quantiser 1, not 0: with 0, H.264 turns lossless and few players show it.
-    return {QStringLiteral("h264"), QStringLiteral("-qp"),
-            maximum ? QStringLiteral("1") : QStringLiteral("17")};
+    Format{QStringLiteral("mov"),
+           {{QStringLiteral("h264"), QStringLiteral("-qp"), QStringLiteral("1")},
+            {QStringLiteral("h264"), QStringLiteral("-qp"), QStringLiteral("17")}},
+           {}},
+};
+
+const Format &formatOf(qint32 format)
+{
+    const auto index = static_cast<std::size_t>(format);
+    return formats[index < formats.size() ? index : std::size_t{MovieFormatMOV}];
 }
 
 /// The frames' names as ffmpeg's sequence pattern. A "%" in the folder's name, which is that of the
@@ -30,10 +45,17 @@ QString framePattern(QString directory)
 
 } // namespace
 
+QStringList movieExtensions()
+{
+    QStringList extensions;
+    for (const Format &format : formats)
+        extensions << format.extension;
+    return extensions;
+}
+
 QString moviePathFor(const QString &mlvPath, qint32 format)
 {
-    return pathWithExtension(mlvPath,
-                             movieExtensions.value(format, movieExtensions.at(MovieFormatMOV)));
+    return pathWithExtension(mlvPath, formatOf(format).extension);
 }
 
 QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,
@@ -42,13 +64,11 @@ QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 qu
     QStringList arguments{QStringLiteral("-r"),
                           QString::number(static_cast<double>(sources.fps), 'f', 2),
                           QStringLiteral("-i"), framePattern(sources.tiffsDirectory)};
-    if (!sources.soundPath.isEmpty()) {
-        arguments << QStringLiteral("-i") << sources.soundPath;
-        if (format == MovieFormatAVI)
-            arguments << QStringLiteral("-c:a") << QStringLiteral("pcm_s16le");
-    }
+    if (!sources.soundPath.isEmpty())
+        arguments << QStringLiteral("-i") << sources.soundPath << formatOf(format).soundCodec;
     arguments << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p")
-              << QStringLiteral("-vcodec") << videoCodec(format, quality) << moviePath;
+              << QStringLiteral("-vcodec")
+              << formatOf(format).videoCodecs[quality == MovieQualityMaximum ? 0 : 1] << moviePath;
     return arguments;
 }
 

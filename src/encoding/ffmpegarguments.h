@@ -13,7 +13,7 @@ enum MovieFormat : qint32 {
 };
 
 /// The extensions of the formats' movies, in the order of MovieFormat.
-inline const QStringList movieExtensions{QStringLiteral("avi"), QStringLiteral("mov")};
+QStringList movieExtensions();
 
 /// Quality within the format; any value but 0 acts as MovieQualityHigh.
 enum MovieQuality : qint32 {

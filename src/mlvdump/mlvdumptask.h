@@ -55,6 +55,8 @@ public:
     /// The last error line of the current run; null without one.
     QString error() const { return m_error; }
 
+    /// What the report said; each value has a getter of its own, too.
+    const MlvMetadata &metadata() const { return m_metadata; }
     float fps() const { return m_metadata.fps; }
     float aperture() const { return m_metadata.aperture; }
     /// Frames of the recording; after a calibration run, the frames that were averaged.

@@ -216,8 +216,8 @@ QStringList MLVProjectController::toolNames(bool blendsAlternatingRows)
 /// A run that died may have been asked for another format. Returns what hinders this run's.
 QString MLVProjectController::clearUnfinishedMovies() const
 {
-    for (qint32 format = 0; format < movieExtensions.size(); ++format)
-        MovieMark::clear(moviePathFor(m_mlvPath, format));
+    for (const QString &extension : movieExtensions())
+        MovieMark::clear(pathWithExtension(m_mlvPath, extension));
     return MovieMark::clear(moviePath());
 }
 

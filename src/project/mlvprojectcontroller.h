@@ -106,6 +106,7 @@ public:
     void setConversionWorkers(int workers);
 
     // What the report says of the recording; 0 or "" before it was read.
+    const MlvMetadata &metadata() const { return m_mlvDumptask->metadata(); }
     float fps() const { return m_mlvDumptask->fps(); }
     quint64 videoFrames() const { return m_mlvDumptask->videoFrames(); }
     quint64 audioFrames() const { return m_mlvDumptask->audioFrames(); }
