@@ -23,6 +23,16 @@ QString text(const char *source)
     return QCoreApplication::translate("MovieMark", source);
 }
 
+/// What a mark says that could not be removed, although its movie is whole.
+constexpr char whole[] = "whole";
+
+bool saysWhole(int descriptor)
+{
+    char content[sizeof whole] = {};
+    return pread(descriptor, content, sizeof whole, 0) == sizeof whole &&
+           QByteArrayView(content) == whole;
+}
+
 QString lastError()
 {
     return qt_error_string(errno);
@@ -91,7 +101,8 @@ QString MovieMark::clear(const QString &moviePath)
     if (descriptor >= 0) {
         const QString problem = lock(descriptor);
         if (problem.isEmpty() && isStillAt(descriptor, path)) {
-            QFile::remove(moviePath);
+            if (!saysWhole(descriptor))
+                QFile::remove(moviePath);
             unlink(path.constData());
         }
         close(descriptor);
@@ -126,12 +137,24 @@ QString MovieMark::set()
             return text("its movie can't be written: %1").arg(lastError());
         const QString problem = lock(m_descriptor);
         if (problem.isEmpty() && isStillAt(m_descriptor, path))
-            return {};
+            return keep();
         close(m_descriptor);
         m_descriptor = -1;
         if (!problem.isEmpty())
             return problem;
     }
+}
+
+/// Before the movie's first byte, so that a power failure can't leave the one without the other.
+QString MovieMark::keep()
+{
+    if (ftruncate(m_descriptor, 0) == 0 && (fsync(m_descriptor) == 0 || errno == EINVAL)) {
+        sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
+        return {};
+    }
+    const QString problem = text("its movie can't be written: %1").arg(lastError());
+    remove();
+    return problem;
 }
 
 void MovieMark::remove()
@@ -149,7 +172,13 @@ QString MovieMark::settle()
     if (!sync(m_moviePath))
         return text("its movie could not be brought to the disk: %1").arg(lastError());
     sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
-    remove();
+    // Should the folder have been closed meanwhile, the mark stays and has to say so.
+    const QByteArray path = QFile::encodeName(pathFor(m_moviePath));
+    if (unlink(path.constData()) != 0 &&
+        pwrite(m_descriptor, whole, sizeof whole, 0) != sizeof whole)
+        return text("the mark of its movie can't be removed: %1").arg(lastError());
+    close(m_descriptor);
+    m_descriptor = -1;
     return {};
 }
 

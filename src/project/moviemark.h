@@ -31,7 +31,8 @@ public:
     MovieMark(const MovieMark &) = delete;
     MovieMark &operator=(const MovieMark &) = delete;
 
-    /// Makes the mark and locks it. Returns what hinders it, or an empty string.
+    /// Makes the mark, locks it and brings it to the disk. Returns what hinders it, or an empty
+    /// string.
     QString set();
     /// Removes the mark: there is no movie, or none that is unfinished.
     void remove();
@@ -40,6 +41,8 @@ public:
     QString settle();
 
 private:
+    QString keep();
+
     const QString m_moviePath;
     int m_descriptor = -1;
 };

@@ -26,6 +26,8 @@ private Q_SLOTS:
     void removedMarkLeavesNothing();
     void settledMovieStaysWithoutItsMark();
     void movieThatVanishedCannotBeSettled();
+    void settledMovieInAFolderThatWasClosedMeanwhile();
+    void markOfAMovieWrittenAnewSaysWholeNoMore();
     void secondMarkIsRefused();
     void markOfADeadRunIsTakenOver();
     void plantedLinkIsNotFollowed();
@@ -134,6 +136,43 @@ void TestMovieMark::movieThatVanishedCannotBeSettled()
     QCOMPARE(mark.settle(), QStringLiteral("its movie could not be brought to the disk: "
                                            "No such file or directory"));
     QVERIFY(QFile::exists(m_mark));
+}
+
+void TestMovieMark::settledMovieInAFolderThatWasClosedMeanwhile()
+{
+    const QString folder = m_folder->filePath(QStringLiteral("closed"));
+    QVERIFY(QDir().mkdir(folder));
+    const QString movie = folder + QStringLiteral("/clip.mov");
+    const auto open = QFile::permissions(folder);
+    const auto others = QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
+    QVERIFY(QFile::setPermissions(m_folder->path(), QFile::permissions(m_folder->path()) | others));
+    {
+        MovieMark mark(movie);
+        QCOMPARE(mark.set(), QString());
+        write(movie, "a movie");
+        QVERIFY(QFile::setPermissions(movie, QFile::permissions(movie) | QFile::ReadOther));
+        QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner | others));
+        const OrdinaryUser user;
+        QCOMPARE(mark.settle(), QString());
+    }
+    QVERIFY(QFile::exists(MovieMark::pathFor(movie)));
+    QVERIFY(QFile::setPermissions(folder, open));
+    QCOMPARE(MovieMark::clear(movie), QString());
+    QVERIFY(QFile::exists(movie));
+    QVERIFY(!QFile::exists(MovieMark::pathFor(movie)));
+}
+
+/// A run that finished in a closed folder left its mark between another run's two looks at it.
+void TestMovieMark::markOfAMovieWrittenAnewSaysWholeNoMore()
+{
+    write(m_mark, QByteArray("whole", sizeof "whole"));
+    {
+        MovieMark mark(m_movie);
+        QCOMPARE(mark.set(), QString());
+        write(m_movie, "half a movie");
+    }
+    QCOMPARE(MovieMark::clear(m_movie), QString());
+    QCOMPARE(entries(), QStringList());
 }
 
 void TestMovieMark::secondMarkIsRefused()
