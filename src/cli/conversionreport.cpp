@@ -100,6 +100,7 @@ QJsonObject objectOf(const RecordingOutcome &outcome)
         {QStringLiteral("frames"), outcome.frames},
         {QStringLiteral("seconds"), seconds(outcome.duration)},
         {QStringLiteral("reason"), textOrNull(outcome.reason)},
+        {QStringLiteral("warnings"), QJsonArray::fromStringList(outcome.warnings)},
         {QStringLiteral("tools"), tools},
     };
 }

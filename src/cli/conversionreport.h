@@ -26,6 +26,7 @@ struct RecordingOutcome
     int frames = 0;                       ///< of the movie; 0 without one
     std::chrono::milliseconds duration{}; ///< from its beginning to its end
     QString reason;                       ///< why it failed, a sentence for a person
+    QStringList warnings;                 ///< what the movie lacks, sentences
     QMap<QString, QStringList> toolLines; ///< the last lines of each tool; only when it failed
 };
 
@@ -35,8 +36,8 @@ QStringList outcomeTable(const QList<RecordingOutcome> &outcomes);
 
 /// The same as JSON: an object with the run's exit status ("status") and an array ("recordings") of
 /// objects with "recording", "result" ("finished", "failed", "interrupted", "not begun"), "movie"
-/// (null without one), "frames", "seconds", "reason" (null without one) and "tools" (an object: for
-/// each tool its last lines).
+/// (null without one), "frames", "seconds", "reason" (null without one), "warnings" (an array) and
+/// "tools" (an object: for each tool its last lines).
 QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status);
 
 /// Returns why a file can't be written there, or an empty string. What is there stays as it is.

@@ -77,7 +77,7 @@ void RecordingConversion::controllerUpdated(MLVProjectController &)
         m_progressTimer.start();
         break;
     case MLVProjectModeRGBConversion:
-        tellFrameCount();
+        tellWhatIsMissing();
         break;
     default:
         break;
@@ -139,15 +139,19 @@ void RecordingConversion::showProgress()
 
 /// A camera that lost power leaves a recording that is shorter than it says; the movie is made of
 /// what is there, and the person is told.
-void RecordingConversion::tellFrameCount()
+void RecordingConversion::tellWhatIsMissing()
 {
     const auto extracted = static_cast<quint64>(m_project.framesToConvert());
-    if (extracted > 0 && extracted < m_project.videoFrames()) {
-        m_display.warn(tr("%1: only %2 of %3 frames could be read")
-                           .arg(QFileInfo(path()).fileName())
-                           .arg(extracted)
-                           .arg(m_project.videoFrames()));
+    if (extracted == 0)
+        return; // not extracted yet
+    m_warnings = m_project.warnings();
+    if (extracted < m_project.videoFrames()) {
+        m_warnings
+            << tr("only %1 of %2 frames could be read").arg(extracted).arg(m_project.videoFrames());
     }
+    const QString name = QFileInfo(path()).fileName();
+    for (const QString &warning : std::as_const(m_warnings))
+        m_display.warn(QStringLiteral("%1: %2").arg(name, warning));
 }
 
 void RecordingConversion::end(const QString &reason)
@@ -168,6 +172,7 @@ RecordingOutcome RecordingConversion::outcomeFor(const QString &reason) const
     RecordingOutcome outcome;
     outcome.recording = path();
     outcome.duration = std::chrono::milliseconds(m_time.elapsed());
+    outcome.warnings = m_warnings;
     if (reason.isEmpty()) {
         outcome.result = RecordingOutcome::Finished;
         outcome.movie = m_project.moviePath();

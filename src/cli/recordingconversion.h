@@ -62,7 +62,7 @@ private:
 
     void extractWhenIdle();
     void showProgress();
-    void tellFrameCount();
+    void tellWhatIsMissing();
     void end(const QString &reason);
     RecordingOutcome outcomeFor(const QString &reason) const;
     void tidyUp();
@@ -74,6 +74,7 @@ private:
     ProjectMonitor m_monitor;
     QTimer m_progressTimer;
     QElapsedTimer m_time;
+    QStringList m_warnings;
     WorkStage m_stage = WorkStage::Waiting;
     bool m_metadataRead = false;
     bool m_finished = false;

@@ -84,6 +84,7 @@ void MlvDumpTask::extractMeta()
 {
     beginRun(MlvDumpModeMeta);
     m_metadata = MlvMetadata();
+    m_warnings.clear();
     setArguments(metaArguments(mlvPath()));
     ReportQueue::instance().enter(this, [this] {
         start();
@@ -175,10 +176,20 @@ void MlvDumpTask::substractFlatDark()
 void MlvDumpTask::receivedLine(const QString &line, TaskWrapper &)
 {
     m_log << line;
+    if (line.startsWith(QLatin1String("[WARNING]")))
+        takeWarning(line);
     if (line.contains(QLatin1String("[ERROR]")))
         handleErrorLine(line);
     if (line.contains(QLatin1String("Done")))
         handleEndOfWork();
+}
+
+/// The report and the extraction often warn of the same.
+void MlvDumpTask::takeWarning(const QString &line)
+{
+    const QString warning = line.section(QLatin1Char(' '), 1);
+    if (!m_warnings.contains(warning))
+        m_warnings << warning;
 }
 
 void MlvDumpTask::handleErrorLine(const QString &line)

@@ -57,6 +57,9 @@ public:
 
     /// What the report said; each value has a getter of its own, too.
     const MlvMetadata &metadata() const { return m_metadata; }
+    /// What the tool has warned of since the last metadata run began, each once: sentences.
+    QStringList warnings() const { return m_warnings; }
+
     float fps() const { return m_metadata.fps; }
     float aperture() const { return m_metadata.aperture; }
     /// Frames of the recording; after a calibration run, the frames that were averaged.
@@ -112,6 +115,7 @@ private:
     void average(MlvDumpMode mode, const QString &recording);
     bool allFramesExist(const QString &directory) const;
     void checkForSkippedFrame();
+    void takeWarning(const QString &line);
     void handleErrorLine(const QString &line);
     void handleEndOfWork();
     void finishCalibration(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &));
@@ -127,6 +131,7 @@ private:
     QString m_flatPath;
     QString m_flatDarkPath;
     QString m_error;
+    QStringList m_warnings;
     QTimer m_pendingReport;
     void (MlvDumpTaskProtocol::*m_laterReport)(MlvDumpTask &) = nullptr;
 };

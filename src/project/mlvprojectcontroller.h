@@ -121,6 +121,9 @@ public:
     QString time() const { return m_mlvDumptask->time(); }
     QString resolution() const { return m_mlvDumptask->resolution(); }
     int bitsPerSample() const { return m_mlvDumptask->bitsPerSample(); }
+    /// What mlv_dump has warned of, sentences: a recording that is cut off, sound that can't be
+    /// read.
+    QStringList warnings() const { return m_mlvDumptask->warnings(); }
     /// The project's working folder, ending with a path separator.
     QString extractionDirectory() const { return m_mlvDumptask->extractionDirectory(); }
 

@@ -24,6 +24,7 @@ RecordingOutcome finished(const char *recording)
     outcome.movie = QStringLiteral("/card/a.mov");
     outcome.frames = 1200;
     outcome.duration = 61250ms;
+    outcome.warnings = QStringList{QStringLiteral("the sound is left out")};
     return outcome;
 }
 
@@ -128,13 +129,15 @@ void TestConversionReport::reportOfAFinishedRecording()
 {
     const QJsonObject report = parsed(outcomeReport({finished("/card/a.MLV")}, 0));
     QCOMPARE(report.value(QStringLiteral("status")).toInt(-1), 0);
-    const QJsonObject expected{{QStringLiteral("recording"), QStringLiteral("/card/a.MLV")},
-                               {QStringLiteral("result"), QStringLiteral("finished")},
-                               {QStringLiteral("movie"), QStringLiteral("/card/a.mov")},
-                               {QStringLiteral("frames"), 1200},
-                               {QStringLiteral("seconds"), 61.25},
-                               {QStringLiteral("reason"), QJsonValue::Null},
-                               {QStringLiteral("tools"), QJsonObject()}};
+    const QJsonObject expected{
+        {QStringLiteral("recording"), QStringLiteral("/card/a.MLV")},
+        {QStringLiteral("result"), QStringLiteral("finished")},
+        {QStringLiteral("movie"), QStringLiteral("/card/a.mov")},
+        {QStringLiteral("frames"), 1200},
+        {QStringLiteral("seconds"), 61.25},
+        {QStringLiteral("reason"), QJsonValue::Null},
+        {QStringLiteral("warnings"), QJsonArray{QStringLiteral("the sound is left out")}},
+        {QStringLiteral("tools"), QJsonObject()}};
     QCOMPARE(report.value(QStringLiteral("recordings")).toArray(), QJsonArray{expected});
 }
 
@@ -149,6 +152,7 @@ void TestConversionReport::reportOfAFailedRecording()
         {QStringLiteral("frames"), 0},
         {QStringLiteral("seconds"), 0.3},
         {QStringLiteral("reason"), QStringLiteral("ffmpeg wrote no movie")},
+        {QStringLiteral("warnings"), QJsonArray()},
         {QStringLiteral("tools"),
          QJsonObject{
              {QStringLiteral("ffmpeg"), QJsonArray{QStringLiteral("no"), QStringLiteral("way")}}}}};

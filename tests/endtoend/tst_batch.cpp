@@ -35,6 +35,7 @@ private Q_SLOTS:
     void failingEncoderFailsTheRecording();
     void progressIsOneLineAStage();
     void progressForScriptsIsOneObjectALine();
+    void recordingThatIsCutOffIsTold();
     void quietRunTellsFailuresOnly();
     void tableTellsWhatBecameOfEachRecording();
     void reportTellsWhatTheToolsSaid();
@@ -190,6 +191,20 @@ void TestBatch::progressForScriptsIsOneObjectALine()
                                   QStringLiteral("finished"), QStringLiteral("reading"),
                                   QStringLiteral("failed")}));
     QVERIFY(lines.filter(QStringLiteral("temporary files are kept in")).size() == 1);
+}
+
+void TestBatch::recordingThatIsCutOffIsTold()
+{
+    const QString recording = clip(QStringLiteral("a.MLV"));
+    QVERIFY(QFile::resize(recording, QFileInfo(recording).size() - 1000));
+    CommandLine cli;
+    QVERIFY(cli.run({convert, QStringLiteral("--quiet"), recording}));
+    QCOMPARE(cli.status(), 0);
+    QCOMPARE(cli.messages().size(), 1);
+    QVERIFY2(cli.messages().first().startsWith(
+                 QStringLiteral("a.MLV: chunk 1 of the recording is cut off: ")),
+             qPrintable(cli.messages().first()));
+    QCOMPARE(Movie::probe(movie(QStringLiteral("a.mov"))).frames(), 2);
 }
 
 void TestBatch::quietRunTellsFailuresOnly()

@@ -59,6 +59,8 @@ private Q_SLOTS:
     void metaRunReadsTheReport();
     void metaRunForgetsEarlierValues();
     void cutOffReportIsLoggedAndNeverFinishes();
+    void warningsOfAReportAndItsExtractionAreKeptOnceEach();
+    void metaRunForgetsEarlierWarnings();
     void errorLineThatAlsoSaysDoneFinishesTheRun();
     void secondDoneLineReportsNothing();
 
@@ -211,6 +213,24 @@ void TestMlvDumpTask::cutOffReportIsLoggedAndNeverFinishes()
     QCOMPARE(m_task->processMode(), MlvDumpModeMeta);
     QCOMPARE(LogCapture::lines(),
              QStringList{QStringLiteral("Index 7 is beyond the bounds of 3 entries")});
+}
+
+void TestMlvDumpTask::warningsOfAReportAndItsExtractionAreKeptOnceEach()
+{
+    m_task->receivedLine(QStringLiteral("[WARNING] chunk 1 is cut off"), *m_task);
+    m_task->receivedLine(QStringLiteral("no [WARNING] at all"), *m_task);
+    m_task->receivedLine(QStringLiteral("[WARNING] chunk 1 is cut off"), *m_task);
+    m_task->receivedLine(QStringLiteral("[WARNING] no sound"), *m_task);
+    QCOMPARE(m_task->warnings(),
+             (QStringList{QStringLiteral("chunk 1 is cut off"), QStringLiteral("no sound")}));
+}
+
+void TestMlvDumpTask::metaRunForgetsEarlierWarnings()
+{
+    m_task->receivedLine(QStringLiteral("[WARNING] no sound"), *m_task);
+    m_task->extractMeta();
+    QCOMPARE(m_task->warnings(), QStringList());
+    QTRY_VERIFY(!m_task->isRunning());
 }
 
 void TestMlvDumpTask::errorLineThatAlsoSaysDoneFinishesTheRun()
