@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <sys/prctl.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace std::chrono_literals;
 
@@ -37,6 +38,14 @@ void signalProcessGroup(const QProcess &child, int signal)
     const auto leader = static_cast<pid_t>(child.processId());
     if (leader > 0)
         ::kill(-leader, signal);
+}
+
+/// A child of the tool that outlives it would go on writing where nobody expects it any more. While
+/// one lives, the group's number belongs to it.
+void endGroup(pid_t group)
+{
+    if (group > 0)
+        ::kill(-group, SIGKILL);
 }
 
 /// Runs in the child between fork and exec, where only async-signal-safe calls are allowed.
@@ -134,7 +143,7 @@ void TaskWrapper::runUntilExit()
 
 void TaskWrapper::releaseAfterFailedStart()
 {
-    endGroup();
+    endGroup(std::exchange(m_group, 0));
     releaseChild();
     m_running = false;
     NotificationCenter::defaultCenter().post(TaskWrapperTerminateWithErrorNotification, this);
@@ -246,16 +255,7 @@ void TaskWrapper::interruptAndReap()
         signalProcessGroup(*m_internalTask, SIGKILL);
         m_internalTask->waitForFinished(-1);
     }
-    endGroup();
-}
-
-/// A child of the tool that outlives it would go on writing where nobody expects it any more. While
-/// one lives, the group's number belongs to it.
-void TaskWrapper::endGroup()
-{
-    if (m_group > 0)
-        ::kill(-m_group, SIGKILL);
-    m_group = 0;
+    endGroup(std::exchange(m_group, 0));
 }
 
 void TaskWrapper::abort()
@@ -279,7 +279,7 @@ void TaskWrapper::kill()
 }
 
 /// A QProcess kills its child when it is destroyed; one whose child still runs is therefore kept,
-/// unread, until the child has exited.
+/// unread, until the child has exited, and what that has left behind is killed then.
 void TaskWrapper::releaseChild()
 {
     if (!m_internalTask)
@@ -288,12 +288,17 @@ void TaskWrapper::releaseChild()
     QProcess *child = m_internalTask.release();
     if (child->state() != QProcess::NotRunning) {
         child->closeReadChannel(QProcess::StandardOutput);
-        connect(child, &QProcess::finished, child, &QObject::deleteLater);
-    } else if (m_delivering) {
-        child->deleteLater(); // one of its own signals is still on the stack
-    } else {
-        delete child;
+        connect(child, &QProcess::finished, child, [child, group = std::exchange(m_group, 0)] {
+            endGroup(group);
+            child->deleteLater();
+        });
+        return;
     }
+    endGroup(std::exchange(m_group, 0));
+    if (m_delivering)
+        child->deleteLater(); // one of its own signals is still on the stack
+    else
+        delete child;
 }
 
 } // namespace filmwright

@@ -134,7 +134,6 @@ private:
     void deliver(const QByteArray &data);
     void drain();
     void interruptAndReap();
-    void endGroup();
     void releaseChild();
 
     QStringList m_arguments;

@@ -146,6 +146,7 @@ private Q_SLOTS:
     void childHearsSignalsThatTheApplicationBlocks();
     void killIsSilent();
     void destroyedWrapperLeavesItsChildRunning();
+    void whatThatChildLeavesBehindIsKilled();
     void childDiesWithTheApplication();
 
     void emptyEnvironmentIsPassedOn();
@@ -603,6 +604,21 @@ void TestTaskWrapper::destroyedWrapperLeavesItsChildRunning()
     }
     QVERIFY(QFile(goOn).open(QIODevice::WriteOnly));
     QTRY_VERIFY(QFile::exists(survived));
+}
+
+void TestTaskWrapper::whatThatChildLeavesBehindIsKilled()
+{
+    qint64 leftBehind = 0;
+    {
+        Recorder wrapper;
+        LineListener listener(wrapper);
+        wrapper.runShell(
+            QStringLiteral("trap '' TERM INT HUP; sleep 1000 & echo $!; exec sleep 0.2"));
+        QTRY_COMPARE(wrapper.events.size(), 1);
+        leftBehind = wrapper.events.first().mid(5).toLongLong();
+    }
+    QVERIFY(processRuns(leftBehind));
+    QTRY_VERIFY(!processRuns(leftBehind));
 }
 
 void TestTaskWrapper::childDiesWithTheApplication()
