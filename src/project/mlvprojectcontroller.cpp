@@ -262,10 +262,14 @@ void MLVProjectController::launchBlend(const QString &directory)
     setMode(MLVProjectModeRGBConversion);
 }
 
-/// Frames that couldn't be blended are converted as they are; whoever watches judges the run.
-void MLVProjectController::blendFinished(CR2HDRTask &)
+/// Frames that couldn't be blended aren't converted: a later run would take them for blended ones.
+/// Whoever watches judges the run.
+void MLVProjectController::blendFinished(CR2HDRTask &task)
 {
-    launchRGBExtraction(extractionDirectory());
+    if (task.terminationStatus() == 0)
+        launchRGBExtraction(extractionDirectory());
+    else
+        setMode(MLVProjectModeRGBConversion);
 }
 
 void MLVProjectController::dngExtractionAborted(MlvDumpTask &)

@@ -131,6 +131,15 @@ void ProjectMonitor::checkConversion()
         fail(failureOf(QStringLiteral("cr2hdr"), blendStatus, m_project.blender().logs()));
     if (m_project.framesToConvert() == 0)
         fail(tr("no frame could be extracted"));
+    if (m_project.convertedBefore() < m_project.framesToConvert())
+        dropEarlierMerges();
+}
+
+/// While a frame was missing, those around it were merged as neighbours.
+void ProjectMonitor::dropEarlierMerges()
+{
+    if (m_project.dualISO())
+        removeFolder(m_project.tiffsDirectory());
 }
 
 void ProjectMonitor::checkFrames()
@@ -146,6 +155,8 @@ void ProjectMonitor::checkFrames()
 
 void ProjectMonitor::checkMergedFrames(int pairs)
 {
+    if (pairs == 0)
+        fail(tr("its only frame has no neighbour to be merged with"));
     const int merged = countFrames(m_project.tiffsDirectory());
     if (merged < pairs)
         fail(tr("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs));

@@ -41,6 +41,7 @@ private:
     void checkLater();
     void check();
     void checkConversion();
+    void dropEarlierMerges();
     void checkFrames();
     void checkMergedFrames(int pairs);
     void checkMovie();

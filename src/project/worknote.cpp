@@ -19,6 +19,13 @@ QString notePath(const QString &workingFolder)
     return QDir::cleanPath(workingFolder) + QStringLiteral(".origin");
 }
 
+/// Frames are blended in place, with what all of them have in common, so that blending can't go on
+/// where it stopped. None is converted before all are blended.
+bool mayBeHalfBlended(const QString &workingFolder)
+{
+    return folderEntries(workingFolder).filter(QStringLiteral(".tiff")).isEmpty();
+}
+
 QByteArray identity(const QString &path)
 {
     const QFileInfo file(path);
@@ -38,7 +45,8 @@ void claimUnfinishedWork(const WorkOrigin &origin, const QString &workingFolder)
         note += path.isEmpty() ? QByteArrayLiteral("\n") : identity(path);
     note += origin.blended ? "blended\n" : "as recorded\n";
     QFile existing(notePath(workingFolder));
-    if (existing.open(QIODevice::ReadOnly) && existing.readAll() == note)
+    const bool same = existing.open(QIODevice::ReadOnly) && existing.readAll() == note;
+    if (same && !(origin.blended && mayBeHalfBlended(workingFolder)))
         return;
     removeFolder(workingFolder);
     createPrivateFolder(QFileInfo(existing).path());

@@ -16,7 +16,8 @@ struct WorkOrigin
 
 /// Makes sure that unfinished work in the temporary directory has this origin, with the files as
 /// they are now: a working folder is named after the recording's file name alone, and another
-/// recording may have that name. Other work is removed. Called before a recording is extracted, in
+/// recording may have that name. Other work is removed, and so are frames whose blending may have
+/// been broken off. Called before a recording is extracted, in
 /// a directory that keeps unfinished work.
 void claimUnfinishedWork(const WorkOrigin &origin, const QString &workingFolder);
 

@@ -71,6 +71,7 @@ private Q_SLOTS:
     void fewerThanTwoFramesGoStraightToTheMovie();
     void hdrMovieHasNoSound();
     void rowsAreBlendedBeforeTheConversionInOneCall();
+    void framesThatCouldNotBeBlendedAreNotConverted();
     void stopDuringBlending();
     void stopBetweenTwoMerges();
 
@@ -509,6 +510,20 @@ void TestMLVProjectController::rowsAreBlendedBeforeTheConversionInOneCall()
              list({"2", "3", "4", "4", "image", "image", "image", "5", "6", "finished"}));
     QCOMPARE(project.tools.calls(QStringLiteral("cr2hdr")),
              QList<QStringList>{list({"tmp000000.dng", "tmp000001.dng", "tmp000002.dng"})});
+}
+
+void TestMLVProjectController::framesThatCouldNotBeBlendedAreNotConverted()
+{
+    FakeProject project(1);
+    project.setBlending(QStringLiteral("exit 1"));
+    project.read();
+    project.controller->setBlendsAlternatingRows(true);
+    project.launch();
+    QTRY_COMPARE(project.events, list({"2", "3", "4", "4"}));
+    QCOMPARE(project.controller->blender().terminationStatus(), 1);
+    QCOMPARE(project.controller->framesToConvert(), 0);
+    QTest::qWait(100);
+    QCOMPARE(project.tools.calls(QStringLiteral("dcraw")), QList<QStringList>());
 }
 
 void TestMLVProjectController::stopDuringBlending()

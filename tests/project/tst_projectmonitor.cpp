@@ -75,6 +75,9 @@ private Q_SLOTS:
     void frameThatIsCutShort();
     void failingBlend();
     void pairThatIsNotMerged();
+    void frameWithoutANeighbour();
+    void pairsMergedWithoutAFrameAreMergedAnew();
+    void pairsOfConvertedFramesAreNotMergedAgain();
     void failingEncoderLosesItsPartialMovie();
     void encoderThatDiesOfASignal();
     void encoderThatWritesNothing();
@@ -206,6 +209,61 @@ void TestProjectMonitor::pairThatIsNotMerged()
     project.monitor();
     project.launch();
     QTRY_COMPARE(project.endings, one("only 0 of 2 pairs of frames were merged"));
+}
+
+void TestProjectMonitor::frameWithoutANeighbour()
+{
+    MonitoredProject project(1);
+    project.read();
+    project.controller->setDualISO(true);
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("its only frame has no neighbour to be merged with"));
+}
+
+void TestProjectMonitor::pairsMergedWithoutAFrameAreMergedAnew()
+{
+    MonitoredProject project(3);
+    project.setConversion(
+        QStringLiteral("case $dng in *1.dng) exit 1;; esac; cp \"$frame\" \"$tiff\""));
+    project.read();
+    project.controller->setDualISO(true);
+    project.controller->setKeepsTmpFiles(true);
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("dcraw converted only 2 of 3 frames"));
+    project.controller->stop();
+    const QDir merged(project.controller->tiffsDirectory());
+    QCOMPARE(merged.entryList(QDir::Files), QStringList{QStringLiteral("tmp000000.tiff")});
+
+    const QString pair = merged.filePath(QStringLiteral("tmp000000.tiff"));
+    QVERIFY(QFile::setPermissions(pair, QFile::ReadOwner)); // a new one is writable
+
+    project.setConversion(QStringLiteral("cp \"$frame\" \"$tiff\""));
+    project.endings.clear();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, QStringList{QString()});
+    QVERIFY(QFile::permissions(pair) & QFile::WriteOwner);
+    QCOMPARE(merged.entryList(QDir::Files),
+             (QStringList{QStringLiteral("tmp000000.tiff"), QStringLiteral("tmp000001.tiff")}));
+}
+
+void TestProjectMonitor::pairsOfConvertedFramesAreNotMergedAgain()
+{
+    MonitoredProject project(2);
+    project.read();
+    project.controller->setDualISO(true);
+    project.controller->setKeepsTmpFiles(true);
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, QStringList{QString()});
+    const QString merged = project.controller->tiffsDirectory() + QStringLiteral("tmp000000.tiff");
+    QVERIFY(QFile::setPermissions(merged, QFile::ReadOwner)); // a new one would be writable
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, (QStringList{QString(), QString()}));
+    QVERIFY(!(QFile::permissions(merged) & QFile::WriteOwner));
 }
 
 void TestProjectMonitor::failingEncoderLosesItsPartialMovie()

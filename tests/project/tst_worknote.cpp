@@ -20,6 +20,8 @@ private Q_SLOTS:
     void workOfAChangedRecordingIsRemoved();
     void workWithOtherCalibrationIsRemoved();
     void workWithOtherBlendingIsRemoved();
+    void workThatMayBeHalfBlendedIsRemoved();
+    void blendedWorkIsKept();
     void workWithoutANoteIsRemoved();
     void forgottenNoteIsGone();
 
@@ -86,6 +88,25 @@ void TestWorkNote::workWithOtherBlendingIsRemoved()
 {
     claimUnfinishedWork({m_clip, {QString()}, true}, m_work);
     QVERIFY(!hasWork());
+}
+
+void TestWorkNote::workThatMayBeHalfBlendedIsRemoved()
+{
+    const WorkOrigin blended{m_clip, {QString()}, true};
+    claimUnfinishedWork(blended, m_work);
+    putWork();
+    claimUnfinishedWork(blended, m_work);
+    QVERIFY(!hasWork());
+}
+
+void TestWorkNote::blendedWorkIsKept()
+{
+    const WorkOrigin blended{m_clip, {QString()}, true};
+    claimUnfinishedWork(blended, m_work);
+    putWork();
+    write(QStringLiteral("tmp/clip.MLV/tmp000000.tiff"), "converted");
+    claimUnfinishedWork(blended, m_work);
+    QVERIFY(hasWork());
 }
 
 void TestWorkNote::workWithoutANoteIsRemoved()
