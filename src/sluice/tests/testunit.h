@@ -12,6 +12,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <numeric>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -144,3 +145,11 @@ private:
     bool m_open = true;
     bool m_interrupted = false;
 };
+
+/// 0 to count - 1.
+inline std::vector<int> numbers(int count)
+{
+    std::vector<int> result(static_cast<std::size_t>(count));
+    std::iota(result.begin(), result.end(), 0);
+    return result;
+}

@@ -7,7 +7,6 @@
 #include <QTest>
 
 #include <algorithm>
-#include <numeric>
 
 class tst_SLSharedPipeline : public QObject
 {
@@ -41,6 +40,12 @@ public:
 
     TestUnit &operator[](std::size_t index) { return *m_units[index]; }
 
+    void setGates(bool open)
+    {
+        for (const auto &unit : m_units)
+            unit->setGate(open);
+    }
+
     void append(int count)
     {
         for (int value = 0; value < count; ++value)
@@ -67,13 +72,6 @@ public:
     SLUnitProcessManager manager; // ends before the units
 };
 
-std::vector<int> numbers(int count)
-{
-    std::vector<int> result(static_cast<std::size_t>(count));
-    std::iota(result.begin(), result.end(), 0);
-    return result;
-}
-
 } // namespace
 
 void tst_SLSharedPipeline::everyValueIsProcessedOnce()
@@ -91,8 +89,7 @@ void tst_SLSharedPipeline::everyValueIsProcessedOnce()
 void tst_SLSharedPipeline::freeUnitTakesTheNextValue()
 {
     Units units(2);
-    units[0].setGate(false);
-    units[1].setGate(false);
+    units.setGates(false);
     units.append(10);
     units.manager.execute();
     units[0].waitEntered(1);
@@ -120,15 +117,13 @@ void tst_SLSharedPipeline::eachUnitHoldsAtMostTwoUndeliveredValues()
 void tst_SLSharedPipeline::stopDiscardsWhatIsShared()
 {
     Units units(2);
-    units[0].setGate(false);
-    units[1].setGate(false);
+    units.setGates(false);
     units.append(10);
     units.manager.execute();
     units[0].waitEntered(1);
     units[1].waitEntered(1);
     units.manager.stop();
-    units[0].setGate(true);
-    units[1].setGate(true);
+    units.setGates(true);
     units[0].waitLeft(1);
     units[1].waitLeft(1);
     units.manager.execute();
@@ -140,8 +135,7 @@ void tst_SLSharedPipeline::stopDiscardsWhatIsShared()
 void tst_SLSharedPipeline::nextRunWaitsForTheOldProcessOfAnotherUnit()
 {
     Units units(2);
-    units[0].setGate(false);
-    units[1].setGate(false);
+    units.setGates(false);
     units.append(1);
     units.manager.execute();
     QTRY_COMPARE(units.entered().size(), std::size_t(1));
@@ -159,8 +153,7 @@ void tst_SLSharedPipeline::nextRunWaitsForTheOldProcessOfAnotherUnit()
 void tst_SLSharedPipeline::executeDoesNotBlockForAnOldProcess()
 {
     Units units(2);
-    units[0].setGate(false);
-    units[1].setGate(false);
+    units.setGates(false);
     units.append(2);
     units.manager.execute();
     units[0].waitEntered(1);
@@ -168,8 +161,7 @@ void tst_SLSharedPipeline::executeDoesNotBlockForAnOldProcess()
     units.append(1);
     units.manager.execute(); // would hang here
     units.manager.stop();
-    units[0].setGate(true);
-    units[1].setGate(true);
+    units.setGates(true);
     units.manager.execute();
     QTest::qWait(20);
     QVERIFY(units.receiver.values.isEmpty());

@@ -6,7 +6,6 @@
 #include <QTest>
 
 #include <chrono>
-#include <numeric>
 #include <set>
 
 using Ints = QList<int>;
@@ -50,28 +49,31 @@ private Q_SLOTS:
 
 namespace {
 
-std::vector<int> numbers(int count)
+/// A unit in a manager, and who receives what it delivers.
+struct OneUnit
 {
-    std::vector<int> result(static_cast<std::size_t>(count));
-    std::iota(result.begin(), result.end(), 0);
-    return result;
-}
+    OneUnit()
+    {
+        manager.addUnitProcess(unit);
+        unit->deliverTo(&receiver);
+    }
+
+    Receiver receiver;
+    const std::shared_ptr<TestUnit> unit = std::make_shared<TestUnit>();
+    SLUnitProcessManager manager; // ends before the unit
+};
 
 } // namespace
 
 void tst_SLUnitProcessManager::everyValueIsProcessedAndDeliveredInOrder()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1, 2});
-    manager.execute();
-    QTRY_COMPARE(receiver.values, Ints({0, 1, 2}));
-    unit->waitLeft(3);
-    QCOMPARE(unit->seen(&TestUnit::entered), numbers(3));
-    QCOMPARE(unit->seen(&TestUnit::left), numbers(3));
+    OneUnit run;
+    run.unit->append({0, 1, 2});
+    run.manager.execute();
+    QTRY_COMPARE(run.receiver.values, Ints({0, 1, 2}));
+    run.unit->waitLeft(3);
+    QCOMPARE(run.unit->seen(&TestUnit::entered), numbers(3));
+    QCOMPARE(run.unit->seen(&TestUnit::left), numbers(3));
 }
 
 void tst_SLUnitProcessManager::processRunsInOneWorkerThread()
@@ -93,91 +95,67 @@ void tst_SLUnitProcessManager::processRunsInOneWorkerThread()
 
 void tst_SLUnitProcessManager::deliveryIsMadeOnTheMainThread()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1});
-    manager.execute();
-    QTRY_COMPARE(receiver.threads.size(), 2);
-    for (const QThread *thread : std::as_const(receiver.threads))
+    OneUnit run;
+    run.unit->append({0, 1});
+    run.manager.execute();
+    QTRY_COMPARE(run.receiver.threads.size(), 2);
+    for (const QThread *thread : std::as_const(run.receiver.threads))
         QCOMPARE(thread, QCoreApplication::instance()->thread());
 }
 
 void tst_SLUnitProcessManager::valuesWaitForExecute()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1});
+    OneUnit run;
+    run.unit->append({0, 1});
     QTest::qWait(20);
-    QVERIFY(unit->seen(&TestUnit::entered).empty());
-    manager.execute();
-    QTRY_COMPARE(receiver.values, Ints({0, 1}));
+    QVERIFY(run.unit->seen(&TestUnit::entered).empty());
+    run.manager.execute();
+    QTRY_COMPARE(run.receiver.values, Ints({0, 1}));
 }
 
 void tst_SLUnitProcessManager::executeTwiceIsExecuteOnce()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1, 2, 3});
-    manager.execute();
-    manager.execute();
-    QTRY_COMPARE(receiver.values, Ints({0, 1, 2, 3}));
-    QVERIFY(!unit->seen(&TestUnit::overlapped));
+    OneUnit run;
+    run.unit->append({0, 1, 2, 3});
+    run.manager.execute();
+    run.manager.execute();
+    QTRY_COMPARE(run.receiver.values, Ints({0, 1, 2, 3}));
+    QVERIFY(!run.unit->seen(&TestUnit::overlapped));
 }
 
 void tst_SLUnitProcessManager::valuesAppendedWhileRunning()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->setGate(false);
-    unit->append({0});
-    manager.execute();
-    unit->waitEntered(1);
-    unit->append({1, 2});
-    unit->setGate(true);
-    QTRY_COMPARE(receiver.values, Ints({0, 1, 2}));
+    OneUnit run;
+    run.unit->setGate(false);
+    run.unit->append({0});
+    run.manager.execute();
+    run.unit->waitEntered(1);
+    run.unit->append({1, 2});
+    run.unit->setGate(true);
+    QTRY_COMPARE(run.receiver.values, Ints({0, 1, 2}));
 }
 
 void tst_SLUnitProcessManager::valuesAppendedAfterTheQueueRanDry()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    manager.execute();
+    OneUnit run;
+    run.manager.execute();
     for (int i = 0; i < 3; ++i) {
-        unit->append({i});
-        QTRY_COMPARE(receiver.values.size(), i + 1);
+        run.unit->append({i});
+        QTRY_COMPARE(run.receiver.values.size(), i + 1);
     }
-    QCOMPARE(receiver.values, Ints({0, 1, 2}));
+    QCOMPARE(run.receiver.values, Ints({0, 1, 2}));
 }
 
 void tst_SLUnitProcessManager::clearedTargetDeliversNothing()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1});
-    manager.execute();
-    unit->waitLeft(2);
-    unit->outputForKey(QStringLiteral("Out"))->setTarget(nullptr);
-    unit->append({2, 3, 4});
-    QTRY_COMPARE(unit->seen(&TestUnit::left).size(), std::size_t(5));
-    QVERIFY(receiver.values.isEmpty());
+    OneUnit run;
+    run.unit->append({0, 1});
+    run.manager.execute();
+    run.unit->waitLeft(2);
+    run.unit->outputForKey(QStringLiteral("Out"))->setTarget(nullptr);
+    run.unit->append({2, 3, 4});
+    QTRY_COMPARE(run.unit->seen(&TestUnit::left).size(), std::size_t(5));
+    QVERIFY(run.receiver.values.isEmpty());
 }
 
 void tst_SLUnitProcessManager::deadTargetDeliversNothing()
@@ -298,15 +276,11 @@ void tst_SLUnitProcessManager::unitsRunBesideEachOther()
 
 void tst_SLUnitProcessManager::stopNeverExecutedDoesNothing()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1});
-    manager.stop();
-    manager.execute();
-    QTRY_COMPARE(receiver.values, Ints({0, 1}));
+    OneUnit run;
+    run.unit->append({0, 1});
+    run.manager.stop();
+    run.manager.execute();
+    QTRY_COMPARE(run.receiver.values, Ints({0, 1}));
 }
 
 void tst_SLUnitProcessManager::stopWithoutUnitsDoesNothing()
@@ -319,37 +293,29 @@ void tst_SLUnitProcessManager::stopWithoutUnitsDoesNothing()
 
 void tst_SLUnitProcessManager::stopDropsQueuedDeliveries()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1});
-    manager.execute();
-    unit->waitLeft(2);
-    manager.stop();
+    OneUnit run;
+    run.unit->append({0, 1});
+    run.manager.execute();
+    run.unit->waitLeft(2);
+    run.manager.stop();
     QTest::qWait(20);
-    QVERIFY(receiver.values.isEmpty());
+    QVERIFY(run.receiver.values.isEmpty());
 }
 
 void tst_SLUnitProcessManager::stopDiscardsQueuedValues()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->setGate(false);
-    unit->append({0, 1, 2});
-    manager.execute();
-    unit->waitEntered(1);
-    manager.stop();
-    QVERIFY(unit->pipeline.isEmpty());
-    unit->setGate(true);
-    unit->append({9});
-    manager.execute();
-    QTRY_COMPARE(receiver.values, Ints({9}));
-    QCOMPARE(unit->seen(&TestUnit::entered), std::vector<int>({0, 9}));
+    OneUnit run;
+    run.unit->setGate(false);
+    run.unit->append({0, 1, 2});
+    run.manager.execute();
+    run.unit->waitEntered(1);
+    run.manager.stop();
+    QVERIFY(run.unit->pipeline.isEmpty());
+    run.unit->setGate(true);
+    run.unit->append({9});
+    run.manager.execute();
+    QTRY_COMPARE(run.receiver.values, Ints({9}));
+    QCOMPARE(run.unit->seen(&TestUnit::entered), std::vector<int>({0, 9}));
 }
 
 void tst_SLUnitProcessManager::stopDoesNotWaitForProcess()
@@ -385,87 +351,67 @@ void tst_SLUnitProcessManager::stopTellsTheRunningProcess()
 
 void tst_SLUnitProcessManager::workerWaitsWithTheThirdValue()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1, 2, 3});
-    manager.execute();
-    unit->waitEntered(3); // without a turn of the event loop
+    OneUnit run;
+    run.unit->append({0, 1, 2, 3});
+    run.manager.execute();
+    run.unit->waitEntered(3); // without a turn of the event loop
     std::this_thread::sleep_for(std::chrono::milliseconds(30));
-    QCOMPARE(unit->seen(&TestUnit::left), numbers(2));
-    QCOMPARE(unit->seen(&TestUnit::entered), numbers(3));
-    QTRY_COMPARE(receiver.values, Ints({0, 1, 2, 3}));
+    QCOMPARE(run.unit->seen(&TestUnit::left), numbers(2));
+    QCOMPARE(run.unit->seen(&TestUnit::entered), numbers(3));
+    QTRY_COMPARE(run.receiver.values, Ints({0, 1, 2, 3}));
 }
 
 void tst_SLUnitProcessManager::stopReleasesTheWaitingWorker()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->append({0, 1, 2, 3});
-    manager.execute();
-    unit->waitEntered(3);
-    manager.stop();
-    unit->waitLeft(3);
+    OneUnit run;
+    run.unit->append({0, 1, 2, 3});
+    run.manager.execute();
+    run.unit->waitEntered(3);
+    run.manager.stop();
+    run.unit->waitLeft(3);
     QTest::qWait(20);
-    QVERIFY(receiver.values.isEmpty());
-    QCOMPARE(unit->seen(&TestUnit::entered), numbers(3));
+    QVERIFY(run.receiver.values.isEmpty());
+    QCOMPARE(run.unit->seen(&TestUnit::entered), numbers(3));
 }
 
 void tst_SLUnitProcessManager::executeAgainAfterStop()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
+    OneUnit run;
     for (int round = 0; round < 5; ++round) {
-        unit->append({round, round + 100});
-        manager.execute();
-        QTRY_COMPARE(receiver.values, Ints({round, round + 100}));
-        receiver.values.clear();
-        manager.stop();
+        run.unit->append({round, round + 100});
+        run.manager.execute();
+        QTRY_COMPARE(run.receiver.values, Ints({round, round + 100}));
+        run.receiver.values.clear();
+        run.manager.stop();
     }
 }
 
 void tst_SLUnitProcessManager::executeNeverOverlapsAnOldProcess()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    unit->setGate(false);
-    unit->append({0});
-    manager.execute();
-    unit->waitEntered(1);
-    manager.stop();
-    unit->append({1, 2});
-    manager.execute();
+    OneUnit run;
+    run.unit->setGate(false);
+    run.unit->append({0});
+    run.manager.execute();
+    run.unit->waitEntered(1);
+    run.manager.stop();
+    run.unit->append({1, 2});
+    run.manager.execute();
     QTest::qWait(20);
-    QCOMPARE(unit->seen(&TestUnit::entered), std::vector<int>{0});
-    unit->setGate(true);
-    QTRY_COMPARE(receiver.values, Ints({1, 2})); // 0 came after the stop and is dropped
-    QVERIFY(!unit->seen(&TestUnit::overlapped));
+    QCOMPARE(run.unit->seen(&TestUnit::entered), std::vector<int>{0});
+    run.unit->setGate(true);
+    QTRY_COMPARE(run.receiver.values, Ints({1, 2})); // 0 came after the stop and is dropped
+    QVERIFY(!run.unit->seen(&TestUnit::overlapped));
 }
 
 void tst_SLUnitProcessManager::stopWithinADelivery()
 {
-    Receiver receiver;
-    const auto unit = std::make_shared<TestUnit>();
-    SLUnitProcessManager manager;
-    manager.addUnitProcess(unit);
-    unit->deliverTo(&receiver);
-    receiver.whenReceived = [&] { manager.stop(); };
-    unit->append({0, 1, 2, 3});
-    manager.execute();
-    QTRY_COMPARE(receiver.values, Ints({0}));
+    OneUnit run;
+    run.receiver.whenReceived = [&] { run.manager.stop(); };
+    run.unit->append({0, 1, 2, 3});
+    run.manager.execute();
+    QTRY_COMPARE(run.receiver.values, Ints({0}));
     QTest::qWait(20);
-    QCOMPARE(receiver.values, Ints({0}));
+    QCOMPARE(run.receiver.values, Ints({0}));
 }
 
 void tst_SLUnitProcessManager::managerDestroyedWithinADelivery()
