@@ -78,7 +78,9 @@ Survey judged(const dng::RawFormat &format, std::vector<Frame> frames)
     }
     std::vector<Frame> measured;
     for (std::size_t i = 0; i < frames.size(); ++i) {
-        if (kinds[i].finding != Finding::NotDualIso) {
+        const bool hasPattern =
+            kinds[i].finding == Finding::DualIso && kinds[i].pattern == *pattern;
+        if (hasPattern || kinds[i].finding == Finding::Unclear) {
             measured.push_back(std::move(frames[i]));
         }
     }

@@ -3,8 +3,10 @@
 // dcraw.
 #include "sampleprogram.h"
 
+#include "dng/filehead.h"
 #include "dng/rawfile.h"
 #include "dng/tags.h"
+#include "mlv/samples.h"
 
 #include <QDir>
 #include <QFile>
@@ -433,6 +435,51 @@ private Q_SLOTS:
         QCOMPARE(cr2hdr({}).status, 2);
         QCOMPARE(cr2hdr({QStringLiteral("--nonsense")}).status, 2);
         QVERIFY(cr2hdr({QStringLiteral("--help")}).output.startsWith("Usage: cr2hdr FILE.dng ..."));
+        QVERIFY(cr2hdr({QStringLiteral("--version")}).output.startsWith("cr2hdr "));
+    }
+
+    void behindTwoDashesEverythingIsAFile()
+    {
+        const Ended ended = cr2hdr({QStringLiteral("--"), QStringLiteral("--help")});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.output,
+                 QByteArray("--help : failed, cannot be opened: No such file or directory\n"));
+    }
+
+    void aFrameWhoseOtherRowsAreBrightFails()
+    {
+        const QStringList frames = dualFrames(2);
+        const QString other = extracted(QStringLiteral("other"),
+                                        {QStringLiteral("--dual-iso"), QStringLiteral("100/800"),
+                                         QStringLiteral("--phase"), QStringLiteral("2")},
+                                        1)
+                                  .first();
+        const QByteArray before = contentOf(other);
+        const Ended ended = cr2hdr({frames[0], frames[1], other});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.output.count(" : blended\n"), 2);
+        QVERIFY(ended.output.endsWith(
+            other.toLocal8Bit() + " : failed, other rows are bright than in the others: HHLL\n"));
+        QCOMPARE(contentOf(other), before);
+    }
+
+    void aFrameOfAnotherProgramIsBlendedAndMarked()
+    {
+        const QString path = dualFrames(1).first();
+        const dng::RawFile whole(path.toStdString());
+        dng::Ifd image = whole.directories().image;
+        image.setText(dng::tag::software, {}); // leaves the tag out
+        const auto samples = whole.samples();
+        std::vector<std::byte> packed(mlv::packedSize(samples.size(), 14));
+        mlv::packSamples(samples, 14, mlv::WordOrder::BigEndian, packed);
+        const auto head = dng::encodeFileHead(image, {}, static_cast<std::uint32_t>(packed.size()));
+        const auto bytes = [](const std::vector<std::byte> &data) {
+            return QByteArray(reinterpret_cast<const char *>(data.data()),
+                              static_cast<qsizetype>(data.size()));
+        };
+        setContent(path, bytes(head) + bytes(packed));
+        QVERIFY(cr2hdr({path}).output.endsWith(" : blended\n"));
+        QVERIFY(cr2hdr({path}).output.endsWith(" : left as it is, blended before\n"));
     }
 
 private:
