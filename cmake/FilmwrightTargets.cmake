@@ -11,6 +11,7 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
 option(FILMWRIGHT_WARNINGS_AS_ERRORS "Stop the build at a compiler warning" OFF)
 set(FILMWRIGHT_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
+option(FILMWRIGHT_COVERAGE "Count which lines run; needs clang++" OFF)
 
 add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
                     -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference)
@@ -23,6 +24,13 @@ if(FILMWRIGHT_SANITIZE)
     add_compile_options(-fsanitize=${FILMWRIGHT_SANITIZE} -fno-omit-frame-pointer
                         -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${FILMWRIGHT_SANITIZE})
+endif()
+if(FILMWRIGHT_COVERAGE)
+    # Fixed in the program, so that tools count too whose environment the application clears. Programs
+    # that end add up in a few files a program, instead of one file for each of thousands of runs.
+    set(counters "-fprofile-instr-generate=${CMAKE_BINARY_DIR}/profiles/%2m.profraw")
+    add_compile_options("${counters}" -fcoverage-mapping)
+    add_link_options("${counters}")
 endif()
 
 # Strict Qt for everything that uses it; targets without Qt ignore these.

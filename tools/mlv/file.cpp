@@ -42,13 +42,6 @@ File::File(File &&other) noexcept
 {
 }
 
-File &File::operator=(File &&other) noexcept
-{
-    std::swap(m_descriptor, other.m_descriptor);
-    std::swap(m_size, other.m_size);
-    return *this;
-}
-
 File::~File()
 {
     if (m_descriptor >= 0) {

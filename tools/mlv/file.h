@@ -16,7 +16,7 @@ public:
     /// Throws ReadError when the path is no regular file that can be read.
     explicit File(const std::filesystem::path &path);
     File(File &&other) noexcept;
-    File &operator=(File &&other) noexcept;
+    File &operator=(File &&other) = delete;
     ~File();
 
     /// The size at the time of opening, bytes.

@@ -10,18 +10,15 @@ namespace mlvdump {
 namespace {
 
 /// The largest level that fewer than `limit` samples reach or stay below, above black; 0 when there
-/// is none.
+/// is none. `limit` is at most the number of samples.
 std::int64_t levelBelow(const std::vector<std::size_t> &histogram, std::size_t limit,
                         int blackLevel)
 {
-    std::size_t count = 0;
-    for (std::size_t level = 0; level < histogram.size(); ++level) {
-        count += histogram[level];
-        if (count >= limit) {
-            return level == 0 ? 0 : static_cast<std::int64_t>(level) - 1 - blackLevel;
-        }
+    std::size_t level = 0;
+    for (std::size_t count = histogram[0]; count < limit; count += histogram[level]) {
+        ++level;
     }
-    return static_cast<std::int64_t>(histogram.size()) - 1 - blackLevel;
+    return level == 0 ? 0 : static_cast<std::int64_t>(level) - 1 - blackLevel;
 }
 
 std::size_t bayerPosition(int x, int y)

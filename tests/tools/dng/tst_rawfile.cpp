@@ -148,6 +148,13 @@ private Q_SLOTS:
             },
             "has no usable black level");
         row(
+            "level that is no whole number",
+            [](dng::Ifd &ifd) {
+                const dng::Rational level{2049, 2};
+                ifd.setRationals(tag::blackLevel, {&level, 1});
+            },
+            "has no usable black level");
+        row(
             "no width", [](dng::Ifd &ifd) { ifd.setUndefined(tag::imageWidth, "x"); },
             "has no usable frame size");
         row(

@@ -77,6 +77,7 @@ private Q_SLOTS:
     void unknownPredictorIsRefused();
     void missingTableIsRefused();
     void overfullTableIsRefused();
+    void tableOfImpossibleDifferencesIsRefused();
     void codeThatNoTableHasIsRefused();
     void otherJpegProcessesAreRefused();
     void flippedBitsNeverDoHarm();
@@ -214,6 +215,14 @@ void TestLosslessJpeg::overfullTableIsRefused()
 {
     auto table = tables;
     table[5] = 3; // three codes of one bit
+    QVERIFY_THROWS_EXCEPTION(mlv::Error,
+                             decodedPair(startOfImage + table + frameHeader + scanHeader + "\x5f"));
+}
+
+void TestLosslessJpeg::tableOfImpossibleDifferencesIsRefused()
+{
+    auto table = tables;
+    table.back() = 17; // bits
     QVERIFY_THROWS_EXCEPTION(mlv::Error,
                              decodedPair(startOfImage + table + frameHeader + scanHeader + "\x5f"));
 }

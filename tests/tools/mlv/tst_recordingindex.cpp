@@ -65,6 +65,7 @@ private Q_SLOTS:
     void fileWithoutHeaderIsRefused_data();
     void fileWithoutHeaderIsRefused();
     void missingFileAndFolderAreRefused();
+    void fileThatBecomesShorterIsNoDamage();
 
 private:
     QString path(const char *name) const { return m_folder->filePath(QLatin1String(name)); }
@@ -374,6 +375,19 @@ void TestRecordingIndex::missingFileAndFolderAreRefused()
 {
     QVERIFY_THROWS_EXCEPTION(mlv::ReadError, Recording(path("none.MLV").toStdString()));
     QVERIFY_THROWS_EXCEPTION(mlv::ReadError, Recording(m_folder->path().toStdString()));
+}
+
+void TestRecordingIndex::fileThatBecomesShorterIsNoDamage()
+{
+    const auto recording = open(RecordingBuilder().addRawInfo().addFrame(0, 1));
+    QVERIFY(QFile::resize(path("a.MLV"), 1000));
+    std::array<std::byte, 1344> frame{};
+    try {
+        recording.read(recording.videoFrames()[0], frame);
+        QFAIL("the frame was read");
+    } catch (const mlv::ReadError &error) {
+        QCOMPARE(QByteArray(error.what()), QByteArray("became shorter while it was read"));
+    }
 }
 
 QTEST_APPLESS_MAIN(TestRecordingIndex)

@@ -52,6 +52,12 @@ public:
         }
     }
 
+    /// Leaves so many bytes of the recording, as another program would that writes to it.
+    void cutRecording(qint64 bytes) const
+    {
+        QVERIFY(QFile::resize(m_input.filePath(QStringLiteral("a.MLV")), bytes));
+    }
+
     QDir folder() const { return QDir(m_output.path()); }
     QByteArray lines() const { return m_lines; }
     QStringList names() const { return folder().entryList(QDir::Files, QDir::Name); }
@@ -110,6 +116,7 @@ private Q_SLOTS:
     void failedRunLeavesTheLastFrameOut();
     void lastCountedFrameWaitsForThoseThatFillGaps();
     void recordingWithoutAnyGoodFrameIsAnError();
+    void recordingThatBecomesShorterIsNoDamage();
 };
 
 void TestExtraction::manyThreadsWriteAndPrintWhatOneDoes()
@@ -184,6 +191,23 @@ void TestExtraction::recordingWithoutAnyGoodFrameIsAnError()
     Run run(builder);
     QVERIFY_THROWS_EXCEPTION(mlv::Error, run.extract(4));
     QVERIFY(run.names().isEmpty());
+}
+
+void TestExtraction::recordingThatBecomesShorterIsNoDamage()
+{
+    // What can't be read is not replaced by another frame.
+    const auto builder = recordingOf(20);
+    Run half(builder);
+    half.cutRecording(builder.bytes().size() / 2);
+    QVERIFY_THROWS_EXCEPTION(mlv::ReadError, half.extract(2));
+    QVERIFY(half.names().contains(QStringLiteral("tmp000000.dng")));
+    QVERIFY(!half.names().contains(QStringLiteral("tmp000019.dng")));
+    QVERIFY(!half.lines().contains("damaged"));
+
+    Run none(builder);
+    none.cutRecording(1000);
+    QVERIFY_THROWS_EXCEPTION(mlv::ReadError, none.extract(2));
+    QVERIFY(none.names().isEmpty());
 }
 
 QTEST_APPLESS_MAIN(TestExtraction)

@@ -379,6 +379,8 @@ private Q_SLOTS:
         row("width", "--size 65x48 out.MLV", "--size must be a multiple of 8 by a multiple of 2");
         row("dual ISO", "--dual-iso 800/100 out.MLV",
             "--dual-iso needs the lower sensitivity first");
+        row("compression", "--compress zip out.MLV", "--compress cannot be \"zip\"");
+        row("extension", "--split 2 out.raw2", "--split needs an output file that ends in .MLV");
         row("two outputs", "a.MLV b.MLV", "more than one output file is given");
     }
 
@@ -389,6 +391,17 @@ private Q_SLOTS:
         const Ended ended = runProgram(builtProgram(QStringLiteral("mlv_sample")), arguments);
         QCOMPARE(ended.status, 2);
         QCOMPARE(ended.errors, "mlv_sample: " + line + "\nTry mlv_sample --help.\n");
+    }
+
+    void helpAndVersionNeedNoOutput()
+    {
+        const QString program = builtProgram(QStringLiteral("mlv_sample"));
+        const Ended help = runProgram(program, {QStringLiteral("--help")});
+        QCOMPARE(help.status, 0);
+        QVERIFY(help.output.startsWith("Usage: mlv_sample [options] OUT.MLV\n"));
+        const Ended version = runProgram(program, {QStringLiteral("--version")});
+        QCOMPARE(version.status, 0);
+        QVERIFY(version.output.startsWith("mlv_sample "));
     }
 
     void anOutputThatCannotBeWrittenIsNamed()
