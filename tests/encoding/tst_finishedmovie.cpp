@@ -47,9 +47,9 @@ private:
     /// The arguments that the application gives to ffmpeg, its frames made of a test pattern.
     QStringList arguments(qint32 format, qint32 quality, bool sound, const QString &movie) const
     {
-        const QString frames = m_folder.path() + QLatin1Char('/');
+        const QString folder = m_folder.path() + QLatin1Char('/');
         return QStringList{QStringLiteral("-y")} +
-               movieArguments({frames, sound ? frames + QStringLiteral("tmp.wav") : QString(), 25},
+               movieArguments({folder, sound ? folder + QStringLiteral("tmp.wav") : QString(), 25},
                               format, quality, movie);
     }
     QByteArray encoded(qint32 format, qint32 quality, bool sound) const
