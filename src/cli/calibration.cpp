@@ -110,8 +110,15 @@ void Calibration::stepFinished()
         return;
     }
     m_steps.pop_front();
-    m_task.release()->deleteLater(); // it is in the middle of a call to this object
-    QMetaObject::invokeMethod(this, &Calibration::next, Qt::QueuedConnection);
+    // It is in the middle of a call to this object, and its tool may not have exited yet.
+    const std::shared_ptr<MlvDumpTask> done = std::move(m_task);
+    QMetaObject::invokeMethod(
+        this,
+        [this, done] {
+            done->stop(false);
+            next();
+        },
+        Qt::QueuedConnection);
 }
 
 void Calibration::checkTool()
