@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
-// What "info" tells of recordings.
+// What "info" tells of recordings, "encoders" of ffmpeg and "tools" of the tools.
 
 #include "commandline.h"
 #include "sample.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTest>
 
 namespace {
@@ -101,6 +103,46 @@ private Q_SLOTS:
         CommandLine cli;
         QVERIFY(cli.run({info}));
         QCOMPARE(cli.status(), 2);
+    }
+
+    void encodersByKind()
+    {
+        CommandLine cli;
+        QVERIFY(cli.run({QStringLiteral("encoders")}));
+        QCOMPARE(cli.status(), 0);
+        QCOMPARE(cli.output().value(0), QStringLiteral("audio_encoders"));
+        const qsizetype video = cli.output().indexOf(QStringLiteral("video_encoders"));
+        const qsizetype mpeg4 = cli.output().indexOf(
+            QRegularExpression(QStringLiteral("  mpeg4                MPEG-4 part 2.*")));
+        QVERIFY(video > 0);
+        QVERIFY(mpeg4 > video);
+    }
+
+    void encodersInJson()
+    {
+        CommandLine cli;
+        QVERIFY(cli.run({QStringLiteral("encoders"), json}));
+        QCOMPARE(cli.status(), 0);
+        const QByteArray output = cli.output().join(QLatin1Char('\n')).toUtf8();
+        const QJsonObject kinds = QJsonDocument::fromJson(output).object();
+        const QJsonArray video = kinds.value(QStringLiteral("video_encoders")).toArray();
+        const QJsonObject mpeg4{{QStringLiteral("NAME"), QStringLiteral("mpeg4")},
+                                {QStringLiteral("TITLE"), QStringLiteral("MPEG-4 part 2")}};
+        QVERIFY(video.contains(mpeg4));
+    }
+
+    void toolsInJson()
+    {
+        CommandLine cli;
+        QVERIFY(cli.run({QStringLiteral("tools"), json}));
+        QCOMPARE(cli.status(), 0);
+        QStringList names;
+        for (const QJsonValue &tool : array(cli)) {
+            names << tool[QStringLiteral("name")].toString();
+            QCOMPARE(QFileInfo(tool[QStringLiteral("path")].toString()).fileName(), names.last());
+        }
+        QCOMPARE(names, (QStringList{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
+                                     QStringLiteral("ffmpeg"), QStringLiteral("cr2hdr")}));
     }
 
     void helpOfEveryCommand_data()

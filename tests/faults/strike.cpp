@@ -45,7 +45,7 @@ const Tool tools[] = {
     {"mlv_dump", "of frames", "--dng*", "^mlv_dump ended before it had extracted the frames$",
      false, true, 0.006},
     {"dcraw", "", "*tmp00000%1.dng", "^dcraw converted only \\d of \\d frames$", false, false,
-     0.02},
+     0.006},
     {"cr2hdr", "", "*", "^cr2hdr ended with status %1: ", true, false, 0.02},
     {"ffmpeg", "", "*", "^ffmpeg ended with status %1: ", true, false, 0.1},
 };
