@@ -66,12 +66,10 @@ void FailureWatch::controllerUpdated(MLVProjectController &project)
     if (found == m_monitors.end())
         return;
     found->second->controllerUpdated();
-    const auto frames = static_cast<quint64>(project.framesToConvert());
-    if (project.mlvProjectMode() == MLVProjectModeRGBConversion && frames > 0 &&
-        frames < project.videoFrames()) {
-        note(project,
-             tr("Only %1 of %2 frames could be read.").arg(frames).arg(project.videoFrames()));
-    }
+    if (project.mlvProjectMode() != MLVProjectModeRGBConversion)
+        return;
+    for (const QString &shortcoming : shortcomingsOf(project))
+        note(project, shortcoming);
 }
 
 void FailureWatch::imageRGBReceived(const QImage &image, MLVProjectController &project)

@@ -137,18 +137,9 @@ void RecordingConversion::showProgress()
     m_display.show(progress);
 }
 
-/// A camera that lost power leaves a recording that is shorter than it says; the movie is made of
-/// what is there, and the person is told.
 void RecordingConversion::tellWhatIsMissing()
 {
-    const auto extracted = static_cast<quint64>(m_project.framesToConvert());
-    if (extracted == 0)
-        return; // not extracted yet
-    m_warnings = m_project.warnings();
-    if (extracted < m_project.videoFrames()) {
-        m_warnings
-            << tr("only %1 of %2 frames could be read").arg(extracted).arg(m_project.videoFrames());
-    }
+    m_warnings = shortcomingsOf(m_project);
     const QString name = QFileInfo(path()).fileName();
     for (const QString &warning : std::as_const(m_warnings))
         m_display.warn(QStringLiteral("%1: %2").arg(name, warning));

@@ -46,6 +46,21 @@ QString reasonOf(const QString &errorLine)
     return QString(errorLine).remove(QLatin1String("[ERROR]")).trimmed();
 }
 
+/// A camera that lost power leaves a recording that is shorter than it says.
+QStringList shortcomingsOf(const MLVProjectController &project)
+{
+    const auto extracted = static_cast<quint64>(project.framesToConvert());
+    if (extracted == 0)
+        return {};
+    QStringList shortcomings = project.warnings();
+    if (extracted < project.videoFrames()) {
+        shortcomings << ProjectMonitor::tr("only %1 of %2 frames could be read")
+                            .arg(extracted)
+                            .arg(project.videoFrames());
+    }
+    return shortcomings;
+}
+
 ProjectMonitor::ProjectMonitor(MLVProjectController &project)
     : m_project(project)
 {

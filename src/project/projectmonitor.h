@@ -5,6 +5,7 @@
 #include <QImage>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 namespace filmwright {
 
@@ -12,6 +13,10 @@ class MLVProjectController;
 
 /// The sentence in an error line of mlv_dump.
 QString reasonOf(const QString &errorLine);
+
+/// What a movie lacks that is made all the same, as sentences: frames and sound that couldn't be
+/// read. Known once the frames are extracted.
+QStringList shortcomingsOf(const MLVProjectController &project);
 
 /// Finds out that a recording will not become a whole movie: the stages themselves judge nothing
 /// but mlv_dump's error lines. Whoever drives a project makes one for each run and hands on what

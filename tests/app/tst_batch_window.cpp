@@ -463,7 +463,11 @@ void TestBatchWindow::failureCostsOneRecording_data()
                               << ready;
     QTest::newRow("fewer frames than the recording has")
         << QStringLiteral("extraction") << FakeTools::extraction(1)
-        << QStringLiteral("Only 1 of 2 frames could be read.") << QString() << finished;
+        << QStringLiteral("only 1 of 2 frames could be read") << QString() << finished;
+    QTest::newRow("the sound can't be read")
+        << QStringLiteral("extraction")
+        << QStringLiteral("echo '[WARNING] the sound is left out'; ") + FakeTools::extraction(2)
+        << QStringLiteral("the sound is left out") << QString() << finished;
     QTest::newRow("a frame is not converted")
         << QStringLiteral("conversion")
         << QStringLiteral("case \"$dng\" in *0.dng) echo torn; exit 1 ;; esac; cp \"$frame\" "
