@@ -32,9 +32,11 @@ double dngBytesOfPixel(int bitsPerSample)
     return (bitsPerSample > 0 ? bitsPerSample : usualBits) / 8.0;
 }
 
+/// What a report makes up may be more than any number of bytes.
 QString text(double bytes)
 {
-    return QLocale::c().formattedDataSize(static_cast<qint64>(bytes), 1);
+    constexpr double most = 9e18;
+    return QLocale::c().formattedDataSize(static_cast<qint64>(std::min(bytes, most)), 1);
 }
 
 /// A tool hardly fails for want of space while more than this is free.
