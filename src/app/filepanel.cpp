@@ -45,7 +45,7 @@ protected:
         const QStringList chosen = selectedFiles();
         if (chosen.isEmpty() || chosen == QStringList(directory().absolutePath()))
             return;
-        QDialog::accept();
+        done(Accepted);
     }
 };
 

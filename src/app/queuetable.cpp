@@ -39,7 +39,7 @@ QString exposureText(const MLVProjectController &project)
 
 QString fileText(const MLVProjectController &project)
 {
-    const QString name = QFileInfo(project.mlvPath()).fileName();
+    QString name = QFileInfo(project.mlvPath()).fileName();
     if (project.mlvProjectMode() == MLVProjectModeReadingData)
         return name;
     return QStringLiteral("%1\n%2\n%3 frames")

@@ -50,7 +50,7 @@ QVariant QueueTableModel::data(const QModelIndex &index, int role) const
     const int row = sourceRow(index.row());
     if (row < 0)
         return {};
-    const QString column = queueTableColumns.at(index.column());
+    const QString &column = queueTableColumns.at(index.column());
     switch (role) {
     case Qt::DisplayRole:
         return m_dataSource->objectValueForTableColumn(column, row);

@@ -7,10 +7,9 @@
 #include <QSet>
 
 #include <algorithm>
-#include <cerrno>
-#include <dirent.h>
-#include <memory>
+#include <filesystem>
 #include <sys/stat.h>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -22,11 +21,6 @@ QString text(const char *source)
 {
     return QCoreApplication::translate("RecordingSearch", source);
 }
-
-struct CloseDirectory
-{
-    void operator()(DIR *directory) const { closedir(directory); }
-};
 
 struct Entry
 {
@@ -80,15 +74,15 @@ private:
     std::vector<Entry> entriesOf(const QByteArray &folder)
     {
         std::vector<Entry> entries;
-        const std::unique_ptr<DIR, CloseDirectory> directory(opendir(folder.constData()));
-        if (!directory) {
-            report(folder, text("the folder can't be read: %1").arg(qt_error_string(errno)));
-            return entries;
+        std::error_code error;
+        std::filesystem::directory_iterator entry(folder.toStdString(), error);
+        for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+            const auto name = QByteArray::fromStdString(entry->path().filename().native());
+            entries.push_back({name, QString::fromUtf8(name)});
         }
-        while (const dirent *entry = readdir(directory.get())) {
-            const QByteArray name(entry->d_name);
-            if (name != "." && name != "..")
-                entries.push_back({name, QString::fromUtf8(name)});
+        if (error) {
+            report(folder, text("the folder can't be read: %1")
+                               .arg(QString::fromLocal8Bit(error.message().c_str())));
         }
         std::ranges::sort(entries, {}, &Entry::readable);
         return entries;
