@@ -9,7 +9,7 @@ namespace filmwright {
 
 ReportQueue &ReportQueue::instance()
 {
-    static ReportQueue queue(2 * std::max(1, QThread::idealThreadCount()));
+    static ReportQueue queue(qsizetype{2} * std::max(1, QThread::idealThreadCount()));
     return queue;
 }
 

@@ -99,7 +99,7 @@ QString MovieMark::clear(const QString &moviePath)
     const QByteArray path = QFile::encodeName(pathFor(moviePath));
     const int descriptor = openMark(path, 0);
     if (descriptor >= 0) {
-        const QString problem = lock(descriptor);
+        QString problem = lock(descriptor);
         if (problem.isEmpty() && isStillAt(descriptor, path)) {
             if (!saysWhole(descriptor))
                 QFile::remove(moviePath);
@@ -135,7 +135,7 @@ QString MovieMark::set()
         m_descriptor = openMark(path, O_CREAT);
         if (m_descriptor < 0)
             return text("its movie can't be written: %1").arg(lastError());
-        const QString problem = lock(m_descriptor);
+        QString problem = lock(m_descriptor);
         if (problem.isEmpty() && isStillAt(m_descriptor, path))
             return keep();
         close(m_descriptor);
@@ -152,7 +152,7 @@ QString MovieMark::keep()
         sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
         return {};
     }
-    const QString problem = text("its movie can't be written: %1").arg(lastError());
+    QString problem = text("its movie can't be written: %1").arg(lastError());
     remove();
     return problem;
 }
