@@ -105,7 +105,7 @@ double TimeEstimate::framesPerSecond() const
         const bool isOldest = std::next(sample) == m_samples.rend();
         const bool farEnough = last.time - sample->time >= rateWindow && last.done > sample->done;
         const Seconds span = last.time - sample->time;
-        if ((farEnough || isOldest) && span > 0s)
+        if ((farEnough || isOldest) && span > Seconds::zero())
             return static_cast<double>(last.done - sample->done) / span.count();
     }
     return 0;

@@ -5,6 +5,7 @@
 #include "project/moviemark.h"
 #include "scenefolders.h"
 
+#include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QRegularExpression>
@@ -240,10 +241,9 @@ void Scene::checkLeftovers()
 
 void Scene::checkProcesses()
 {
-    QElapsedTimer patience;
-    patience.start();
+    const QDeadlineTimer patience(5s);
     QStringList left = processesWith(m_identity);
-    while (!left.isEmpty() && elapsed(patience) < 5s) {
+    while (!left.isEmpty() && !patience.hasExpired()) {
         QTest::qSleep(10);
         left = processesWith(m_identity);
     }
