@@ -241,9 +241,10 @@ void Scene::checkLeftovers()
 
 void Scene::checkProcesses()
 {
-    const QDeadlineTimer patience(5s);
+    constexpr auto patience = 5s;
+    const QDeadlineTimer deadline(patience);
     QStringList left = processesWith(m_identity);
-    while (!left.isEmpty() && !patience.hasExpired()) {
+    while (!left.isEmpty() && !deadline.hasExpired()) {
         QTest::qSleep(10);
         left = processesWith(m_identity);
     }
