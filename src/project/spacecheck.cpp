@@ -7,12 +7,14 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QLocale>
 #include <QMap>
-#include <QStorageInfo>
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 
 namespace filmwright {
 
@@ -55,11 +57,13 @@ QString existingFolder(QString path)
     return path;
 }
 
+/// Not by the table of mounts, which a container may not have.
 double freeSpace(const QString &folder)
 {
-    const QStorageInfo storage(existingFolder(folder));
-    return storage.isValid() ? static_cast<double>(storage.bytesAvailable())
-                             : std::numeric_limits<double>::infinity();
+    std::error_code error;
+    const std::filesystem::space_info space =
+        std::filesystem::space(QFile::encodeName(existingFolder(folder)).toStdString(), error);
+    return error ? std::numeric_limits<double>::infinity() : static_cast<double>(space.available);
 }
 
 /// The texts of ENOSPC and EDQUOT, which all the tools print as the system has them.

@@ -45,6 +45,26 @@ bool isOnMovieDisk(Event event)
     return event == Event::MovieDiskSmall || event == Event::MovieDiskFills;
 }
 
+/// An administrator could read and write everything all the same.
+bool needsOrdinaryUser(Event event)
+{
+    const bool needed = event == Event::RecordingClosed || event == Event::FolderClosed;
+    return needed && geteuid() == 0;
+}
+
+const QStringList asOrdinaryUser{QStringLiteral("setpriv"), QStringLiteral("--reuid=65534"),
+                                 QStringLiteral("--regid=65534"), QStringLiteral("--clear-groups")};
+
+/// Not in a folder that is the administrator's alone.
+bool ordinaryUserReachesProgram()
+{
+    QStringList command = asOrdinaryUser;
+    command << CommandLine().program << QStringLiteral("--version");
+    QProcess process;
+    process.start(command.takeFirst(), command, QIODevice::ReadOnly);
+    return process.waitForFinished() && process.exitCode() == 0;
+}
+
 void writeFile(const QString &path, const QByteArray &content)
 {
     QFile file(path);
@@ -75,6 +95,8 @@ QString Scene::hindrance(const Strike &strike)
     const bool mounts = isOnTemporaryDisk(strike.event) || isOnMovieDisk(strike.event);
     if (mounts && !SmallDisk::isPossible())
         return QStringLiteral("only an administrator can mount a small disk");
+    if (needsOrdinaryUser(strike.event) && !ordinaryUserReachesProgram())
+        return QStringLiteral("an ordinary user can't run the program in this folder");
     if (strike.event != Event::ClockChanged)
         return {};
     if (sanitized)
@@ -134,7 +156,7 @@ void Scene::build()
         m_clock = std::make_unique<ChangedClock>(path(QStringLiteral("clock")));
         m_clock->set("+0");
     }
-    if (actsAsOrdinaryUser())
+    if (needsOrdinaryUser(m_strike.event))
         giveToOrdinaryUser();
 }
 
@@ -178,14 +200,6 @@ void Scene::giveToOrdinaryUser()
     }
 }
 
-/// An administrator could read and write everything all the same.
-bool Scene::actsAsOrdinaryUser() const
-{
-    const bool needed =
-        m_strike.event == Event::RecordingClosed || m_strike.event == Event::FolderClosed;
-    return needed && geteuid() == 0;
-}
-
 QString Scene::movie() const
 {
     return path(footageName + QStringLiteral("/clip.") + m_strike.order.format);
@@ -207,10 +221,8 @@ void Scene::start()
     if (m_clock)
         m_clock->addTo(environment);
     QStringList command;
-    if (actsAsOrdinaryUser()) {
-        command << QStringLiteral("setpriv") << QStringLiteral("--reuid=65534")
-                << QStringLiteral("--regid=65534") << QStringLiteral("--clear-groups");
-    }
+    if (needsOrdinaryUser(m_strike.event))
+        command = asOrdinaryUser;
     command << CommandLine().program << QStringLiteral("convert") << m_strike.order.options();
     if (m_strike.order.hasDark)
         command << QStringLiteral("--dark") << path(darkName);

@@ -83,7 +83,6 @@ private:
     QString path(const QString &name) const { return m_root.filePath(name); }
     QString movie() const;
     bool toolHasBegun() const;
-    bool actsAsOrdinaryUser() const;
     int status() const;
 
     const Footage m_footage;
