@@ -216,9 +216,14 @@ QStringList MLVProjectController::toolNames(bool blendsAlternatingRows)
 /// A run that died may have been asked for another format. Returns what hinders this run's.
 QString MLVProjectController::clearUnfinishedMovies() const
 {
-    for (const QString &extension : movieExtensions())
-        MovieMark::clear(pathWithExtension(m_mlvPath, extension));
-    return MovieMark::clear(moviePath());
+    QString hindrance;
+    for (const QString &extension : movieExtensions()) {
+        const QString movie = pathWithExtension(m_mlvPath, extension);
+        const QString problem = MovieMark::clear(movie);
+        if (movie == moviePath())
+            hindrance = problem;
+    }
+    return hindrance;
 }
 
 void MLVProjectController::stop()
