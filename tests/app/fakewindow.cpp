@@ -209,3 +209,9 @@ QString FakeWindow::status() const
 {
     return widget<QLabel>(QStringLiteral("statusTextField"))->text();
 }
+
+QString onlyForB(const char *subject, const QString &script, const QString &otherwise)
+{
+    return QStringLiteral("case \"$%1\" in *b.*) %2 ;; *) %3 ;; esac")
+        .arg(QLatin1String(subject), script, otherwise);
+}

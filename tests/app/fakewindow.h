@@ -97,3 +97,6 @@ private:
     QTemporaryDir m_temporary;
     QTemporaryDir m_preferences;
 };
+
+/// A script for recording b alone, and one for the others; `subject` names what tells them apart.
+QString onlyForB(const char *subject, const QString &script, const QString &otherwise);
