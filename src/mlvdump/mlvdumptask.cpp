@@ -78,6 +78,7 @@ void MlvDumpTask::beginRun(MlvDumpMode mode)
     m_processMode = mode;
     m_log.clear();
     m_error = QString();
+    m_unusableReason.clear();
 }
 
 void MlvDumpTask::extractMeta()
@@ -178,6 +179,7 @@ void MlvDumpTask::receivedLine(const QString &line, TaskWrapper &)
     m_log << line;
     if (line.startsWith(QLatin1String("[WARNING]")))
         takeWarning(line);
+    takeUnusableReason(line);
     if (line.contains(QLatin1String("[ERROR]")))
         handleErrorLine(line);
     if (line.contains(QLatin1String("Done")))
@@ -190,6 +192,13 @@ void MlvDumpTask::takeWarning(const QString &line)
     const QString warning = line.section(QLatin1Char(' '), 1);
     if (!m_warnings.contains(warning))
         m_warnings << warning;
+}
+
+void MlvDumpTask::takeUnusableReason(const QString &line)
+{
+    const QLatin1String mark("[UNUSABLE]");
+    if (const qsizetype at = line.indexOf(mark); at >= 0)
+        m_unusableReason = line.sliced(at + mark.size()).trimmed();
 }
 
 void MlvDumpTask::handleErrorLine(const QString &line)
@@ -206,7 +215,9 @@ void MlvDumpTask::handleEndOfWork()
 {
     switch (m_processMode) {
     case MlvDumpModeMeta:
-        readReport(m_log, m_metadata);
+        // The report of a recording that can't be used may end anywhere.
+        if (m_unusableReason.isEmpty())
+            readReport(m_log, m_metadata);
         m_processMode = MlvDumpModeNone;
         tell(&MlvDumpTaskProtocol::metaExtractionFinished);
         break;

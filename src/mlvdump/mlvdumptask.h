@@ -25,8 +25,9 @@ enum MlvDumpMode : qint32 {
 /// task is reused for run after run. Main thread only.
 ///
 /// A run's end is recognised by a printed line that contains "Done", a failure by one that contains
-/// "[ERROR]"; exit statuses are not looked at. A report that is cut short never finishes its run:
-/// the error is in the system log only.
+/// "[ERROR]", one that concerns this recording alone by one that contains "[UNUSABLE]"; exit
+/// statuses are not looked at. A report that is cut short never finishes its run: the error is in
+/// the system log only.
 class MlvDumpTask : public TaskWrapper, public TaskWrapperDelegate, public TaskWrapperLineReceiver
 {
     Q_OBJECT
@@ -54,6 +55,10 @@ public:
     MlvDumpMode processMode() const { return m_processMode; }
     /// The last error line of the current run; null without one.
     QString error() const { return m_error; }
+
+    /// Why the recording of the current run can't be used, a sentence; empty when it can. Such a
+    /// report finishes with no frames and no values, such a frame run doesn't finish.
+    QString unusableReason() const { return m_unusableReason; }
 
     /// What the report said; each value has a getter of its own, too.
     const MlvMetadata &metadata() const { return m_metadata; }
@@ -116,6 +121,7 @@ private:
     bool allFramesExist(const QString &directory) const;
     void checkForSkippedFrame();
     void takeWarning(const QString &line);
+    void takeUnusableReason(const QString &line);
     void handleErrorLine(const QString &line);
     void handleEndOfWork();
     void finishCalibration(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &));
@@ -131,6 +137,7 @@ private:
     QString m_flatPath;
     QString m_flatDarkPath;
     QString m_error;
+    QString m_unusableReason;
     QStringList m_warnings;
     QTimer m_pendingReport;
     void (MlvDumpTaskProtocol::*m_laterReport)(MlvDumpTask &) = nullptr;

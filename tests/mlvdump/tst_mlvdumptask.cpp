@@ -64,6 +64,10 @@ private Q_SLOTS:
     void errorLineThatAlsoSaysDoneFinishesTheRun();
     void secondDoneLineReportsNothing();
 
+    void unusableRecordingIsAReportWithoutFrames();
+    void unusableRecordingFinishesNoFrameRun();
+    void newRunForgetsWhyTheRecordingWasUnusable();
+
     void framesWithoutCalibration();
     void framesWithDark();
     void framesWithFlat();
@@ -251,6 +255,41 @@ void TestMlvDumpTask::secondDoneLineReportsNothing()
     m_task->extractMeta();
     QTRY_VERIFY(!m_task->isRunning());
     QCOMPARE(m_listener.events, QStringList{QStringLiteral("meta")});
+}
+
+void TestMlvDumpTask::unusableRecordingIsAReportWithoutFrames()
+{
+    m_tools->addTool(mlvDump,
+                     QStringLiteral("printf 'File Header (MLVI)\\n1:\\n2:\\n3:\\nFPS: 24.0\\n5:\\n"
+                                    "Video: 12\\nAudio: 3\\nBlock: EXPO\\n'; "
+                                    "echo '[UNUSABLE] The recording holds no raw video'; "
+                                    "echo 'Processed 0 video frames at 24.00 FPS (0.00 s)'; "
+                                    "echo Done; exit 1"));
+    m_task->extractMeta();
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("meta")});
+    QCOMPARE(m_task->unusableReason(), QStringLiteral("The recording holds no raw video"));
+    QCOMPARE(m_task->videoFrames(), 0U);
+    QVERIFY(m_task->error().isNull());
+    QCOMPARE(m_task->processMode(), MlvDumpModeNone);
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::unusableRecordingFinishesNoFrameRun()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("echo '[UNUSABLE] The recording vanished'; exit 1"));
+    m_task->extractDNGAtIndex(0);
+    QTRY_VERIFY(!m_task->isRunning());
+    QCOMPARE(m_task->unusableReason(), QStringLiteral("The recording vanished"));
+    QCOMPARE(m_listener.events, QStringList());
+}
+
+void TestMlvDumpTask::newRunForgetsWhyTheRecordingWasUnusable()
+{
+    m_task->receivedLine(QStringLiteral("[UNUSABLE] The recording vanished"), *m_task);
+    QCOMPARE(m_task->unusableReason(), QStringLiteral("The recording vanished"));
+    m_task->extractDNGAtIndex(0);
+    QCOMPARE(m_task->unusableReason(), QString());
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
 }
 
 void TestMlvDumpTask::framesWithoutCalibration()

@@ -14,14 +14,15 @@ std::string shape(const mlv::FrameFormat &format)
     return mlvdump::format("%dx%d at %d bits", format.width, format.height, format.bitsPerSample);
 }
 
-std::vector<std::uint16_t> firstFrame(const std::filesystem::path &path,
+/// `name` is what the reference is called in front of a person.
+std::vector<std::uint16_t> firstFrame(const std::filesystem::path &path, const std::string &name,
                                       const mlv::FrameFormat &footage)
 {
     const mlv::Recording recording(path);
     mlv::FrameDecoder decoder(recording);
     if (!decoder.format().hasShapeOf(footage)) {
-        throw mlv::Error("is " + shape(decoder.format()) + ", but the recording is " +
-                         shape(footage));
+        throw ShapeMismatch(name + " is " + shape(decoder.format()) + ", but the recording is " +
+                            shape(footage));
     }
     if (recording.videoFrames().empty()) {
         throw mlv::Error("holds no whole frame");
@@ -37,17 +38,19 @@ Calibration::Calibration(const std::filesystem::path &dark, const std::filesyste
     : m_format(format)
 {
     if (!dark.empty()) {
+        const std::string name = "The dark frame";
         try {
-            m_dark = firstFrame(dark, format);
+            m_dark = firstFrame(dark, name, format);
         } catch (const mlv::Error &error) {
-            throw CalibrationError(std::string("The dark frame ") + error.what());
+            throw CalibrationError(name + ' ' + error.what());
         }
     }
     if (!flat.empty()) {
+        const std::string name = "The flat field";
         try {
-            m_flat.emplace(firstFrame(flat, format), format);
+            m_flat.emplace(firstFrame(flat, name, format), format);
         } catch (const mlv::Error &error) {
-            throw CalibrationError(std::string("The flat field ") + error.what());
+            throw CalibrationError(name + ' ' + error.what());
         }
     }
 }

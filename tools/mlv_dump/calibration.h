@@ -13,11 +13,18 @@
 
 namespace mlvdump {
 
-/// A dark frame or a flat field cannot be used. The text says which and why.
+/// A dark frame or a flat field cannot be used, for whatever footage. The text says which and why.
 class CalibrationError : public std::runtime_error
 {
 public:
     using std::runtime_error::runtime_error;
+};
+
+/// A dark frame or a flat field is of another size or depth than the footage.
+class ShapeMismatch : public CalibrationError
+{
+public:
+    using CalibrationError::CalibrationError;
 };
 
 /// What is done to the samples of every frame: a dark frame is subtracted, black level kept, then a

@@ -15,6 +15,11 @@ void Output::error(std::string_view text)
     line("[ERROR] " + std::string(text));
 }
 
+void Output::unusable(std::string_view text)
+{
+    line("[UNUSABLE] " + std::string(text));
+}
+
 void Output::finish(const Summary &summary)
 {
     const double rate = summary.framesPerSecond;

@@ -22,8 +22,10 @@ public:
 
     /// A line that a person should see and that does not stop the work.
     void warning(std::string_view text);
-    /// A line that says why the run failed.
+    /// A line that says why the run failed, when every other recording would fail with it.
     void error(std::string_view text);
+    /// A line that says why the run failed, when that concerns this recording alone.
+    void unusable(std::string_view text);
     /// The last two lines of a run, in one write of their own. To be called after every file is
     /// closed.
     void finish(const Summary &summary);

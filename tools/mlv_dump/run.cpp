@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <new>
+#include <optional>
 #include <thread>
 
 namespace mlvdump {
@@ -44,9 +45,6 @@ public:
         , m_sources(recording, references(options))
         , m_calibration(options.dark, options.flat, m_decoder.format())
     {
-        if (recording.videoFrames().empty()) {
-            throw mlv::Error("holds no whole frame");
-        }
         if (m_calibration.flat()) {
             output.line(m_calibration.flat()->description());
         }
@@ -118,8 +116,18 @@ private:
     Calibration m_calibration;
 };
 
+/// Throws mlv::Error when no run could read frames; a report says so too.
+void requireReadableFrames(const mlv::Recording &recording)
+{
+    static_cast<void>(mlv::FrameDecoder(recording));
+    if (recording.videoFrames().empty()) {
+        throw mlv::Error("holds no whole frame");
+    }
+}
+
 std::size_t runMode(const Options &options, const mlv::Recording &recording, Output &output)
 {
+    requireReadableFrames(recording);
     switch (options.mode) {
     case Mode::Frames:
         return FrameRun(options, recording, output).writeFrames();
@@ -132,27 +140,40 @@ std::size_t runMode(const Options &options, const mlv::Recording &recording, Out
     }
 }
 
-/// Prints what went wrong.
+struct Failure
+{
+    std::string reason;
+    bool isRecordings; ///< another recording would not fail with it
+};
+
 template <typename Work>
-bool succeeds(Work work, Output &output)
+std::optional<Failure> failureOf(Work work)
 {
     try {
         work();
-        return true;
+        return std::nullopt;
     } catch (const mlv::Error &error) {
-        output.error(std::string("The recording ") + error.what());
+        return Failure{std::string("The recording ") + error.what(), true};
     } catch (const RefusedOutput &error) {
-        output.error(error.what());
+        return Failure{error.what(), true};
     } catch (const output::WriteError &error) {
-        output.error("A file cannot be written: " + error.code().message());
+        return Failure{"A file cannot be written: " + error.code().message(), false};
+    } catch (const ShapeMismatch &error) {
+        return Failure{error.what(), true};
     } catch (const CalibrationError &error) {
-        output.error(error.what());
+        return Failure{error.what(), false};
     } catch (const std::bad_alloc &) {
-        output.error("There is not enough memory for the recording");
+        return Failure{"There is not enough memory for the recording", true};
     } catch (const std::system_error &error) {
-        output.error("The system refuses: " + error.code().message());
+        return Failure{"The system refuses: " + error.code().message(), false};
     }
-    return false;
+}
+
+/// Reports and frame runs are one of many: their reader goes on with the next recording. A run that
+/// makes one calibrated recording has no next one.
+bool isOneOfMany(Mode mode)
+{
+    return mode == Mode::Report || mode == Mode::Frames;
 }
 
 } // namespace
@@ -171,11 +192,16 @@ int run(const Options &options, Output &output)
         summary.framesPerSecond = recording.framesPerSecond();
         summary.frames = runMode(options, recording, output);
     };
-    const bool success = succeeds(work, output);
-    if (success || options.mode != Mode::Frames) {
+    const auto failure = failureOf(work);
+    if (failure && failure->isRecordings && isOneOfMany(options.mode)) {
+        output.unusable(failure->reason);
+    } else if (failure) {
+        output.error(failure->reason);
+    }
+    if (!failure || options.mode != Mode::Frames) {
         output.finish(summary);
     }
-    return success ? 0 : 1;
+    return failure ? 1 : 0;
 }
 
 } // namespace mlvdump

@@ -83,6 +83,7 @@ std::string harmless(std::string_view text)
         text.remove_prefix(size == 0 ? 1 : size);
     }
     replaceAll(result, "[ERROR]", "(ERROR)");
+    replaceAll(result, "[UNUSABLE]", "(UNUSABLE)");
     replaceAll(result, "Done", "done");
     return result;
 }

@@ -11,8 +11,8 @@ namespace mlvdump {
 [[nodiscard]] __attribute__((format(printf, 1, 2))) std::string format(const char *pattern, ...);
 
 /// Text of a recording, fit to be printed within a line: control characters become blanks, what is
-/// not UTF-8 becomes "?", and the two marks that a reader of our output looks for, "[ERROR]" and
-/// "Done", are changed so that they are none. Trailing NULs are left out.
+/// not UTF-8 becomes "?", and the marks that a reader of our output looks for, "[ERROR]",
+/// "[UNUSABLE]" and "Done", are changed so that they are none. Trailing NULs are left out.
 [[nodiscard]] std::string harmless(std::string_view text);
 
 /// The same for a field of fixed size, whose text ends at the first NUL or with the field.

@@ -5,6 +5,7 @@
 #include "support/fulldisk.h"
 
 #include <QDir>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -38,39 +39,58 @@ void TestMlvDumpArguments::failedRunsEndAsTheirKindDoes_data()
 {
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("mark");
     QTest::addColumn<bool>("printsLastLines");
     const QString none = QStringLiteral("/nowhere/a.MLV");
-    const auto row = [](const char *name, const QStringList &arguments, int status, bool lines) {
-        QTest::newRow(name) << arguments << status << lines;
+    const QString error = QStringLiteral("[ERROR] ");
+    const QString unusable = QStringLiteral("[UNUSABLE] ");
+    const auto row = [](const char *name, const QStringList &arguments, int status,
+                        const QString &mark, bool lines) {
+        QTest::newRow(name) << arguments << status << mark << lines;
     };
-    row("no arguments", {}, 2, true);
-    row("unknown option", {QStringLiteral("--fast"), none}, 2, true);
-    row("unknown option of a frame run", {QStringLiteral("--dng"), QStringLiteral("-x")}, 2, false);
-    row("report of a missing file", {QStringLiteral("-m"), QStringLiteral("-v"), none}, 1, true);
-    row("average of a missing file",
-        {QStringLiteral("-a"), none, QStringLiteral("-o"), QStringLiteral("b.mlv")}, 1, true);
-    row("frames of a missing file",
-        {QStringLiteral("--dng"), none, QStringLiteral("-o"), QStringLiteral("tmp")}, 1, false);
-    row("report of a folder", {QStringLiteral("-m"), QStringLiteral("-v"), QStringLiteral("/")}, 1,
+    row("no arguments", {}, 2, error, true);
+    row("unknown option", {QStringLiteral("--fast"), none}, 2, error, true);
+    row("unknown option of a frame run", {QStringLiteral("--dng"), QStringLiteral("-x")}, 2, error,
+        false);
+    row("report of a missing file", {QStringLiteral("-m"), QStringLiteral("-v"), none}, 1, unusable,
         true);
+    row("average of a missing file",
+        {QStringLiteral("-a"), none, QStringLiteral("-o"), QStringLiteral("b.mlv")}, 1, error,
+        true);
+    row("subtraction from a missing file",
+        {QStringLiteral("-s"), none, QStringLiteral("-o"), QStringLiteral("b.mlv"), none}, 1, error,
+        true);
+    row("frames of a missing file",
+        {QStringLiteral("--dng"), none, QStringLiteral("-o"), QStringLiteral("tmp")}, 1, unusable,
+        false);
+    row("frames with a missing dark",
+        {QStringLiteral("--dng"), testData(QStringLiteral("recordings/plain14.MLV")),
+         QStringLiteral("-s"), none, QStringLiteral("-o"), QStringLiteral("tmp")},
+        1, error, false);
+    row("report of a folder", {QStringLiteral("-m"), QStringLiteral("-v"), QStringLiteral("/")}, 1,
+        unusable, true);
     row("report of another kind of file",
         {QStringLiteral("-m"), QStringLiteral("-v"),
          testData(QStringLiteral("recordings/README.md"))},
-        1, true);
+        1, unusable, true);
     row("frames of a chunk alone",
         {QStringLiteral("--dng"), testData(QStringLiteral("recordings/split.M00")),
          QStringLiteral("-o"), QStringLiteral("tmp")},
-        1, false);
+        1, unusable, false);
 }
 
 void TestMlvDumpArguments::failedRunsEndAsTheirKindDoes()
 {
     QFETCH(QStringList, arguments);
     QFETCH(int, status);
+    QFETCH(QString, mark);
     QFETCH(bool, printsLastLines);
     const auto run = dump(arguments);
     QCOMPARE(run.status, status);
-    QCOMPARE(run.lines.filter(QStringLiteral("[ERROR]")).size(), 1);
+    const QStringList marked =
+        run.lines.filter(QRegularExpression(QStringLiteral("\\[(ERROR|UNUSABLE)\\]")));
+    QCOMPARE(marked.size(), 1);
+    QVERIFY(marked.first().startsWith(mark));
     QVERIFY(!run.hasLineWith(QStringLiteral("/nowhere")));
     if (printsLastLines) {
         QCOMPARE(run.lastTwoLines(),
@@ -84,22 +104,23 @@ void TestMlvDumpArguments::failedRunsEndAsTheirKindDoes()
 
 void TestMlvDumpArguments::pathsThatContainTheMarksChangeNothing()
 {
-    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("Done [ERROR] %s\n")));
-    const QDir folder(out("Done [ERROR] %s\n"));
+    QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("Done [ERROR][UNUSABLE] %s\n")));
+    const QDir folder(out("Done [ERROR][UNUSABLE] %s\n"));
     const auto path = RecordingBuilder().addRawInfo().addFrame(0, 3000).write(
-        folder.filePath(QStringLiteral("Done [ERROR].MLV")));
+        folder.filePath(QStringLiteral("Done [ERROR][UNUSABLE].MLV")));
     const QList<QStringList> runs{{QStringLiteral("-m"), QStringLiteral("-v"), path},
                                   {QStringLiteral("-a"), path, QStringLiteral("-o"),
                                    folder.filePath(QStringLiteral("Done.mlv"))},
                                   {QStringLiteral("--dng"), path, QStringLiteral("-o"),
-                                   folder.filePath(QStringLiteral("Done [ERROR]"))}};
+                                   folder.filePath(QStringLiteral("Done [ERROR][UNUSABLE]"))}};
     for (const auto &arguments : runs) {
         const auto run = dump(arguments);
         QCOMPARE(run.status, 0);
         QVERIFY(!run.hasLineWith(QStringLiteral("[ERROR]")));
+        QVERIFY(!run.hasLineWith(QStringLiteral("[UNUSABLE]")));
         QCOMPARE(run.lines.filter(QStringLiteral("Done")), QStringList{QStringLiteral("Done")});
     }
-    QVERIFY(folder.exists(QStringLiteral("Done [ERROR]000000.dng")));
+    QVERIFY(folder.exists(QStringLiteral("Done [ERROR][UNUSABLE]000000.dng")));
 }
 
 void TestMlvDumpArguments::fullDiskIsAnError()

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void flatFieldPrintsItsMedians();
     void referenceOfAnotherShapeIsRefused_data();
     void referenceOfAnotherShapeIsRefused();
+    void averagingTakesAnotherShapeForAnError();
     void unusableReferenceIsRefused_data();
     void unusableReferenceIsRefused();
     void compressedReferenceIsAccepted();
@@ -266,13 +267,13 @@ void TestMlvDumpCalibration::referenceOfAnotherShapeIsRefused_data()
     const QString depth =
         QStringLiteral("is 128x72 at 12 bits, but the recording is 128x72 at 14 bits");
     QTest::newRow("dark of another size")
-        << QStringLiteral("-s") << QString() << QStringLiteral("[ERROR] The dark frame ") + size;
+        << QStringLiteral("-s") << QString() << QStringLiteral("[UNUSABLE] The dark frame ") + size;
     QTest::newRow("flat of another size")
-        << QStringLiteral("-t") << QString() << QStringLiteral("[ERROR] The flat field ") + size;
+        << QStringLiteral("-t") << QString() << QStringLiteral("[UNUSABLE] The flat field ") + size;
     QTest::newRow("dark of another depth") << QStringLiteral("-s") << recording("bits12")
-                                           << QStringLiteral("[ERROR] The dark frame ") + depth;
+                                           << QStringLiteral("[UNUSABLE] The dark frame ") + depth;
     QTest::newRow("flat of another depth") << QStringLiteral("-t") << recording("bits12")
-                                           << QStringLiteral("[ERROR] The flat field ") + depth;
+                                           << QStringLiteral("[UNUSABLE] The flat field ") + depth;
 }
 
 void TestMlvDumpCalibration::referenceOfAnotherShapeIsRefused()
@@ -289,6 +290,17 @@ void TestMlvDumpCalibration::referenceOfAnotherShapeIsRefused()
     QVERIFY(!run.hasLineWith(QStringLiteral("Done")));
     QVERIFY(!run.hasLineWith(QStringLiteral("Processed")));
     QVERIFY(!QFile::exists(out("tmp000000.dng")));
+}
+
+void TestMlvDumpCalibration::averagingTakesAnotherShapeForAnError()
+{
+    const auto dark = RecordingBuilder().addRawInfo().addFrame(0, 3000).write(out("small.MLV"));
+    const auto run =
+        runBuilt(QStringLiteral("mlv_dump"), {QStringLiteral("-s"), dark, QStringLiteral("-o"),
+                                              out("b.mlv"), recording("plain14")});
+    QCOMPARE(run.status, 1);
+    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] The dark frame is 32x24 at 14 bits")));
+    QCOMPARE(run.lines.last(), QStringLiteral("Done"));
 }
 
 void TestMlvDumpCalibration::unusableReferenceIsRefused_data()

@@ -228,9 +228,17 @@ void TestMlvDumpDamage::unreadableKindsAreRefused()
     const auto run = extract(recording);
     QCOMPARE(run.status, 1);
     QCOMPARE(run.lines.size(), 1);
-    QVERIFY(run.lines[0].startsWith(QStringLiteral("[ERROR] The recording ")));
+    QVERIFY(run.lines[0].startsWith(QStringLiteral("[UNUSABLE] The recording ")));
     QVERIFY(run.lines[0].contains(error));
     QCOMPARE(frames(), 0);
+    const auto report = runBuilt(QStringLiteral("mlv_dump"),
+                                 {QStringLiteral("-m"), QStringLiteral("-v"), write(recording)});
+    QCOMPARE(report.status, 1);
+    QCOMPARE(report.lines.filter(QStringLiteral("[UNUSABLE]")), run.lines);
+    QVERIFY(report.lines.contains(QStringLiteral("File Header (MLVI)")));
+    QCOMPARE(report.lastTwoLines(),
+             (QStringList{QStringLiteral("Processed 0 video frames at 25.00 FPS (0.00 s)"),
+                          QStringLiteral("Done")}));
 }
 
 void TestMlvDumpDamage::forgedFrameSizeTakesNoMemory()
@@ -248,7 +256,7 @@ void TestMlvDumpDamage::forgedFrameSizeTakesNoMemory()
             QStringLiteral("mlv_dump"),
             {QStringLiteral("--dng"), path, QStringLiteral("-o"), out(QStringLiteral("tmp"))},
             std::chrono::seconds(60));
-        QVERIFY(run.output.contains("[ERROR] The recording holds no"));
+        QVERIFY(run.output.contains("[UNUSABLE] The recording holds no"));
         if (memoryIsTheProgramsOwn) {
             QVERIFY(run.peakMemory < 32 << 20); // a frame of that size has 252 MB
         }

@@ -133,6 +133,8 @@ void TestMlvDumpReport::everyKindOfBlockIsPrinted()
     using namespace mlv;
     const auto run = report(
         write(RecordingBuilder()
+                  .addRawInfo()
+                  .addFrame(0, 1)
                   .add(blocktype::rawCapture, RawCapture{5760, 3840, 162, 0, 1, 2, 3, 2, 12, 34})
                   .add(blocktype::dualIso, DualIso{1, 4})
                   .add(blocktype::mark, Mark{0x1f})
@@ -213,7 +215,7 @@ void TestMlvDumpReport::missingBlocksAreMissing()
     QVERIFY(!run.lines.contains(QStringLiteral("Block: LENS")));
     QVERIFY(run.lines.contains(QStringLiteral("Block: EXPO")));
     const auto bare = report(write(RecordingBuilder()));
-    QCOMPARE(bare.status, 0);
+    QVERIFY(bare.lines.contains(QStringLiteral("File Header (MLVI)")));
     QVERIFY(!bare.hasLineWith(QStringLiteral("Block:")));
 }
 
@@ -231,20 +233,24 @@ void TestMlvDumpReport::textsAreHarmless()
     identity.serial.fill('9'); // without a NUL
     mlv::Lens lens{};
     lens.name = {'B', 'l', 'o', 'c', 'k', ':', ' ', 'E', 'X', 'P', 'O', '\n', 'x'};
-    const auto run = report(write(RecordingBuilder()
-                                      .add(blocktype::identity, identity)
-                                      .add(blocktype::lens, lens)
-                                      .addBytes({'D', 'o', 'n', 'e'}, "x")
-                                      .addBytes({'\n', '\x1b', '\xff', ' '}, "x")
-                                      .addBytes(blocktype::info, "[ERROR] Done\r\nDone")));
+    const auto run =
+        report(write(RecordingBuilder()
+                         .addRawInfo()
+                         .addFrame(0, 1)
+                         .add(blocktype::identity, identity)
+                         .add(blocktype::lens, lens)
+                         .addBytes({'D', 'o', 'n', 'e'}, "x")
+                         .addBytes({'\n', '\x1b', '\xff', ' '}, "x")
+                         .addBytes(blocktype::info, "[ERROR] Done\r\nDone[UNUSABLE] x")));
     QCOMPARE(run.status, 0);
     QCOMPARE(value(run, "Block: IDNT", 4), QStringLiteral("'done (ERROR)%s'"));
     QCOMPARE(value(run, "Block: IDNT", 5), QStringLiteral("'%1'").arg(QString(32, u'9')));
-    QCOMPARE(value(run, "Block: INFO", 4), QStringLiteral("'(ERROR) done  done'"));
+    QCOMPARE(value(run, "Block: INFO", 4), QStringLiteral("'(ERROR) done  done(UNUSABLE) x'"));
     QVERIFY(run.lines.contains(QStringLiteral("Block: done")));
     QVERIFY(run.lines.contains(QStringLiteral("Block:   ? ")));
     QVERIFY(!run.lines.contains(QStringLiteral("Block: EXPO")));
     QVERIFY(!run.hasLineWith(QStringLiteral("[ERROR]")));
+    QVERIFY(!run.hasLineWith(QStringLiteral("[UNUSABLE]")));
     QCOMPARE(run.lines.filter(QStringLiteral("Done")).size(), 1);
 }
 

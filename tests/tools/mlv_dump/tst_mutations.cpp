@@ -45,7 +45,8 @@ private Q_SLOTS:
     void everyRunEndsInOrder();
 
 private:
-    void check(const MeasuredRun &run, Kind kind, qint64 inputSize) const;
+    void check(const MeasuredRun &run, Kind kind, bool damagedReference, qint64 inputSize) const;
+    static void checkWord(const QByteArray &error, Kind kind, bool damagedReference);
     void checkFrames(const QString &count) const;
     void emptyOutputFolder() const;
     QStringList arguments(Kind kind, bool damagedReference) const;
@@ -101,7 +102,7 @@ void TestMutations::everyRunEndsInOrder()
             runMeasured(QStringLiteral("mlv_dump"), arguments(kind, damagedReference), hang);
         longest = std::max(longest, run.duration);
         mostMemory = std::max(mostMemory, run.peakMemory);
-        check(run, kind, recording.size() + original.size());
+        check(run, kind, damagedReference, recording.size() + original.size());
         if (QTest::currentTestFailed()) {
             qInfo("seed %d, arguments %s", seed,
                   qPrintable(arguments(kind, damagedReference).join(QLatin1Char(' '))));
@@ -133,7 +134,8 @@ QStringList TestMutations::arguments(Kind kind, bool damagedReference) const
     return {};
 }
 
-void TestMutations::check(const MeasuredRun &run, Kind kind, qint64 inputSize) const
+void TestMutations::check(const MeasuredRun &run, Kind kind, bool damagedReference,
+                          qint64 inputSize) const
 {
     QCOMPARE(run.signal, 0);
     QVERIFY(run.status == 0 || run.status == 1);
@@ -145,7 +147,7 @@ void TestMutations::check(const MeasuredRun &run, Kind kind, qint64 inputSize) c
     QByteArrayList errors;
     for (const auto &line : lines) {
         QVERIFY(line.size() < 4096);
-        if (line.contains("[ERROR]")) {
+        if (line.contains("[ERROR]") || line.contains("[UNUSABLE]")) {
             errors.append(line);
         }
     }
@@ -154,6 +156,9 @@ void TestMutations::check(const MeasuredRun &run, Kind kind, qint64 inputSize) c
     const auto end = QString::fromUtf8(lines.mid(lines.size() - 2).join('\n'));
     const auto match = lastLines.match(end);
     QCOMPARE(errors.size(), run.status);
+    if (run.status != 0) {
+        checkWord(errors.first(), kind, damagedReference);
+    }
     if (run.status != 0 && kind == Kind::Frames) {
         QVERIFY(!run.output.contains("Done"));
         QVERIFY(!run.output.contains("Processed"));
@@ -165,6 +170,19 @@ void TestMutations::check(const MeasuredRun &run, Kind kind, qint64 inputSize) c
         QCOMPARE(match.captured(1), QStringLiteral("0"));
     } else if (kind == Kind::Frames) {
         checkFrames(match.captured(1));
+    }
+}
+
+/// What is wrong with the recording alone has its own word where other recordings follow.
+void TestMutations::checkWord(const QByteArray &error, Kind kind, bool damagedReference)
+{
+    if (kind == Kind::Average) {
+        QVERIFY(error.startsWith("[ERROR] "));
+    } else if (kind == Kind::Report || !damagedReference) {
+        QVERIFY(error.startsWith("[UNUSABLE] "));
+    } else {
+        QVERIFY(error.startsWith(error.contains(", but the recording is ") ? "[UNUSABLE] The "
+                                                                           : "[ERROR] The "));
     }
 }
 

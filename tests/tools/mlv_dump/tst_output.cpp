@@ -23,8 +23,10 @@ void TestOutput::warningsAndErrorsAreMarked()
     Output output(reader.descriptor());
     output.warning("careful");
     output.error("broken");
+    output.unusable("no video");
     output.flush();
-    QCOMPARE(reader.packets(), QByteArrayList{"[WARNING] careful\n[ERROR] broken\n"});
+    QCOMPARE(reader.packets(),
+             QByteArrayList{"[WARNING] careful\n[ERROR] broken\n[UNUSABLE] no video\n"});
 }
 
 void TestOutput::lastTwoLinesAreOneWriteOfTheirOwn()

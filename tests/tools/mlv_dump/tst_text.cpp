@@ -26,6 +26,7 @@ void TestText::textOfARecordingBecomesHarmless_data()
     row("plain", "EF24-70mm f/2.8L", "EF24-70mm f/2.8L");
     row("end mark", "Well Done", "Well done");
     row("error mark", "[ERROR] x", "(ERROR) x");
+    row("mark of an unusable recording", "[UNUSABLE] x", "(UNUSABLE) x");
     row("marks within marks", "[ERR[ERROR]OR] DDoneone", "[ERR(ERROR)OR] Ddoneone");
     row("marks that removal would join", "Do\x01ne [ERR\nOR]", "Do ne [ERR OR]");
     row("line ends", "a\nb\rc", "a b c");
