@@ -35,6 +35,11 @@ const Format &formatOf(qint32 format)
     return formats[index < formats.size() ? index : std::size_t{MovieFormatMOV}];
 }
 
+/// ffmpeg finds out by itself that the input is a sequence of pictures, but then takes its rate for
+/// 25 frames a second and, from one and a half times that on, repeats the first one: the sound
+/// would be ahead of the picture.
+constexpr float highestRateOfUnnamedInput = 37;
+
 /// The frames' names as ffmpeg's sequence pattern. A "%" in the folder's name, which is that of the
 /// recording, is no part of the pattern.
 QString framePattern(QString directory)
@@ -62,8 +67,10 @@ QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 qu
                            const QString &moviePath)
 {
     QStringList arguments{QStringLiteral("-r"),
-                          QString::number(static_cast<double>(sources.fps), 'f', 2),
-                          QStringLiteral("-i"), framePattern(sources.tiffsDirectory)};
+                          QString::number(static_cast<double>(sources.fps), 'f', 2)};
+    if (sources.fps > highestRateOfUnnamedInput)
+        arguments << QStringLiteral("-f") << QStringLiteral("image2");
+    arguments << QStringLiteral("-i") << framePattern(sources.tiffsDirectory);
     if (!sources.soundPath.isEmpty())
         arguments << QStringLiteral("-i") << sources.soundPath << formatOf(format).soundCodec;
     arguments << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p")

@@ -36,6 +36,8 @@ private Q_SLOTS:
     void argumentsOfAMovie();
     void frameRateHasTwoDecimals_data();
     void frameRateHasTwoDecimals();
+    void inputFormatIsNamedAtHighRates_data();
+    void inputFormatIsNamedAtHighRates();
     void directoryWithoutSeparatorIsGluedToThePattern();
     void percentSignInTheFolderIsNoPattern();
 
@@ -161,6 +163,27 @@ void TestFFmpegTask::frameRateHasTwoDecimals()
 {
     QFETCH(float, fps);
     QTEST(movieArguments({QString(), QString(), fps}, 0, 0, QString()).at(1), "text");
+}
+
+void TestFFmpegTask::inputFormatIsNamedAtHighRates_data()
+{
+    QTest::addColumn<float>("fps");
+    QTest::addColumn<QString>("expected");
+    const QString rest = QStringLiteral(" -i /t/tmp%06d.tiff -i /t/tmp.wav -pix_fmt yuv420p "
+                                        "-vcodec h264 -qp 17 /a.mov");
+    QTest::newRow("37") << 37.0F << QStringLiteral("-r 37.00") + rest;
+    QTest::newRow("37.5") << 37.5F << QStringLiteral("-r 37.50 -f image2") + rest;
+    QTest::newRow("38") << 38.0F << QStringLiteral("-r 38.00 -f image2") + rest;
+    QTest::newRow("60") << 60.0F << QStringLiteral("-r 60.00 -f image2") + rest;
+}
+
+void TestFFmpegTask::inputFormatIsNamedAtHighRates()
+{
+    QFETCH(float, fps);
+    QFETCH(QString, expected);
+    QCOMPARE(movieArguments({QStringLiteral("/t/"), QStringLiteral("/t/tmp.wav"), fps}, 1, 1,
+                            QStringLiteral("/a.mov")),
+             expected.split(QLatin1Char(' ')));
 }
 
 void TestFFmpegTask::directoryWithoutSeparatorIsGluedToThePattern()

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void everyDepth();
     void recordingsOfOtherWriters_data();
     void recordingsOfOtherWriters();
+    void highRateRepeatsNoFrame();
     void coloursAndMovementAreRight();
     void movieIsTheSameForAnyNumberOfJobs();
     void existingMovieIsReplaced();
@@ -135,6 +136,23 @@ void TestMovies::recordingsOfOtherWriters()
     QCOMPARE(cli.output(), QStringList{movie});
     QCOMPARE(Movie::probe(movie).frames(), frames);
     QCOMPARE(cli.temporaryEntries(), QStringList());
+}
+
+void TestMovies::highRateRepeatsNoFrame()
+{
+    const QString recording = m_folder.filePath(QStringLiteral("fast.MLV"));
+    QVERIFY(writeSample(recording, QStringLiteral("--size 64x48 --fps 60 --frames 120")));
+    CommandLine cli;
+    QVERIFY(cli.run({QStringLiteral("convert"), recording}));
+    const QString path = m_folder.filePath(QStringLiteral("fast.mov"));
+    QCOMPARE(cli.output(), QStringList{path});
+    const Movie movie = Movie::probe(path);
+    QCOMPARE(movie.frames(), 120);
+    // The picture moves from its first frame on, so the sound that starts with it isn't ahead.
+    const QList<QByteArray> frames = lumaFrames(path);
+    QVERIFY(frames.at(0) != frames.at(1));
+    for (const QJsonObject &stream : {movie.video, movie.sound.value(0)})
+        QCOMPARE(stream.value(QStringLiteral("start_time")).toString(), QStringLiteral("0.000000"));
 }
 
 void TestMovies::coloursAndMovementAreRight()
