@@ -2,9 +2,9 @@
 // The three calibration recordings, their averages in the temporary directory, and the offer to
 // put an average in the place of its recording.
 #include "app/appdelegate.h"
-#include "app/fixedtext.h"
 #include "app/progressindicator.h"
 #include "mlvdump/mlvdumparguments.h"
+#include "runner/fixedtext.h"
 #include "runner/systemlog.h"
 #include "runner/taskwrapper.h"
 #include "runner/temporarydirectory.h"

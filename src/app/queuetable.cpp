@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // What the queue table shows, newest recording first, and what can be done with its rows.
 #include "app/appdelegate.h"
-#include "app/fixedtext.h"
 #include "app/progressindicator.h"
 #include "app/progresstablecellview.h"
 #include "app/queuetableview.h"
 #include "app/showinfindertablecellview.h"
 #include "desktop/filereveal.h"
+#include "runner/fixedtext.h"
 #include "ui_mainwindow.h"
 
 #include <QDesktopServices>

@@ -2,6 +2,7 @@
 #include "conversion/dcrawarguments.h"
 
 #include "runner/files.h"
+#include "runner/fixedtext.h"
 
 namespace filmwright {
 
@@ -24,7 +25,7 @@ QStringList dcRawArguments(const QString &dngPath, float exposure)
             QStringLiteral("-W"),
             QStringLiteral("-T"),
             QStringLiteral("-b"),
-            QString::number(static_cast<double>(brightness), 'f', 6),
+            fixedText(static_cast<double>(brightness), 6),
             dngPath};
 }
 

@@ -2,6 +2,7 @@
 #include "encoding/ffmpegarguments.h"
 
 #include "runner/files.h"
+#include "runner/fixedtext.h"
 
 #include <array>
 
@@ -66,8 +67,7 @@ QString moviePathFor(const QString &mlvPath, qint32 format)
 QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,
                            const QString &moviePath)
 {
-    QStringList arguments{QStringLiteral("-r"),
-                          QString::number(static_cast<double>(sources.fps), 'f', 2)};
+    QStringList arguments{QStringLiteral("-r"), fixedText(static_cast<double>(sources.fps), 2)};
     if (sources.fps > highestRateOfUnnamedInput)
         arguments << QStringLiteral("-f") << QStringLiteral("image2");
     arguments << QStringLiteral("-i") << framePattern(sources.tiffsDirectory);

@@ -109,6 +109,7 @@ void tst_DCRawTask::brightnessText_data()
     QTest::newRow("default") << 1.0F << QStringLiteral("4.000000");
     QTest::newRow("dual ISO") << 8.0F << QStringLiteral("32.000000");
     QTest::newRow("fraction") << 0.1F << QStringLiteral("0.400000");
+    QTest::newRow("a half goes to the even digit") << 0.001953125F << QStringLiteral("0.007812");
     QTest::newRow("single precision") << 123456.789F << QStringLiteral("493827.156250");
 }
 

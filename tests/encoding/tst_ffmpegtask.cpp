@@ -156,6 +156,8 @@ void TestFFmpegTask::frameRateHasTwoDecimals_data()
     QTest::newRow("23.976") << 23.976F << "23.98";
     QTest::newRow("25") << 25.0F << "25.00";
     QTest::newRow("59.94") << 59.94F << "59.94";
+    QTest::newRow("a half goes to the even digit below") << 24.125F << "24.12";
+    QTest::newRow("a half goes to the even digit above") << 24.375F << "24.38";
     QTest::newRow("unknown") << 0.0F << "0.00";
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/fixedtext.h"
+#include "runner/fixedtext.h"
 
 #include <array>
 #include <charconv>
