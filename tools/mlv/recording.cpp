@@ -6,17 +6,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <set>
 
 namespace mlv {
 namespace {
-
-/// The extension of continuation `counter`: the first letter of the first file's extension stays
-/// as it is spelled, so clip.mlv goes on in clip.m00.
-std::string continuationExtension(const std::string &firstExtension, int counter)
-{
-    const std::string digits = std::to_string(100 + counter).substr(1);
-    return firstExtension.substr(0, 2) + digits;
-}
 
 bool isMlvExtension(const std::string &extension)
 {
@@ -24,6 +17,40 @@ bool isMlvExtension(const std::string &extension)
            std::equal(extension.begin(), extension.end(), ".mlv", [](char a, char b) {
                return std::tolower(static_cast<unsigned char>(a)) == b;
            });
+}
+
+/// Two digits, as continuations carry them.
+std::string continuationDigits(int counter)
+{
+    return std::to_string(100 + counter).substr(1);
+}
+
+/// The counter of a continuation's extension, ".M00" to ".M99" in any letter case; -1 for others.
+int continuationCounter(const std::string &extension)
+{
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    const bool isOne = extension.size() == 4 && extension[0] == '.' &&
+                       (extension[1] == 'm' || extension[1] == 'M') && isDigit(extension[2]) &&
+                       isDigit(extension[3]);
+    return isOne ? (extension[2] - '0') * 10 + extension[3] - '0' : -1;
+}
+
+/// The files that have the name of a continuation of `first`, by counter. Cameras spell them as the
+/// first file; systems that copy them don't always.
+std::set<std::pair<int, std::filesystem::path>> continuations(const std::filesystem::path &first,
+                                                              std::error_code &error)
+{
+    std::set<std::pair<int, std::filesystem::path>> found;
+    const auto folder = first.has_parent_path() ? first.parent_path() : std::filesystem::path(".");
+    for (std::filesystem::directory_iterator entry(folder, error), end; entry != end;
+         entry.increment(error)) {
+        const auto &path = entry->path();
+        const int counter = continuationCounter(path.extension().string());
+        if (counter >= 0 && path.stem() == first.stem()) {
+            found.emplace(counter, path);
+        }
+    }
+    return found;
 }
 
 /// Sorts by number and keeps the last block of each number. Answers how many were left out.
@@ -62,25 +89,25 @@ void Recording::openContinuations(const std::filesystem::path &path)
     if (!isMlvExtension(extension)) {
         return;
     }
-    for (int counter = 0; counter < 100; ++counter) {
-        auto next = path;
-        next.replace_extension(continuationExtension(extension, counter));
-        std::error_code ignored;
-        if (!std::filesystem::exists(next, ignored)) {
-            break;
+    std::set<int> met;
+    int last = -1;
+    std::error_code error;
+    for (const auto &[counter, file] : continuations(path, error)) {
+        met.insert(counter);
+        if (openContinuation(file)) {
+            last = counter;
         }
-        const std::string name = next.extension().string();
-        try {
-            Chunk chunk(next);
-            if (chunk.header().guid == header().guid) {
-                m_chunks.push_back(std::move(chunk));
-            } else {
-                m_warnings.push_back("the file with the extension " + name +
-                                     " belongs to another recording and is not read");
-            }
-        } catch (const Error &error) {
-            m_warnings.push_back("the file with the extension " + name + " is not read: it " +
-                                 error.what());
+    }
+    if (error) {
+        m_warnings.push_back("its folder cannot be listed (" + error.message() +
+                             "): further files of the recording are not found");
+    }
+    // Where the header gives no number of chunks, only a later one tells that another is missing.
+    for (int counter = 0; counter < last; ++counter) {
+        if (!met.contains(counter)) {
+            m_warnings.push_back("the file with the extension " + extension.substr(0, 2) +
+                                 continuationDigits(counter) +
+                                 " is missing, and with it its part of the recording");
         }
     }
     if (m_chunks.size() < header().chunkCount) {
@@ -88,6 +115,25 @@ void Recording::openContinuations(const std::filesystem::path &path)
                              " chunks of the recording only " + std::to_string(m_chunks.size()) +
                              " could be read");
     }
+}
+
+/// Answers whether the file belongs to the recording.
+bool Recording::openContinuation(const std::filesystem::path &path)
+{
+    const std::string name = path.extension().string();
+    try {
+        Chunk chunk(path);
+        if (chunk.header().guid == header().guid) {
+            m_chunks.push_back(std::move(chunk));
+            return true;
+        }
+        m_warnings.push_back("the file with the extension " + name +
+                             " belongs to another recording and is not read");
+    } catch (const Error &error) {
+        m_warnings.push_back("the file with the extension " + name + " is not read: it " +
+                             error.what());
+    }
+    return false;
 }
 
 void Recording::read(const DataBlock &block, std::span<std::byte> bytes) const

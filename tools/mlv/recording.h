@@ -67,6 +67,7 @@ public:
 
 private:
     void openContinuations(const std::filesystem::path &path);
+    bool openContinuation(const std::filesystem::path &path);
     void scan(std::uint16_t chunk);
     void visit(BlockWalk &walk, const Block &block, std::uint16_t chunk);
     void readInfo(const Block &block, std::uint16_t chunk);

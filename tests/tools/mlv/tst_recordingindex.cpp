@@ -3,7 +3,9 @@
 
 #include "mlv/error.h"
 #include "recordingbuilder.h"
+#include "support/ordinaryuser.h"
 
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -55,10 +57,13 @@ private Q_SLOTS:
     void fillerWithoutSizeIsSteppedOverToTheNextBoundary();
     void fillerBeyondTheEndIsNoDamage();
     void chunksAreReadTogether();
-    void extensionKeepsItsFirstLetter_data();
-    void extensionKeepsItsFirstLetter();
+    void chunksAreFoundInAnyLetterCase_data();
+    void chunksAreFoundInAnyLetterCase();
+    void ofTwoSpellingsTheOneOfThisRecordingIsRead();
     void chunkOpenedByItselfIsReadAlone();
-    void searchEndsAtTheFirstMissingChunk();
+    void chunkBehindAMissingOneIsRead();
+    void chunksOfAnotherRecordingLeaveNoHole();
+    void folderThatCannotBeListedIsTold();
     void foreignChunkIsNotRead();
     void fileThatIsNoChunkIsNotRead();
     void zeroRateDenominatorIsNoRate();
@@ -284,22 +289,36 @@ void TestRecordingIndex::chunksAreReadTogether()
     QVERIFY(recording.warnings().empty());
 }
 
-void TestRecordingIndex::extensionKeepsItsFirstLetter_data()
+void TestRecordingIndex::chunksAreFoundInAnyLetterCase_data()
 {
     QTest::addColumn<QByteArray>("first");
     QTest::addColumn<QByteArray>("second");
     QTest::newRow("capital") << QByteArray("b.MLV") << QByteArray("b.M00");
     QTest::newRow("small") << QByteArray("b.mlv") << QByteArray("b.m00");
     QTest::newRow("mixed") << QByteArray("b.mLv") << QByteArray("b.m00");
+    QTest::newRow("copied by a system that changes it")
+        << QByteArray("b.MLV") << QByteArray("b.m00");
+    QTest::newRow("the other way round") << QByteArray("b.mlv") << QByteArray("b.M00");
 }
 
-void TestRecordingIndex::extensionKeepsItsFirstLetter()
+void TestRecordingIndex::chunksAreFoundInAnyLetterCase()
 {
     QFETCH(QByteArray, first);
     QFETCH(QByteArray, second);
     RecordingBuilder().addFrame(1, 1).write(path(second.constData()));
     const auto recording = open(RecordingBuilder().addRawInfo().addFrame(0, 1), first.constData());
     QCOMPARE(recording.videoFrames().size(), std::size_t{2});
+    QVERIFY(recording.warnings().empty());
+}
+
+void TestRecordingIndex::ofTwoSpellingsTheOneOfThisRecordingIsRead()
+{
+    RecordingBuilder foreign;
+    foreign.header.guid = 43;
+    foreign.addFrame(5, 1).write(path("b.M00"));
+    RecordingBuilder().addFrame(1, 1).write(path("b.m00"));
+    const auto recording = open(RecordingBuilder().addRawInfo().addFrame(0, 1), "b.MLV");
+    QCOMPARE(numbers(recording.videoFrames()), (QList<quint32>{0, 1}));
 }
 
 void TestRecordingIndex::chunkOpenedByItselfIsReadAlone()
@@ -309,14 +328,44 @@ void TestRecordingIndex::chunkOpenedByItselfIsReadAlone()
     QCOMPARE(recording.chunks().size(), std::size_t{1});
 }
 
-void TestRecordingIndex::searchEndsAtTheFirstMissingChunk()
+void TestRecordingIndex::chunkBehindAMissingOneIsRead()
 {
-    RecordingBuilder().addFrame(2, 1).write(path("a.M01"));
-    RecordingBuilder first;
-    first.header.chunkCount = 3;
-    const auto recording = open(first.addRawInfo().addFrame(0, 1));
-    QCOMPARE(numbers(recording.videoFrames()), QList<quint32>{0});
-    QVERIFY(warns(recording, "of the 3 chunks of the recording only 1 could be read"));
+    RecordingBuilder().addFrame(1, 1).write(path("a.M00"));
+    RecordingBuilder().addFrame(3, 1).write(path("a.M02"));
+    const auto recording = open(RecordingBuilder().addRawInfo().addFrame(0, 1));
+    QCOMPARE(numbers(recording.videoFrames()), (QList<quint32>{0, 1, 3}));
+    QCOMPARE(recording.warnings().size(), std::size_t{1});
+    QVERIFY(warns(recording, "the file with the extension .M01 is missing, and with it its part of "
+                             "the recording"));
+}
+
+void TestRecordingIndex::chunksOfAnotherRecordingLeaveNoHole()
+{
+    RecordingBuilder foreign;
+    foreign.header.guid = 43;
+    foreign.addFrame(1, 1).write(path("a.M01"));
+    const auto recording = open(RecordingBuilder().addRawInfo().addFrame(0, 1));
+    QCOMPARE(recording.warnings().size(), std::size_t{1});
+    QVERIFY(warns(recording, "the file with the extension .M01 belongs to another recording"));
+}
+
+void TestRecordingIndex::folderThatCannotBeListedIsTold()
+{
+    const QString folder = path("closed");
+    QVERIFY(QDir().mkdir(folder));
+    const QString file =
+        RecordingBuilder().addRawInfo().addFrame(0, 1).write(folder + QStringLiteral("/a.MLV"));
+    constexpr auto closed = QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther;
+    QVERIFY(QFile::setPermissions(m_folder->path(), closed));
+    QVERIFY(QFile::setPermissions(folder, closed));
+    const auto reopen = qScopeGuard([&] {
+        constexpr auto open = QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner;
+        QFile::setPermissions(m_folder->path(), open);
+        QFile::setPermissions(folder, open);
+    });
+    const OrdinaryUser user;
+    QVERIFY(
+        warns(Recording(file.toStdString()), "its folder cannot be listed (Permission denied)"));
 }
 
 void TestRecordingIndex::foreignChunkIsNotRead()
