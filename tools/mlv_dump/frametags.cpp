@@ -68,6 +68,27 @@ std::optional<std::chrono::sys_seconds> timeOf(const mlv::Clock &clock)
     return sys_days(date) + hours(clock.hour) + minutes(clock.minute) + seconds(clock.second);
 }
 
+/// How much higher than wide the pixels are, as the sensor was sampled. Movies of the common kinds
+/// have even sides: where the stretched one would be odd, the ratio is that of the nearest even
+/// one.
+dng::Rational pixelHeight(const mlv::RawCapture &capture, std::uint32_t width, std::uint32_t height)
+{
+    const std::uint32_t columns = std::uint32_t{capture.binningX} + capture.skippingX;
+    const std::uint32_t lines = std::uint32_t{capture.binningY} + capture.skippingY;
+    if (columns == 0 || lines == 0) {
+        return {1, 1};
+    }
+    // The shorter measure is stretched, so that no sample is lost.
+    const bool isHigher = lines >= columns;
+    const std::uint32_t side = isHigher ? height : width;
+    const double stretched = 1.0 * side * std::max(lines, columns) / std::min(lines, columns);
+    if (std::lround(stretched) % 2 == 0 || lines == columns) {
+        return {lines, columns};
+    }
+    const auto even = static_cast<std::uint32_t>(std::lround(stretched / 2) * 2);
+    return isHigher ? dng::Rational{even, side} : dng::Rational{side, even};
+}
+
 } // namespace
 
 FrameTags::FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
@@ -160,11 +181,8 @@ void FrameTags::setAreas(const mlv::FrameFormat &format)
     m_common.setLongs(tag::defaultCropSize, {right - left, bottom - top});
 
     const auto capture = m_recording.rawCapture().value_or(mlv::RawCapture{});
-    const std::uint32_t factorX = std::uint32_t{capture.binningX} + capture.skippingX;
-    const std::uint32_t factorY = std::uint32_t{capture.binningY} + capture.skippingY;
-    const bool sampled = factorX > 0 && factorY > 0;
     const std::array<dng::Rational, 2> scale{
-        {{1, 1}, {sampled ? factorY : 1, sampled ? factorX : 1}}};
+        {{1, 1}, pixelHeight(capture, right - left, bottom - top)}};
     m_common.setRationals(tag::defaultScale, scale);
 }
 

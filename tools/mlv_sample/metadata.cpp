@@ -74,8 +74,8 @@ mlv::RawInfo rawInfo(const Settings &settings)
     info.bufferPitch = static_cast<std::int32_t>(mlv::packedSize(width, levels.bits));
     info.bufferSize = static_cast<std::int32_t>(mlv::packedSize(width * height, levels.bits));
     info.bitsPerSample = levels.bits;
-    info.blackLevel = levels.black;
-    info.whiteLevel = levels.white;
+    info.blackLevel = settings.recordedBlack < 0 ? levels.black : settings.recordedBlack;
+    info.whiteLevel = settings.recordedWhite == 0 ? levels.white : settings.recordedWhite;
     info.cropWidth = info.activeRight = settings.width;
     info.cropHeight = info.activeBottom = settings.height;
     info.exposureBiasDenominator = 1;
@@ -96,9 +96,9 @@ mlv::RawCapture rawCapture(const Settings &settings)
             static_cast<std::uint16_t>(settings.height),
             100,
             0,
-            1,
+            static_cast<std::uint8_t>(settings.sampledColumns),
             0,
-            1,
+            static_cast<std::uint8_t>(settings.sampledLines),
             0,
             0,
             0};

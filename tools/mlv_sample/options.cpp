@@ -39,6 +39,9 @@ What cameras and damaged cards make:
   --compress KIND      lossless or lzma
   --shape SHAPE        of a lossless frame: camera, folded or plain (camera)
   --predictor N        of a lossless frame, 1 to 7 (1)
+  --sampling LxC       each line was read of L lines of the sensor, each column of C (1x1)
+  --recorded-white N   the white level that is noted, whatever the samples reach
+  --recorded-black N   the black level that is noted, whatever the samples hold
   --split N            N files: OUT.MLV, OUT.M00, OUT.M01 ...
   --shuffle            blocks out of order
   --drop LIST          leave frames out, for example 0,3,5-7
@@ -197,6 +200,18 @@ const std::map<std::string_view, Setter> &setters()
          }},
         {"--predictor",
          [](Settings &s, std::string_view t) { s.predictor = number("--predictor", t, 1, 7); }},
+        {"--sampling",
+         [](Settings &s, std::string_view t) {
+             std::tie(s.sampledLines, s.sampledColumns) = numberPair("--sampling", t, 'x', 1, 16);
+         }},
+        {"--recorded-white",
+         [](Settings &s, std::string_view t) {
+             s.recordedWhite = number("--recorded-white", t, 1, 65535);
+         }},
+        {"--recorded-black",
+         [](Settings &s, std::string_view t) {
+             s.recordedBlack = number("--recorded-black", t, 0, 65535);
+         }},
         {"--split",
          [](Settings &s, std::string_view t) { s.chunks = number("--split", t, 1, 99); }},
         {"--drop",

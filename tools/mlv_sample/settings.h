@@ -46,6 +46,11 @@ struct Settings
     LosslessShape losslessShape = LosslessShape::Camera;
     int predictor = 1; ///< of lossless JPEG, 1 to 7
 
+    int sampledLines = 1;   ///< of the sensor, for each line of the frame
+    int sampledColumns = 1; ///< of the sensor, for each column of the frame
+    int recordedWhite = 0;  ///< white level that the recording states; 0: where its samples clip
+    int recordedBlack = -1; ///< black level that the recording states; -1: that of its samples
+
     int chunks = 1;
     bool shuffle = false;
     std::set<int> droppedFrames;

@@ -4,6 +4,7 @@
 #include "dng/tags.h"
 #include "recordingbuilder.h"
 
+#include <QSize>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -76,6 +77,8 @@ private Q_SLOTS:
     void namesAreAsciiWithoutMarks();
     void cameraWithoutANameIsUnknown();
     void exposureBiasIsKept();
+    void stretchGivesEvenSides_data();
+    void stretchGivesEvenSides();
 
 private:
     using Tags = std::pair<dng::Ifd, dng::Ifd>; // image and EXIF
@@ -215,6 +218,46 @@ void TestFrameTags::exposureBiasIsKept()
     rawInfo.exposureBiasDenominator = 0; // none
     const auto plain = tagsOf(RecordingBuilder().add(blocktype::rawInfo, rawInfo)).first;
     QVERIFY(!plain.fields().contains(tag::baselineExposure));
+}
+
+void TestFrameTags::stretchGivesEvenSides_data()
+{
+    using Scale = QList<quint32>; // horizontal and vertical, numerator and denominator each
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<int>("columns");
+    QTest::addColumn<int>("lines");
+    QTest::addColumn<Scale>("scale");
+    QTest::newRow("square pixels") << QSize(320, 431) << 3 << 3 << Scale{1, 1, 3, 3};
+    QTest::newRow("even by itself") << QSize(320, 432) << 3 << 5 << Scale{1, 1, 5, 3};
+    QTest::newRow("717 lines") << QSize(320, 430) << 3 << 5 << Scale{1, 1, 716, 430};
+    QTest::newRow("723 lines") << QSize(320, 434) << 3 << 5 << Scale{1, 1, 724, 434};
+    QTest::newRow("1627 lines") << QSize(320, 976) << 3 << 5 << Scale{1, 1, 1626, 976};
+    QTest::newRow("an odd height, even by itself")
+        << QSize(320, 431) << 3 << 5 << Scale{1, 1, 5, 3};
+    QTest::newRow("three times as wide") << QSize(320, 432) << 3 << 1 << Scale{1, 1, 1, 3};
+    QTest::newRow("an odd width, stretched") << QSize(101, 432) << 3 << 1 << Scale{1, 1, 101, 304};
+}
+
+void TestFrameTags::stretchGivesEvenSides()
+{
+    QFETCH(const QSize, size);
+    QFETCH(const int, columns);
+    QFETCH(const int, lines);
+    QFETCH(const QList<quint32>, scale);
+    auto rawInfo = RecordingBuilder::rawInfo();
+    rawInfo.width = static_cast<std::uint16_t>(size.width());
+    rawInfo.height = static_cast<std::uint16_t>(size.height());
+    rawInfo.activeRight = size.width();
+    rawInfo.activeBottom = size.height();
+    mlv::RawCapture capture{};
+    capture.binningX = static_cast<std::uint8_t>(columns);
+    capture.binningY = static_cast<std::uint8_t>(lines);
+    const auto image =
+        tagsOf(
+            RecordingBuilder().add(blocktype::rawInfo, rawInfo).add(blocktype::rawCapture, capture))
+            .first;
+    QCOMPARE(value(image, tag::defaultScale),
+             encoded<std::uint32_t>({scale[0], scale[1], scale[2], scale[3]}));
 }
 
 QTEST_APPLESS_MAIN(TestFrameTags)
