@@ -35,7 +35,8 @@ void readFrames(const mlv::Recording &recording)
 {
     const mlv::FrameDecoder decoder(recording);
     const mlvdump::Calibration none({}, {}, decoder.format());
-    const mlvdump::FrameTags tags(recording, decoder.format(), "fuzz");
+    const mlvdump::FrameTags tags(recording, decoder.format(),
+                                  mlvdump::colourMatrix(*recording.rawInfo()), "fuzz");
     mlvdump::FrameEncoder encoder(recording, none, tags);
     const auto plan = mlvdump::planFrames(recording.videoFrames(), {});
     constexpr std::size_t enough = 8;

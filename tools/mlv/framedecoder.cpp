@@ -66,6 +66,36 @@ std::span<std::uint16_t> FrameDecoder::decode(const DataBlock &block)
     return m_samples;
 }
 
+std::span<std::uint16_t> FrameDecoder::decodeRowPairs(const DataBlock &block, int step)
+{
+    const auto pairSamples = 2 * static_cast<std::size_t>(m_format.width);
+    const auto bits = static_cast<std::size_t>(m_format.bitsPerSample);
+    const bool isApart = m_compression == Compression::None && pairSamples * bits % 16 == 0;
+    if (isApart) {
+        requirePlausible(block);
+        m_samples.resize(m_format.sampleCount());
+        m_packed.resize(packedSize(pairSamples, m_format.bitsPerSample));
+    } else {
+        static_cast<void>(decode(block));
+    }
+    std::size_t kept = 0;
+    for (int row = 0; row + 1 < m_format.height; row += 2 * step) {
+        const auto pair = std::span(m_samples).subspan(kept, pairSamples);
+        const auto index = static_cast<std::size_t>(row / 2);
+        if (isApart) {
+            auto packed = block;
+            packed.offset += index * m_packed.size();
+            m_recording.read(packed, m_packed);
+            unpackSamples(m_packed, m_format.bitsPerSample, WordOrder::LittleEndian, pair);
+        } else {
+            std::copy_n(m_samples.begin() + static_cast<std::ptrdiff_t>(index * pairSamples),
+                        pairSamples, pair.begin());
+        }
+        kept += pairSamples;
+    }
+    return std::span(m_samples).first(kept);
+}
+
 void FrameDecoder::decodePacked(const DataBlock &block, std::span<std::byte> packed)
 {
     requirePlausible(block);

@@ -32,6 +32,11 @@ public:
     /// frame is damaged.
     [[nodiscard]] std::span<std::uint16_t> decode(const DataBlock &block);
 
+    /// Every `step`-th pair of rows, from the top, one pair behind the other: where the frame isn't
+    /// compressed, only they are read. They stay until the next call. Throws Error when the frame
+    /// is damaged.
+    [[nodiscard]] std::span<std::uint16_t> decodeRowPairs(const DataBlock &block, int step);
+
     /// The packed samples of a frame, into format().packedBytes() bytes, without a buffer in
     /// between; not for recordings with lossless JPEG. Throws Error when the frame is damaged.
     void decodePacked(const DataBlock &block, std::span<std::byte> packed);

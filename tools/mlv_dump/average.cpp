@@ -2,14 +2,11 @@
 #include "mlv_dump/average.h"
 
 #include "mlv/error.h"
-#include "mlv/framedecoder.h"
+#include "mlv_dump/parallelframes.h"
 #include "mlv_dump/text.h"
 
 #include <algorithm>
-#include <atomic>
-#include <exception>
 #include <mutex>
-#include <thread>
 
 namespace mlvdump {
 namespace {
@@ -26,16 +23,8 @@ public:
 
     Average run(unsigned threads)
     {
-        {
-            const auto count = std::min<std::size_t>(threads, m_recording.videoFrames().size());
-            std::vector<std::jthread> workers;
-            for (std::size_t i = 0; i < count; ++i) {
-                workers.emplace_back([this] { work(); });
-            }
-        }
-        if (m_failure) {
-            std::rethrow_exception(m_failure);
-        }
+        forEachFrame(m_recording, m_recording.videoFrames(), threads,
+                     [this](auto &decoder, const auto &block) { add(decoder, block); });
         if (m_damaged > 0) {
             m_output.warning(format("%zu damaged frames are left out of the average", m_damaged));
         }
@@ -46,21 +35,6 @@ public:
     }
 
 private:
-    void work()
-    {
-        try {
-            const auto &frames = m_recording.videoFrames();
-            mlv::FrameDecoder decoder(m_recording);
-            for (std::size_t i = m_next++; i < frames.size(); i = m_next++) {
-                add(decoder, frames[i]);
-            }
-        } catch (...) {
-            const std::lock_guard lock(m_mutex);
-            m_failure = std::current_exception();
-            m_next = m_recording.videoFrames().size();
-        }
-    }
-
     void add(mlv::FrameDecoder &decoder, const mlv::DataBlock &block)
     {
         std::span<std::uint16_t> samples;
@@ -96,13 +70,11 @@ private:
 
     const mlv::Recording &m_recording;
     const Calibration &m_calibration;
-    std::atomic<std::size_t> m_next = 0;
     std::mutex m_mutex;
     Output &m_output;                  // guarded by m_mutex
     std::vector<std::uint64_t> m_sums; // guarded by m_mutex
     std::size_t m_added = 0;           // guarded by m_mutex
     std::size_t m_damaged = 0;         // guarded by m_mutex
-    std::exception_ptr m_failure;      // guarded by m_mutex
 };
 
 } // namespace

@@ -92,9 +92,9 @@ dng::Rational pixelHeight(const mlv::RawCapture &capture, std::uint32_t width, s
 } // namespace
 
 FrameTags::FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
-                     const std::string &reelName)
+                     const ColourMatrix &matrix, const std::string &reelName)
     : m_recording(recording)
-    , m_matrix(colourMatrix(*recording.rawInfo()))
+    , m_matrix(matrix)
 {
     m_common.setBytes(tag::dngVersion, {1, 4, 0, 0});
     m_common.setBytes(tag::dngBackwardVersion, {1, 1, 0, 0});

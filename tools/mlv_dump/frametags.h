@@ -15,10 +15,10 @@ namespace mlvdump {
 class FrameTags
 {
 public:
-    /// `reelName` is what the recording is called. The recording has a RAWI block; it outlives the
-    /// tags.
+    /// `matrix` leads from XYZ to the camera's colours; `reelName` is what the recording is called.
+    /// The recording has a RAWI block; it outlives the tags.
     FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
-              const std::string &reelName);
+              const ColourMatrix &matrix, const std::string &reelName);
 
     /// The image directory of the frame of that number from `block`, but for the strip.
     [[nodiscard]] dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block,

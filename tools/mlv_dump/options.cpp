@@ -96,6 +96,12 @@ private:
             m_options.output = value(option);
         } else if (option == "-f") {
             setRange(value(option));
+        } else if (option == "--black-level") {
+            m_options.black = level(option);
+        } else if (option == "--white-level") {
+            m_options.white = level(option);
+        } else if (option == "--matrix") {
+            setMatrix(value(option));
         } else if (option == "--threads") {
             setThreads(value(option));
         } else if (option == "--help" || option == "-h") {
@@ -122,6 +128,31 @@ private:
             fail("the frames of -f are not given as FIRST-LAST or LAST");
         }
         m_options.range = *range;
+    }
+
+    LevelChoice level(std::string_view option)
+    {
+        const auto text = value(option);
+        if (text == "auto") {
+            return {LevelChoice::Kind::Auto, 0};
+        }
+        if (text == "recorded") {
+            return {LevelChoice::Kind::Recorded, 0};
+        }
+        const auto level = parseNumber<std::uint16_t>(text);
+        if (!level) {
+            fail("the level of " + std::string(option) +
+                 " is neither a number up to 65535 nor auto nor recorded");
+        }
+        return {LevelChoice::Kind::Given, *level};
+    }
+
+    void setMatrix(std::string_view text)
+    {
+        if (text != "auto" && text != "recorded") {
+            fail("the matrix is neither auto nor recorded");
+        }
+        m_options.keepsRecordedMatrix = text == "recorded";
     }
 
     void setThreads(std::string_view text)
@@ -195,6 +226,12 @@ Reads an MLV recording with all its chunks (.MLV, .M00, .M01, ...).
   -f FIRST-LAST  only these frames; a LAST of 0 means all from FIRST on
   -f LAST        only the frames up to LAST
   -o OUT         the prefix for --dng, otherwise the recording to write
+  --black-level N|recorded|auto
+  --white-level N|recorded|auto
+                 the levels that frames are tagged with; auto: the recorded ones, unless the
+                 samples show that they can't be true
+  --matrix recorded|auto
+                 the colour matrix; auto: the recorded one, unless it is known to be wrong
   --no-cs        accepted without effect: chroma is never smoothed
   --threads N    use N threads instead of as many as there are processors
   --help         print this text

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "mlv_dump/framelevels.h"
+
 #include <cstdint>
 #include <filesystem>
 #include <limits>
@@ -41,6 +43,9 @@ struct Options
     std::filesystem::path flat;   ///< empty: none
     std::filesystem::path output; ///< a prefix for Frames, else a file
     std::filesystem::path input;
+    LevelChoice black;
+    LevelChoice white;
+    bool keepsRecordedMatrix = false;
     unsigned threads = 0; ///< 0: as many as the machine has
 };
 

@@ -4,6 +4,8 @@
 #include "mlv/error.h"
 #include "mlv_dump/average.h"
 #include "mlv_dump/extraction.h"
+#include "mlv_dump/framelevels.h"
+#include "mlv_dump/knownmatrix.h"
 #include "mlv_dump/recordingwriter.h"
 #include "mlv_dump/report.h"
 #include "mlv_dump/sound.h"
@@ -43,8 +45,12 @@ public:
         , m_output(output)
         , m_decoder(recording)
         , m_sources(recording, references(options))
-        , m_calibration(options.dark, options.flat, m_decoder.format())
+        , m_levels(levels())
+        , m_calibration(options.dark, options.flat, m_levels.format)
     {
+        for (const auto &remark : m_levels.remarks) {
+            output.line(remark);
+        }
         if (m_calibration.flat()) {
             output.line(m_calibration.flat()->description());
         }
@@ -62,7 +68,8 @@ public:
                                   rate > 0 ? static_cast<double>(frames.size()) / rate : 0};
         writeSound(m_recording, picture, m_sources, soundPath, m_output);
 
-        const FrameTags tags(m_recording, m_decoder.format(), m_options.input.stem().string());
+        const FrameTags tags(m_recording, m_levels.format, matrix(),
+                             m_options.input.stem().string());
         const Extraction::Job job{m_recording, m_calibration,    tags,
                                   m_sources,   m_options.output, threadCount(m_options)};
         return Extraction(job, std::move(frames), m_output).run();
@@ -95,6 +102,27 @@ public:
     }
 
 private:
+    /// Recordings that are written keep the levels that they were recorded with.
+    [[nodiscard]] FrameLevels levels() const
+    {
+        if (m_options.mode != Mode::Frames) {
+            return {m_decoder.format(), {}};
+        }
+        return frameLevels(m_recording, m_decoder.format(), m_options.black, m_options.white,
+                           threadCount(m_options));
+    }
+
+    ColourMatrix matrix()
+    {
+        const auto known = m_options.keepsRecordedMatrix ? std::nullopt : knownMatrix(m_recording);
+        if (!known) {
+            return colourMatrix(*m_recording.rawInfo());
+        }
+        m_output.line("The recorded colour matrix is not that of an " + known->camera +
+                      ", which is taken instead");
+        return known->matrix;
+    }
+
     std::vector<PlannedFrame> plannedFrames()
     {
         auto plan = planFrames(m_recording.videoFrames(), m_options.range);
@@ -113,6 +141,7 @@ private:
     Output &m_output;
     mlv::FrameDecoder m_decoder;
     SourceFiles m_sources;
+    FrameLevels m_levels;
     Calibration m_calibration;
 };
 

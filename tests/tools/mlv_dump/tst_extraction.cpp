@@ -24,7 +24,7 @@ public:
         : m_recording(builder.write(m_input.filePath(QStringLiteral("a.MLV"))).toStdString())
         , m_format(mlv::frameFormat(*m_recording.rawInfo()))
         , m_calibration({}, {}, m_format)
-        , m_tags(m_recording, m_format, "a")
+        , m_tags(m_recording, m_format, mlvdump::colourMatrix(*m_recording.rawInfo()), "a")
         , m_sources(m_recording, {})
     {
     }

@@ -89,7 +89,8 @@ private:
     {
         const mlv::Recording recording(
             builder.write(m_folder.filePath(QStringLiteral("a.MLV"))).toStdString());
-        const FrameTags tags(recording, mlv::frameFormat(*recording.rawInfo()), reelName);
+        const FrameTags tags(recording, mlv::frameFormat(*recording.rawInfo()),
+                             mlvdump::colourMatrix(*recording.rawInfo()), reelName);
         const mlv::DataBlock block{0, timestamp, 0, number, 0};
         return {tags.image(number, block, false), tags.exif(block)};
     }

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void withoutPrefixTheRecordingsNameIsUsed();
     void rangeOfFrames_data();
     void rangeOfFrames();
+    void levelsAndMatrix();
     void wrongArgumentsAreRefused_data();
     void wrongArgumentsAreRefused();
     void refusalKnowsOfFrameRuns();
@@ -113,6 +114,23 @@ void TestOptions::rangeOfFrames()
     QTEST(quint64{range.last}, "last");
 }
 
+void TestOptions::levelsAndMatrix()
+{
+    using Kind = mlvdump::LevelChoice::Kind;
+    const auto plain = parsed({"--dng", "a.MLV"});
+    QVERIFY(plain.black.kind == Kind::Auto);
+    QVERIFY(plain.white.kind == Kind::Auto);
+    QVERIFY(!plain.keepsRecordedMatrix);
+    const auto given = parsed({"--dng", "a.MLV", "--black-level", "recorded", "--white-level",
+                               "15000", "--matrix", "recorded"});
+    QVERIFY(given.black.kind == Kind::Recorded);
+    QVERIFY(given.white.kind == Kind::Given);
+    QCOMPARE(given.white.level, 15000);
+    QVERIFY(given.keepsRecordedMatrix);
+    QVERIFY(parsed({"a.MLV", "--white-level", "1", "--white-level", "auto"}).white.kind ==
+            Kind::Auto);
+}
+
 void TestOptions::wrongArgumentsAreRefused_data()
 {
     QTest::addColumn<QByteArrayList>("arguments");
@@ -125,6 +143,10 @@ void TestOptions::wrongArgumentsAreRefused_data()
     for (const char *range : {"", "-", "x", "1-", "-1", "1-2-3", "1-99999999999", "1.5"}) {
         QTest::addRow("range %s", range) << QByteArrayList{"-f", range, "a.MLV"};
     }
+    for (const char *level : {"", "-1", "65536", "15e3", "automatic"}) {
+        QTest::addRow("white level %s", level) << QByteArrayList{"--white-level", level, "a.MLV"};
+    }
+    QTest::newRow("matrix") << QByteArrayList{"--matrix", "mine", "a.MLV"};
     for (const char *threads : {"0", "-1", "x", "100000"}) {
         QTest::addRow("threads %s", threads) << QByteArrayList{"--threads", threads, "a.MLV"};
     }
