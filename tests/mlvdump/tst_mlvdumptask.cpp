@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "mlvdump/mlvdumptask.h"
+#include "mlvdump/reportqueue.h"
 #include "runner/temporarydirectory.h"
 #include "support/logcapture.h"
 #include "support/toolfolder.h"
@@ -95,6 +96,9 @@ private Q_SLOTS:
 
     void abortIsReportedLater();
     void abortOfAnIdleTaskIsReportedToo();
+    void abortedReportThatWaitsForItsTurnNeverStarts();
+    void killedReportGivesItsTurnAway();
+    void reportThatAnErrorEndsGivesItsTurnAway();
 
 private:
     void knowFrames(int count);
@@ -575,6 +579,80 @@ void TestMlvDumpTask::abortOfAnIdleTaskIsReportedToo()
 {
     m_task->abort();
     QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("aborted")});
+}
+
+namespace {
+
+/// Takes every turn that is left for a report.
+class Crowd
+{
+public:
+    Crowd()
+    {
+        do {
+            m_tasks.push_back(std::make_unique<QObject>());
+            ReportQueue::instance().enter(m_tasks.back().get(), [] {});
+        } while (!isWaiting());
+    }
+    ~Crowd()
+    {
+        for (const auto &task : m_tasks)
+            ReportQueue::instance().leave(task.get());
+    }
+    Crowd(const Crowd &) = delete;
+    Crowd &operator=(const Crowd &) = delete;
+
+    /// Whether the last that came has no turn yet.
+    bool isWaiting() const { return ReportQueue::instance().isWaiting(m_tasks.back().get()); }
+
+private:
+    std::vector<std::unique_ptr<QObject>> m_tasks;
+};
+
+} // namespace
+
+void TestMlvDumpTask::abortedReportThatWaitsForItsTurnNeverStarts()
+{
+    {
+        const Crowd crowd;
+        m_task->extractMeta();
+        QVERIFY(m_task->isReportPending());
+        m_task->abort();
+        QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("aborted")});
+        QVERIFY(!m_task->isReportPending());
+    }
+    const Crowd later; // every report that waited before has had its turn
+    QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+}
+
+void TestMlvDumpTask::killedReportGivesItsTurnAway()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("exec sleep 1000"));
+    m_task->extractMeta();
+    QVERIFY(m_task->isRunning());
+    const Crowd crowd;
+    m_task->kill();
+    QTRY_VERIFY(!crowd.isWaiting());
+}
+
+void TestMlvDumpTask::reportThatAnErrorEndsGivesItsTurnAway()
+{
+    class Thrower : public TaskWrapperDelegate, public TaskWrapperDataReceiver
+    {
+    public:
+        void receivedData(const QByteArray &, TaskWrapper &) override
+        {
+            throw std::runtime_error("no more");
+        }
+        void aborted() override {}
+    };
+    Thrower thrower;
+    m_task->setTaskWrapperdelegate(&thrower);
+    m_tools->addTool(mlvDump, QStringLiteral("echo up; exec sleep 1000"));
+    m_task->extractMeta();
+    const Crowd crowd;
+    QTRY_VERIFY(!crowd.isWaiting());
+    QVERIFY(!m_task->isRunning());
 }
 
 QTEST_GUILESS_MAIN(TestMlvDumpTask)
