@@ -19,23 +19,36 @@ void HDRInterleavedImageMerge::hdrMerge()
     // Its own folder is all that it may look for programs in.
     QProcessEnvironment environment;
     environment.insert(QStringLiteral("PATH"), QFileInfo(cr2hdr).path());
-    m_cr2hdr.setTaskWrapperdelegate(this);
-    m_cr2hdr.setLaunchPath(cr2hdr);
-    m_cr2hdr.setEnvironmentVariables(environment);
-    m_cr2hdr.setArguments({m_imagePath});
-    m_cr2hdr.startAndWaitUntilExit(true);
+    // One for each frame: what the last one left of an unfinished line is not this one's.
+    TaskWrapper blender;
+    blender.setTaskWrapperdelegate(this);
+    blender.setLaunchPath(cr2hdr);
+    blender.setEnvironmentVariables(environment);
+    blender.setArguments({m_imagePath});
+    setBlender(&blender);
+    blender.startAndWaitUntilExit(true);
+    setBlender(nullptr);
+}
+
+void HDRInterleavedImageMerge::setBlender(TaskWrapper *blender)
+{
+    const QMutexLocker locker(&m_blenderLock);
+    m_blender = blender;
+    if (m_blender && m_dcRawTask.isCancelRequested())
+        m_blender->requestCancel();
 }
 
 void HDRInterleavedImageMerge::requestCancel()
 {
     m_dcRawTask.requestCancel();
-    m_cr2hdr.requestCancel();
+    const QMutexLocker locker(&m_blenderLock);
+    if (m_blender)
+        m_blender->requestCancel();
 }
 
 void HDRInterleavedImageMerge::clearCancelRequest()
 {
     m_dcRawTask.clearCancelRequest();
-    m_cr2hdr.clearCancelRequest();
 }
 
 void HDRInterleavedImageMerge::receivedLine(const QString &line, TaskWrapper &)

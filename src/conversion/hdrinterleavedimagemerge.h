@@ -4,6 +4,7 @@
 #include "conversion/dcrawtask.h"
 #include "runner/taskwrapper.h"
 
+#include <QMutex>
 #include <QString>
 
 namespace filmwright {
@@ -29,9 +30,12 @@ public:
     void aborted() override {}
 
 private:
+    void setBlender(TaskWrapper *blender);
+
     QString m_imagePath;
-    DCRawTask m_dcRawTask;
-    TaskWrapper m_cr2hdr;
+    DCRawTask m_dcRawTask; // its request to cancel stands for the whole merge
+    QMutex m_blenderLock;
+    TaskWrapper *m_blender = nullptr; // guarded by m_blenderLock; the cr2hdr that runs
 };
 
 } // namespace filmwright

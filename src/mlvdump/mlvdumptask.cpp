@@ -94,7 +94,7 @@ void MlvDumpTask::extractMeta()
     });
 }
 
-void MlvDumpTask::taskWrapperTerminated()
+void MlvDumpTask::runEnded()
 {
     ReportQueue::instance().leave(this);
 }
@@ -273,6 +273,7 @@ void MlvDumpTask::checkForSkippedFrame()
 
 void MlvDumpTask::aborted()
 {
+    ReportQueue::instance().leave(this); // it may still wait for its turn
     m_log.clear();
     m_error = QString();
     tellLater(&MlvDumpTaskProtocol::dngExtractionAborted);

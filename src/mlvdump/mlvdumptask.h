@@ -113,7 +113,7 @@ public:
     void aborted() override;
 
 protected:
-    void taskWrapperTerminated() override;
+    void runEnded() override;
 
 private:
     void beginRun(MlvDumpMode mode);

@@ -5,7 +5,6 @@
 #include "runner/systemlog.h"
 
 #include <QDeadlineTimer>
-#include <QPointer>
 #include <QProcess>
 #include <QScopedValueRollback>
 
@@ -46,6 +45,15 @@ void endGroup(pid_t group)
 {
     if (group > 0)
         ::kill(-group, SIGKILL);
+}
+
+/// A QProcess kills its child when it is destroyed.
+void deleteAfterExit(QProcess *child)
+{
+    if (child->state() == QProcess::NotRunning)
+        child->deleteLater();
+    else
+        QObject::connect(child, &QProcess::finished, child, &QObject::deleteLater);
 }
 
 /// Runs in the child between fork and exec, where only async-signal-safe calls are allowed.
@@ -105,6 +113,7 @@ bool TaskWrapper::startAndWaitUntilExit(bool wait)
 void TaskWrapper::createChild()
 {
     releaseChild();
+    ++m_run;
     m_lastOutput.clear();
     m_internalTask = std::make_unique<QProcess>();
     m_internalTask->setProgram(m_launchPath);
@@ -149,21 +158,29 @@ void TaskWrapper::releaseAfterFailedStart()
     NotificationCenter::defaultCenter().post(TaskWrapperTerminateWithErrorNotification, this);
 }
 
-/// The pipe is read only when the last chunk has been dealt with, so that a delegate that runs a
-/// dialog keeps the order of the lines.
+void TaskWrapper::endRun()
+{
+    m_running = false;
+    runEnded();
+}
+
+/// The pipe is read only when the run's last chunk has been dealt with, so that a delegate that
+/// runs a dialog keeps the order of the lines. A run that the delegate starts meanwhile has its
+/// own.
 void TaskWrapper::completeBackgroundRead()
 {
-    if (m_delivering || !m_running)
+    if (m_delivering == m_run || !m_running)
         return;
-    const QPointer<QProcess> child = m_internalTask.get();
+    QProcess *const child = m_internalTask.get();
     {
-        const QScopedValueRollback delivering(m_delivering, true);
+        const QScopedValueRollback delivering(m_delivering, m_run);
         const QByteArray data = child->readAll();
         if (!data.isEmpty() || child->state() == QProcess::NotRunning)
             onEventData(data);
     }
-    const bool sameRun = m_running && child && child == m_internalTask.get();
-    if (sameRun && (child->bytesAvailable() > 0 || child->state() == QProcess::NotRunning))
+    if (child != m_internalTask.get())
+        deleteAfterExit(child);
+    else if (m_running && (child->bytesAvailable() > 0 || child->state() == QProcess::NotRunning))
         QMetaObject::invokeMethod(this, &TaskWrapper::completeBackgroundRead, Qt::QueuedConnection);
 }
 
@@ -172,22 +189,25 @@ void TaskWrapper::onEventData(const QByteArray &data)
 {
     if (!m_running)
         return;
+    const quint64 run = m_run;
     try {
         if (data.isEmpty())
             stop(false);
         else
             deliver(data);
     } catch (const std::exception &) {
-        m_running = false;
+        if (m_running && run == m_run)
+            endRun();
     }
 }
 
 void TaskWrapper::deliver(const QByteArray &data)
 {
+    const quint64 run = m_run;
     m_lastOutput = (m_lastOutput + data.right(keptOutput)).right(keptOutput);
     if (auto *receiver = dynamic_cast<TaskWrapperDataReceiver *>(m_taskWrapperdelegate))
         receiver->receivedData(data, *this);
-    if (dynamic_cast<TaskWrapperLineReceiver *>(m_taskWrapperdelegate))
+    if (run == m_run && dynamic_cast<TaskWrapperLineReceiver *>(m_taskWrapperdelegate))
         sendDataAsLines(data);
 }
 
@@ -210,7 +230,10 @@ void TaskWrapper::sendDataAsLines(const QByteArray &data)
             lines.removeLast();
         if (m_lastBeginingLine.isNull())
             m_lastBeginingLine = QLatin1String("");
+        const quint64 run = m_run;
         for (const QString &line : std::as_const(lines)) {
+            if (run != m_run)
+                return; // the delegate has started another run, whose lines these are not
             if (auto *receiver = dynamic_cast<TaskWrapperLineReceiver *>(m_taskWrapperdelegate))
                 receiver->receivedLine(line, *this);
         }
@@ -225,12 +248,16 @@ void TaskWrapper::stop(bool flush)
         return;
     m_internalTask->disconnect(this);
     signalProcessGroup(*m_internalTask, SIGTERM);
-    if (flush)
-        drain();
-    interruptAndReap();
-    m_terminationStatus = m_internalTask->exitCode();
+    try {
+        if (flush)
+            drain();
+        interruptAndReap();
+        m_terminationStatus = m_internalTask->exitCode();
+    } catch (const std::exception &) {
+        // The delegate's own: the run ends all the same, its child by itself.
+    }
     releaseChild();
-    m_running = false;
+    endRun();
     NotificationCenter::defaultCenter().post(TaskWrapperTerminateNotification, this);
     taskWrapperTerminated();
 }
@@ -275,30 +302,30 @@ void TaskWrapper::kill()
     signalProcessGroup(*m_internalTask, SIGTERM);
     signalProcessGroup(*m_internalTask, SIGINT);
     releaseChild();
-    m_running = false;
+    endRun();
 }
 
-/// A QProcess kills its child when it is destroyed; one whose child still runs is therefore kept,
-/// unread, until the child has exited, and what that has left behind is killed then.
+/// A child that still runs is left to itself, unread; what it has left behind is killed at its end.
 void TaskWrapper::releaseChild()
 {
     if (!m_internalTask)
         return;
     m_internalTask->disconnect(this);
-    QProcess *child = m_internalTask.release();
-    if (child->state() != QProcess::NotRunning) {
+    QProcess *const child = m_internalTask.release();
+    const pid_t group = std::exchange(m_group, 0);
+    const bool hasExited = child->state() == QProcess::NotRunning;
+    if (hasExited) {
+        endGroup(group);
+    } else {
         child->closeReadChannel(QProcess::StandardOutput);
-        connect(child, &QProcess::finished, child, [child, group = std::exchange(m_group, 0)] {
-            endGroup(group);
-            child->deleteLater();
-        });
-        return;
+        connect(child, &QProcess::finished, child, [group] { endGroup(group); });
     }
-    endGroup(std::exchange(m_group, 0));
-    if (m_delivering)
-        child->deleteLater(); // one of its own signals is still on the stack
-    else
+    if (m_delivering == m_run)
+        return; // one of its signals is on the stack, where it is deleted at the end
+    if (hasExited)
         delete child;
+    else
+        deleteAfterExit(child);
 }
 
 } // namespace filmwright

@@ -32,8 +32,8 @@ inline constexpr QLatin1String
 /// judged here: subclasses recognise failures from the tool's text.
 ///
 /// A wrapper is driven from one thread, on which all delegate calls arrive; only requestCancel()
-/// may come from another. An asynchronous run needs that thread's event loop. A wrapper must not be
-/// destroyed inside one of its own delegate calls (use deleteLater()).
+/// may come from another. An asynchronous run needs that thread's event loop. A wrapper may be
+/// stopped and started again inside its own delegate calls, but not destroyed (use deleteLater()).
 class TaskWrapper : public QObject
 {
     Q_OBJECT
@@ -111,7 +111,7 @@ public:
     /// Splits output at CR LF, LF or CR and delivers the complete lines. When the chunk ends in the
     /// middle of a line, that piece is carried over to the next chunk and the complete line before
     /// it is dropped. Of a line that doesn't end for more than 1,048,576 characters, the rest is
-    /// dropped.
+    /// dropped. So are the lines behind one in whose delivery a new run was started.
     void sendDataAsLines(const QByteArray &data);
 
     /// The unterminated tail of the output so far, also of earlier runs; null before any output.
@@ -120,6 +120,10 @@ public:
 protected:
     /// Called at the very end of stop(), after the notification.
     virtual void taskWrapperTerminated() {}
+
+    /// Called as soon as an asynchronous run has ended, by whatever means, the silent ones
+    /// included.
+    virtual void runEnded() {}
 
     /// True inside abort(), for a subclass that reports either an end or an abort, never both.
     bool isAborting() const { return m_aborting; }
@@ -130,6 +134,7 @@ private:
     void runUntilExit();
     void releaseAfterFailedStart();
     void completeBackgroundRead();
+    void endRun();
     void onEventData(const QByteArray &data);
     void deliver(const QByteArray &data);
     void drain();
@@ -146,7 +151,8 @@ private:
     QByteArray m_lastOutput;
     pid_t m_group = 0; ///< the child's process group; 0 when none is to be ended
     bool m_running = false;
-    bool m_delivering = false;
+    quint64 m_run = 0;        ///< the number of the current or last run, from 1
+    quint64 m_delivering = 0; ///< the run whose output is being delivered; 0 for none
     bool m_aborting = false;
     int m_terminationStatus = 0;
     std::atomic<bool> m_cancelRequested = false;

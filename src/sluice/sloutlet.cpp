@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "sluice/sloutlet.h"
 
-#include "sluice/slunitprocess.h"
-
 #include <utility>
 
 std::shared_ptr<SLOutlet> SLOutlet::outlet()
@@ -84,6 +82,6 @@ void SLOutlet::setValue(const QVariant &value)
 
 void SLOutlet::valueArrived() const
 {
-    if (m_unit)
-        m_unit->inputArrived();
+    if (m_valueArrived)
+        m_valueArrived();
 }

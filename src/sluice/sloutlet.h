@@ -91,7 +91,7 @@ private:
     QPointer<QObject> m_target;
     Operation m_selector;
     SLPipeline *m_pipeline = nullptr;
-    SLUnitProcess *m_unit = nullptr;
+    std::function<void()> m_valueArrived; ///< the unit's; empty without one
     QVariant m_value;
 };
 

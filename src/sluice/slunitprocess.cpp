@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sluice/slunitprocess.h"
 
-#include "sluice/slunitrunner.h"
+#include "sluice/slunithost.h"
 
 #include <algorithm>
 
@@ -31,10 +31,14 @@ const SLUnitProcess::Outlets &SLUnitProcess::inputs() const
 void SLUnitProcess::setInputs(const Outlets &inputs)
 {
     for (const auto &input : m_inputs)
-        input->m_unit = nullptr;
+        input->m_valueArrived = nullptr;
     m_inputs = inputs;
-    for (const auto &input : m_inputs)
-        input->m_unit = this;
+    for (const auto &input : m_inputs) {
+        input->m_valueArrived = [this] {
+            if (m_host)
+                m_host->inputArrived();
+        };
+    }
 }
 
 const SLUnitProcess::Outlets &SLUnitProcess::outputs() const
@@ -73,8 +77,8 @@ void SLUnitProcess::setOutputValue(const QVariant &value, const QString &forKey)
     const SLOutlet *output = outputForKey(forKey);
     if (!output)
         return;
-    if (m_runner)
-        m_runner->deliverLater(output, value);
+    if (m_host)
+        m_host->deliverLater(output, value);
     else
         output->deliver(value);
 }
@@ -83,11 +87,5 @@ void SLUnitProcess::interrupt() {}
 
 bool SLUnitProcess::isStopped() const
 {
-    return m_runner && m_runner->isStopped();
-}
-
-void SLUnitProcess::inputArrived() const
-{
-    if (m_runner)
-        m_runner->inputArrived();
+    return m_host && m_host->isStopped();
 }

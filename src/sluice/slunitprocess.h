@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-class SLUnitRunner;
+class SLUnitHost;
 
 /// Where a unit's process() runs.
 enum SLThreadMode {
@@ -64,13 +64,10 @@ protected:
     bool isStopped() const;
 
 private:
-    friend class SLOutlet;
     friend class SLUnitRunner;
-
-    void inputArrived() const;
 
     Outlets m_inputs;
     Outlets m_outputs;
     SLThreadMode m_threadMode = SLThreadModeWorker;
-    SLUnitRunner *m_runner = nullptr;
+    SLUnitHost *m_host = nullptr; ///< sets and clears itself here
 };

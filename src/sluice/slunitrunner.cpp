@@ -18,8 +18,8 @@ SLUnitRunner::SLUnitRunner(std::shared_ptr<SLUnitProcess> unit, std::shared_ptr<
     : m_unit(std::move(unit))
     , m_state(std::move(state))
 {
-    Q_ASSERT(!m_unit->m_runner);
-    m_unit->m_runner = this;
+    Q_ASSERT(!m_unit->m_host);
+    m_unit->m_host = this;
 }
 
 SLUnitRunner::~SLUnitRunner()
@@ -32,7 +32,7 @@ SLUnitRunner::~SLUnitRunner()
     m_state->changed.notify_all();
     if (m_worker.joinable())
         m_worker.join();
-    m_unit->m_runner = nullptr;
+    m_unit->m_host = nullptr;
 }
 
 void SLUnitRunner::startWorker()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "sluice/slunithost.h"
 #include "sluice/slunitprocess.h"
 
 #include <QObject>
@@ -31,7 +32,7 @@ struct SLRunState
 
 /// Runs one unit for a manager: its worker thread, and the way of its outputs to the main thread.
 /// An internal of the library. It lives on the main thread.
-class SLUnitRunner : public QObject
+class SLUnitRunner : public QObject, public SLUnitHost
 {
     Q_OBJECT
 
@@ -51,13 +52,13 @@ public:
     // On the main thread.
     void startWorker();
     void interrupt();
-    void inputArrived();
+    void inputArrived() override;
     /// Discards what waits at the inputs and returns what waits to be delivered. Under the lock.
     Deliveries discard();
 
     // On the worker thread, inside process().
-    void deliverLater(const SLOutlet *output, const QVariant &value);
-    bool isStopped() const;
+    void deliverLater(const SLOutlet *output, const QVariant &value) override;
+    bool isStopped() const override;
 
 private:
     Q_SLOT void deliverOldest();

@@ -7,6 +7,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 
 using namespace filmwright;
 
@@ -29,8 +30,10 @@ private Q_SLOTS:
     void environmentIsThePathOfItsFolderOnly();
     void linesAreLogged();
     void percentSignsAreReadAsAFormat();
+    void unfinishedLineOfOneFrameIsNotPutBeforeTheNext();
     void missingToolIsPassedOver();
     void cancelledRunsNothing();
+    void cancelEndsARunningTool();
 
 private:
     QString toolFile(const QString &name) const
@@ -112,6 +115,18 @@ void tst_HDRInterleavedImageMerge::percentSignsAreReadAsAFormat()
     QCOMPARE(LogCapture::lines(), QStringList(QStringLiteral("50% of %s")));
 }
 
+void tst_HDRInterleavedImageMerge::unfinishedLineOfOneFrameIsNotPutBeforeTheNext()
+{
+    m_tools->addTool(cr2hdr, QStringLiteral("if test -e \"$0.second\"; then echo whole; else : > "
+                                            "\"$0.second\"; printf half; fi"));
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    const LogCapture log;
+    merge.hdrMerge();
+    merge.hdrMerge();
+    QCOMPARE(LogCapture::lines(), QStringList{QStringLiteral("whole")});
+}
+
 void tst_HDRInterleavedImageMerge::missingToolIsPassedOver()
 {
     QVERIFY(QFile::remove(toolFile(cr2hdr)));
@@ -135,6 +150,23 @@ void tst_HDRInterleavedImageMerge::cancelledRunsNothing()
     merge.clearCancelRequest();
     merge.hdrMerge();
     QCOMPARE(m_tools->calls(cr2hdr).size(), 1);
+}
+
+void tst_HDRInterleavedImageMerge::cancelEndsARunningTool()
+{
+    const QString running = toolFile(QStringLiteral("running"));
+    m_tools->addTool(cr2hdr, QStringLiteral(": > '%1'; exec /bin/sleep 1000").arg(running));
+    HDRInterleavedImageMerge merge;
+    merge.setImagePath(m_dng);
+    const std::unique_ptr<QThread> canceller(QThread::create([&] {
+        while (!QFile::exists(running))
+            QThread::msleep(1);
+        merge.requestCancel();
+    }));
+    canceller->start();
+    merge.hdrMerge();
+    canceller->wait();
+    QVERIFY(QFile::exists(running));
 }
 
 QTEST_GUILESS_MAIN(tst_HDRInterleavedImageMerge)

@@ -47,6 +47,8 @@ private Q_SLOTS:
                                   "FLAGS NAME            NB_COMPONENTS BITS_PER_PIXEL", "-----",
                                   "IO... yuv420p                3            12",
                                   "..H.. vdpau                  0             0",
+                                  ".IO.. bgra                   4            32",
+                                  "O.... IO                     3            24",
                                   "IO... gray                   1             8"})),
                  (CapabilityList{pixFmt("yuv420p", "3"), pixFmt("gray", "1")}));
     }

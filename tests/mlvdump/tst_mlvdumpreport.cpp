@@ -61,7 +61,7 @@ QStringList lens(const QString &aperture = QStringLiteral("f/2.80"))
                  12);
 }
 
-QStringList clock()
+QStringList cameraClock()
 {
     return block(QStringLiteral("RTCI"),
                  {QStringLiteral("     Date:        21.11.2026"),
@@ -77,7 +77,7 @@ QStringList rawInformation()
 QStringList wholeReport()
 {
     return fileHeader(QStringLiteral("23.976000"), 48, 2) + exposure() + identity() + lens() +
-           clock() + rawInformation() + QStringList{QStringLiteral("Done")};
+           cameraClock() + rawInformation() + QStringList{QStringLiteral("Done")};
 }
 
 } // namespace
@@ -101,6 +101,8 @@ private Q_SLOTS:
     void colonInANameCutsIt();
     void punctuationInsideANameStays();
     void blockCutShortThrows();
+    void everyBlockNeedsAllItsLines_data();
+    void everyBlockNeedsAllItsLines();
     void lineWithoutAColonThrows();
     void apertureWithoutItsMarkThrows();
     void valuesBeforeAnErrorAreKept();
@@ -252,6 +254,28 @@ void TestMlvDumpReport::blockCutShortThrows()
                              readReport(fileHeader(QStringLiteral("25"), 1, 0) +
                                             fileHeader(QStringLiteral("25"), 1, 0).mid(0, 7),
                                         metadata));
+}
+
+void TestMlvDumpReport::everyBlockNeedsAllItsLines_data()
+{
+    QTest::addColumn<QStringList>("block");
+    QTest::addColumn<int>("lines");
+    QTest::newRow("MLVI") << fileHeader(QStringLiteral("25"), 4, 0) << 7;
+    QTest::newRow("EXPO") << exposure() << 8;
+    QTest::newRow("IDNT") << identity() << 6;
+    QTest::newRow("LENS") << lens() << 12;
+    QTest::newRow("RTCI") << cameraClock() << 9;
+    QTest::newRow("RAWI") << rawInformation() << 20;
+}
+
+void TestMlvDumpReport::everyBlockNeedsAllItsLines()
+{
+    QFETCH(QStringList, block);
+    QFETCH(int, lines);
+    const LogCapture log;
+    MlvMetadata metadata;
+    readReport(block.first(1 + lines), metadata);
+    QVERIFY_THROWS_EXCEPTION(std::out_of_range, readReport(block.first(lines), metadata));
 }
 
 void TestMlvDumpReport::lineWithoutAColonThrows()

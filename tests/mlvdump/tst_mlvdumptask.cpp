@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "mlvdump/mlvdumptask.h"
+#include "mlvdump/reportqueue.h"
 #include "runner/temporarydirectory.h"
 #include "support/logcapture.h"
 #include "support/toolfolder.h"
@@ -9,6 +10,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <functional>
 #include <stdexcept>
 
 using namespace filmwright;
@@ -19,7 +21,12 @@ class Listener : public MlvDumpTaskProtocol
 {
 public:
     void metaExtractionFinished(MlvDumpTask &) override { events << QStringLiteral("meta"); }
-    void dngExtractionFinished(MlvDumpTask &) override { events << QStringLiteral("dng"); }
+    void dngExtractionFinished(MlvDumpTask &) override
+    {
+        events << QStringLiteral("dng");
+        if (whenTold)
+            whenTold();
+    }
     void dngExtractionAborted(MlvDumpTask &) override { events << QStringLiteral("aborted"); }
     void processingDarkFinished(MlvDumpTask &) override { events << QStringLiteral("dark"); }
     void processingFlatFinished(MlvDumpTask &) override { events << QStringLiteral("flat"); }
@@ -34,9 +41,12 @@ public:
     void error(const QString &error, MlvDumpTask &) override
     {
         events << QStringLiteral("error ") + error;
+        if (whenTold)
+            whenTold();
     }
 
     QStringList events;
+    std::function<void()> whenTold; // of extracted frames or an error
 };
 
 const QString clip = QStringLiteral("/v/a.MLV");
@@ -68,6 +78,9 @@ private Q_SLOTS:
     void unusableRecordingFinishesNoFrameRun();
     void newRunForgetsWhyTheRecordingWasUnusable();
 
+    void everyRunForgetsTheError();
+    void newRunForgetsTheOldOnesLines();
+
     void framesWithoutCalibration();
     void framesWithDark();
     void framesWithFlat();
@@ -82,6 +95,7 @@ private Q_SLOTS:
     void frameRunWithoutARecordingThrows();
 
     void gapsInTheNumberingAreClosed();
+    void framesInCapitalsAreCountedInTheRenumbering();
     void otherFilesTakePartInTheRenumbering();
 
     void averagingRuns_data();
@@ -89,12 +103,18 @@ private Q_SLOTS:
     void errorDeletesTheAverage_data();
     void errorDeletesTheAverage();
     void averagingErrorTextBeforeDoneIsNoCount();
+    void countStandsBehindTheFirstBlank();
+    void secondDoneLineOfAnAverageHasNoLineBeforeIt();
     void substractionArguments();
+    void substractionRunsWithADarkAlone();
     void substractionWithoutCalibrationDoesNothing();
     void substractionErrorDeletesNothing();
 
     void abortIsReportedLater();
     void abortOfAnIdleTaskIsReportedToo();
+    void abortedReportThatWaitsForItsTurnNeverStarts();
+    void killedReportGivesItsTurnAway();
+    void reportThatAnErrorEndsGivesItsTurnAway();
 
 private:
     void knowFrames(int count);
@@ -129,6 +149,7 @@ void TestMlvDumpTask::init()
     m_task->setDelegate(&m_listener);
     m_task->setMlvPath(clip);
     m_listener.events.clear();
+    m_listener.whenTold = nullptr;
 }
 
 void TestMlvDumpTask::cleanup()
@@ -292,6 +313,36 @@ void TestMlvDumpTask::newRunForgetsWhyTheRecordingWasUnusable()
     QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
 }
 
+void TestMlvDumpTask::everyRunForgetsTheError()
+{
+    m_task->setFlatPath(QStringLiteral("/c/flat.MLV"));
+    using Run = std::function<void()>;
+    const QList<Run> runs{
+        [this] { m_task->extractMeta(); },     [this] { m_task->extractDNGAtIndex(0); },
+        [this] { m_task->prepareDark(); },     [this] { m_task->prepareFlat(); },
+        [this] { m_task->prepareFlatDark(); }, [this] { m_task->substractFlatDark(); }};
+    const LogCapture log;
+    for (const Run &run : runs) {
+        m_task->receivedLine(QStringLiteral("[ERROR] bad block"), *m_task);
+        QVERIFY(!m_task->error().isNull());
+        run();
+        QVERIFY(m_task->error().isNull());
+        QTRY_VERIFY(!m_task->isRunning());
+    }
+}
+
+void TestMlvDumpTask::newRunForgetsTheOldOnesLines()
+{
+    const LogCapture log;
+    for (const char *line :
+         {"File Header (MLVI)", "1:", "2:", "3:", "FPS: 24.0", "5:", "Video: 12", "Audio: 3"})
+        m_task->receivedLine(QString::fromLatin1(line), *m_task);
+    m_task->extractMeta();
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("meta")});
+    QCOMPARE(m_task->videoFrames(), 0U);
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
 void TestMlvDumpTask::framesWithoutCalibration()
 {
     m_task->extractDNGAtIndex(0);
@@ -423,14 +474,27 @@ void TestMlvDumpTask::gapsInTheNumberingAreClosed()
 {
     m_tools->addTool(mlvDump, QStringLiteral("for last; do :; done; for n in 0 2 5; do "
                                              "echo $n > \"$last\"00000$n.dng; done; echo Done"));
+    QStringList seen; // when the frames are told to be there
+    m_listener.whenTold = [&] {
+        seen = QDir(m_task->extractionDirectory()).entryList(QDir::Files);
+    };
     m_task->extractDNGAtIndex(0);
     QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
-    QCOMPARE(QDir(m_task->extractionDirectory()).entryList(QDir::Files),
-             (QStringList{QStringLiteral("tmp000000.dng"), QStringLiteral("tmp000001.dng"),
-                          QStringLiteral("tmp000002.dng")}));
+    QCOMPARE(seen, (QStringList{QStringLiteral("tmp000000.dng"), QStringLiteral("tmp000001.dng"),
+                                QStringLiteral("tmp000002.dng")}));
     QFile last(frame(2));
     QVERIFY(last.open(QIODevice::ReadOnly));
     QCOMPARE(last.readAll(), QByteArray("5\n"));
+}
+
+void TestMlvDumpTask::framesInCapitalsAreCountedInTheRenumbering()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("for last; do :; done; echo 3 > \"$last\"000003.DNG; "
+                                             "echo Done"));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(QDir(m_task->extractionDirectory()).entryList(QDir::Files),
+             QStringList{QStringLiteral("tmp000000.dng")});
 }
 
 void TestMlvDumpTask::otherFilesTakePartInTheRenumbering()
@@ -503,9 +567,13 @@ void TestMlvDumpTask::errorDeletesTheAverage()
     QFETCH(QString, output);
     m_tools->addTool(mlvDump, QStringLiteral("echo x > \"$4\"; echo '[ERROR] bad'; "
                                              "printf 'Processed 0 video frames\\nDone\\n'"));
+    const QString average = temporaryDirectory() + QLatin1Char('/') + output;
+    bool existedWhenTold = true;
+    m_listener.whenTold = [&] { existedWhenTold = QFile::exists(average); };
     prepare(*m_task, kind);
     QTRY_COMPARE(m_listener.events, (QStringList{QStringLiteral("error [ERROR] bad"), kind}));
-    QVERIFY(!QFile::exists(temporaryDirectory() + QLatin1Char('/') + output));
+    QVERIFY(!existedWhenTold);
+    QVERIFY(!QFile::exists(average));
     QTRY_VERIFY(!m_task->isRunning());
 }
 
@@ -518,6 +586,28 @@ void TestMlvDumpTask::averagingErrorTextBeforeDoneIsNoCount()
     QCOMPARE(m_listener.events, QStringList());
     QCOMPARE(LogCapture::lines(),
              QStringList{QStringLiteral("Index -1 is beyond the bounds of 1 entries")});
+}
+
+void TestMlvDumpTask::countStandsBehindTheFirstBlank()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("printf 'Processed  8 video frames\\nDone\\n'"));
+    prepare(*m_task, QStringLiteral("dark"));
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dark")});
+    QCOMPARE(m_task->videoFrames(), 0U);
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::secondDoneLineOfAnAverageHasNoLineBeforeIt()
+{
+    prepare(*m_task, QStringLiteral("dark"));
+    QTRY_VERIFY(!m_task->isRunning());
+    m_listener.events.clear();
+    m_task->receivedLine(QStringLiteral("Processed 8 video frames"), *m_task);
+    m_task->receivedLine(QStringLiteral("Done 7"), *m_task);
+    QVERIFY_THROWS_EXCEPTION(std::out_of_range,
+                             m_task->receivedLine(QStringLiteral("Done"), *m_task));
+    QCOMPARE(m_listener.events, QStringList{QStringLiteral("dark")});
+    QCOMPARE(m_task->videoFrames(), 8U);
 }
 
 void TestMlvDumpTask::substractionArguments()
@@ -533,6 +623,15 @@ void TestMlvDumpTask::substractionArguments()
         QList<QStringList>({{QStringLiteral("-s"), directory + QStringLiteral("flat_dark.mlv"),
                              QStringLiteral("-o"), directory + QStringLiteral("flat-flat_dark.mlv"),
                              directory + QStringLiteral("flat.mlv")}}));
+    QTRY_VERIFY(!m_task->isRunning());
+}
+
+void TestMlvDumpTask::substractionRunsWithADarkAlone()
+{
+    m_task->setMlvPath(QString());
+    m_task->setDarkPath(QStringLiteral("/c/dark.MLV"));
+    m_task->substractFlatDark();
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("flat dark substraction")});
     QTRY_VERIFY(!m_task->isRunning());
 }
 
@@ -575,6 +674,80 @@ void TestMlvDumpTask::abortOfAnIdleTaskIsReportedToo()
 {
     m_task->abort();
     QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("aborted")});
+}
+
+namespace {
+
+/// Takes every turn that is left for a report.
+class Crowd
+{
+public:
+    Crowd()
+    {
+        do {
+            m_tasks.push_back(std::make_unique<QObject>());
+            ReportQueue::instance().enter(m_tasks.back().get(), [] {});
+        } while (!isWaiting());
+    }
+    ~Crowd()
+    {
+        for (const auto &task : m_tasks)
+            ReportQueue::instance().leave(task.get());
+    }
+    Crowd(const Crowd &) = delete;
+    Crowd &operator=(const Crowd &) = delete;
+
+    /// Whether the last that came has no turn yet.
+    bool isWaiting() const { return ReportQueue::instance().isWaiting(m_tasks.back().get()); }
+
+private:
+    std::vector<std::unique_ptr<QObject>> m_tasks;
+};
+
+} // namespace
+
+void TestMlvDumpTask::abortedReportThatWaitsForItsTurnNeverStarts()
+{
+    {
+        const Crowd crowd;
+        m_task->extractMeta();
+        QVERIFY(m_task->isReportPending());
+        m_task->abort();
+        QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("aborted")});
+        QVERIFY(!m_task->isReportPending());
+    }
+    const Crowd later; // every report that waited before has had its turn
+    QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+}
+
+void TestMlvDumpTask::killedReportGivesItsTurnAway()
+{
+    m_tools->addTool(mlvDump, QStringLiteral("exec sleep 1000"));
+    m_task->extractMeta();
+    QVERIFY(m_task->isRunning());
+    const Crowd crowd;
+    m_task->kill();
+    QTRY_VERIFY(!crowd.isWaiting());
+}
+
+void TestMlvDumpTask::reportThatAnErrorEndsGivesItsTurnAway()
+{
+    class Thrower : public TaskWrapperDelegate, public TaskWrapperDataReceiver
+    {
+    public:
+        void receivedData(const QByteArray &, TaskWrapper &) override
+        {
+            throw std::runtime_error("no more");
+        }
+        void aborted() override {}
+    };
+    Thrower thrower;
+    m_task->setTaskWrapperdelegate(&thrower);
+    m_tools->addTool(mlvDump, QStringLiteral("echo up; exec sleep 1000"));
+    m_task->extractMeta();
+    const Crowd crowd;
+    QTRY_VERIFY(!crowd.isWaiting());
+    QVERIFY(!m_task->isRunning());
 }
 
 QTEST_GUILESS_MAIN(TestMlvDumpTask)

@@ -80,9 +80,17 @@ public:
     void receivedData(const QByteArray &data, TaskWrapper &) override
     {
         m_recorder.events << QStringLiteral("data ") + QString::fromUtf8(data);
+        if (onData)
+            onData();
     }
-    void receivedData(const QByteArray &data) override { drained += data; }
+    void receivedData(const QByteArray &data) override
+    {
+        drained += data;
+        if (onData)
+            onData();
+    }
     QByteArray drained;
+    std::function<void()> onData;
 };
 
 const QString terminateNotification = TaskWrapperTerminateNotification;
@@ -116,6 +124,10 @@ private Q_SLOTS:
     void bothOutputStreamsArriveMerged();
     void delegateWithoutLineReceiverGetsDataOnly();
     void linesWaitWhileTheDelegateRunsADialog();
+    void newRunIsHeardWhileTheOldOnesLineRunsADialog();
+    void childMayBeKilledBeforeADialog();
+    void restOfAChunkIsNotTakenForTheNewRuns();
+    void errorInABackgroundReadEndsTheRunSilently();
 
     void synchronousRunDeliversOneChunkAndAnswersFalse();
     void synchronousRunLeavesTheTerminationStatusAlone();
@@ -138,7 +150,9 @@ private Q_SLOTS:
     void abortWhileIdleStillTellsTheDelegate();
     void abortEndsTheChildThenTellsTheDelegate();
     void stopWithFlushDrainsThePipeUnsplit();
+    void errorWhileThePipeIsDrainedEndsTheRun();
     void stopFromInsideALineKeepsDeliveringTheChunk();
+    void stopInterruptsAChildThatIgnoresTermination();
     void childThatIgnoresBothSignalsIsKilled();
     void signalsReachTheChildrenOfTheChild();
     void childThatTheChildLeftBehindIsKilled_data();
@@ -295,6 +309,95 @@ void TestTaskWrapper::linesWaitWhileTheDelegateRunsADialog()
              (QStringList{QStringLiteral("line question"), QStringLiteral("answered"),
                           QStringLiteral("line same chunk"), QStringLiteral("line later"),
                           terminateNotification, QStringLiteral("terminated")}));
+}
+
+void TestTaskWrapper::newRunIsHeardWhileTheOldOnesLineRunsADialog()
+{
+    QTemporaryDir folder;
+    const QString heard = folder.filePath(QStringLiteral("heard"));
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    listener.onLine = [&](const QString &line) {
+        if (line == QLatin1String("new"))
+            QVERIFY(QFile(heard).open(QIODevice::WriteOnly));
+        if (line != QLatin1String("old"))
+            return;
+        wrapper.stop(false);
+        wrapper.runShell(QStringLiteral("echo new; until test -e '%1'; do sleep 0.01; done; "
+                                        "echo last")
+                             .arg(heard));
+        QTRY_VERIFY(!wrapper.isRunning());
+        wrapper.events << QStringLiteral("answered");
+    };
+    wrapper.runShell(QStringLiteral("echo old; exec sleep 1000"));
+    QTRY_VERIFY(wrapper.events.contains(QStringLiteral("answered")));
+    QCOMPARE(wrapper.events,
+             (QStringList{QStringLiteral("line old"), terminateNotification,
+                          QStringLiteral("terminated"), QStringLiteral("line new"),
+                          QStringLiteral("line last"), terminateNotification,
+                          QStringLiteral("terminated"), QStringLiteral("answered")}));
+}
+
+void TestTaskWrapper::childMayBeKilledBeforeADialog()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    listener.onLine = [&](const QString &line) {
+        const qint64 child = line.toLongLong();
+        wrapper.kill();
+        QTRY_VERIFY(!processRuns(child));
+        QTest::qWait(1); // what waits for its deletion is deleted
+        wrapper.events << QStringLiteral("answered");
+    };
+    wrapper.runShell(QStringLiteral("echo $$; exec sleep 1000"));
+    QTRY_COMPARE(wrapper.events.value(1), QStringLiteral("answered"));
+    QCOMPARE(wrapper.events.size(), 2);
+    QVERIFY(!wrapper.isRunning());
+}
+
+void TestTaskWrapper::restOfAChunkIsNotTakenForTheNewRuns()
+{
+    Recorder wrapper;
+    FullListener listener(wrapper);
+    listener.onLine = [&](const QString &line) {
+        if (line != QLatin1String("old"))
+            return;
+        wrapper.stop(false);
+        wrapper.events.clear();
+        wrapper.runShell(QStringLiteral("echo new"));
+    };
+    wrapper.runShell(QStringLiteral("printf 'old\\nrest\\n'; exec sleep 1000"));
+    QTRY_COMPARE(wrapper.events,
+                 (QStringList{QStringLiteral("data new\n"), QStringLiteral("line new"),
+                              terminateNotification, QStringLiteral("terminated")}));
+    listener.onLine = nullptr;
+    listener.onData = [&] {
+        listener.onData = nullptr;
+        wrapper.stop(false);
+        wrapper.events.clear();
+        wrapper.runShell(QStringLiteral("echo newest"));
+    };
+    wrapper.runShell(QStringLiteral("echo old; exec sleep 1000"));
+    QTRY_COMPARE(wrapper.events,
+                 (QStringList{QStringLiteral("data newest\n"), QStringLiteral("line newest"),
+                              terminateNotification, QStringLiteral("terminated")}));
+}
+
+void TestTaskWrapper::errorInABackgroundReadEndsTheRunSilently()
+{
+    Recorder wrapper;
+    FullListener listener(wrapper);
+    listener.onData = [] { throw std::runtime_error("no more"); };
+    wrapper.runShell(QStringLiteral("echo up; exec sleep 1000"));
+    QTRY_VERIFY(!wrapper.isRunning());
+    QCOMPARE(wrapper.events, QStringList{QStringLiteral("data up\n")});
+    QCOMPARE(wrapper.terminationStatus(), 0);
+    listener.onData = nullptr;
+    wrapper.events.clear();
+    wrapper.runShell(QStringLiteral("echo again"));
+    QTRY_COMPARE(wrapper.events,
+                 (QStringList{QStringLiteral("data again\n"), QStringLiteral("line again"),
+                              terminateNotification, QStringLiteral("terminated")}));
 }
 
 void TestTaskWrapper::synchronousRunDeliversOneChunkAndAnswersFalse()
@@ -504,6 +607,36 @@ void TestTaskWrapper::stopWithFlushDrainsThePipeUnsplit()
     QCOMPARE(wrapper.events, (QStringList{terminateNotification, QStringLiteral("terminated")}));
 }
 
+void TestTaskWrapper::errorWhileThePipeIsDrainedEndsTheRun()
+{
+    Recorder wrapper;
+    FullListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("trap 'echo last words; exec sleep 1000' TERM; echo $$; "
+                                    "while :; do :; done"));
+    QTRY_COMPARE(wrapper.events.size(), 2);
+    const qint64 child = wrapper.events.last().mid(5).toLongLong();
+    wrapper.events.clear();
+    listener.onData = [] { throw std::runtime_error("no more"); };
+    wrapper.stop(true);
+    QVERIFY(!wrapper.isRunning());
+    QCOMPARE(listener.drained, QByteArray("last words\n"));
+    QCOMPARE(wrapper.terminationStatus(), 0);
+    QCOMPARE(wrapper.events, (QStringList{terminateNotification, QStringLiteral("terminated")}));
+    ::kill(static_cast<pid_t>(child), SIGKILL);
+    QTRY_VERIFY(!processRuns(child));
+}
+
+void TestTaskWrapper::stopInterruptsAChildThatIgnoresTermination()
+{
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.runShell(QStringLiteral("trap '' TERM; trap 'exit 7' INT; echo up; "
+                                    "while :; do sleep 1000; done"));
+    QTRY_COMPARE(wrapper.events, lines({"up"}));
+    wrapper.stop(false);
+    QCOMPARE(wrapper.terminationStatus(), 7);
+}
+
 void TestTaskWrapper::stopFromInsideALineKeepsDeliveringTheChunk()
 {
     Recorder wrapper;
@@ -637,11 +770,10 @@ void TestTaskWrapper::childDiesWithTheApplication()
 void TestTaskWrapper::emptyEnvironmentIsPassedOn()
 {
     Recorder wrapper;
-    FullListener listener(wrapper);
+    LineListener listener(wrapper);
     wrapper.setEnvironmentVariables(QProcessEnvironment());
-    wrapper.setLaunchPath(QStringLiteral("/usr/bin/env"));
-    wrapper.startAndWaitUntilExit(true);
-    QCOMPARE(wrapper.events, QStringList{errorNotification});
+    wrapper.runShell(QStringLiteral("/usr/bin/tr '\\0' '\\n' < /proc/$$/environ; echo end"), true);
+    QCOMPARE(wrapper.events, (QStringList{QStringLiteral("line end"), errorNotification}));
 }
 
 void TestTaskWrapper::withoutEnvironmentTheChildInherits()

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void stopWithoutUnitsDoesNothing();
     void stopDropsQueuedDeliveries();
     void stopDiscardsQueuedValues();
+    void valueAfterStopWaitsForExecute();
     void stopDoesNotWaitForProcess();
     void stopTellsTheRunningProcess();
     void workerWaitsWithTheThirdValue();
@@ -316,6 +317,20 @@ void tst_SLUnitProcessManager::stopDiscardsQueuedValues()
     run.manager.execute();
     QTRY_COMPARE(run.receiver.values, Ints({9}));
     QCOMPARE(run.unit->seen(&TestUnit::entered), std::vector<int>({0, 9}));
+}
+
+void tst_SLUnitProcessManager::valueAfterStopWaitsForExecute()
+{
+    OneUnit run;
+    run.manager.execute();
+    run.unit->append({0});
+    QTRY_COMPARE(run.receiver.values, Ints({0})); // the worker is there, and waits
+    run.manager.stop();
+    run.unit->append({1});
+    QTest::qWait(50);
+    QCOMPARE(run.unit->seen(&TestUnit::entered), numbers(1));
+    run.manager.execute();
+    QTRY_COMPARE(run.receiver.values, Ints({0, 1}));
 }
 
 void tst_SLUnitProcessManager::stopDoesNotWaitForProcess()
