@@ -47,6 +47,9 @@ struct Development
     /// What is written for each value of the output colour, 65536 entries; at 8 bits 0 to 255.
     std::vector<std::uint16_t> tone;
 
+    /// The size after halving.
+    int pictureWidth() const;
+    int pictureHeight() const;
     /// The size of the result, after halving and stretching.
     int outputWidth() const;
     int outputHeight() const;

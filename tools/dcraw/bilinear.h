@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "lightrows.h"
+#include "rowsource.h"
+
+namespace dcraw {
+
+/// Each missing colour is the mean of the neighbours that have it.
+class Bilinear : public RowSource
+{
+public:
+    /// Both outlive it.
+    Bilinear(const Development &development, const SampleRows &samples);
+
+    void read(int first, Picture &rows) override;
+
+private:
+    const Development &m_development;
+    LightRows m_light;
+    int m_next; ///< the next row to scale
+};
+
+} // namespace dcraw

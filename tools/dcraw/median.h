@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "picture.h"
+
+namespace dcraw {
+
+/// Replaces the differences of red and blue to green by the median of three by three, `passes`
+/// times, on `threads` threads.
+void filterByMedian(Picture &picture, int passes, unsigned threads);
+
+} // namespace dcraw

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <hwy/aligned_allocator.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+namespace dcraw {
+
+constexpr std::size_t roundedUp(std::size_t value, std::size_t multiple)
+{
+    return (value + multiple - 1) / multiple * multiple;
+}
+
+/// `count` zeros that start where vectors like to start.
+template <typename T>
+hwy::AlignedFreeUniquePtr<T[]> alignedZeros(std::size_t count)
+{
+    auto values = hwy::AllocateAligned<T>(count);
+    if (!values)
+        throw std::bad_alloc();
+    std::fill_n(values.get(), count, T{});
+    return values;
+}
+
+/// Rows of pixels with a plane for each colour. What lies beyond a row's last column up to a
+/// multiple of 64 belongs to the row and means nothing, so that loops run in whole vectors.
+class Picture
+{
+public:
+    Picture(int width, int rows)
+        : m_width(width)
+        , m_rows(rows)
+        , m_stride(roundedUp(static_cast<std::size_t>(width), 64))
+        , m_values(alignedZeros<std::uint16_t>(3 * m_stride * static_cast<std::size_t>(rows)))
+    {
+    }
+
+    int width() const { return m_width; }
+    int rows() const { return m_rows; }
+    std::uint16_t *row(int colour, int y) { return &m_values[offset(colour, y)]; }
+    const std::uint16_t *row(int colour, int y) const { return &m_values[offset(colour, y)]; }
+
+private:
+    std::size_t offset(int colour, int y) const
+    {
+        return static_cast<std::size_t>(3 * y + colour) * m_stride;
+    }
+
+    int m_width;
+    int m_rows;
+    std::size_t m_stride;
+    hwy::AlignedFreeUniquePtr<std::uint16_t[]> m_values;
+};
+
+} // namespace dcraw
