@@ -12,7 +12,8 @@ HWY_BEFORE_NAMESPACE();
 namespace dcraw::HWY_NAMESPACE {
 namespace {
 
-/// Fills the zeros of `here` that have enough known neighbours. Answers whether there are any.
+/// Fills the zeros of `here` that have enough known neighbours, in `result`, which is equal to
+/// `here` before. Answers whether there are any.
 bool spreadRow(const float *above, const float *here, const float *below, float *result,
                std::size_t columns)
 {
@@ -20,6 +21,10 @@ bool spreadRow(const float *above, const float *here, const float *below, float 
     const Floats two = hn::Set(floatTag, 2);
     bool hasChanged = false;
     for (std::size_t i = 0; i < columns; i += hn::Lanes(floatTag)) {
+        const Floats before = hn::LoadU(floatTag, here + i);
+        const auto isUnknown = hn::Eq(before, zero);
+        if (hn::AllFalse(floatTag, isUnknown))
+            continue;
         Floats sum = zero;
         Floats weights = zero;
         const auto addCorner = [&](const float *from) HWY_ATTR {
@@ -42,8 +47,7 @@ bool spreadRow(const float *above, const float *here, const float *below, float 
         addSide(below);
         addCorner(below - 1);
         addSide(here - 1);
-        const Floats before = hn::LoadU(floatTag, here + i);
-        const auto isFilled = hn::And(hn::Eq(before, zero), hn::Gt(weights, hn::Set(floatTag, 3)));
+        const auto isFilled = hn::And(isUnknown, hn::Gt(weights, hn::Set(floatTag, 3)));
         const Floats mean = hn::Div(hn::Add(sum, two), hn::Add(weights, two));
         hn::StoreU(hn::IfThenElse(isFilled, mean, before), floatTag, result + i);
         hasChanged = hasChanged || !hn::AllFalse(floatTag, isFilled);

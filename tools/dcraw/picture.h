@@ -40,6 +40,8 @@ public:
 
     int width() const { return m_width; }
     int rows() const { return m_rows; }
+    /// From a row of a colour to the next row of that colour.
+    std::size_t stride() const { return 3 * m_stride; }
     std::uint16_t *row(int colour, int y) { return &m_values[offset(colour, y)]; }
     const std::uint16_t *row(int colour, int y) const { return &m_values[offset(colour, y)]; }
 
