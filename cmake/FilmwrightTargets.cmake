@@ -68,6 +68,10 @@ endfunction()
 # filmwright_bundled_tool(TARGET)
 # The program is built into the resources folder and installed into the private libexec folder.
 function(filmwright_bundled_tool target)
+    # A build tree from before the tool was ours has a link there, which nobody may write through.
+    if(IS_SYMLINK "${FILMWRIGHT_RESOURCES_DIR}/${target}")
+        file(REMOVE "${FILMWRIGHT_RESOURCES_DIR}/${target}")
+    endif()
     set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY "${FILMWRIGHT_RESOURCES_DIR}")
     install(TARGETS ${target} RUNTIME DESTINATION "${FILMWRIGHT_LIBEXECDIR}")
 endfunction()

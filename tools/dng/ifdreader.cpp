@@ -24,76 +24,81 @@ Value numberAt(std::span<const std::byte> bytes, std::size_t offset)
     return value;
 }
 
-class Reader
+} // namespace
+
+DirectoryReader::DirectoryReader(const mlv::File &file)
+    : m_file(file)
+    , m_bytesLeft(file.size())
 {
-public:
-    explicit Reader(const mlv::File &file)
-        : m_file(file)
-        , m_bytesLeft(file.size())
-    {
-    }
+}
 
-    std::uint32_t firstDirectory()
-    {
-        const auto header = bytes(0, headerBytes);
-        if (!std::equal(littleEndian.begin(), littleEndian.end(), header.begin())) {
-            throw mlv::Error("is not a little-endian TIFF file");
-        }
-        return numberAt<std::uint32_t>(header, 4);
+std::uint32_t DirectoryReader::firstDirectory()
+{
+    const auto header = bytes(0, headerBytes);
+    if (!std::equal(littleEndian.begin(), littleEndian.end(), header.begin())) {
+        throw mlv::Error("is not a little-endian TIFF file");
     }
+    return numberAt<std::uint32_t>(header, 4);
+}
 
-    Ifd directory(std::uint32_t offset)
-    {
-        const std::size_t count = numberAt<std::uint16_t>(bytes(offset, 2), 0);
-        const auto entries = bytes(std::uint64_t{offset} + 2, count * entryBytes);
-        Ifd ifd;
-        for (std::size_t i = 0; i < count; ++i) {
-            addField(ifd, std::span(entries).subspan(i * entryBytes, entryBytes));
-        }
-        return ifd;
-    }
-
-private:
-    void addField(Ifd &ifd, std::span<const std::byte> entry)
-    {
+std::vector<Entry> DirectoryReader::entries(std::uint32_t directory)
+{
+    const std::size_t count = numberAt<std::uint16_t>(bytes(directory, 2), 0);
+    const auto table = bytes(std::uint64_t{directory} + 2, count * entryBytes);
+    std::vector<Entry> entries;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto entry = std::span(table).subspan(i * entryBytes, entryBytes);
         const auto type = static_cast<FieldType>(numberAt<std::uint16_t>(entry, 2));
-        const auto count = numberAt<std::uint32_t>(entry, 4);
-        const std::uint64_t size = std::uint64_t{count} * sizeOf(type);
-        if (size == 0) {
-            return;
-        }
-        Field field{type, count, {}};
+        Field field{type, numberAt<std::uint32_t>(entry, 4), {}};
+        const std::uint64_t size = std::uint64_t{field.count} * sizeOf(type);
         if (size <= inlineBytes) {
             const auto value = entry.subspan(8, static_cast<std::size_t>(size));
             field.data.assign(value.begin(), value.end());
         } else {
             field.data = bytes(numberAt<std::uint32_t>(entry, 8), size);
         }
-        ifd.set(numberAt<std::uint16_t>(entry, 0), std::move(field));
+        entries.push_back({numberAt<std::uint16_t>(entry, 0), std::move(field)});
     }
+    return entries;
+}
 
-    // The parts of a sound file don't overlap, so that together they are no larger than the file.
-    std::vector<std::byte> bytes(std::uint64_t offset, std::uint64_t size)
-    {
-        if (offset > m_file.size() || size > m_file.size() - offset || size > m_bytesLeft) {
-            throw mlv::Error("is a damaged TIFF file");
+std::uint32_t DirectoryReader::successor(std::uint32_t directory)
+{
+    const std::uint64_t count = numberAt<std::uint16_t>(bytes(directory, 2), 0);
+    return numberAt<std::uint32_t>(bytes(directory + 2 + count * entryBytes, 4), 0);
+}
+
+// The parts of a sound file don't overlap, so that together they are no larger than the file.
+std::vector<std::byte> DirectoryReader::bytes(std::uint64_t offset, std::uint64_t size)
+{
+    if (offset > m_file.size() || size > m_file.size() - offset || size > m_bytesLeft) {
+        throw mlv::Error("is a damaged TIFF file");
+    }
+    m_bytesLeft -= size;
+    std::vector<std::byte> result(static_cast<std::size_t>(size));
+    m_file.read(offset, result);
+    return result;
+}
+
+namespace {
+
+Ifd ifdOf(std::vector<Entry> entries)
+{
+    Ifd ifd;
+    for (Entry &entry : entries) {
+        if (!entry.field.data.empty()) {
+            ifd.set(entry.tag, std::move(entry.field));
         }
-        m_bytesLeft -= size;
-        std::vector<std::byte> result(static_cast<std::size_t>(size));
-        m_file.read(offset, result);
-        return result;
     }
-
-    const mlv::File &m_file;
-    std::uint64_t m_bytesLeft;
-};
+    return ifd;
+}
 
 } // namespace
 
 Directories readDirectories(const mlv::File &file)
 {
-    Reader reader(file);
-    const Ifd all = reader.directory(reader.firstDirectory());
+    DirectoryReader reader(file);
+    const Ifd all = ifdOf(reader.entries(reader.firstDirectory()));
     Directories directories;
     for (const auto &[tag, field] : all.fields()) {
         if (tag != tag::exifIfd && tag != tag::subIfds && tag != tag::gpsIfd) {
@@ -102,7 +107,7 @@ Directories readDirectories(const mlv::File &file)
     }
     const auto exifOffset = wholeNumbers(all, tag::exifIfd);
     if (!exifOffset.empty()) {
-        directories.exif = reader.directory(exifOffset.front());
+        directories.exif = ifdOf(reader.entries(exifOffset.front()));
     }
     return directories;
 }

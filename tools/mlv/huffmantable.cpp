@@ -81,6 +81,7 @@ void HuffmanTable::fillLookup()
 
 std::uint16_t HuffmanTable::decodeSlowly(BitReader &reader, bool &invalid) const
 {
+    reader.refill();
     const std::uint32_t next = reader.peek(maxCodeLength);
     for (int length = 1; length <= maxCodeLength; ++length) {
         const auto &codes = m_codes[static_cast<std::size_t>(length)];
@@ -91,6 +92,7 @@ std::uint16_t HuffmanTable::decodeSlowly(BitReader &reader, bool &invalid) const
             reader.skip(length);
             const std::uint32_t bits = extra == 0 ? 0 : reader.peek(extra);
             reader.skip(extra);
+            reader.refill();
             return difference(bits, size);
         }
     }

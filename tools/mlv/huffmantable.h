@@ -19,8 +19,10 @@ public:
     /// in the order of the codes. Throws Error when they are no prefix code of difference sizes.
     HuffmanTable(std::span<const std::byte, 16> lengthCounts, std::span<const std::byte> symbols);
 
-    /// The next difference, modulo 2^16. The reader holds at least 32 bits. A bit pattern that no
-    /// code begins with sets `invalid`.
+    /// How many differences are decoded after one refill() of the reader.
+    static constexpr std::size_t differencesPerRefill = 4;
+
+    /// The next difference, modulo 2^16. A bit pattern that no code begins with sets `invalid`.
     [[nodiscard]] std::uint16_t decode(BitReader &reader, bool &invalid) const
     {
         const Entry entry = m_entries[reader.peek(lookupBits)];
@@ -31,9 +33,16 @@ public:
         return decodeSlowly(reader, invalid);
     }
 
+    /// Whether both have the same codes.
+    bool operator==(const HuffmanTable &other) const
+    {
+        return m_codes == other.m_codes && m_symbols == other.m_symbols;
+    }
+
 private:
     // 13 bits hold most codes of camera footage together with their differences, in 32 KiB.
     static constexpr int lookupBits = 13;
+    static_assert(lookupBits * differencesPerRefill <= BitReader::refilledBits);
     static constexpr int maxCodeLength = 16;
 
     struct Entry
@@ -50,6 +59,8 @@ private:
         std::uint32_t firstCode;
         std::uint32_t count;
         std::size_t firstSymbol;
+
+        bool operator==(const CodesOfLength &) const = default;
     };
 
     std::array<CodesOfLength, maxCodeLength + 1> m_codes{};

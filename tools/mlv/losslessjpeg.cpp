@@ -5,6 +5,9 @@
 
 #include "mlv/bitreader.h"
 #include "mlv/error.h"
+#include "mlv/scandata.h"
+
+#include <algorithm>
 
 namespace mlv {
 namespace {
@@ -57,16 +60,29 @@ template <int predictor, std::size_t fixedComponents>
 void decodeRestOfLine(Scan &scan)
 {
     const std::size_t components = fixedComponents > 0 ? fixedComponents : scan.components;
+    constexpr std::size_t groupSize =
+        fixedComponents > 0 ? HuffmanTable::differencesPerRefill / fixedComponents * fixedComponents
+                            : 1;
     BitReader reader = scan.reader; // a copy stays in registers
     bool invalid = false;
     std::uint16_t *sample = scan.line + components;
-    const std::uint16_t *const end = scan.line + scan.lineLength;
-    while (sample < end) {
-        for (std::size_t component = 0; component < components; ++component, ++sample) {
-            reader.refill();
-            const auto difference = scan.tables[component]->decode(reader, invalid);
-            *sample = add(predict<predictor>(sample, components, scan.lineLength), difference);
+    std::uint16_t *const end = scan.line + scan.lineLength;
+    std::size_t component = 0;
+    const auto decodeNext = [&] {
+        const auto difference = scan.tables[component]->decode(reader, invalid);
+        *sample = add(predict<predictor>(sample, components, scan.lineLength), difference);
+        ++sample;
+        component = component + 1 == components ? 0 : component + 1;
+    };
+    while (static_cast<std::size_t>(end - sample) >= groupSize) {
+        reader.refill();
+        for (std::size_t i = 0; i < groupSize; ++i) {
+            decodeNext();
         }
+    }
+    while (sample < end) {
+        reader.refill();
+        decodeNext();
     }
     scan.reader = reader;
     scan.invalid = scan.invalid || invalid;
@@ -108,10 +124,26 @@ void decodeStartOfLine(Scan &scan, bool isFirstLine, std::uint16_t middle)
     }
 }
 
+using Tables = std::array<const HuffmanTable *, maxComponents>;
+
+/// The table of each component. Equal ones share the first, which then stays in the cache.
+Tables tablesOf(const LosslessJpegHeader &header)
+{
+    Tables tables{};
+    for (std::size_t i = 0; i < static_cast<std::size_t>(header.shape.components); ++i) {
+        const HuffmanTable &own = *header.tables[header.tableOfComponent[i]];
+        const auto equal =
+            std::find_if(tables.begin(), tables.begin() + static_cast<std::ptrdiff_t>(i),
+                         [&own](const HuffmanTable *table) { return *table == own; });
+        tables[i] = *equal == nullptr ? &own : *equal;
+    }
+    return tables;
+}
+
 constexpr std::byte markerStart{0xff};
 constexpr std::byte endOfImage{0xd9};
 
-/// The size of the stream up to and with its end marker, which the bit reader does not pass.
+/// The size of the stream up to and with its end marker.
 std::size_t streamEnd(std::span<const std::byte> stream, std::size_t position)
 {
     for (std::size_t i = position; i + 1 < stream.size(); ++i) {
@@ -129,24 +161,16 @@ LosslessJpegShape losslessJpegShape(std::span<const std::byte> stream)
     return readLosslessJpegHeader(stream).shape;
 }
 
-std::size_t decodeLosslessJpeg(std::span<const std::byte> stream, std::span<std::uint16_t> samples)
+std::size_t decodeLosslessLines(const LosslessJpegHeader &header, std::span<const std::byte> stream,
+                                std::span<std::uint16_t> samples)
 {
-    const auto header = readLosslessJpegHeader(stream);
     const auto &shape = header.shape;
-    if (shape.sampleCount() != samples.size()) {
-        throw Error("has a lossless picture of another size");
-    }
-    const auto components = static_cast<std::size_t>(shape.components);
-    Scan scan{BitReader(stream.subspan(header.scanStart)),
-              samples.data(),
-              static_cast<std::size_t>(shape.width) * components,
-              {},
-              components};
-    for (std::size_t component = 0; component < components; ++component) {
-        scan.tables[component] = &*header.tables[header.tableOfComponent[component]];
-    }
+    const ScanData data = takeScanData(stream.subspan(header.scanStart));
+    Scan scan{BitReader(data.bytes), samples.data(), shape.lineLength(), tablesOf(header),
+              static_cast<std::size_t>(shape.components)};
     const auto middle = static_cast<std::uint16_t>(1U << (shape.precision - 1));
-    for (int line = 0; line < shape.lines; ++line) {
+    const std::size_t lines = samples.size() / shape.lineLength();
+    for (std::size_t line = 0; line < lines; ++line) {
         decodeStartOfLine(scan, line == 0, middle);
         lineDecoder(line == 0 ? 1 : header.predictor)(scan);
         scan.line += scan.lineLength;
@@ -154,7 +178,16 @@ std::size_t decodeLosslessJpeg(std::span<const std::byte> stream, std::span<std:
             throw Error("has a lossless picture that is damaged or cut off");
         }
     }
-    return streamEnd(stream, header.scanStart + scan.reader.position());
+    return header.scanStart + data.storedSize;
+}
+
+std::size_t decodeLosslessJpeg(std::span<const std::byte> stream, std::span<std::uint16_t> samples)
+{
+    const auto header = readLosslessJpegHeader(stream);
+    if (header.shape.sampleCount() != samples.size()) {
+        throw Error("has a lossless picture of another size");
+    }
+    return streamEnd(stream, decodeLosslessLines(header, stream, samples));
 }
 
 } // namespace mlv

@@ -16,10 +16,14 @@ struct LosslessJpegShape
     int lines;
     int components; ///< 1 to 4
 
+    /// Samples a line of all components.
+    [[nodiscard]] std::size_t lineLength() const
+    {
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(components);
+    }
     [[nodiscard]] std::size_t sampleCount() const
     {
-        return static_cast<std::size_t>(width) * static_cast<std::size_t>(lines) *
-               static_cast<std::size_t>(components);
+        return lineLength() * static_cast<std::size_t>(lines);
     }
 };
 

@@ -68,8 +68,9 @@ void readTables(ByteReader segment, LosslessJpegHeader &header)
     }
 }
 
-void readFrameHeader(ByteReader segment, LosslessJpegShape &shape, Components &components)
+void readFrameHeader(ByteReader segment, LosslessJpegHeader &header, Components &components)
 {
+    LosslessJpegShape &shape = header.shape;
     shape.precision = segment.byte();
     shape.lines = segment.word();
     shape.width = segment.word();
@@ -87,6 +88,7 @@ void readFrameHeader(ByteReader segment, LosslessJpegShape &shape, Components &c
         if (shape.components > 1 && component.sampling != notSubsampled) {
             throw Error("has a lossless picture with subsampled components");
         }
+        header.hasSamplingFactors = component.sampling != notSubsampled;
     }
 }
 
@@ -124,18 +126,22 @@ LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream)
     while (true) {
         const int marker = reader.word() - 0xff00;
         const int length = reader.word();
-        ByteReader segment(reader.take(static_cast<std::size_t>(length < 2 ? 0 : length - 2)));
+        if (length < 2) {
+            throw Error("has a lossless picture without a whole header");
+        }
+        ByteReader segment(reader.take(static_cast<std::size_t>(length - 2)));
         switch (marker) {
         case marker::huffmanTables:
             readTables(segment, header);
             break;
         case marker::startOfFrameLossless:
-            readFrameHeader(segment, header.shape, components);
+            readFrameHeader(segment, header, components);
             break;
         case marker::restartInterval:
             if (segment.word() != 0) {
                 throw Error("has a lossless picture with restart intervals, which cannot be read");
             }
+            header.hasRestartInterval = true;
             break;
         case marker::startOfScan:
             if (header.shape.components == 0) {

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "dcraw/development.h"
+#include "dcraw/negative.h"
+#include "mlv/file.h"
+
+#include <memory>
+
+namespace dcraw {
+
+/// The samples of an uncompressed frame: a stream of bits, the most significant first, in which
+/// each row starts on a new byte; at 16 bits little-endian words. Throws NotCovered when the strip
+/// is too short for the frame, mlv::Error when it can't be read.
+[[nodiscard]] std::unique_ptr<SampleRows> readPackedRows(const mlv::File &file,
+                                                         const Negative &negative);
+
+} // namespace dcraw
