@@ -1,14 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Compiled once for each instruction set.
-#include "highlightblocks.h"
+#include "dcraw/highlightblocks.h"
 
 #include <algorithm>
+
+#include "dcraw/instructionset.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dcraw/highlightblocks.cpp"
 #include <hwy/foreach_target.h> // before highway.h
 
-#include "vectors-inl.h"
+#include "dcraw/vectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace dcraw::HWY_NAMESPACE {
@@ -117,23 +119,19 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace dcraw {
 
-HWY_EXPORT(largest);
-HWY_EXPORT(ratioRow);
-HWY_EXPORT(raiseRow);
-
 std::uint16_t largestValue(const std::uint16_t *values, std::size_t columns)
 {
-    return HWY_DYNAMIC_DISPATCH(largest)(values, columns);
+    return DCRAW_VARIANT(largest)(values, columns);
 }
 
 void findRatios(const BlockRow &blocks, int saturation, float *ratios)
 {
-    HWY_DYNAMIC_DISPATCH(ratioRow)(blocks, saturation, ratios);
+    DCRAW_VARIANT(ratioRow)(blocks, saturation, ratios);
 }
 
 void raise(const RaisedRow &row, int clipped, std::size_t columns)
 {
-    HWY_DYNAMIC_DISPATCH(raiseRow)(row, clipped, columns);
+    DCRAW_VARIANT(raiseRow)(row, clipped, columns);
 }
 
 } // namespace dcraw

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "highlightmap.h"
+#include "dcraw/highlightmap.h"
 
-#include "highlightblocks.h"
-#include "highlightspread.h"
+#include "dcraw/highlightblocks.h"
+#include "dcraw/highlightspread.h"
 
 #include <algorithm>
 

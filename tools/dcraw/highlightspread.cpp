@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Compiled once for each instruction set.
-#include "highlightspread.h"
+#include "dcraw/highlightspread.h"
+
+#include "dcraw/instructionset.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dcraw/highlightspread.cpp"
 #include <hwy/foreach_target.h> // before highway.h
 
-#include "vectors-inl.h"
+#include "dcraw/vectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace dcraw::HWY_NAMESPACE {
@@ -65,13 +67,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace dcraw {
 
-HWY_EXPORT(spreadRow);
-
 RatioGrid::RatioGrid(int width, int height)
     : m_width(width)
     , m_height(height)
     , m_stride(roundedUp(static_cast<std::size_t>(width), 16) + lead)
-    , m_values(alignedZeros<float>(static_cast<std::size_t>(height + 2) * m_stride + lead))
+    , m_values(static_cast<std::size_t>(height + 2) * m_stride + lead)
     , m_changed(static_cast<std::size_t>(height + 2), 1)
 {
 }
@@ -98,8 +98,8 @@ bool RatioGrid::spreadOnce()
         if (!m_changed[i - 1] && !m_changed[i] && !m_changed[i + 1])
             continue;
         const float *above = y == 0 ? row(-1) : kept[(y + 1) % 2].data() + 1;
-        changed[i] = HWY_DYNAMIC_DISPATCH(spreadRow)(above, before.data() + 1, row(y + 1), row(y),
-                                                     static_cast<std::size_t>(m_width));
+        changed[i] = DCRAW_VARIANT(spreadRow)(above, before.data() + 1, row(y + 1), row(y),
+                                              static_cast<std::size_t>(m_width));
         hasChanged = hasChanged || changed[i];
     }
     m_changed = std::move(changed);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "pixelpacker.h"
+#include "dcraw/pixelpacker.h"
 
 #include <algorithm>
 #include <array>
