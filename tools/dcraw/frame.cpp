@@ -18,24 +18,17 @@
 namespace dcraw {
 namespace {
 
-/// The pattern as the active area sees it, with the second green told apart.
-std::array<std::array<std::uint8_t, 2>, 2> activePattern(const Negative &negative)
+/// The pattern with the second green told apart. It counts from the corner of the active area,
+/// wherever that is.
+std::array<std::array<std::uint8_t, 2>, 2> pattern(const Negative &negative)
 {
     constexpr std::uint8_t green = 1;
     constexpr std::uint8_t blue = 2;
     constexpr std::uint8_t secondGreen = 3;
-    std::array<std::array<std::uint8_t, 2>, 2> pattern{};
-    for (std::size_t row = 0; row < 2; ++row) {
-        const std::size_t cellRow = (row + static_cast<std::size_t>(negative.active.top)) % 2;
-        for (std::size_t column = 0; column < 2; ++column) {
-            const std::size_t cellColumn =
-                (column + static_cast<std::size_t>(negative.active.left)) % 2;
-            pattern[row][column] = negative.pattern[cellRow * 2 + cellColumn];
-        }
-        if (pattern[row][0] == blue || pattern[row][1] == blue) {
-            std::replace(pattern[row].begin(), pattern[row].end(), green, secondGreen);
-        }
-    }
+    const auto &cell = negative.pattern;
+    std::array<std::array<std::uint8_t, 2>, 2> pattern{{{cell[0], cell[1]}, {cell[2], cell[3]}}};
+    auto &rowOfBlue = cell[0] == blue || cell[1] == blue ? pattern[0] : pattern[1];
+    std::replace(rowOfBlue.begin(), rowOfBlue.end(), green, secondGreen);
     return pattern;
 }
 
@@ -92,7 +85,7 @@ Development developmentOf(const Negative &negative, const Options &options)
     Development development;
     development.width = negative.active.width();
     development.height = negative.active.height();
-    development.pattern = activePattern(negative);
+    development.pattern = pattern(negative);
     development.black = static_cast<std::int32_t>(negative.black);
     development.interpolation = interpolation(options);
     development.medianPasses = options.medianPasses;

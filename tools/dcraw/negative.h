@@ -32,7 +32,7 @@ struct Negative
     bool isLosslessJpeg = false;
     std::uint32_t stripOffset = 0;
     std::uint32_t stripBytes = 0; ///< the strip lies inside the file
-    /// The colours of a 2 × 2 cell of the frame, row by row: 0 red, 1 green, 2 blue.
+    /// The colours of a 2 × 2 cell, row by row: 0 red, 1 green, 2 blue.
     std::array<std::uint8_t, 4> pattern{};
     std::uint32_t black = 0; ///< at most 65535, below `white`
     std::uint32_t white = 0;
