@@ -2,6 +2,7 @@
 #include "cli/capabilitycommands.h"
 
 #include "cli/commandline.h"
+#include "cli/developer.h"
 #include "cli/missingtools.h"
 #include "encoding/ffmpegtask.h"
 #include "project/mlvprojectcontroller.h"
@@ -67,6 +68,31 @@ void printEncodersAsText(const QMap<QString, CapabilityList> &options)
     }
 }
 
+QJsonValue orNull(const QString &value)
+{
+    return value.isEmpty() ? QJsonValue() : value;
+}
+
+QJsonObject toolAsJson(const QString &name, const QString &path,
+                       const std::optional<Developer> &developer)
+{
+    QJsonObject tool{{QStringLiteral("name"), name}, {QStringLiteral("path"), orNull(path)}};
+    if (developer) {
+        tool.insert(QStringLiteral("program"), developer->program);
+        tool.insert(QStringLiteral("covers"), orNull(developer->covers));
+        tool.insert(QStringLiteral("other"), orNull(developer->other));
+    }
+    return tool;
+}
+
+void printTool(const QString &name, const QString &path, const std::optional<Developer> &developer)
+{
+    const QString line = QStringLiteral("%1 %2");
+    printLine(line.arg(name, -10).arg(path.isNull() ? text("missing") : path));
+    if (developer)
+        printLine(line.arg(QString(), -10).arg(describe(*developer)));
+}
+
 } // namespace
 
 int runEncoders(const QStringList &arguments)
@@ -95,11 +121,12 @@ int runTools(const QStringList &arguments)
     const QStringList names = MLVProjectController::toolNames(true);
     for (const QString &name : names) {
         const QString path = resourcePath(name);
-        tools << QJsonObject{{QStringLiteral("name"), name},
-                             {QStringLiteral("path"), path.isNull() ? QJsonValue() : path}};
+        const auto developer = name == QLatin1String("dcraw") && !path.isNull()
+                                   ? askDeveloper(path)
+                                   : std::nullopt;
+        tools << toolAsJson(name, path, developer);
         if (!parser.isSet(json))
-            printLine(
-                QStringLiteral("%1 %2").arg(name, -10).arg(path.isNull() ? text("missing") : path));
+            printTool(name, path, developer);
     }
     if (parser.isSet(json))
         printJson(QJsonDocument(tools));

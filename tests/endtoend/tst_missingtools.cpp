@@ -7,6 +7,9 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 
 class TestMissingTools : public QObject
@@ -23,6 +26,9 @@ private Q_SLOTS:
     void otherCommandsNameTheirToolToo_data();
     void otherCommandsNameTheirToolToo();
     void listOfToolsTellsWhereTheyAre();
+    void listOfToolsTellsWhatDevelops_data();
+    void listOfToolsTellsWhatDevelops();
+    void otherDcrawIsNotMissed();
 
 private:
     /// Every tool but the one, in a folder that is the only place to look besides the program's
@@ -129,6 +135,60 @@ void TestMissingTools::listOfToolsTellsWhereTheyAre()
                      QStringLiteral("dcraw      ") + m_tools->path() + QStringLiteral("/dcraw"),
                      QStringLiteral("ffmpeg     ") + m_tools->path() + QStringLiteral("/ffmpeg"),
                      QStringLiteral("cr2hdr     ") + m_tools->path() + QStringLiteral("/cr2hdr")}));
+}
+
+void TestMissingTools::listOfToolsTellsWhatDevelops_data()
+{
+    QTest::addColumn<QString>("other");
+    QTest::addColumn<bool>("isForced");
+    QTest::newRow("ours, no other") << QString() << false;
+    QTest::newRow("ours and another") << QStringLiteral("dcraw") << false;
+    QTest::newRow("another for everything") << QStringLiteral("anything") << true;
+}
+
+void TestMissingTools::listOfToolsTellsWhatDevelops()
+{
+    QFETCH(QString, other);
+    QFETCH(bool, isForced);
+    provideAllBut(QString());
+    const QTemporaryDir others;
+    const QString path = other.isEmpty() ? QString() : others.path() + u'/' + other;
+    if (!other.isEmpty()) {
+        QVERIFY(QFile::link(realTool(QStringLiteral("ffmpeg")), path)); // isn't run
+    }
+    m_cli->environment.insert(QStringLiteral("PATH"), others.path());
+    m_cli->environment.insert(QStringLiteral("FILMWRIGHT_DCRAW"), isForced ? path : QString());
+
+    QVERIFY(m_cli->run({QStringLiteral("tools")}));
+    QCOMPARE(m_cli->status(), 0);
+    const QString line = m_cli->output().at(2);
+    const QString ours = QStringLiteral(" develops DNGs of mlv_dump and cr2hdr");
+    if (isForced) {
+        QCOMPARE(line.trimmed(),
+                 QStringLiteral("FILMWRIGHT_DCRAW has %1 develop everything").arg(path));
+    } else {
+        QVERIFY(line.startsWith(QStringLiteral("           Filmwright dcraw ")));
+        QVERIFY(line.endsWith(
+            other.isEmpty()
+                ? ours + QStringLiteral("; no other dcraw was found, so other DNGs aren't developed")
+                : ours + QStringLiteral(", and %1 the rest").arg(path)));
+    }
+
+    QVERIFY(m_cli->run({QStringLiteral("tools"), QStringLiteral("--json")}));
+    const QByteArray json = m_cli->output().join(u'\n').toUtf8();
+    const QJsonObject tool = QJsonDocument::fromJson(json).array().at(1).toObject();
+    QCOMPARE(tool[QStringLiteral("name")].toString(), QStringLiteral("dcraw"));
+    QVERIFY(tool[QStringLiteral("program")].toString().startsWith(QStringLiteral("Filmwright")));
+    QCOMPARE(tool[QStringLiteral("covers")].isNull(), isForced);
+    QCOMPARE(tool[QStringLiteral("other")].toString(), path);
+}
+
+void TestMissingTools::otherDcrawIsNotMissed()
+{
+    provideAllBut(QString());
+    QVERIFY(m_cli->run({QStringLiteral("convert"), m_clip}));
+    QCOMPARE(m_cli->status(), 0);
+    QCOMPARE(m_cli->output(), QStringList{m_folder->filePath(QStringLiteral("clip.mov"))});
 }
 
 QTEST_GUILESS_MAIN(TestMissingTools)

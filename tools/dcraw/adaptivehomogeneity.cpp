@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "adaptivehomogeneity.h"
+#include "dcraw/adaptivehomogeneity.h"
 
 namespace dcraw {
 namespace {

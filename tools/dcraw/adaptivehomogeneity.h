@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "homogeneity.h"
-#include "lightrows.h"
-#include "rowsource.h"
+#include "dcraw/homogeneity.h"
+#include "dcraw/lightrows.h"
+#include "dcraw/rowsource.h"
 
 namespace dcraw {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "bands.h"
+#include "dcraw/bands.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "highlightmap.h"
+#include "dcraw/highlightmap.h"
 
 #include <mutex>
 #include <optional>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "bilinear.h"
+#include "dcraw/bilinear.h"
 
 namespace dcraw {
 

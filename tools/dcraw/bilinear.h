@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "lightrows.h"
-#include "rowsource.h"
+#include "dcraw/lightrows.h"
+#include "dcraw/rowsource.h"
 
 namespace dcraw {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Must be compiled with -ffp-contract=off.
-#include "blend.h"
+#include "dcraw/blend.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "development.h"
-#include "picture.h"
+#include "dcraw/development.h"
+#include "dcraw/picture.h"
 
 namespace dcraw {
 

@@ -1,16 +1,18 @@
 // SPDX-License-Identifier: MIT
 // Compiled once for each instruction set.
-#include "candidates.h"
+#include "dcraw/candidates.h"
 
-#include "cuberoots.h"
+#include "dcraw/cuberoots.h"
 
 #include <algorithm>
+
+#include "dcraw/instructionset.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dcraw/candidates.cpp"
 #include <hwy/foreach_target.h> // before highway.h
 
-#include "vectors-inl.h"
+#include "dcraw/vectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace dcraw::HWY_NAMESPACE {
@@ -171,23 +173,19 @@ void Range::include(Range other)
     high = std::max(high, other.high);
 }
 
-HWY_EXPORT(greenRow);
-HWY_EXPORT(anyOppositeRow);
-HWY_EXPORT(anyRedBlueRow);
-
 void findGreen(const GreenRow &row, std::size_t columns)
 {
-    HWY_DYNAMIC_DISPATCH(greenRow)(row, columns);
+    DCRAW_VARIANT(greenRow)(row, columns);
 }
 
 Both<Range> findOpposite(const OppositeRow &row, const Matrix &toXyz, std::size_t columns)
 {
-    return HWY_DYNAMIC_DISPATCH(anyOppositeRow)(row, toXyz, columns);
+    return DCRAW_VARIANT(anyOppositeRow)(row, toXyz, columns);
 }
 
 Both<Range> findRedAndBlue(const RedBlueRow &row, const Matrix &toXyz, std::size_t columns)
 {
-    return HWY_DYNAMIC_DISPATCH(anyRedBlueRow)(row, toXyz, columns);
+    return DCRAW_VARIANT(anyRedBlueRow)(row, toXyz, columns);
 }
 
 } // namespace dcraw

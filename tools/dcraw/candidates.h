@@ -3,7 +3,7 @@
 // the columns (1). Each function makes one row, or the half of a row that has the sampled colour.
 #pragma once
 
-#include "development.h"
+#include "dcraw/development.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The compiler computes the table: a frame is developed in less time than its 65,536 powers take.
-#include "cuberoots.h"
+#include "dcraw/cuberoots.h"
 
 #include <bit>
 #include <cstddef>

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "adaptivehomogeneity.h"
-#include "bands.h"
-#include "bilinear.h"
-#include "blend.h"
-#include "development.h"
-#include "halfsize.h"
-#include "median.h"
-#include "outputcolour.h"
-#include "parallel.h"
-#include "rowwriter.h"
+#include "dcraw/adaptivehomogeneity.h"
+#include "dcraw/bands.h"
+#include "dcraw/bilinear.h"
+#include "dcraw/blend.h"
+#include "dcraw/development.h"
+#include "dcraw/halfsize.h"
+#include "dcraw/median.h"
+#include "dcraw/outputcolour.h"
+#include "dcraw/parallel.h"
+#include "dcraw/rowwriter.h"
 
 #include <atomic>
 #include <memory>

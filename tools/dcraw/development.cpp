@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "development.h"
+#include "dcraw/development.h"
 
 namespace dcraw {
 namespace {

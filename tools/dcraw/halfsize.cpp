@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "halfsize.h"
+#include "dcraw/halfsize.h"
 
 namespace dcraw {
 
 HalfSize::HalfSize(const Development &development, const SampleRows &samples)
     : m_development(development)
     , m_light(development, samples)
-    , m_nothing(alignedZeros<std::uint16_t>(static_cast<std::size_t>(development.pictureWidth())))
+    , m_nothing(static_cast<std::size_t>(development.pictureWidth()))
 {
 }
 

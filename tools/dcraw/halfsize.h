@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "lightrows.h"
-#include "rowsource.h"
+#include "dcraw/lightrows.h"
+#include "dcraw/rowsource.h"
 
 namespace dcraw {
 
@@ -19,7 +19,7 @@ public:
 private:
     const Development &m_development;
     LightRows m_light;
-    hwy::AlignedFreeUniquePtr<std::uint16_t[]> m_nothing; ///< what lies below an odd last row
+    AlignedArray<std::uint16_t> m_nothing; ///< what lies below an odd last row
 };
 
 } // namespace dcraw

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "highlightmap.h"
+#include "dcraw/highlightmap.h"
 
-#include "highlightspread.h"
+#include "dcraw/highlightblocks.h"
+#include "dcraw/highlightspread.h"
 
 #include <algorithm>
 
 namespace dcraw {
 namespace {
-
-constexpr int lowestOfStrongest = 24000;
 
 std::size_t size(int value)
 {
@@ -49,36 +48,21 @@ bool HighlightMap::examine(const RowGroup &group)
 
 bool HighlightMap::noteRatios(Colour &colour, const RowGroup &group)
 {
-    const int columns = m_width * m_blockSize;
-    const int rows = std::min(group.rows.rows(), m_height * m_blockSize - group.first);
+    // What is left of the last blocks to the right and at the bottom stays as it is.
+    const Picture &rows = group.rows;
+    const int count = std::min(rows.rows() / m_blockSize, m_height - group.first / m_blockSize);
     std::uint16_t largest = 0;
-    for (int row = 0; row < rows; ++row) {
-        const std::uint16_t *values = group.rows.row(colour.index, row);
-        for (int x = 0; x < columns; ++x) {
-            largest = std::max(largest, values[x]);
-        }
+    for (int row = 0; row < count * m_blockSize; ++row) {
+        largest = std::max(largest,
+                           largestValue(rows.row(colour.index, row), size(m_width * m_blockSize)));
     }
     if (largest < colour.saturation)
         return false;
-    for (int row = 0; row + m_blockSize <= rows; row += m_blockSize) {
-        float *result = ratios(colour, (group.first + row) / m_blockSize);
-        for (int block = 0; block < m_width; ++block) {
-            int sum = 0;
-            int strongestSum = 0;
-            bool isKnown = true;
-            for (int y = row; y < row + m_blockSize && isKnown; ++y) {
-                const std::uint16_t *values = group.rows.row(colour.index, y);
-                const std::uint16_t *strongest = group.rows.row(m_strongest, y);
-                for (int x = block * m_blockSize; x < (block + 1) * m_blockSize; ++x) {
-                    isKnown = isKnown && values[x] >= colour.saturation &&
-                              values[x] < 2 * colour.saturation && strongest[x] > lowestOfStrongest;
-                    sum += values[x];
-                    strongestSum += strongest[x];
-                }
-            }
-            if (isKnown)
-                result[block] = static_cast<float>(sum) / static_cast<float>(strongestSum);
-        }
+    for (int block = 0; block < count; ++block) {
+        const int row = block * m_blockSize;
+        findRatios({rows.row(colour.index, row), rows.row(m_strongest, row), rows.stride(),
+                    m_blockSize, size(m_width)},
+                   colour.saturation, ratios(colour, group.first / m_blockSize + block));
     }
     return largest >= 2 * colour.saturation;
 }
@@ -95,7 +79,8 @@ void HighlightMap::rebuild(int first, int end, std::vector<RowGroup> &groups) co
             for (int row = 0; row < group.rows.rows(); row += m_blockSize) {
                 const int block = (group.first + row) / m_blockSize;
                 if (block < endBlock)
-                    raise(colour, &map[size(block - firstBlock) * size(m_width)], group.rows, row);
+                    raiseBlocks(colour, &map[size(block - firstBlock) * size(m_width)], group.rows,
+                                row);
             }
         }
     }
@@ -121,19 +106,17 @@ std::vector<float> HighlightMap::spread(const Colour &colour, int first, int end
     return map;
 }
 
-void HighlightMap::raise(const Colour &colour, const float *ratios, Picture &rows,
-                         int firstRow) const
+void HighlightMap::raiseBlocks(const Colour &colour, const float *ratios, Picture &rows,
+                               int firstRow) const
 {
+    const std::size_t columns = size(m_width * m_blockSize);
+    std::vector<float> ratioOfColumn(roundedUp(columns, 64));
+    for (std::size_t x = 0; x < columns; ++x) {
+        ratioOfColumn[x] = ratios[x / size(m_blockSize)];
+    }
     for (int row = firstRow; row < firstRow + m_blockSize; ++row) {
-        std::uint16_t *values = rows.row(colour.index, row);
-        const std::uint16_t *strongest = rows.row(m_strongest, row);
-        for (int x = 0; x < m_width * m_blockSize; ++x) {
-            const int raised = std::min(
-                static_cast<int>(static_cast<float>(strongest[x]) * ratios[x / m_blockSize]),
-                65535);
-            if (values[x] >= 2 * colour.saturation && values[x] < raised)
-                values[x] = static_cast<std::uint16_t>(raised);
-        }
+        raise({rows.row(colour.index, row), rows.row(m_strongest, row), ratioOfColumn.data()},
+              2 * colour.saturation, columns);
     }
 }
 

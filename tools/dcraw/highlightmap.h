@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "development.h"
-#include "picture.h"
+#include "dcraw/development.h"
+#include "dcraw/picture.h"
 
 #include <vector>
 
@@ -48,7 +48,7 @@ private:
     float *ratios(Colour &colour, int blockRow) const;
     bool noteRatios(Colour &colour, const RowGroup &group);
     std::vector<float> spread(const Colour &colour, int first, int end) const;
-    void raise(const Colour &colour, const float *ratios, Picture &rows, int firstRow) const;
+    void raiseBlocks(const Colour &colour, const float *ratios, Picture &rows, int firstRow) const;
 
     int m_blockSize;
     int m_width;  ///< in blocks

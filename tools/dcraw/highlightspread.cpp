@@ -1,18 +1,21 @@
 // SPDX-License-Identifier: MIT
 // Compiled once for each instruction set.
-#include "highlightspread.h"
+#include "dcraw/highlightspread.h"
+
+#include "dcraw/instructionset.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dcraw/highlightspread.cpp"
 #include <hwy/foreach_target.h> // before highway.h
 
-#include "vectors-inl.h"
+#include "dcraw/vectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace dcraw::HWY_NAMESPACE {
 namespace {
 
-/// Fills the zeros of `here` that have enough known neighbours. Answers whether there are any.
+/// Fills the zeros of `here` that have enough known neighbours, in `result`, which is equal to
+/// `here` before. Answers whether there are any.
 bool spreadRow(const float *above, const float *here, const float *below, float *result,
                std::size_t columns)
 {
@@ -20,6 +23,10 @@ bool spreadRow(const float *above, const float *here, const float *below, float 
     const Floats two = hn::Set(floatTag, 2);
     bool hasChanged = false;
     for (std::size_t i = 0; i < columns; i += hn::Lanes(floatTag)) {
+        const Floats before = hn::LoadU(floatTag, here + i);
+        const auto isUnknown = hn::Eq(before, zero);
+        if (hn::AllFalse(floatTag, isUnknown))
+            continue;
         Floats sum = zero;
         Floats weights = zero;
         const auto addCorner = [&](const float *from) HWY_ATTR {
@@ -42,8 +49,7 @@ bool spreadRow(const float *above, const float *here, const float *below, float 
         addSide(below);
         addCorner(below - 1);
         addSide(here - 1);
-        const Floats before = hn::LoadU(floatTag, here + i);
-        const auto isFilled = hn::And(hn::Eq(before, zero), hn::Gt(weights, hn::Set(floatTag, 3)));
+        const auto isFilled = hn::And(isUnknown, hn::Gt(weights, hn::Set(floatTag, 3)));
         const Floats mean = hn::Div(hn::Add(sum, two), hn::Add(weights, two));
         hn::StoreU(hn::IfThenElse(isFilled, mean, before), floatTag, result + i);
         hasChanged = hasChanged || !hn::AllFalse(floatTag, isFilled);
@@ -61,13 +67,11 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace dcraw {
 
-HWY_EXPORT(spreadRow);
-
 RatioGrid::RatioGrid(int width, int height)
     : m_width(width)
     , m_height(height)
     , m_stride(roundedUp(static_cast<std::size_t>(width), 16) + lead)
-    , m_values(alignedZeros<float>(static_cast<std::size_t>(height + 2) * m_stride + lead))
+    , m_values(static_cast<std::size_t>(height + 2) * m_stride + lead)
     , m_changed(static_cast<std::size_t>(height + 2), 1)
 {
 }
@@ -94,8 +98,8 @@ bool RatioGrid::spreadOnce()
         if (!m_changed[i - 1] && !m_changed[i] && !m_changed[i + 1])
             continue;
         const float *above = y == 0 ? row(-1) : kept[(y + 1) % 2].data() + 1;
-        changed[i] = HWY_DYNAMIC_DISPATCH(spreadRow)(above, before.data() + 1, row(y + 1), row(y),
-                                                     static_cast<std::size_t>(m_width));
+        changed[i] = DCRAW_VARIANT(spreadRow)(above, before.data() + 1, row(y + 1), row(y),
+                                              static_cast<std::size_t>(m_width));
         hasChanged = hasChanged || changed[i];
     }
     m_changed = std::move(changed);

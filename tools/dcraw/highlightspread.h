@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "rowring.h"
+#include "dcraw/rowring.h"
 
 #include <vector>
 
@@ -31,8 +31,8 @@ private:
     int m_width;
     int m_height;
     std::size_t m_stride;
-    hwy::AlignedFreeUniquePtr<float[]> m_values; ///< with a row of zeros above and below
-    std::vector<char> m_changed; ///< rows of the pass before, with one above and below
+    AlignedArray<float> m_values; ///< with a row of zeros above and below
+    std::vector<char> m_changed;  ///< rows of the pass before, with one above and below
 };
 
 } // namespace dcraw

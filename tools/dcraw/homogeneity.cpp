@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Compiled once for each instruction set.
-#include "homogeneity.h"
+#include "dcraw/homogeneity.h"
+
+#include "dcraw/instructionset.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dcraw/homogeneity.cpp"
 #include <hwy/foreach_target.h> // before highway.h
 
-#include "vectors-inl.h"
+#include "dcraw/vectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace dcraw::HWY_NAMESPACE {
@@ -142,17 +144,14 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace dcraw {
 
-HWY_EXPORT(anyPreferenceRow);
-HWY_EXPORT(chosenRow);
-
 void judge(const PreferenceRow &row, bool wide, std::size_t columns)
 {
-    HWY_DYNAMIC_DISPATCH(anyPreferenceRow)(row, wide, columns);
+    DCRAW_VARIANT(anyPreferenceRow)(row, wide, columns);
 }
 
 void choose(const ChosenRow &row, std::size_t columns)
 {
-    HWY_DYNAMIC_DISPATCH(chosenRow)(row, columns);
+    DCRAW_VARIANT(chosenRow)(row, columns);
 }
 
 } // namespace dcraw

@@ -2,7 +2,7 @@
 // Which of the two candidates is taken.
 #pragma once
 
-#include "candidates.h"
+#include "dcraw/candidates.h"
 
 namespace dcraw {
 

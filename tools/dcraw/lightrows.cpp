@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "lightrows.h"
+#include "dcraw/lightrows.h"
 
-#include "scaling.h"
+#include "dcraw/scaling.h"
 
 namespace dcraw {
 
 LightRows::LightRows(const Development &development, const SampleRows &samples)
     : m_development(development)
     , m_samples(samples)
-    , m_row(alignedZeros<std::uint16_t>(roundedUp(static_cast<std::size_t>(development.width), 64)))
+    , m_row(roundedUp(static_cast<std::size_t>(development.width), 64))
     , m_light(development.width)
 {
 }

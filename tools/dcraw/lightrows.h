@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "development.h"
-#include "rowring.h"
+#include "dcraw/development.h"
+#include "dcraw/rowring.h"
 
 namespace dcraw {
 
@@ -40,7 +40,7 @@ private:
 
     const Development &m_development;
     const SampleRows &m_samples;
-    hwy::AlignedFreeUniquePtr<std::uint16_t[]> m_row;
+    AlignedArray<std::uint16_t> m_row;
     SplitRowRing<std::uint16_t, 8> m_light;
 };
 

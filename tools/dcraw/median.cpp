@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "median.h"
+#include "dcraw/median.h"
 
-#include "parallel.h"
+#include "dcraw/parallel.h"
 
 #include <array>
 #include <atomic>

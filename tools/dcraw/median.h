@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "picture.h"
+#include "dcraw/picture.h"
 
 namespace dcraw {
 

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Compiled once for each instruction set.
-#include "outputcolour.h"
+#include "dcraw/outputcolour.h"
+
+#include "dcraw/instructionset.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dcraw/outputcolour.cpp"
 #include <hwy/foreach_target.h> // before highway.h
 
-#include "vectors-inl.h"
+#include "dcraw/vectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace dcraw::HWY_NAMESPACE {
@@ -36,12 +38,10 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace dcraw {
 
-HWY_EXPORT(convertRow);
-
 void convertColour(const PixelRow &row, const Matrix &matrix, std::uint16_t limit,
                    std::size_t columns)
 {
-    HWY_DYNAMIC_DISPATCH(convertRow)(row, matrix, limit, columns);
+    DCRAW_VARIANT(convertRow)(row, matrix, limit, columns);
 }
 
 } // namespace dcraw

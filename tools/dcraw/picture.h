@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <hwy/aligned_allocator.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <new>
 
 namespace dcraw {
 
@@ -14,16 +14,32 @@ constexpr std::size_t roundedUp(std::size_t value, std::size_t multiple)
     return (value + multiple - 1) / multiple * multiple;
 }
 
-/// `count` zeros that start where vectors like to start.
+/// Memory that starts where vectors like to start.
 template <typename T>
-hwy::AlignedFreeUniquePtr<T[]> alignedZeros(std::size_t count)
+class AlignedArray
 {
-    auto values = hwy::AllocateAligned<T>(count);
-    if (!values)
-        throw std::bad_alloc();
-    std::fill_n(values.get(), count, T{});
-    return values;
-}
+public:
+    /// Zeros.
+    explicit AlignedArray(std::size_t count)
+        : m_values(static_cast<T *>(::operator new(count * sizeof(T), alignment)))
+    {
+        std::fill_n(m_values.get(), count, T{});
+    }
+
+    T *get() { return m_values.get(); }
+    const T *get() const { return m_values.get(); }
+    T &operator[](std::size_t i) { return m_values.get()[i]; }
+    const T &operator[](std::size_t i) const { return m_values.get()[i]; }
+
+private:
+    static constexpr std::align_val_t alignment{64};
+    struct Delete
+    {
+        void operator()(T *values) const { ::operator delete(values, alignment); }
+    };
+
+    std::unique_ptr<T, Delete> m_values;
+};
 
 /// Rows of pixels with a plane for each colour. What lies beyond a row's last column up to a
 /// multiple of 64 belongs to the row and means nothing, so that loops run in whole vectors.
@@ -34,12 +50,14 @@ public:
         : m_width(width)
         , m_rows(rows)
         , m_stride(roundedUp(static_cast<std::size_t>(width), 64))
-        , m_values(alignedZeros<std::uint16_t>(3 * m_stride * static_cast<std::size_t>(rows)))
+        , m_values(3 * m_stride * static_cast<std::size_t>(rows))
     {
     }
 
     int width() const { return m_width; }
     int rows() const { return m_rows; }
+    /// From a row of a colour to the next row of that colour.
+    std::size_t stride() const { return 3 * m_stride; }
     std::uint16_t *row(int colour, int y) { return &m_values[offset(colour, y)]; }
     const std::uint16_t *row(int colour, int y) const { return &m_values[offset(colour, y)]; }
 
@@ -52,7 +70,7 @@ private:
     int m_width;
     int m_rows;
     std::size_t m_stride;
-    hwy::AlignedFreeUniquePtr<std::uint16_t[]> m_values;
+    AlignedArray<std::uint16_t> m_values;
 };
 
 } // namespace dcraw

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "development.h"
+#include "dcraw/development.h"
 
 namespace dcraw {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "picture.h"
+#include "dcraw/picture.h"
 
 namespace dcraw {
 
@@ -15,7 +15,7 @@ class RowRing
 public:
     explicit RowRing(int columns)
         : m_stride(lead + roundedUp(static_cast<std::size_t>(columns), 32))
-        , m_values(alignedZeros<T>(depth * m_stride + lead))
+        , m_values(depth * m_stride + lead)
     {
     }
 
@@ -29,7 +29,7 @@ private:
     static constexpr std::size_t lead = std::max<std::size_t>(64 / sizeof(T), 32);
 
     std::size_t m_stride;
-    hwy::AlignedFreeUniquePtr<T[]> m_values;
+    AlignedArray<T> m_values;
 };
 
 /// Rows divided into their even (0) and their odd columns (1): in a Bayer pattern each half has one

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "rowwriter.h"
+#include "dcraw/rowwriter.h"
 
 namespace dcraw {
 namespace {

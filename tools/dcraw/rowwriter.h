@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "development.h"
-#include "picture.h"
-#include "pixelpacker.h"
-#include "stretch.h"
+#include "dcraw/development.h"
+#include "dcraw/picture.h"
+#include "dcraw/pixelpacker.h"
+#include "dcraw/stretch.h"
 
 #include <optional>
 #include <vector>

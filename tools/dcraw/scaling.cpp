@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // Compiled once for each instruction set.
-#include "scaling.h"
+#include "dcraw/scaling.h"
+
+#include "dcraw/instructionset.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "dcraw/scaling.cpp"
 #include <hwy/foreach_target.h> // before highway.h
 
-#include "vectors-inl.h"
+#include "dcraw/vectors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace dcraw::HWY_NAMESPACE {
@@ -38,11 +40,9 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace dcraw {
 
-HWY_EXPORT(scaleRow);
-
 void scale(const ScaledRow &row, std::size_t columns)
 {
-    HWY_DYNAMIC_DISPATCH(scaleRow)(row, columns);
+    DCRAW_VARIANT(scaleRow)(row, columns);
 }
 
 } // namespace dcraw

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "stretch.h"
+#include "dcraw/stretch.h"
 
 namespace dcraw {
 

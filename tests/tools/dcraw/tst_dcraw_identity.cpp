@@ -272,13 +272,15 @@ void TestDcrawIdentity::mutilatedHeads()
         folder.write(QStringLiteral("frame.dng"), dng);
         const ConverterRun real = folder.runReal(movieArguments);
         const ConverterRun ours = folder.runOurs(movieArguments);
-        const bool alike = ours == real;
-        if (!alike) {
+        const bool isOurs = folder.runOursAlone(movieArguments).status == 0;
+        // Some damage has the real one compute with memory that it hasn't set.
+        const bool isAlike = ours == real || (!isOurs && ours.isLike(real));
+        if (!isAlike) {
             qInfo("seed %d in %s: status %d for %d, %s for %s", seed, qPrintable(folder.keep()),
                   ours.status, real.status, ours.messages.constData(), real.messages.constData());
         }
-        QVERIFY(alike);
-        covered += folder.runOursAlone(movieArguments).status == 0 ? 1 : 0;
+        QVERIFY(isAlike);
+        covered += isOurs ? 1 : 0;
     }
     qInfo("%d, %d of them developed by ours, all alike", count, covered);
 }
