@@ -13,10 +13,11 @@ set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 
 # Linked libraries are found by dpkg-shlibdeps. By name: the programs that are run, and the plugin that
-# draws the icons. The distribution's dcraw develops what ours leaves to it: no frame of ours.
+# draws the icons, which Debian 12 has in libqt6svg6. The distribution's dcraw develops what ours leaves
+# to it: no frame of ours.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/src/sluice")
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "ffmpeg, libqt6svg6")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "ffmpeg, qt6-svg-plugins | libqt6svg6 (<< 6.7.2-5~)")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
     "dcraw, default-dbus-session-bus | dbus-session-bus, hicolor-icon-theme, qt6-wayland, shared-mime-info, xdg-utils")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-gtk-platformtheme, qt6-qpa-plugins")

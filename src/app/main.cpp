@@ -5,6 +5,7 @@
 #include "desktop/applicationservice.h"
 #include "desktop/sessionbus.h"
 #include "runner/systemlog.h"
+#include "runner/utf8locale.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -35,6 +36,7 @@ QStringList absolutePaths(const QStringList &paths)
 /// The paths to open. Help and version end the program; they need no display.
 QStringList readCommandLine(int argc, char *argv[])
 {
+    const Utf8Locale locale;
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Turns MLV raw video recordings into movies."));

@@ -29,8 +29,8 @@ int MessageBoxPresenter::runAlert(const QString &title, const QString &message,
 {
     QMessageBox box(m_window);
     box.setWindowTitle(title);
-    box.setTextFormat(Qt::PlainText);
-    box.setText(title);
+    // Not Qt::PlainText: whether that holds for the informative text differs between Qt's versions.
+    box.setText(shownAsItStands(title));
     box.setInformativeText(shownAsItStands(message));
     box.setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     const bool question = !alternateButton.isEmpty();

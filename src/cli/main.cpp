@@ -3,10 +3,12 @@
 #include "cli/convertcommand.h"
 #include "cli/exitstatus.h"
 #include "cli/infocommand.h"
+#include "runner/utf8locale.h"
 
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <optional>
 #include <unistd.h>
 
 using namespace filmwright;
@@ -47,7 +49,9 @@ void printUsage()
 
 int main(int argc, char *argv[])
 {
+    std::optional<Utf8Locale> locale(std::in_place);
     const QCoreApplication application(argc, argv);
+    locale.reset();
     QCoreApplication::setApplicationName(QStringLiteral("filmwright-cli"));
     QCoreApplication::setApplicationVersion(QStringLiteral(FILMWRIGHT_VERSION));
     qInstallMessageHandler(printLogLine);

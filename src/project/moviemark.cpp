@@ -111,6 +111,8 @@ QString MovieMark::clear(const QString &moviePath)
     } else if (errno != ENOENT) {
         return text("the mark of its unfinished movie can't be read: %1").arg(lastError());
     }
+    if (QFileInfo(moviePath).isDir())
+        return text("a folder has the name of its movie");
     const QByteArray folder = QFile::encodeName(QFileInfo(moviePath).path());
     if (faccessat(AT_FDCWD, folder.constData(), W_OK | X_OK, AT_EACCESS) != 0)
         return text("the folder of its movie can't be written: %1").arg(lastError());

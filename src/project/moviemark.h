@@ -21,8 +21,8 @@ public:
     static QString pathFor(const QString &moviePath);
 
     /// Removes what a run that died left of this movie; a whole movie stays. Returns why the movie
-    /// can't be written now ("its movie is being written by another run", a folder without write
-    /// access), or an empty string.
+    /// can't be written now ("its movie is being written by another run", a folder of its name, a
+    /// folder without write access), or an empty string.
     static QString clear(const QString &moviePath);
 
     explicit MovieMark(const QString &moviePath);

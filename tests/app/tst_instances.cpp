@@ -38,6 +38,7 @@ private Q_SLOTS:
     void filesOfTheDesktopArrive();
     void secondStartIsToldThatTheFirstDoesNotAnswer();
     void idIsFreeAfterACrash();
+    void localeWithoutUtf8IsNotMentioned();
     void withoutABusTheWindowWorks();
     void withoutABusTheSecondStartLeavesTheFirstAlone();
 
@@ -170,6 +171,16 @@ void TestInstances::idIsFreeAfterACrash()
     QTRY_VERIFY(!isRegistered());
     const auto next = start({});
     QTRY_VERIFY(isRegistered());
+}
+
+void TestInstances::localeWithoutUtf8IsNotMentioned()
+{
+    const QString recording = makeRecording(QStringLiteral("Übergröße.MLV"));
+    qputenv("LC_ALL", "C");
+    const auto window = start({recording});
+    qunsetenv("LC_ALL");
+    QTRY_COMPARE(readRecordings(), QStringList{recording});
+    QCOMPARE(logLines(*window).filter(QStringLiteral("locale")), QStringList());
 }
 
 void TestInstances::withoutABusTheWindowWorks()

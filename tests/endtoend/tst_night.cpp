@@ -59,7 +59,7 @@ const QMap<int, QString> reasons{
     {25, QStringLiteral("No such file or directory")},
     {30, QStringLiteral("not a regular file")},
     {35, QStringLiteral("its name is no UTF-8 text; rename it")},
-    {40, QStringLiteral("ffmpeg ended with status 1")},
+    {40, QStringLiteral("a folder has the name of its movie")},
     {45, QStringLiteral("dcraw converted only 2 of 3 frames")},
     {50, QStringLiteral("mlv_dump ended before it had extracted the frames")},
 };

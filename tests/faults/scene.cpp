@@ -94,7 +94,7 @@ QString Scene::hindrance(const Strike &strike)
 {
     const bool mounts = isOnTemporaryDisk(strike.event) || isOnMovieDisk(strike.event);
     if (mounts && !SmallDisk::isPossible())
-        return QStringLiteral("only an administrator can mount a small disk");
+        return QStringLiteral("a small disk can't be mounted here");
     if (needsOrdinaryUser(strike.event) && !ordinaryUserReachesProgram())
         return QStringLiteral("an ordinary user can't run the program in this folder");
     if (strike.event != Event::ClockChanged)

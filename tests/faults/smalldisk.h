@@ -8,7 +8,7 @@
 class SmallDisk
 {
 public:
-    /// Only an administrator can mount.
+    /// Found by trying: an administrator can mount, unless this is a chroot or a container.
     static bool isPossible();
 
     SmallDisk(const QString &folder, qint64 bytes);

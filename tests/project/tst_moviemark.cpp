@@ -32,6 +32,7 @@ private Q_SLOTS:
     void markOfADeadRunIsTakenOver();
     void plantedLinkIsNotFollowed();
     void plantedPipeIsNotWaitedFor();
+    void folderOfTheMoviesName();
     void folderWithoutWriteAccess();
 
 private:
@@ -220,6 +221,14 @@ void TestMovieMark::plantedPipeIsNotWaitedFor()
     MovieMark mark(m_movie);
     QCOMPARE(mark.set(), reason);
     QVERIFY(QFile::exists(m_movie));
+}
+
+/// ffmpeg 5.1 fails at that, 7.1 ends well without having written anything.
+void TestMovieMark::folderOfTheMoviesName()
+{
+    QVERIFY(QDir().mkdir(m_movie));
+    QCOMPARE(MovieMark::clear(m_movie), QStringLiteral("a folder has the name of its movie"));
+    QVERIFY(QDir(m_movie).exists());
 }
 
 void TestMovieMark::folderWithoutWriteAccess()

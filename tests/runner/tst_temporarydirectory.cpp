@@ -184,14 +184,12 @@ void TestTemporaryDirectory::linkInPlaceOfTheDirectoryIsRefused()
 
 void TestTemporaryDirectory::directoryOfAnotherUserIsRefused()
 {
-    if (geteuid() != 0)
-        QSKIP("only an administrator can make a folder that belongs to another user");
     const QTemporaryDir base;
     QVERIFY(setBaseTemporaryDirectory(base.path()));
     QVERIFY(QDir().mkdir(temporaryDirectory()));
-    QCOMPARE(chown(QFile::encodeName(temporaryDirectory()).constData(), OrdinaryUser::nobody,
-                   OrdinaryUser::nobody),
-             0);
+    if (chown(QFile::encodeName(temporaryDirectory()).constData(), OrdinaryUser::nobody,
+              OrdinaryUser::nobody) != 0)
+        QSKIP("no folder can be given to another user here");
     QCOMPARE(prepareTemporaryDirectory(),
              QStringLiteral("the temporary directory %1 belongs to another user")
                  .arg(temporaryDirectory()));

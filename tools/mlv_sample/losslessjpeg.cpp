@@ -213,7 +213,6 @@ std::vector<std::byte> encodeLosslessJpeg(std::span<const std::uint16_t> samples
                       shape == LosslessShape::Camera ? std::size_t{2} : std::size_t{1}, bits};
 
     std::vector<std::byte> bytes;
-    bytes.reserve(samples.size() * 2);
     Markers markers(bytes);
     markers.word(0xffd8);
     for (std::size_t i = 0; i < image.components; ++i) {
