@@ -161,8 +161,8 @@ std::unique_ptr<SampleRows> withoutBadPixels(const SampleRows &samples,
             picture.replace(pixel.column, pixel.row);
         }
     }
-    return std::make_unique<DecodedRows>(picture.take(), 0,
-                                         static_cast<std::size_t>(development.width));
+    const auto width = static_cast<std::size_t>(development.width);
+    return std::make_unique<DecodedRows>(picture.take(), 0, width, width);
 }
 
 } // namespace dcraw

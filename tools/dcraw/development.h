@@ -65,7 +65,8 @@ public:
     SampleRows &operator=(const SampleRows &) = delete;
     virtual ~SampleRows() = default;
 
-    /// Fills `samples`, `width` of them, with row `row`. From any thread, rows in any order.
+    /// Fills `samples` with whole rows, the first of which is `row`. From any thread, rows in any
+    /// order. What it throws comes out of develop().
     virtual void read(int row, std::span<std::uint16_t> samples) const = 0;
 };
 

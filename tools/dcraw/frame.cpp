@@ -114,13 +114,14 @@ std::vector<std::byte> profileOf(const Options &options)
 
 Frame readFrame(const Options &options)
 {
-    const mlv::File file(options.file);
+    mlv::File file(options.file);
+    require(!file.isSameAs(outputPath(options.file)), "would be written over itself");
     const Negative negative = readNegative(file);
     Frame frame;
     frame.development = developmentOf(negative, options);
     frame.head = tiffHead(negative, frame.development, profileOf(options));
-    frame.samples =
-        negative.isLosslessJpeg ? readLosslessRows(file, negative) : readPackedRows(file, negative);
+    frame.samples = negative.isLosslessJpeg ? readLosslessRows(file, negative)
+                                            : packedRows(std::move(file), negative);
     if (options.badPixels) {
         frame.samples = withoutBadPixels(*frame.samples, frame.development,
                                          readBadPixels(*options.badPixels), negative.time);

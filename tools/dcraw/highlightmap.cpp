@@ -27,14 +27,9 @@ HighlightMap::HighlightMap(const Development &development)
     for (int c = 0; c < 3; ++c) {
         if (c != m_strongest) {
             m_colours.push_back({c, static_cast<int>(32000 * multipliers[size(c)]),
-                                 std::vector<float>(size(m_width) * size(m_height))});
+                                 std::vector<std::vector<float>>(size(m_height))});
         }
     }
-}
-
-float *HighlightMap::ratios(Colour &colour, int blockRow) const
-{
-    return colour.ratios.data() + size(blockRow) * size(m_width);
 }
 
 bool HighlightMap::examine(const RowGroup &group)
@@ -60,9 +55,11 @@ bool HighlightMap::noteRatios(Colour &colour, const RowGroup &group)
         return false;
     for (int block = 0; block < count; ++block) {
         const int row = block * m_blockSize;
+        auto &ratios = colour.ratios[size(group.first / m_blockSize + block)];
+        ratios.resize(size(m_width));
         findRatios({rows.row(colour.index, row), rows.row(m_strongest, row), rows.stride(),
                     m_blockSize, size(m_width)},
-                   colour.saturation, ratios(colour, group.first / m_blockSize + block));
+                   colour.saturation, ratios.data());
     }
     return largest >= 2 * colour.saturation;
 }
@@ -94,7 +91,8 @@ std::vector<float> HighlightMap::spread(const Colour &colour, int first, int end
     const int high = std::min(end + reach, m_height);
     RatioGrid grid(m_width, high - low);
     for (int row = low; row < high; ++row) {
-        std::copy_n(&colour.ratios[size(row) * size(m_width)], m_width, grid.row(row - low));
+        std::copy(colour.ratios[size(row)].begin(), colour.ratios[size(row)].end(),
+                  grid.row(row - low));
     }
     grid.spread(reach);
     std::vector<float> map(size(end - first) * size(m_width));

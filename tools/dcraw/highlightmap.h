@@ -42,10 +42,10 @@ private:
     {
         int index;
         int saturation; ///< the lowest value that a block's ratio is taken from; clipped is twice
-        std::vector<float> ratios; ///< of the blocks, 0 where unknown
+        /// Of the blocks, 0 where unknown; rows without any are empty.
+        std::vector<std::vector<float>> ratios;
     };
 
-    float *ratios(Colour &colour, int blockRow) const;
     bool noteRatios(Colour &colour, const RowGroup &group);
     std::vector<float> spread(const Colour &colour, int first, int end) const;
     void raiseBlocks(const Colour &colour, const float *ratios, Picture &rows, int firstRow) const;

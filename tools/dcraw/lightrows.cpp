@@ -5,23 +5,36 @@
 
 namespace dcraw {
 
+namespace {
+
+constexpr int rowsAtOnce = 16; // are read
+
+} // namespace
+
 LightRows::LightRows(const Development &development, const SampleRows &samples)
     : m_development(development)
     , m_samples(samples)
-    , m_row(roundedUp(static_cast<std::size_t>(development.width), 64))
+    , m_width(static_cast<std::size_t>(development.width))
+    , m_read(roundedUp(rowsAtOnce * m_width, 64) + 64)
     , m_light(development.width)
 {
 }
 
 void LightRows::make(int y)
 {
-    m_samples.read(y, {m_row.get(), static_cast<std::size_t>(m_development.width)});
+    if (y < m_firstRead || y >= m_endRead) {
+        m_firstRead = y;
+        m_endRead = std::min(y + rowsAtOnce, m_development.height);
+        m_samples.read(y, {m_read.get(), static_cast<std::size_t>(m_endRead - y) * m_width});
+    }
     const auto &colours = m_development.pattern[static_cast<unsigned>(y % 2)];
-    scale({m_row.get(),
+    scale({&m_read[static_cast<std::size_t>(y - m_firstRead) * m_width],
            m_development.black,
            {m_development.scale[colours[0]], m_development.scale[colours[1]]},
            {m_light.row(y, 0), m_light.row(y, 1)}},
-          static_cast<std::size_t>((m_development.width + 1) / 2));
+          (m_width + 1) / 2);
+    if (m_width % 2 != 0)
+        m_light.row(y, 1)[m_width / 2] = 0;
 }
 
 void LightRows::interpolate(int y, int first, int end, Picture &rows, int row) const

@@ -13,7 +13,7 @@ public:
     /// Both outlive it.
     LightRows(const Development &development, const SampleRows &samples);
 
-    /// Reads and scales a row.
+    /// Reads and scales a row. Beyond a last even column there is a dark odd one.
     void make(int y);
 
     const std::uint16_t *row(int y, int half) const { return m_light.row(y, half); }
@@ -40,7 +40,10 @@ private:
 
     const Development &m_development;
     const SampleRows &m_samples;
-    AlignedArray<std::uint16_t> m_row;
+    std::size_t m_width;
+    AlignedArray<std::uint16_t> m_read; ///< samples of some rows
+    int m_firstRead = 0;
+    int m_endRead = 0;
     SplitRowRing<std::uint16_t, 8> m_light;
 };
 

@@ -58,7 +58,8 @@ std::unique_ptr<SampleRows> readLosslessRows(const mlv::File &file, const Negati
     require(allBits >> header.shape.precision == 0, "has samples beyond its range");
     const std::size_t first = static_cast<std::size_t>(negative.active.top) * width +
                               static_cast<std::size_t>(negative.active.left);
-    return std::make_unique<DecodedRows>(std::move(samples), first, width);
+    return std::make_unique<DecodedRows>(std::move(samples), first, width,
+                                         static_cast<std::size_t>(negative.active.width()));
 }
 
 } // namespace dcraw

@@ -81,42 +81,52 @@ RowUnpacker rowUnpacker(int bits)
 class PackedRows final : public SampleRows
 {
 public:
-    PackedRows(const mlv::File &file, const Negative &negative)
-        : m_rowBytes((static_cast<std::size_t>(negative.width) *
+    PackedRows(mlv::File file, const Negative &negative)
+        : m_file(std::move(file))
+        , m_offset(negative.stripOffset)
+        , m_rowBytes((static_cast<std::size_t>(negative.width) *
                           static_cast<std::size_t>(negative.bitsPerSample) +
                       7) /
                      8)
         , m_top(static_cast<std::size_t>(negative.active.top))
         , m_left(static_cast<std::size_t>(negative.active.left))
+        , m_width(static_cast<std::size_t>(negative.active.width()))
         , m_unpack(rowUnpacker(negative.bitsPerSample))
     {
         const std::size_t size = m_rowBytes * static_cast<std::size_t>(negative.height);
         require(negative.stripBytes >= size, "has fewer samples than its size asks for");
-        // Not cleared first: that would take as long as the reading.
-        m_bytes = std::make_unique_for_overwrite<std::byte[]>(size + groupSize * 2 + padding);
-        file.read(negative.stripOffset, {m_bytes.get(), size});
-        std::fill_n(m_bytes.get() + size, groupSize * 2 + padding, std::byte{0});
+        require(m_offset + size <= m_file.size(), "ends in the middle of the picture");
     }
 
     void read(int row, std::span<std::uint16_t> samples) const override
     {
-        m_unpack(m_bytes.get() + (m_top + static_cast<std::size_t>(row)) * m_rowBytes, m_left,
-                 samples);
+        // Some rows into the same memory again and again: to touch as much of it as the frame has
+        // takes a system longer than to read the frame.
+        const std::size_t rows = samples.size() / m_width;
+        const auto bytes = std::make_unique_for_overwrite<std::byte[]>(rows * m_rowBytes +
+                                                                       2 * groupSize + padding);
+        m_file.read(m_offset + (m_top + static_cast<std::size_t>(row)) * m_rowBytes,
+                    {bytes.get(), rows * m_rowBytes});
+        for (std::size_t i = 0; i < rows; ++i) {
+            m_unpack(bytes.get() + i * m_rowBytes, m_left, samples.subspan(i * m_width, m_width));
+        }
     }
 
 private:
+    mlv::File m_file;
+    std::uint64_t m_offset;
     std::size_t m_rowBytes;
     std::size_t m_top;
     std::size_t m_left;
+    std::size_t m_width;
     RowUnpacker m_unpack;
-    std::unique_ptr<std::byte[]> m_bytes;
 };
 
 } // namespace
 
-std::unique_ptr<SampleRows> readPackedRows(const mlv::File &file, const Negative &negative)
+std::unique_ptr<SampleRows> packedRows(mlv::File file, const Negative &negative)
 {
-    return std::make_unique<PackedRows>(file, negative);
+    return std::make_unique<PackedRows>(std::move(file), negative);
 }
 
 } // namespace dcraw

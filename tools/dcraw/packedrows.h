@@ -11,8 +11,8 @@ namespace dcraw {
 
 /// The samples of an uncompressed frame: a stream of bits, the most significant first, in which
 /// each row starts on a new byte; at 16 bits little-endian words. Throws NotCovered when the strip
-/// is too short for the frame, mlv::Error when it can't be read.
-[[nodiscard]] std::unique_ptr<SampleRows> readPackedRows(const mlv::File &file,
-                                                         const Negative &negative);
+/// is too short for the frame. The rows are read from the file when they are asked for, and that
+/// throws mlv::Error.
+[[nodiscard]] std::unique_ptr<SampleRows> packedRows(mlv::File file, const Negative &negative);
 
 } // namespace dcraw

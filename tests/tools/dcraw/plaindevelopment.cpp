@@ -480,7 +480,8 @@ Samples::Samples(std::vector<std::uint16_t> values, int width)
 
 void Samples::read(int row, std::span<std::uint16_t> samples) const
 {
-    std::copy_n(&m_values[static_cast<std::size_t>(row) * m_width], m_width, samples.begin());
+    std::copy_n(&m_values[static_cast<std::size_t>(row) * m_width], samples.size(),
+                samples.begin());
 }
 
 std::vector<std::byte> develop(const Development &development, const dcraw::SampleRows &samples)

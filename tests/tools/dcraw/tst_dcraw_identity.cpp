@@ -18,10 +18,18 @@
 
 namespace {
 
-int countFrom(const char *variable, int usual)
+/// Rows of a hundred seeds each: as many seeds as the variable says, else a hundred.
+void addSeeds(const char *variable)
 {
+    constexpr int rowSize = 100;
+    QTest::addColumn<int>("first");
+    QTest::addColumn<int>("end");
     const int wanted = qEnvironmentVariableIntValue(variable);
-    return wanted > 0 ? wanted : usual;
+    const int first = qEnvironmentVariableIntValue("FILMWRIGHT_DEVELOPMENT_SEED");
+    const int end = first + (wanted > 0 ? wanted : rowSize);
+    for (int seed = first; seed < end; seed += rowSize) {
+        QTest::addRow("from seed %d", seed) << seed << std::min(seed + rowSize, end);
+    }
 }
 
 const QStringList movieArguments{
@@ -94,9 +102,11 @@ class TestDcrawIdentity : public QObject
 
 private Q_SLOTS:
     void initTestCase();
+    void randomFrames_data();
     void randomFrames();
     void framesOfOurTools_data();
     void framesOfOurTools();
+    void mutilatedHeads_data();
     void mutilatedHeads();
 
 private:
@@ -141,12 +151,17 @@ void TestDcrawIdentity::compareAll(const ConverterFolder &folder,
     useInstructions(0);
 }
 
+void TestDcrawIdentity::randomFrames_data()
+{
+    addSeeds("FILMWRIGHT_DEVELOPMENTS");
+}
+
 void TestDcrawIdentity::randomFrames()
 {
-    const int count = countFrom("FILMWRIGHT_DEVELOPMENTS", 100);
-    const int first = qEnvironmentVariableIntValue("FILMWRIGHT_DEVELOPMENT_SEED");
+    QFETCH(int, first);
+    QFETCH(int, end);
     int covered = 0;
-    for (int seed = first; seed < first + count; ++seed) {
+    for (int seed = first; seed < end; ++seed) {
         const RandomNegative negative(static_cast<std::uint32_t>(seed));
         ConverterFolder folder;
         folder.write(QStringLiteral("frame.dng"), negative.encoded());
@@ -164,8 +179,8 @@ void TestDcrawIdentity::randomFrames()
             return;
         }
     }
-    qInfo("%d of %d developed by ours, all alike", covered, count);
-    QVERIFY(covered >= count * 9 / 10);
+    qInfo("%d of %d developed by ours, all alike", covered, end - first);
+    QVERIFY(covered >= (end - first) * 9 / 10);
 }
 
 void TestDcrawIdentity::framesOfOurTools_data()
@@ -224,13 +239,18 @@ void TestDcrawIdentity::framesOfOurTools()
     compareAll(folder, movieArguments);
 }
 
+void TestDcrawIdentity::mutilatedHeads_data()
+{
+    addSeeds("FILMWRIGHT_MUTILATIONS");
+}
+
 /// A head with one to three kinds of damage: bits, numbers, cut off.
 void TestDcrawIdentity::mutilatedHeads()
 {
-    const int count = countFrom("FILMWRIGHT_MUTILATIONS", 100);
-    const int first = qEnvironmentVariableIntValue("FILMWRIGHT_DEVELOPMENT_SEED");
+    QFETCH(int, first);
+    QFETCH(int, end);
     int covered = 0;
-    for (int seed = first; seed < first + count; ++seed) {
+    for (int seed = first; seed < end; ++seed) {
         std::mt19937 random(static_cast<std::uint32_t>(seed));
         const auto below = [&random](qsizetype limit) {
             return static_cast<qsizetype>(random() % static_cast<std::uint64_t>(limit));
@@ -282,7 +302,7 @@ void TestDcrawIdentity::mutilatedHeads()
         QVERIFY(isAlike);
         covered += isOurs ? 1 : 0;
     }
-    qInfo("%d, %d of them developed by ours, all alike", count, covered);
+    qInfo("%d, %d of them developed by ours, all alike", end - first, covered);
 }
 
 QTEST_GUILESS_MAIN(TestDcrawIdentity)
