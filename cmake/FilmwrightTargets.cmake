@@ -76,6 +76,16 @@ function(filmwright_bundled_tool target)
     install(TARGETS ${target} RUNTIME DESTINATION "${FILMWRIGHT_LIBEXECDIR}")
 endfunction()
 
+# filmwright_test_options(TARGET)
+# Tests spend their time in what they test; more than -O1 would only make them slower to build. The QTRY
+# macros of newer Qts narrow a number.
+function(filmwright_test_options target)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+    if(Qt6_VERSION VERSION_GREATER_EQUAL 6.5)
+        target_compile_options(${target} PRIVATE -Wno-conversion)
+    endif()
+endfunction()
+
 # filmwright_test(NAME [SESSION_BUS] SOURCES FILE... LIBRARIES LIB...)
 # One Qt Test program a unit, known to ctest under its name, with a time limit. Tests never reach the
 # buses of the machine: with SESSION_BUS a test has a private one, otherwise there is none.
@@ -86,8 +96,7 @@ function(filmwright_test name)
     cmake_parse_arguments(PARSE_ARGV 1 test "SESSION_BUS" "" "SOURCES;LIBRARIES")
     add_executable(${name} ${test_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
-    # Tests spend their time in what they test; more would only make them slower to build.
-    target_compile_options(${name} PRIVATE $<$<CONFIG:Release>:-O1>)
+    filmwright_test_options(${name})
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} Qt6::Test)
     set(private_bus)
     if(test_SESSION_BUS)
