@@ -6,17 +6,25 @@
 namespace dcraw {
 namespace {
 
-// A band begins with some rows that its neighbour has made too, so that it shouldn't be low.
-constexpr int mostRows = 128;
+// A band begins with some rows that its neighbour has made too: on several threads it shouldn't be
+// low. On one thread a band goes on where the one before has ended, and low ones wait in less
+// memory.
+constexpr int highestBand = 128;
 constexpr int bandsPerThread = 4;
+
+int bandRows(int height, int leastRows, unsigned threads)
+{
+    if (threads == 1)
+        return leastRows;
+    const int rows = height / (static_cast<int>(threads) * bandsPerThread);
+    return std::clamp(rows / groupRows * groupRows, leastRows, highestBand);
+}
 
 } // namespace
 
 Bands::Bands(int height, int leastRows, unsigned threads)
     : m_height(height)
-    , m_rows(
-          std::clamp(height / (static_cast<int>(threads) * bandsPerThread) / groupRows * groupRows,
-                     leastRows, mostRows))
+    , m_rows(bandRows(height, leastRows, threads))
     , m_states(static_cast<std::size_t>((height + m_rows - 1) / m_rows))
 {
 }

@@ -20,6 +20,7 @@ public:
     /// All but the last have at least `leastRows`, and whole groups.
     Bands(int height, int leastRows, unsigned threads);
 
+    int mostRows() const { return m_rows; }
     int first(int band) const { return band * m_rows; }
     int end(int band) const { return std::min(first(band) + m_rows, m_height); }
 

@@ -88,20 +88,21 @@ public:
     }
 
 private:
-    /// Calls `work(first row, rows)` for groups of rows of a band.
-    template <typename Use>
-    void readGroups(RowSource &source, int first, int end, const Use &use)
+    /// What a thread works with.
+    struct Thread
     {
-        std::optional<RowGroup> group;
-        for (int y = first; y < end; y += groupRows) {
-            const int rows = std::min(groupRows, end - y);
-            if (!group || group->rows.rows() != rows)
-                group.emplace(RowGroup{y, Picture(m_width, rows)});
-            group->first = y;
-            source.read(y, group->rows);
-            use(group);
+        explicit Thread(const Work &work)
+            : source(work.m_filtered ? std::make_unique<PictureRows>(*work.m_filtered)
+                                     : interpolation(work.m_development, work.m_samples))
+            , writer(work.m_development, work.m_packer, work.m_sink)
+        {
         }
-    }
+
+        std::unique_ptr<RowSource> source;
+        RowWriter writer;
+        std::optional<HighlightRebuilder> rebuilder; ///< as soon as there is anything to rebuild
+        std::vector<RowGroup> spares;                ///< whole groups that are used again
+    };
 
     void makeFiltered()
     {
@@ -110,11 +111,11 @@ private:
         onThreads(m_threads, [&] {
             const auto source = interpolation(m_development, m_samples);
             while (const auto band = bands.take()) {
-                readGroups(*source, bands.first(*band), bands.end(*band),
-                           [&](const std::optional<RowGroup> &group) {
-                               copyRows(group->rows, 0, *m_filtered, group->first,
-                                        group->rows.rows());
-                           });
+                for (int y = bands.first(*band); y < bands.end(*band); y += groupRows) {
+                    Picture rows(m_width, std::min(groupRows, bands.end(*band) - y));
+                    source->read(y, rows);
+                    copyRows(rows, 0, *m_filtered, y, rows.rows());
+                }
             }
         });
         filterByMedian(*m_filtered, m_development.medianPasses, m_threads);
@@ -126,37 +127,56 @@ private:
             m_highlights ? HighlightMap::reach * m_highlights->blockSize() : groupRows;
         Bands bands(m_height, leastRows, m_threads);
         onThreads(m_threads, [&] {
-            const auto source = m_filtered ? std::make_unique<PictureRows>(*m_filtered)
-                                           : interpolation(m_development, m_samples);
-            RowWriter writer(m_development, m_packer, m_sink);
+            Thread thread(*this);
             while (!m_isRefused) {
                 const auto band = bands.take();
                 if (!band)
                     break;
-                makeBand(bands, *band, *source, writer);
+                makeBand(bands, *band, thread);
             }
-            end(writer);
+            end(thread.writer);
         });
     }
 
-    void makeBand(Bands &bands, int band, RowSource &source, RowWriter &writer)
+    RowGroup emptyGroup(int first, int rows, std::vector<RowGroup> &spares) const
+    {
+        if (rows < groupRows || spares.empty())
+            return {first, Picture(m_width, rows)};
+        RowGroup group = std::move(spares.back());
+        spares.pop_back();
+        group.first = first;
+        return group;
+    }
+
+    static void keep(RowGroup group, std::vector<RowGroup> &spares)
+    {
+        if (group.rows.rows() == groupRows)
+            spares.push_back(std::move(group));
+    }
+
+    void makeBand(Bands &bands, int band, Thread &thread)
     {
         std::vector<RowGroup> waiting;
-        readGroups(source, bands.first(band), bands.end(band), [&](std::optional<RowGroup> &group) {
-            if (m_highlights && m_highlights->examine(*group)) {
-                waiting.push_back(std::move(*group));
-                group.reset();
+        for (int y = bands.first(band); y < bands.end(band); y += groupRows) {
+            RowGroup group = emptyGroup(y, std::min(groupRows, bands.end(band) - y), thread.spares);
+            thread.source->read(y, group.rows);
+            if (m_highlights && m_highlights->examine(group)) {
+                waiting.push_back(std::move(group));
             } else {
-                finish(*group, writer);
+                finish(group, thread.writer);
+                keep(std::move(group), thread.spares);
             }
-        });
+        }
         for (auto &complete : bands.setKnown(band, std::move(waiting))) {
             if (complete.groups.empty())
                 continue;
-            m_highlights->rebuild(bands.first(complete.band), bands.end(complete.band),
-                                  complete.groups);
+            if (!thread.rebuilder)
+                thread.rebuilder.emplace(*m_highlights, bands.mostRows());
+            thread.rebuilder->setBand(bands.first(complete.band), bands.end(complete.band));
             for (RowGroup &group : complete.groups) {
-                finish(group, writer);
+                thread.rebuilder->rebuild(group);
+                finish(group, thread.writer);
+                keep(std::move(group), thread.spares);
             }
         }
     }

@@ -99,16 +99,42 @@ void ratioRow(const BlockRow &blocks, int saturation, float *ratios)
     }
 }
 
-void raiseRow(const RaisedRow &row, int clipped, std::size_t columns)
+/// The ratio of each column from those of the blocks.
+HWY_INLINE void spreadRatios(const float *ratios, int size, float *columns)
 {
-    const Ints lowest = hn::Set(intTag, clipped);
-    for (std::size_t x = 0; x < columns; x += hn::Lanes(intTag)) {
-        const Ints value = ints(row.values + x);
-        const Floats raised =
-            hn::Mul(floats(ints(row.strongest + x)), hn::LoadU(floatTag, row.ratios + x));
-        const Ints result =
-            hn::IfThenElse(hn::Lt(value, lowest), value, hn::Max(value, truncated(raised)));
-        storeClipped(result, row.values + x);
+    const Floats known = hn::LoadU(floatTag, ratios);
+    const Floats ratio =
+        hn::IfThenElse(hn::Gt(known, hn::Zero(floatTag)), known, hn::Set(floatTag, 1));
+    if (size == 2)
+        hn::StoreInterleaved2(ratio, ratio, floatTag, columns);
+    else
+        hn::StoreInterleaved4(ratio, ratio, ratio, ratio, floatTag, columns);
+}
+
+void raiseBlocks(const RaisedBlocks &blocks, const float *ratios, int clipped)
+{
+    const auto size = static_cast<std::size_t>(blocks.size);
+    const Ints highest = hn::Set(intTag, clipped - 1);
+    HWY_ALIGN float ratioOfColumn[4 * hn::MaxLanes(floatTag)];
+    for (std::size_t block = 0; block < blocks.count; block += hn::Lanes(floatTag)) {
+        spreadRatios(ratios + block, blocks.size, ratioOfColumn);
+        // In columns behind the last whole block nothing is raised.
+        const std::size_t columns =
+            size * std::min<std::size_t>(hn::Lanes(floatTag), blocks.count - block);
+        for (std::size_t row = 0; row < size; ++row) {
+            const std::size_t start = row * blocks.stride + block * size;
+            for (std::size_t x = 0; x < columns; x += hn::Lanes(floatTag)) {
+                const Ints value = ints(blocks.values + start + x);
+                const auto isClipped =
+                    hn::And(hn::Gt(value, highest), hn::FirstN(intTag, columns - x));
+                if (hn::AllFalse(intTag, isClipped))
+                    continue;
+                const Floats raised = hn::Mul(floats(ints(blocks.strongest + start + x)),
+                                              hn::Load(floatTag, ratioOfColumn + x));
+                storeClipped(hn::IfThenElse(isClipped, hn::Max(value, truncated(raised)), value),
+                             blocks.values + start + x);
+            }
+        }
     }
 }
 
@@ -129,9 +155,9 @@ void findRatios(const BlockRow &blocks, int saturation, float *ratios)
     DCRAW_VARIANT(ratioRow)(blocks, saturation, ratios);
 }
 
-void raise(const RaisedRow &row, int clipped, std::size_t columns)
+void raise(const RaisedBlocks &blocks, const float *ratios, int clipped)
 {
-    DCRAW_VARIANT(raiseRow)(row, clipped, columns);
+    DCRAW_VARIANT(raiseBlocks)(blocks, ratios, clipped);
 }
 
 } // namespace dcraw

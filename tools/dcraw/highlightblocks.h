@@ -24,15 +24,18 @@ struct BlockRow
 /// values are `saturation` to twice that, and the strongest colour isn't dark.
 void findRatios(const BlockRow &blocks, int saturation, float *ratios);
 
-/// One row, with a ratio for each column. `values` and `ratios` up to the next multiple of 16.
-struct RaisedRow
+/// The same to be changed.
+struct RaisedBlocks
 {
     std::uint16_t *values;
     const std::uint16_t *strongest;
-    const float *ratios;
+    std::size_t stride;
+    int size;
+    std::size_t count;
 };
 
-/// Raises what is `clipped` or more to the strongest colour times the ratio.
-void raise(const RaisedRow &row, int clipped, std::size_t columns);
+/// Raises what is `clipped` or more to the strongest colour times the ratio of its block. Where the
+/// ratio isn't known, 0, it is 1. `ratios` are readable up to the next multiple of 16.
+void raise(const RaisedBlocks &blocks, const float *ratios, int clipped);
 
 } // namespace dcraw

@@ -2,7 +2,6 @@
 #include "dcraw/highlightmap.h"
 
 #include "dcraw/highlightblocks.h"
-#include "dcraw/highlightspread.h"
 
 #include <algorithm>
 
@@ -64,57 +63,43 @@ bool HighlightMap::noteRatios(Colour &colour, const RowGroup &group)
     return largest >= 2 * colour.saturation;
 }
 
-void HighlightMap::rebuild(int first, int end, std::vector<RowGroup> &groups) const
+HighlightRebuilder::HighlightRebuilder(const HighlightMap &map, int mostRows)
+    : m_map(map)
 {
-    if (groups.empty())
-        return;
-    const int firstBlock = first / m_blockSize;
-    const int endBlock = std::min(end / m_blockSize, m_height);
-    for (const Colour &colour : m_colours) {
-        const std::vector<float> map = spread(colour, firstBlock, endBlock);
-        for (RowGroup &group : groups) {
-            for (int row = 0; row < group.rows.rows(); row += m_blockSize) {
-                const int block = (group.first + row) / m_blockSize;
-                if (block < endBlock)
-                    raiseBlocks(colour, &map[size(block - firstBlock) * size(m_width)], group.rows,
-                                row);
-            }
+    const int blocks = mostRows / map.blockSize() + 2 * HighlightMap::reach;
+    for (std::size_t i = 0; i < map.colours().size(); ++i) {
+        m_grids.emplace_back(map.width(), blocks);
+    }
+}
+
+/// Blocks further away than the reach have no influence, so that those between are all that has to
+/// be looked at.
+void HighlightRebuilder::setBand(int first, int end)
+{
+    const int last = std::min(end / m_map.blockSize() + HighlightMap::reach, m_map.height());
+    m_first = std::max(first / m_map.blockSize() - HighlightMap::reach, 0);
+    for (std::size_t i = 0; i < m_grids.size(); ++i) {
+        m_grids[i].clear(last - m_first);
+        for (int row = m_first; row < last; ++row) {
+            const auto &ratios = m_map.colours()[i].ratios[size(row)];
+            std::copy(ratios.begin(), ratios.end(), m_grids[i].row(row - m_first));
         }
+        m_grids[i].spread(HighlightMap::reach);
     }
 }
 
-/// The ratios of the rows of blocks from `first` to `end`. Those further away than the reach have
-/// no influence, so that the rows between are all that has to be looked at.
-std::vector<float> HighlightMap::spread(const Colour &colour, int first, int end) const
+void HighlightRebuilder::rebuild(RowGroup &group) const
 {
-    const int low = std::max(first - reach, 0);
-    const int high = std::min(end + reach, m_height);
-    RatioGrid grid(m_width, high - low);
-    for (int row = low; row < high; ++row) {
-        std::copy(colour.ratios[size(row)].begin(), colour.ratios[size(row)].end(),
-                  grid.row(row - low));
-    }
-    grid.spread(reach);
-    std::vector<float> map(size(end - first) * size(m_width));
-    for (int row = first; row < end; ++row) {
-        const float *ratios = grid.row(row - low);
-        std::transform(ratios, ratios + m_width, &map[size(row - first) * size(m_width)],
-                       [](float ratio) { return ratio > 0 ? ratio : 1.0F; });
-    }
-    return map;
-}
-
-void HighlightMap::raiseBlocks(const Colour &colour, const float *ratios, Picture &rows,
-                               int firstRow) const
-{
-    const std::size_t columns = size(m_width * m_blockSize);
-    std::vector<float> ratioOfColumn(roundedUp(columns, 64));
-    for (std::size_t x = 0; x < columns; ++x) {
-        ratioOfColumn[x] = ratios[x / size(m_blockSize)];
-    }
-    for (int row = firstRow; row < firstRow + m_blockSize; ++row) {
-        raise({rows.row(colour.index, row), rows.row(m_strongest, row), ratioOfColumn.data()},
-              2 * colour.saturation, columns);
+    Picture &rows = group.rows;
+    const int blockSize = m_map.blockSize();
+    const int strongest = m_map.strongest();
+    for (int row = 0; row + blockSize <= rows.rows(); row += blockSize) {
+        for (std::size_t i = 0; i < m_grids.size(); ++i) {
+            const HighlightMap::Colour &colour = m_map.colours()[i];
+            raise({rows.row(colour.index, row), rows.row(strongest, row), rows.stride(), blockSize,
+                   size(m_map.width())},
+                  m_grids[i].row((group.first + row) / blockSize - m_first), 2 * colour.saturation);
+        }
     }
 }
 

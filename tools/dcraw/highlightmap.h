@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dcraw/development.h"
+#include "dcraw/highlightspread.h"
 #include "dcraw/picture.h"
 
 #include <vector>
@@ -15,29 +16,14 @@ struct RowGroup
     Picture rows;
 };
 
-/// Rebuilds saturated colours: they follow the ratio to the strongest colour that the blocks around
-/// them have, where neither is saturated.
+/// What the blocks of a picture tell of saturated colours: their ratio to the strongest colour,
+/// where neither is saturated.
 class HighlightMap
 {
 public:
     /// Rows of blocks that a ratio can spread over.
     static constexpr int reach = 16;
 
-    explicit HighlightMap(const Development &development);
-
-    /// The rows, and columns, of a block.
-    int blockSize() const { return m_blockSize; }
-
-    /// Notes the ratios of the rows' blocks. Answers true when samples are saturated: rebuild()
-    /// has to be called as soon as all rows are known that are up to `reach` blocks away. The
-    /// first row is the first of a block. From several threads, for different rows.
-    bool examine(const RowGroup &group);
-
-    /// Rebuilds what is saturated in `groups`, which lie between the rows `first` and `end`, the
-    /// first rows of blocks. From several threads.
-    void rebuild(int first, int end, std::vector<RowGroup> &groups) const;
-
-private:
     struct Colour
     {
         int index;
@@ -46,15 +32,49 @@ private:
         std::vector<std::vector<float>> ratios;
     };
 
+    explicit HighlightMap(const Development &development);
+
+    /// The rows, and columns, of a block.
+    int blockSize() const { return m_blockSize; }
+    /// In blocks. What is left of the last blocks to the right and at the bottom isn't rebuilt.
+    int width() const { return m_width; }
+    int height() const { return m_height; }
+    /// The colour that the others follow.
+    int strongest() const { return m_strongest; }
+    /// The two others.
+    const std::vector<Colour> &colours() const { return m_colours; }
+
+    /// Notes the ratios of the rows' blocks. Answers true when samples are saturated: they can be
+    /// rebuilt as soon as all rows are known that are up to `reach` blocks away. The first row is
+    /// the first of a block. From several threads, for different rows.
+    bool examine(const RowGroup &group);
+
+private:
     bool noteRatios(Colour &colour, const RowGroup &group);
-    std::vector<float> spread(const Colour &colour, int first, int end) const;
-    void raiseBlocks(const Colour &colour, const float *ratios, Picture &rows, int firstRow) const;
 
     int m_blockSize;
-    int m_width;  ///< in blocks
-    int m_height; ///< in blocks
+    int m_width;
+    int m_height;
     int m_strongest;
-    std::vector<Colour> m_colours; ///< the two others
+    std::vector<Colour> m_colours;
+};
+
+/// Rebuilds saturated colours: they follow the ratios of the blocks around them. Used by one
+/// thread.
+class HighlightRebuilder
+{
+public:
+    /// For bands of up to `mostRows`. The map outlives it.
+    HighlightRebuilder(const HighlightMap &map, int mostRows);
+
+    /// Has to be called before rows from `first` to `end`, the first rows of blocks, are rebuilt.
+    void setBand(int first, int end);
+    void rebuild(RowGroup &group) const;
+
+private:
+    const HighlightMap &m_map;
+    std::vector<RatioGrid> m_grids; ///< of each colour
+    int m_first = 0;                ///< row of blocks in the grids
 };
 
 } // namespace dcraw

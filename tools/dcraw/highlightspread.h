@@ -3,15 +3,20 @@
 
 #include "dcraw/rowring.h"
 
+#include <array>
 #include <vector>
 
 namespace dcraw {
 
-/// The ratios of blocks, 0 where they aren't known.
+/// The ratios of rows of blocks, 0 where they aren't known.
 class RatioGrid
 {
 public:
-    RatioGrid(int width, int height);
+    /// Has room for `mostRows`.
+    RatioGrid(int width, int mostRows);
+
+    /// Begins anew with rows of zeros.
+    void clear(int rows);
 
     float *row(int y) { return &m_values[static_cast<std::size_t>(y + 1) * m_stride + lead]; }
     const float *row(int y) const
@@ -28,11 +33,16 @@ private:
 
     bool spreadOnce();
 
-    int m_width;
-    int m_height;
+    std::size_t m_width;
+    int m_rows = 0;
     std::size_t m_stride;
     AlignedArray<float> m_values; ///< with a row of zeros above and below
-    std::vector<char> m_changed;  ///< rows of the pass before, with one above and below
+    /// Where the pass before has changed a row, one bit for each `m_chunk` blocks; a row more above
+    /// and below.
+    std::vector<std::uint64_t> m_changed;
+    std::vector<std::uint64_t> m_changing; ///< the same of the pass that runs
+    std::size_t m_chunk;
+    std::array<std::vector<float>, 2> m_kept; ///< rows as they were before the pass
 };
 
 } // namespace dcraw

@@ -4,6 +4,7 @@
 #include "dcraw/realdcraw.h"
 #include "dcraw/threads.h"
 #include "dcraw/tifffile.h"
+#include "mlv/error.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -20,6 +21,7 @@ struct Job
 {
     explicit Job(const dcraw::Options &options)
         : frame(dcraw::readFrame(options))
+        , input(options.file)
         , path(dcraw::outputPath(options.file))
         , file(path, frame.head.size(), frame.development.outputRowBytes(),
                frame.development.outputHeight())
@@ -27,6 +29,7 @@ struct Job
     }
 
     dcraw::Frame frame;
+    std::string input;
     std::string path;
     dcraw::TiffFile file;
 };
@@ -43,6 +46,8 @@ int run(Job &job)
     } catch (const std::system_error &error) {
         std::cerr << "dcraw: " << job.path << " cannot be written: " << error.code().message()
                   << '\n';
+    } catch (const mlv::Error &error) { // the file has changed
+        std::cerr << "dcraw: " << job.input << ' ' << error.what() << '\n';
     } catch (const std::exception &error) {
         std::cerr << "dcraw: " << job.path << " cannot be written: " << error.what() << '\n';
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "mlv/scandata.h"
+
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -9,13 +11,14 @@
 
 namespace mlv {
 
-/// Reads a stream bit by bit, the most significant bit of a byte first; behind its end follow
-/// zeros, as many as are asked for.
+/// Reads a scan bit by bit, the most significant bit of a byte first; behind its end follow zeros,
+/// as many as are asked for. Copies go on with the same scan: only one of them may read.
 class BitReader
 {
 public:
-    explicit BitReader(std::span<const std::byte> data)
-        : m_data(data)
+    /// The scan stays the caller's.
+    explicit BitReader(ScanData &scan)
+        : m_scan(&scan)
     {
     }
 
@@ -57,6 +60,9 @@ private:
     {
         for (; m_count < refilledBits; m_count += 8) {
             if (m_data.empty()) {
+                m_data = m_scan->next();
+            }
+            if (m_data.empty()) {
                 m_padding += 8;
                 continue;
             }
@@ -65,6 +71,7 @@ private:
         }
     }
 
+    ScanData *m_scan;
     std::span<const std::byte> m_data; // that m_bits has none or only a part of a byte of
     std::uint64_t m_bits = 0;          // the next bit is the highest
     int m_count = 0;                   // valid bits

@@ -12,13 +12,15 @@
 namespace mlv {
 namespace {
 
+using Tables = std::array<const HuffmanTable *, maxComponents>;
+
 /// The scan's state: where samples are predicted from and written to.
 struct Scan
 {
     BitReader reader;
     std::uint16_t *line; ///< of the frame, all components
     std::size_t lineLength;
-    std::array<const HuffmanTable *, maxComponents> tables;
+    Tables tables;
     std::size_t components;
     bool invalid = false;
 };
@@ -60,29 +62,28 @@ template <int predictor, std::size_t fixedComponents>
 void decodeRestOfLine(Scan &scan)
 {
     const std::size_t components = fixedComponents > 0 ? fixedComponents : scan.components;
-    constexpr std::size_t groupSize =
+    // As many whole sets of components as one refill is enough for.
+    const std::size_t groupSize =
         fixedComponents > 0 ? HuffmanTable::differencesPerRefill / fixedComponents * fixedComponents
-                            : 1;
+                            : components;
+    static_assert(maxComponents <= HuffmanTable::differencesPerRefill);
     BitReader reader = scan.reader; // a copy stays in registers
+    const Tables tables = scan.tables;
     bool invalid = false;
     std::uint16_t *sample = scan.line + components;
     std::uint16_t *const end = scan.line + scan.lineLength;
-    std::size_t component = 0;
-    const auto decodeNext = [&] {
-        const auto difference = scan.tables[component]->decode(reader, invalid);
-        *sample = add(predict<predictor>(sample, components, scan.lineLength), difference);
-        ++sample;
-        component = component + 1 == components ? 0 : component + 1;
+    const auto decode = [&](std::size_t count) {
+        reader.refill();
+        for (std::size_t i = 0; i < count; ++i, ++sample) {
+            const auto difference = tables[i % components]->decode(reader, invalid);
+            *sample = add(predict<predictor>(sample, components, scan.lineLength), difference);
+        }
     };
     while (static_cast<std::size_t>(end - sample) >= groupSize) {
-        reader.refill();
-        for (std::size_t i = 0; i < groupSize; ++i) {
-            decodeNext();
-        }
+        decode(groupSize);
     }
-    while (sample < end) {
-        reader.refill();
-        decodeNext();
+    if (sample < end) {
+        decode(static_cast<std::size_t>(end - sample));
     }
     scan.reader = reader;
     scan.invalid = scan.invalid || invalid;
@@ -124,8 +125,6 @@ void decodeStartOfLine(Scan &scan, bool isFirstLine, std::uint16_t middle)
     }
 }
 
-using Tables = std::array<const HuffmanTable *, maxComponents>;
-
 /// The table of each component. Equal ones share the first, which then stays in the cache.
 Tables tablesOf(const LosslessJpegHeader &header)
 {
@@ -165,8 +164,8 @@ std::size_t decodeLosslessLines(const LosslessJpegHeader &header, std::span<cons
                                 std::span<std::uint16_t> samples)
 {
     const auto &shape = header.shape;
-    const ScanData data = takeScanData(stream.subspan(header.scanStart));
-    Scan scan{BitReader(data.bytes), samples.data(), shape.lineLength(), tablesOf(header),
+    ScanData data(stream.subspan(header.scanStart));
+    Scan scan{BitReader(data), samples.data(), shape.lineLength(), tablesOf(header),
               static_cast<std::size_t>(shape.components)};
     const auto middle = static_cast<std::uint16_t>(1U << (shape.precision - 1));
     const std::size_t lines = samples.size() / shape.lineLength();
@@ -178,7 +177,7 @@ std::size_t decodeLosslessLines(const LosslessJpegHeader &header, std::span<cons
             throw Error("has a lossless picture that is damaged or cut off");
         }
     }
-    return header.scanStart + data.storedSize;
+    return header.scanStart + data.position();
 }
 
 std::size_t decodeLosslessJpeg(std::span<const std::byte> stream, std::span<std::uint16_t> samples)

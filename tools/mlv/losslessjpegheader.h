@@ -28,9 +28,8 @@ struct LosslessJpegHeader
 [[nodiscard]] LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream);
 
 /// Decodes the first lines of the stream that has the header: `samples` holds whole lines, all
-/// components, at most as many as the picture has. Answers the size of what it has read, bytes from
-/// the start of the stream to the marker behind the data. Throws Error when the data is damaged or
-/// cut off.
+/// components, at most as many as the picture has. Answers how much of the stream it has read; the
+/// marker behind the data isn't before that. Throws Error when the data is damaged or cut off.
 std::size_t decodeLosslessLines(const LosslessJpegHeader &header, std::span<const std::byte> stream,
                                 std::span<std::uint16_t> samples);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/scandata.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace mlv {
@@ -8,11 +9,12 @@ namespace {
 
 constexpr std::byte markerStart{0xff};
 
-std::size_t find(std::span<const std::byte> bytes, std::byte wanted)
+/// How many bytes stand before the first 0xff.
+std::size_t plainBytes(std::span<const std::byte> bytes)
 {
-    const void *found = bytes.empty()
-                            ? nullptr
-                            : std::memchr(bytes.data(), std::to_integer<int>(wanted), bytes.size());
+    const void *found =
+        bytes.empty() ? nullptr
+                      : std::memchr(bytes.data(), std::to_integer<int>(markerStart), bytes.size());
     return found == nullptr
                ? bytes.size()
                : static_cast<std::size_t>(static_cast<const std::byte *>(found) - bytes.data());
@@ -20,22 +22,24 @@ std::size_t find(std::span<const std::byte> bytes, std::byte wanted)
 
 } // namespace
 
-ScanData takeScanData(std::span<const std::byte> stream)
+std::span<const std::byte> ScanData::next()
 {
-    ScanData data;
-    data.bytes.reserve(stream.size());
-    while (true) {
-        const auto rest = stream.subspan(data.storedSize);
-        const std::size_t plain = find(rest, markerStart);
-        data.bytes.insert(data.bytes.end(), rest.begin(),
-                          rest.begin() + static_cast<std::ptrdiff_t>(plain));
-        data.storedSize += plain;
-        if (plain + 1 >= rest.size() || rest[plain + 1] != std::byte{0}) {
-            return data;
+    std::size_t filled = 0;
+    while (filled < m_piece.size()) {
+        const auto rest = m_stream.subspan(m_position);
+        const std::size_t count =
+            plainBytes(rest.first(std::min(rest.size(), m_piece.size() - filled)));
+        std::copy_n(rest.begin(), count, m_piece.begin() + static_cast<std::ptrdiff_t>(filled));
+        filled += count;
+        m_position += count;
+        if (filled == m_piece.size() || count + 1 >= rest.size() || rest[count] != markerStart ||
+            rest[count + 1] != std::byte{0}) {
+            break;
         }
-        data.bytes.push_back(markerStart);
-        data.storedSize += 2;
+        m_piece[filled++] = markerStart;
+        m_position += 2;
     }
+    return std::span(m_piece).first(filled);
 }
 
 } // namespace mlv

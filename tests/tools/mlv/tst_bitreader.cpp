@@ -36,7 +36,8 @@ private Q_SLOTS:
 void TestBitReader::mostSignificantBitComesFirst()
 {
     const auto data = QByteArray::fromHex("a5123456");
-    mlv::BitReader reader(bytesOf(data));
+    mlv::ScanData scan(bytesOf(data));
+    mlv::BitReader reader(scan);
     QCOMPARE(take(reader, 1), 1U);
     QCOMPARE(take(reader, 3), 2U);
     QCOMPARE(take(reader, 4), 5U);
@@ -51,7 +52,8 @@ void TestBitReader::everyWidthReadsTheSameBits()
         bytes.append(static_cast<char>(i * 7 + 1));
     }
     for (const int width : {1, 3, 7, 13, 16, 32}) {
-        mlv::BitReader reader(bytesOf(bytes));
+        mlv::ScanData scan(bytesOf(bytes));
+        mlv::BitReader reader(scan);
         std::vector<bool> bits;
         while (bits.size() + static_cast<std::size_t>(width) <= 24 * 8) {
             const auto value = take(reader, width);
@@ -69,7 +71,8 @@ void TestBitReader::everyWidthReadsTheSameBits()
 
 void TestBitReader::zerosFollowTheEnd()
 {
-    mlv::BitReader reader({});
+    mlv::ScanData scan({});
+    mlv::BitReader reader(scan);
     QCOMPARE(take(reader, 32), 0U);
     QVERIFY(reader.isOverrun());
 }
@@ -77,7 +80,8 @@ void TestBitReader::zerosFollowTheEnd()
 void TestBitReader::lastBitIsNoOverrun()
 {
     const auto data = QByteArray::fromHex("80");
-    mlv::BitReader reader(bytesOf(data));
+    mlv::ScanData scan(bytesOf(data));
+    mlv::BitReader reader(scan);
     QCOMPARE(take(reader, 8), 0x80U);
     QVERIFY(!reader.isOverrun());
     take(reader, 1);
