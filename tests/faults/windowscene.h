@@ -12,6 +12,11 @@
 #include <chrono>
 #include <memory>
 
+// The recordings of the queue that have a part of their own.
+inline const QString struckName = QStringLiteral("b.MLV");
+inline const QString removedName = QStringLiteral("c.MLV");
+inline const QString flawedName = QStringLiteral("d.MLV");
+
 struct WindowFootage
 {
     QMap<QString, QByteArray> recordings; ///< by name
@@ -32,6 +37,8 @@ struct WindowRehearsal
 class WindowScene
 {
 public:
+    static constexpr std::chrono::milliseconds hanging = std::chrono::minutes(1);
+
     static QString hindrance(const WindowStrike &strike);
     static WindowRehearsal rehearse(const WindowFootage &footage, const Order &order);
 
@@ -46,22 +53,24 @@ public:
     QString ending() const { return m_ending; }
 
 private:
-    // windowscene.cpp: the batch, its strike and what the person does
+    // windowscene.cpp: the batch and its strike
     void layOut();
     void addTools(bool struck);
+    void waitAndStrike();
+    void happen();
+    void rest(const char *when);
+    void mend();
+    void startAgain();
+
+    // windowmoves.cpp: what the person does
     void launch();
     void openAll();
     void pressStart();
     void chooseDark();
-    void waitAndStrike();
-    void happen();
-    void make(Move move);
     void freeFromHangingTool();
+    void make(Move move);
     QString begunPath() const;
     bool toolHangs() const;
-    void rest(const char *when);
-    void mend();
-    void startAgain();
 
     // windowverdict.cpp: whether all is well
     void checkRecordings();

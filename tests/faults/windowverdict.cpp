@@ -32,13 +32,13 @@ void WindowScene::checkMovies(bool allMade)
     QStringList others = entries(m_window->recordings());
     const QStringList queue = m_window->delegate ? m_window->queue() : QStringList();
     for (const QString &name : m_footage.recordings.keys()) {
-        const bool isStruck = name == QLatin1String("b.MLV");
+        const bool isStruck = name == struckName;
         const bool isQueued = queue.contains(name);
         checkMovie(name, isQueued, isQueued && (allMade || (onlyOneStruck && !isStruck)));
         others.removeAll(name);
         others.removeAll(QFileInfo(moviePath(name)).fileName());
     }
-    others.removeAll(QStringLiteral("d.MLV"));
+    others.removeAll(flawedName);
     others.removeAll(QStringLiteral("filler"));
     if (!others.isEmpty())
         complain(QStringLiteral("left beside the recordings: %1")
