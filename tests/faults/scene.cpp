@@ -6,7 +6,6 @@
 #include "scenefolders.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QFile>
 #include <QTest>
 #include <QUuid>
@@ -70,22 +69,6 @@ void writeFile(const QString &path, const QByteArray &content)
     QFile file(path);
     QVERIFY2(file.open(QIODevice::WriteOnly), qPrintable(path));
     file.write(content);
-}
-
-qint64 shareOf(qint64 bytes, double share)
-{
-    return static_cast<qint64>(share * static_cast<double>(bytes));
-}
-
-qint64 sizeOf(const QString &folder)
-{
-    qint64 bytes = 0;
-    QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-    while (files.hasNext()) {
-        files.next();
-        bytes += files.fileInfo().size();
-    }
-    return bytes;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDir>
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QString>
@@ -32,4 +33,21 @@ inline QStringList entries(const QString &folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System |
                                   QDir::NoDotAndDotDot);
+}
+
+inline qint64 shareOf(qint64 bytes, double share)
+{
+    return static_cast<qint64>(share * static_cast<double>(bytes));
+}
+
+/// Of all files in it.
+inline qint64 sizeOf(const QString &folder)
+{
+    qint64 bytes = 0;
+    QDirIterator files(folder, QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        files.next();
+        bytes += files.fileInfo().size();
+    }
+    return bytes;
 }

@@ -3,7 +3,7 @@
 // is expected, and none may harm the recording, leave a process or a file behind, or pass a short
 // movie for a whole one.
 
-#include "endtoend/sample.h"
+#include "footage.h"
 #include "scene.h"
 
 #include <QFile>
@@ -15,22 +15,9 @@
 
 namespace {
 
-int setting(const char *variable, int usual)
+QByteArray recordingOf(const QString &options)
 {
-    return qEnvironmentVariableIsSet(variable) ? qEnvironmentVariableIntValue(variable) : usual;
-}
-
-QByteArray sample(const QString &options)
-{
-    const QTemporaryDir folder;
-    QFile clip(folder.filePath(QStringLiteral("clip.MLV")));
-    const QString all =
-        QStringLiteral("--size 128x72 --frames %1 %2").arg(Scene::frames).arg(options);
-    [&] {
-        QVERIFY(writeSample(clip.fileName(), all));
-        QVERIFY(clip.open(QIODevice::ReadOnly));
-    }();
-    return clip.readAll();
+    return sample(QStringLiteral("--frames %1 %2").arg(Scene::frames).arg(options));
 }
 
 } // namespace
@@ -63,9 +50,9 @@ void TestFaults::initTestCase()
 {
     QVERIFY2(QFile::exists(realTool(QStringLiteral("mlv_dump"))),
              "FILMWRIGHT_BUILD_RESOURCES doesn't name the folder of the tools");
-    m_recording = sample({});
-    m_twoExposures = sample(QStringLiteral("--dual-iso 100/1600"));
-    m_dark = sample(QStringLiteral("--dark"));
+    m_recording = recordingOf({});
+    m_twoExposures = recordingOf(QStringLiteral("--dual-iso 100/1600"));
+    m_dark = recordingOf(QStringLiteral("--dark"));
 }
 
 const Rehearsal &TestFaults::rehearsalOf(const Order &order)

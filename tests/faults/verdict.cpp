@@ -4,6 +4,7 @@
 #include "endtoend/sample.h"
 #include "project/moviemark.h"
 #include "scenefolders.h"
+#include "support/processes.h"
 
 #include <QDeadlineTimer>
 #include <QJsonArray>
@@ -14,25 +15,6 @@
 #include <csignal>
 
 using namespace std::chrono_literals;
-
-namespace {
-
-/// The processes that carry this in their environment.
-QStringList processesWith(const QByteArray &identity)
-{
-    QStringList found;
-    const QStringList numbers =
-        QDir(QStringLiteral("/proc")).entryList({QStringLiteral("[1-9]*")}, QDir::Dirs);
-    for (const QString &number : numbers) {
-        const QString process = QStringLiteral("/proc/") + number;
-        if (readFile(process + QStringLiteral("/environ")).contains(identity))
-            found << QString::fromUtf8(
-                readFile(process + QStringLiteral("/cmdline")).replace('\0', ' '));
-    }
-    return found;
-}
-
-} // namespace
 
 /// What ended it is negative when it was a signal.
 int Scene::status() const
@@ -243,10 +225,10 @@ void Scene::checkProcesses()
 {
     constexpr auto patience = 5s;
     const QDeadlineTimer deadline(patience);
-    QStringList left = processesWith(m_identity);
+    QStringList left = processesCarrying(m_identity);
     while (!left.isEmpty() && !deadline.hasExpired()) {
         QTest::qSleep(10);
-        left = processesWith(m_identity);
+        left = processesCarrying(m_identity);
     }
     if (!left.isEmpty())
         complain(QStringLiteral("still running: %1").arg(left.join(QStringLiteral(", "))));

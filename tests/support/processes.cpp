@@ -62,6 +62,19 @@ QStringList runningChildren()
     return names;
 }
 
+QStringList processesCarrying(const QByteArray &identity)
+{
+    QStringList commands;
+    for (const QString &pid : processes()) {
+        QFile environment(QStringLiteral("/proc/%1/environ").arg(pid));
+        QFile command(QStringLiteral("/proc/%1/cmdline").arg(pid));
+        if (environment.open(QIODevice::ReadOnly) && environment.readAll().contains(identity) &&
+            command.open(QIODevice::ReadOnly))
+            commands << QString::fromLocal8Bit(command.readAll().replace('\0', ' ')).trimmed();
+    }
+    return commands;
+}
+
 QStringList processesWith(const QString &text)
 {
     QStringList commands;

@@ -12,5 +12,9 @@ qsizetype childProcesses();
 /// The names of the programs that the running children of this process are.
 QStringList runningChildren();
 
+/// The command lines of the processes that were started with this, "NAME=value", in their
+/// environment.
+QStringList processesCarrying(const QByteArray &identity);
+
 /// The command lines of all running processes in which a text occurs.
 QStringList processesWith(const QString &text);
