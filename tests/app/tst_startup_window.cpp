@@ -398,7 +398,7 @@ void TestStartupWindow::folderStaysDuringABatch()
     QCOMPARE(preference.field.text(), folder);
     QCOMPARE(baseTemporaryDirectory(), folder);
     QCOMPARE(storedPreferences().value(folderKey).toString(), folder);
-    QVERIFY(QFileInfo::exists(temporaryDirectory()));
+    QTRY_VERIFY(QFileInfo::exists(temporaryDirectory()));
     window.pressStart();
 }
 
