@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QTest>
 
@@ -13,7 +14,20 @@ namespace {
 const QString dng = QStringLiteral("frame.dng");
 const QString tiff = QStringLiteral("frame.tiff");
 
+/// The words without addresses in memory, which the installed program prints and no two runs share.
+QByteArray comparable(const QByteArray &messages)
+{
+    static const QRegularExpression address(QStringLiteral("0x[0-9a-f]{6,}"));
+    return QString::fromLatin1(messages).replace(address, QStringLiteral("0x")).toLatin1();
+}
+
 } // namespace
+
+bool ConverterRun::isLike(const ConverterRun &other) const
+{
+    return status == other.status && comparable(messages) == comparable(other.messages) &&
+           hasTiff == other.hasTiff && tiff.size() == other.tiff.size();
+}
 
 ConverterFolder::ConverterFolder()
 {

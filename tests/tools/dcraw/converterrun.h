@@ -15,12 +15,8 @@ struct ConverterRun
     bool hasTiff = false;
 
     bool operator==(const ConverterRun &) const = default;
-    /// The same but for the pixels.
-    bool isLike(const ConverterRun &other) const
-    {
-        return status == other.status && messages == other.messages && hasTiff == other.hasTiff &&
-               tiff.size() == other.tiff.size();
-    }
+    /// The same but for the pixels, and for addresses in memory among the words.
+    bool isLike(const ConverterRun &other) const;
 };
 
 /// A folder with frame.dng, in which dcraw runs.

@@ -286,7 +286,8 @@ void TestDcrawIdentity::mutilatedHeads()
         const ConverterRun real = folder.runReal(movieArguments);
         const ConverterRun ours = folder.runOurs(movieArguments);
         const bool isOurs = folder.runOursAlone(movieArguments).status == 0;
-        // Some damage has the real one compute with memory that it hasn't set.
+        // Some damage has the real one compute with memory that it hasn't set, or print where a
+        // file's data is in memory: no two of its own runs are the same.
         const bool isAlike = ours == real || (!isOurs && ours.isLike(real));
         if (!isAlike) {
             qInfo("seed %d in %s: status %d for %d, %s for %s", seed, qPrintable(folder.keep()),
