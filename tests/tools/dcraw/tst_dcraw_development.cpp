@@ -288,14 +288,19 @@ private Q_SLOTS:
 
     void aSaturatedColourEdgeIsJudgedInMoreThanSixteenBits()
     {
-        // Pure red beside pure cyan: differences of a reach beyond 32767.
+        // Patches anywhere between pure red and pure green: their differences reach beyond 32767.
         Development development = unchanged();
         development.cameraToXyz = {{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
         std::mt19937 generator(1);
+        std::array<std::array<int, 200>, 3> patches{};
+        for (auto &levels : patches) {
+            for (int &level : levels)
+                level = static_cast<int>(
+                    65535 * std::pow(static_cast<double>(generator() % 1000) / 999.0, 3));
+        }
         const auto samples = samplesOf([&](int y, int x) {
-            const bool isRed = y % 2 == 0 && x % 2 == 0;
-            const int noise = static_cast<int>(generator() % 3000);
-            return isRed == ((x / 5 + y / 7) % 2 == 0) ? 65535 - noise : noise;
+            return patches[static_cast<unsigned>(y % 2 + x % 2)]
+                          [static_cast<unsigned>(y / 3 * 14 + x / 3)];
         });
         const auto expected = plain::develop(development, Samples(samples, width));
         QVERIFY(Result(development, samples).memory.bytes == expected);
