@@ -519,16 +519,18 @@ void TestLossesWindow::percentInANameStays()
 void TestLossesWindow::toolIsNotGuessedFromAName()
 {
     FakeWindow window;
-    window.setConversion(QStringLiteral("echo 'dcraw has spoken'; cp \"$frame\" \"$tiff\""));
-    window.setEncoding(QStringLiteral(
-        "echo 'the encoder has spoken'; echo '/media/cr2hdr dcraw is gone'; exit 1"));
+    window.setBlending(QStringLiteral("echo 'cr2hdr has spoken'"));
+    window.setEncoding(QStringLiteral("echo 'the encoder has spoken'; "
+                                      "echo '/media/cr2hdr is gone'; exit 1"));
     window.launch();
     window.add({a});
+    window.select(a);
+    window.action(QStringLiteral("blendRowsMenuItem"))->trigger();
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.stateView(0)->failure(),
-                 QStringLiteral("ffmpeg ended with status 1: /media/cr2hdr dcraw is gone\n"
-                                "the encoder has spoken\n/media/cr2hdr dcraw is gone"));
+                 QStringLiteral("ffmpeg ended with status 1: /media/cr2hdr is gone\n"
+                                "the encoder has spoken\n/media/cr2hdr is gone"));
 }
 
 QTEST_MAIN(TestLossesWindow)

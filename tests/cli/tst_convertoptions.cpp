@@ -78,6 +78,20 @@ private Q_SLOTS:
         QVERIFY(!options.quiet);
     }
 
+    void calibrationThatBeginsWithADash()
+    {
+        ConvertOptions options;
+        const QString clip = m_folder.filePath(QStringLiteral("-d.MLV"));
+        QVERIFY(QFile(clip).open(QIODevice::WriteOnly));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_folder.path()));
+        const auto ending = readConvertOptions(words("--dark=-d.MLV CLIP"), options);
+        const QString absolute = QFileInfo(QStringLiteral("-d.MLV")).absoluteFilePath();
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY(!ending);
+        QCOMPARE(options.settings.calibration.dark, absolute); // no option of a tool
+    }
+
     void unusable_data()
     {
         QTest::addColumn<QString>("arguments");
