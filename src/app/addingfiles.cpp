@@ -2,7 +2,9 @@
 // The roads on which recordings come into the queue, and the one on which they leave it.
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
+#include "project/recordingfiles.h"
 #include "runner/files.h"
+#include "runner/temporarydirectory.h"
 #include "ui_mainwindow.h"
 
 #include <QDir>
@@ -13,11 +15,6 @@
 namespace filmwright {
 
 namespace {
-
-bool isRecordingName(const QString &path)
-{
-    return QFileInfo(path).suffix().toLower() == QLatin1String("mlv");
-}
 
 QStringList filePaths(const QList<QUrl> &urls)
 {
@@ -41,17 +38,22 @@ void AppDelegate::addMLVFile(const QString &path)
     m_readingData = true;
     m_ui->sourceItem->setEnabled(false);
     m_ui->startStopItem->setEnabled(false);
-    auto project = MLVProjectController::projectWithMLVFile(path);
-    project->setDelegate(this);
-    m_failures.watch(*project);
+    auto project = std::make_unique<MLVProjectController>();
+    auto run = std::make_unique<RecordingRun>(*project, path, this);
+    connect(run.get(), &RecordingRun::ended, this, [this, ended = run.get()] { runEnded(*ended); });
+    run->read();
+    m_runs[project.get()] = std::move(run);
     m_projectList->push_back(std::move(project));
     m_recentDocuments.noteNewRecentDocument(path);
 }
 
 /// A link that leads back to a folder above is followed like any other; the file system ends that
-/// after 40 links.
+/// after 40 links. What is in the temporary directory are no recordings, but averages and frames.
 void AppDelegate::scanDirectoryForMLVFiles(const QString &folder)
 {
+    if (QFileInfo(folder).canonicalFilePath() ==
+        QFileInfo(temporaryDirectory()).canonicalFilePath())
+        return;
     for (const QString &name : folderEntries(folder)) {
         const QString path = QDir(folder).filePath(name);
         if (QFileInfo(path).isDir())
@@ -67,8 +69,9 @@ void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
     if (!checkTools({QStringLiteral("mlv_dump")}))
         return;
     if (!m_projectList->empty() &&
-        runAlert(QStringLiteral("Queue not empty"), QStringLiteral("Add to exisiting queue?"),
-                 QStringLiteral("Yes"), QStringLiteral("Replace"), otherButton) == 0)
+        m_alerts.runAlert(QStringLiteral("Queue not empty"),
+                          QStringLiteral("Add to exisiting queue?"), QStringLiteral("Yes"),
+                          QStringLiteral("Replace"), otherButton) == 0)
         replaceQueue();
     for (const QString &path : paths) {
         if (QFileInfo(path).isDir())
@@ -76,11 +79,29 @@ void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
         else
             addMLVFile(path);
     }
-    m_ui->queueTableView->reloadData();
     m_recentDocuments.save();
     fillRecentMenu();
+    endReadingWhenAllAreRead();
+    queueChanged();
+}
+
+/// The table, the status line and Start tell the truth after every change of the queue.
+void AppDelegate::queueChanged()
+{
+    m_ui->queueTableView->reloadData();
+    if (m_working)
+        return;
+    m_stopped = false;
+    const auto recordings = m_projectList->size();
+    m_ui->startStopItem->setEnabled(!m_readingData && recordings > 0);
+    QString status = tr("%1 recordings in the queue").arg(recordings);
     if (m_readingData)
-        m_ui->statusTextField->setText(tr("Reading recordings…"));
+        status = tr("Reading recordings…");
+    else if (recordings == 0)
+        status = tr("The queue is empty");
+    else if (recordings == 1)
+        status = tr("1 recording in the queue");
+    m_ui->statusTextField->setText(status);
 }
 
 void AppDelegate::openFile()
@@ -97,7 +118,7 @@ void AppDelegate::openFile()
 void AppDelegate::application(const QStringList &openFiles)
 {
     appInitialization();
-    whenNoAlertIsOpen([this, openFiles] {
+    m_alerts.whenNoneIsOpen([this, openFiles] {
         if (m_working)
             refuseWhileWorking();
         else
@@ -132,32 +153,29 @@ bool AppDelegate::acceptDrop(const QList<QUrl> &urls)
 
 void AppDelegate::refuseWhileWorking()
 {
-    runAlert(QStringLiteral("Please wait"), QStringLiteral("Operation not allowed while working."),
-             QStringLiteral("Ok"));
+    m_alerts.runAlert(QStringLiteral("Please wait"),
+                      QStringLiteral("Operation not allowed while working."), QStringLiteral("Ok"));
 }
 
 void AppDelegate::replaceQueue()
 {
-    for (const auto &project : *m_projectList)
-        detach(*project);
-    deleteProjectsLater(*m_projectList);
+    discard(*m_projectList);
     m_ui->queueTableView->reloadData();
 }
 
-/// Its last report goes to nobody.
-void AppDelegate::detach(MLVProjectController &project)
+/// Their last reports go to nobody, and nothing stays of their work. A project may be in the middle
+/// of a call that led here.
+void AppDelegate::discard(ProjectList &projects)
 {
-    std::erase(m_batch, &project);
-    m_failures.forget(project);
-    project.setDelegate(nullptr);
-    project.stop();
-}
-
-/// A project may be in the middle of a call that led here.
-void AppDelegate::deleteProjectsLater(ProjectList &projects)
-{
-    for (auto &project : projects)
+    for (auto &project : projects) {
+        RecordingRun *run = m_runs.at(project.get()).release();
+        m_runs.erase(project.get());
+        std::erase(m_batch, run);
+        run->detach();
+        run->discardWork();
+        run->deleteLater(); // before its project
         project.release()->deleteLater();
+    }
     projects.clear();
 }
 
@@ -173,12 +191,9 @@ void AppDelegate::removeSelectedProjects()
     ProjectList removed(std::make_move_iterator(kept),
                         std::make_move_iterator(m_projectList->end()));
     m_projectList->erase(kept, m_projectList->end());
-    for (const auto &project : removed)
-        detach(*project);
-    deleteProjectsLater(removed);
+    discard(removed);
     endReadingWhenAllAreRead();
-    m_ui->startStopItem->setEnabled(!m_readingData && !m_projectList->empty());
-    m_ui->queueTableView->reloadData();
+    queueChanged();
     tellResult(); // the rest of a batch may have waited for what was removed
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// The window's widgets, what each of its controls does, and what it remembers of its last time.
+// The window's widgets and what each of its controls does.
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
 #include "app/readablepalette.h"
@@ -34,13 +34,6 @@ namespace filmwright {
 
 namespace {
 
-const QString windowKey = QStringLiteral("Window");
-const QString geometryKey = QStringLiteral("Geometry");
-const QString splitterKey = QStringLiteral("Splitter");
-const QString columnsKey = QStringLiteral("Columns");
-const QString formatKey = QStringLiteral("MovieFormat");
-const QString qualityKey = QStringLiteral("MovieQuality");
-
 constexpr auto statusInterval = 500ms;
 
 } // namespace
@@ -56,6 +49,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     , m_calibrationHelpUi(std::make_unique<Ui::CalibrationHelp>())
     , m_preprocessPanel(std::make_unique<QDialog>(m_window.get()))
     , m_preprocessUi(std::make_unique<Ui::Preprocessing>())
+    , m_memory(*m_window, *m_ui)
 {
     registerImages();
     keepTextReadable();
@@ -67,7 +61,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
         m_ui->movieFormatPopUpButton->addItem(extension.toUpper());
     m_statusTimer.setInterval(statusInterval);
     connectWindow();
-    restoreWindow();
+    m_memory.restore();
     m_recentDocuments.restore();
     fillRecentMenu();
     updateRecordingMenu();
@@ -81,11 +75,8 @@ AppDelegate::~AppDelegate()
         m_preprocessTask->stop(false);
     }
     m_ui->queueTableView->setDataSource(nullptr);
-    m_failures.forgetAll();
-    if (m_projectList) {
-        for (const auto &project : *m_projectList)
-            detach(*project);
-    }
+    for (const auto &[project, run] : m_runs)
+        run->detach();
 }
 
 void AppDelegate::connectWindow()
@@ -99,6 +90,9 @@ void AppDelegate::connectWindow()
     command(m_ui->playMovieMenuItem, &AppDelegate::playMovie);
     command(m_ui->showMenuItem, &AppDelegate::showSelected);
     command(m_ui->removeMenuItem, &AppDelegate::removeSelectedProjects);
+    // Delete is the table's alone: elsewhere it is pressed for something else.
+    m_ui->queueTableView->addAction(m_ui->removeMenuItem);
+    m_ui->removeMenuItem->setShortcutContext(Qt::WidgetShortcut);
     command(m_ui->calibrationHelpMenuItem, &AppDelegate::showCalibrationHelp);
     command(m_ui->aboutMenuItem, &AppDelegate::showAbout);
     connect(m_ui->preferencesMenuItem, &QAction::triggered, m_prefWindow.get(), &QDialog::show);
@@ -139,8 +133,6 @@ void AppDelegate::connectWindow()
                 m_ui->recordingMenu->popup(m_ui->queueTableView->viewport()->mapToGlobal(place));
             });
     connect(m_ui->recordingMenu, &QMenu::aboutToShow, this, &AppDelegate::updateRecordingMenu);
-    connect(&m_failures, &FailureWatch::judged, this,
-            [this](MLVProjectController *project, bool stuck) { projectJudged(*project, stuck); });
     connect(&m_statusTimer, &QTimer::timeout, this, &AppDelegate::showStatus);
     m_window->installEventFilter(this);
 }
@@ -156,35 +148,6 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
     if (watched == m_window.get() && event->type() == QEvent::PaletteChange)
         keepTextReadable();
     return QObject::eventFilter(watched, event);
-}
-
-void AppDelegate::restoreWindow()
-{
-    const QVariantMap stored = userDefaultsValueForKey(windowKey).toMap();
-    m_window->restoreGeometry(stored.value(geometryKey).toByteArray());
-    m_ui->splitter->setSizes({3 * m_window->width() / 5, 2 * m_window->width() / 5});
-    m_ui->splitter->setStretchFactor(0, 3);
-    m_ui->splitter->setStretchFactor(1, 2);
-    m_ui->splitter->restoreState(stored.value(splitterKey).toByteArray());
-    m_ui->movieFormatPopUpButton->setCurrentIndex(stored.value(formatKey).toInt());
-    m_ui->movieQualityPopUpButton->setCurrentIndex(stored.value(qualityKey).toInt());
-    QHeaderView *header = m_ui->queueTableView->horizontalHeader();
-    const int letter = m_window->fontMetrics().averageCharWidth();
-    int column = 0;
-    for (const int letters : {24, 26, 16, 18, 7})
-        header->resizeSection(column++, letters * letter);
-    header->restoreState(stored.value(columnsKey).toByteArray());
-}
-
-void AppDelegate::saveWindow() const
-{
-    setUserDefaultsValue(
-        QVariantMap{{geometryKey, m_window->saveGeometry()},
-                    {splitterKey, m_ui->splitter->saveState()},
-                    {columnsKey, m_ui->queueTableView->horizontalHeader()->saveState()},
-                    {formatKey, m_ui->movieFormatPopUpButton->currentIndex()},
-                    {qualityKey, m_ui->movieQualityPopUpButton->currentIndex()}},
-        windowKey);
 }
 
 void AppDelegate::fillRecentMenu()
@@ -209,42 +172,11 @@ void AppDelegate::fillRecentMenu()
 
 void AppDelegate::showAbout()
 {
-    runAlert(tr("Filmwright %1").arg(QCoreApplication::applicationVersion()),
-             tr("Turns MLV raw video recordings into ordinary movies.\n\nFree software under the "
-                "MIT licence."),
-             QStringLiteral("Ok"));
-}
-
-/// What arrives while a person reads an alert waits for its answer, as if the alert had stopped the
-/// application.
-int AppDelegate::runAlert(const QString &title, const QString &message,
-                          const QString &defaultButton, const QString &alternateButton,
-                          const QString &otherButton)
-{
-    ++m_openAlerts;
-    const int answer = m_alerts.runAlert(title, withoutDirectives(message), defaultButton,
-                                         alternateButton, otherButton);
-    --m_openAlerts;
-    QMetaObject::invokeMethod(this, &AppDelegate::runNextDeferredCall, Qt::QueuedConnection);
-    return answer;
-}
-
-void AppDelegate::runNextDeferredCall()
-{
-    if (m_openAlerts > 0 || m_callsAfterAlert.empty())
-        return;
-    const std::function<void()> call = std::move(m_callsAfterAlert.front());
-    m_callsAfterAlert.pop_front();
-    call();
-    QMetaObject::invokeMethod(this, &AppDelegate::runNextDeferredCall, Qt::QueuedConnection);
-}
-
-void AppDelegate::whenNoAlertIsOpen(std::function<void()> call)
-{
-    if (m_openAlerts == 0)
-        call();
-    else
-        m_callsAfterAlert.push_back(std::move(call));
+    m_alerts.runAlert(
+        tr("Filmwright %1").arg(QCoreApplication::applicationVersion()),
+        tr("Turns MLV raw video recordings into ordinary movies.\n\nFree software under the "
+           "MIT licence."),
+        QStringLiteral("Ok"));
 }
 
 bool AppDelegate::checkTools(const QStringList &names)
@@ -252,7 +184,8 @@ bool AppDelegate::checkTools(const QStringList &names)
     const QStringList missing = missingTools(names);
     if (missing.isEmpty())
         return true;
-    runAlert(tr("A tool is missing"), missing.join(QLatin1Char('\n')), QStringLiteral("Ok"));
+    m_alerts.runAlert(tr("A tool is missing"), missing.join(QLatin1Char('\n')),
+                      QStringLiteral("Ok"));
     return false;
 }
 

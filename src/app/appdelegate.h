@@ -1,24 +1,23 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "app/alertpresenter.h"
+#include "app/alertqueue.h"
 #include "app/customtextfield.h"
-#include "app/failurewatch.h"
 #include "app/openpanel.h"
 #include "app/queuetabledatasource.h"
 #include "app/recentdocuments.h"
+#include "app/windowmemory.h"
 #include "desktop/suspendinhibitor.h"
 #include "mlvdump/mlvdumptask.h"
 #include "project/batchprogress.h"
-#include "project/mlvprojectcontroller.h"
+#include "project/recordingrun.h"
 #include "runner/directorylock.h"
 
 #include <QDialog>
 #include <QMainWindow>
 #include <QTimer>
 
-#include <deque>
-#include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -151,35 +150,31 @@ private:
     void restoreWorkers();
     void restoreTemporaryFolder();
     void tellUnusableTemporaryFolder();
-    bool lockTemporaryDirectory();
+    bool lockTemporaryDirectory(DirectoryLock &lock);
+    void removeWork(const QString &directory);
     void showDeveloperMenu();
-    void restoreWindow();
-    void saveWindow() const;
     void fillRecentMenu();
     void showAbout();
 
-    int runAlert(const QString &title, const QString &message, const QString &defaultButton,
-                 const QString &alternateButton = {}, const QString &otherButton = {});
-    void whenNoAlertIsOpen(std::function<void()> call);
-    void runNextDeferredCall();
     bool checkTools(const QStringList &names);
 
     void startBatch();
     void stopBatch();
     void launch(MLVProjectController &controller);
-    void skip(MLVProjectController &controller, const QString &reason);
+    ConversionSettings settingsFor(const MLVProjectController &controller) const;
     void watchProgress(const MLVProjectController &controller);
     void endBatch();
     void endReadingWhenAllAreRead();
-    void projectJudged(MLVProjectController &project, bool stuck);
+    void runEnded(const RecordingRun &run);
+    void tellStopped();
     void tellResult();
     void showStatus();
 
     void addFiles(const QStringList &paths, const QString &otherButton);
     void refuseWhileWorking();
     void replaceQueue();
-    void detach(MLVProjectController &project);
-    static void deleteProjectsLater(ProjectList &projects);
+    void queueChanged();
+    void discard(ProjectList &projects);
 
     static const CalibrationKind darkKind;
     static const CalibrationKind flatKind;
@@ -187,17 +182,20 @@ private:
     void openCalibration(const CalibrationKind &kind);
     void averagingFinished(MlvDumpTask &task, const CalibrationKind &kind);
     void substractWhenComplete();
+    void launchAfterCalibration();
+    CalibrationChoice calibration() const { return {m_darkPath, m_flatPath, m_flatDarkPath}; }
     void askUserForOverwrite(const MlvDumpTask &task, const CalibrationKind &kind);
     void checkPreprocessTask();
     void cancelPreprocessing();
 
     MLVProjectController &projectAtRow(int row) const;
+    const RecordingRun &runOf(const MLVProjectController &project) const;
     std::vector<MLVProjectController *> selectedProjects() const;
     void updateRecordingMenu();
     void playMovie();
     void showSelected();
 
-    AlertPresenter &m_alerts;
+    AlertQueue m_alerts;
     OpenPanel &m_panel;
     std::unique_ptr<QMainWindow> m_window;
     std::unique_ptr<Ui::MainWindow> m_ui;
@@ -207,6 +205,8 @@ private:
     std::unique_ptr<Ui::CalibrationHelp> m_calibrationHelpUi;
     std::unique_ptr<QDialog> m_preprocessPanel;
     std::unique_ptr<Ui::Preprocessing> m_preprocessUi;
+
+    WindowMemory m_memory;
 
     std::unique_ptr<ProjectList> m_projectList; // null before appInitialization()
     std::unique_ptr<SLPipeline> m_projectControllerPipeline;
@@ -220,15 +220,17 @@ private:
     std::shared_ptr<MlvDumpTask> m_preprocessTask;
 
     const CalibrationKind *m_lastCalibration = nullptr; // the one that was chosen last
-    std::vector<MLVProjectController *> m_batch;        // those launched, the running one last
+    std::map<const MLVProjectController *, std::unique_ptr<RecordingRun>> m_runs;
+    std::vector<const RecordingRun *> m_batch; // those launched, the running one last
+    BatchMovies m_batchMovies;
+    int m_batchNumber = 0;
+    bool m_stopped = false;             // the last batch was
+    bool m_waitsForCalibration = false; // the next recording of the batch
     DirectoryLock m_directoryLock;
     RecentDocuments m_recentDocuments;
-    FailureWatch m_failures;
     BatchProgress m_progress;
     SuspendInhibitor m_suspendInhibitor;
     QTimer m_statusTimer;
-    int m_openAlerts = 0;
-    std::deque<std::function<void()>> m_callsAfterAlert;
 };
 
 } // namespace filmwright

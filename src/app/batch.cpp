@@ -6,16 +6,11 @@
 #include "app/queuetableview.h"
 #include "desktop/desktopnotification.h"
 #include "desktop/displaysleep.h"
-#include "mlvdump/mlvdumparguments.h"
-#include "project/projectmonitor.h"
-#include "project/spacecheck.h"
-#include "project/worknote.h"
-#include "runner/temporarydirectory.h"
+#include "runner/systemlog.h"
 #include "sluice/slpipeline.h"
 #include "ui_mainwindow.h"
 #include "ui_preferences.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
@@ -24,11 +19,6 @@
 namespace filmwright {
 
 namespace {
-
-QString inTemporaryDirectory(const QString &name)
-{
-    return QDir(temporaryDirectory()).filePath(name);
-}
 
 /// As many lines as an alert has room for on any screen; the rows of the queue have them all.
 QStringList shortened(QStringList lines)
@@ -59,8 +49,9 @@ void AppDelegate::start()
 void AppDelegate::startBatch()
 {
     if (!checkCalibrationIntegrity()) {
-        runAlert(QStringLiteral("Calibration integrity"),
-                 QStringLiteral("PLease check your calibration files."), QStringLiteral("Ok"));
+        m_alerts.runAlert(QStringLiteral("Calibration integrity"),
+                          QStringLiteral("PLease check your calibration files."),
+                          QStringLiteral("Ok"));
         return;
     }
     const bool blends =
@@ -71,6 +62,9 @@ void AppDelegate::startBatch()
 
     enableButtons(false);
     m_working = true;
+    m_stopped = false;
+    ++m_batchNumber;
+    m_batchMovies = {};
     updateRecordingMenu();
     avoidSleep();
     m_projectControllerPipeline = std::make_unique<SLPipeline>();
@@ -96,20 +90,26 @@ void AppDelegate::stopBatch()
     enableButtons(true);
     m_working = false;
     allowSleep();
+    m_stopped = true;
+    m_waitsForCalibration = false;
     for (const auto &project : *m_projectList)
-        project->stop();
-    m_batch.clear();
+        m_runs.at(project.get())->stop();
     m_globalProgress = -1.0;
     m_ui->progressIndicator->setDoubleValue(m_ui->progressIndicator->maxValue());
     m_ui->progressIndicator->stopAnimation();
     m_statusTimer.stop();
     m_progress.setProject(nullptr);
     updateRecordingMenu();
-    m_ui->statusTextField->setText(tr("Stopped"));
+    tellStopped();
 }
 
+/// A calibration that is being averaged is the next recording's.
 void AppDelegate::launchWorkForNextController()
 {
+    if (m_preprocessTask) {
+        m_waitsForCalibration = true;
+        return;
+    }
     const QVariant next = m_projectControllerPipeline->value();
     if (!next.isValid()) {
         endBatch();
@@ -123,49 +123,26 @@ void AppDelegate::launchWorkForNextController()
 }
 
 /// The pop-ups and the calibration are read anew for every project: both may have changed.
-void AppDelegate::launch(MLVProjectController &controller)
+ConversionSettings AppDelegate::settingsFor(const MLVProjectController &controller) const
 {
-    controller.setMovieFormat(selectedValue(*m_ui->movieFormatPopUpButton));
-    controller.setMovieQuality(selectedValue(*m_ui->movieQualityPopUpButton));
-    controller.setConversionWorkers(m_prefUi->prefWorkersField->value());
-    const QString none = QLatin1String("");
-    controller.setDarkPath(m_darkPath.isEmpty() ? none : inTemporaryDirectory(averagedDarkName));
-    if (m_flatPath.isEmpty())
-        controller.setFlatPath(none);
-    else if (m_flatDarkPath.isEmpty())
-        controller.setFlatPath(inTemporaryDirectory(averagedFlatName));
-    else
-        controller.setFlatPath(inTemporaryDirectory(substractedFlatName));
-
-    m_batch.push_back(&controller);
-    m_failures.watch(controller);
-    watchProgress(controller);
-    const QString problem = spaceProblem(controller);
-    if (!problem.isEmpty()) {
-        skip(controller, problem);
-        return;
-    }
-    claimUnfinishedWork({controller.mlvPath(),
-                         {m_darkPath, m_flatPath, m_flatDarkPath},
-                         controller.blendsAlternatingRows()},
-                        controller.extractionDirectory());
-    controller.launchDNGExtraction();
-    showStatus();
+    ConversionSettings settings;
+    settings.format = selectedValue(*m_ui->movieFormatPopUpButton);
+    settings.quality = selectedValue(*m_ui->movieQualityPopUpButton);
+    settings.calibration = calibration();
+    settings.mergesNeighbours = controller.dualISO();
+    settings.blendsAlternatingRows = controller.blendsAlternatingRows();
+    settings.workers = m_prefUi->prefWorkersField->value();
+    settings.keepsUnfinishedWork = true; // until the window is closed
+    return settings;
 }
 
-/// Goes on with the next recording, after the current event.
-void AppDelegate::skip(MLVProjectController &controller, const QString &reason)
+void AppDelegate::launch(MLVProjectController &controller)
 {
-    m_failures.forget(controller);
-    m_failures.note(controller, reason);
-    controller.stop();
-    QMetaObject::invokeMethod(
-        this,
-        [this, skipped = &controller] {
-            if (m_working && m_batch.back() == skipped)
-                launchWorkForNextController();
-        },
-        Qt::QueuedConnection);
+    RecordingRun &run = *m_runs.at(&controller);
+    m_batch.push_back(&run);
+    watchProgress(controller);
+    run.start(settingsFor(controller), m_batchMovies);
+    showStatus();
 }
 
 void AppDelegate::watchProgress(const MLVProjectController &controller)
@@ -203,14 +180,7 @@ void AppDelegate::enableButtons(bool enable)
 
 bool AppDelegate::checkCalibrationIntegrity() const
 {
-    if (!m_darkPath.isEmpty() && !QFileInfo::exists(inTemporaryDirectory(averagedDarkName)))
-        return false;
-    if (!m_flatPath.isEmpty() && m_flatDarkPath.isEmpty() &&
-        !QFileInfo::exists(inTemporaryDirectory(averagedFlatName)))
-        return false;
-    if (m_flatPath.isEmpty() || m_flatDarkPath.isEmpty())
-        return true;
-    return QFileInfo::exists(inTemporaryDirectory(substractedFlatName));
+    return calibration().isReady();
 }
 
 void AppDelegate::avoidSleep()
@@ -230,9 +200,8 @@ void AppDelegate::allowSleep()
     m_suspendInhibitor.release();
 }
 
-void AppDelegate::controllerUpdated(MLVProjectController &controller)
+void AppDelegate::controllerUpdated(MLVProjectController &)
 {
-    m_failures.controllerUpdated(controller);
     endReadingWhenAllAreRead();
     m_ui->queueTableView->reloadData();
 }
@@ -244,50 +213,55 @@ void AppDelegate::endReadingWhenAllAreRead()
             return project->mlvProjectMode() == MLVProjectModeReadingData;
         }))
         return;
+    m_readingData = false;
     m_ui->sourceItem->setEnabled(true);
     m_ui->startStopItem->setEnabled(!m_projectList->empty());
-    m_readingData = false;
-    m_ui->statusTextField->setText(
-        m_projectList->size() == 1 ? tr("1 recording in the queue")
-                                   : tr("%1 recordings in the queue").arg(m_projectList->size()));
+    queueChanged();
 }
 
-void AppDelegate::imageRGBReceived(const QImage &image, MLVProjectController &forController)
+void AppDelegate::imageRGBReceived(const QImage &image, MLVProjectController &)
 {
-    m_failures.imageRGBReceived(image, forController);
     m_ui->imageView->setImage(image);
 }
 
-void AppDelegate::controllerWorkFinished(MLVProjectController &controller)
+void AppDelegate::controllerWorkFinished(MLVProjectController &)
 {
-    m_failures.controllerWorkFinished(controller);
     launchWorkForNextController();
 }
 
 /// The toggle isn't guarded: an error while nothing runs, from a recording that is being read,
-/// starts a batch. What it toggles is the state in which the error came.
+/// starts a batch. What it toggles is the batch in which the error came, or its absence; by the
+/// time of the answer there may be another.
 void AppDelegate::controllerWorkError(const QString &error)
 {
-    if (m_working)
-        m_failures.note(*m_batch.back(), reasonOf(error));
-    const QString label = m_ui->startStopItem->text();
-    whenNoAlertIsOpen([this, error, label] {
-        runAlert(QStringLiteral("Process aborted"), error, QStringLiteral("Ok"));
-        if (m_ui->startStopItem->text() == label)
+    m_alerts.whenNoneIsOpen([this, error, batch = m_batchNumber, working = m_working] {
+        m_alerts.runAlert(QStringLiteral("Process aborted"), withoutDirectives(error),
+                          QStringLiteral("Ok"));
+        if (batch == m_batchNumber && working == m_working)
             start();
     });
 }
 
-/// A recording that ended without its movie costs only itself.
-void AppDelegate::projectJudged(MLVProjectController &project, bool stuck)
+/// A recording that ended without its movie costs only itself. After an error line the batch waits
+/// for the person's answer.
+void AppDelegate::runEnded(const RecordingRun &run)
 {
     m_ui->queueTableView->reloadData();
-    if (stuck)
-        project.stop();
-    if (!m_working)
+    if (m_stopped)
+        tellStopped();
+    else if (!m_working)
         tellResult();
-    else if (stuck && &project == m_batch.back())
+    else if (!m_batch.empty() && &run == m_batch.back() && !run.outcome().failure.concernsBatch)
         launchWorkForNextController();
+}
+
+void AppDelegate::tellStopped()
+{
+    const auto written = std::count_if(m_batch.cbegin(), m_batch.cend(), [](const auto *run) {
+        return run->outcome().result == RecordingOutcome::Finished;
+    });
+    m_ui->statusTextField->setText(
+        tr("Stopped: %1 of %2 movies written").arg(written).arg(m_projectList->size()));
 }
 
 void AppDelegate::showStatus()
@@ -295,8 +269,8 @@ void AppDelegate::showStatus()
     if (m_batch.empty())
         return;
     const Progress progress = m_progress.update();
-    QString status = QStringLiteral("%1: %2").arg(QFileInfo(m_batch.back()->mlvPath()).fileName(),
-                                                  stageName(progress.stage));
+    QString status = QStringLiteral("%1: %2").arg(
+        QFileInfo(m_batch.back()->outcome().recording).fileName(), stageName(progress.stage));
     if (progress.frames > 0)
         status += QStringLiteral(", ") + progressText(progress);
     m_ui->statusTextField->setText(status);
@@ -305,17 +279,15 @@ void AppDelegate::showStatus()
 /// At the end of a batch, once the last word on each of its recordings is spoken.
 void AppDelegate::tellResult()
 {
-    if (m_batch.empty() || m_ui->progressIndicator->isAnimating())
+    if (m_working || m_stopped || m_batch.empty() ||
+        std::any_of(m_batch.cbegin(), m_batch.cend(),
+                    [](const auto *run) { return run->isPending(); }))
         return;
     QStringList failures;
-    for (const MLVProjectController *project : m_batch) {
-        if (m_failures.isPending(*project))
-            return;
-        const QString failure = m_failures.failure(*project);
-        if (!failure.isEmpty()) {
-            failures << QStringLiteral("%1: %2").arg(QFileInfo(project->mlvPath()).fileName(),
-                                                     failure.section(QLatin1Char('\n'), 0, 0));
-        }
+    for (const RecordingRun *run : m_batch) {
+        if (const QStringList problems = run->outcome().problems(); !problems.isEmpty())
+            failures << QStringLiteral("%1: %2").arg(QFileInfo(run->outcome().recording).fileName(),
+                                                     problems.constFirst());
     }
     const std::size_t recordings = std::exchange(m_batch, {}).size();
     QString result =
@@ -327,8 +299,9 @@ void AppDelegate::tellResult()
     if (!m_window->isActiveWindow())
         showDesktopNotification(QStringLiteral("Filmwright"), result);
     if (!failures.isEmpty()) {
-        whenNoAlertIsOpen([this, result, failures] {
-            runAlert(result, shortened(failures).join(QLatin1Char('\n')), QStringLiteral("Ok"));
+        m_alerts.whenNoneIsOpen([this, result, failures] {
+            m_alerts.runAlert(result, shortened(failures).join(QLatin1Char('\n')),
+                              QStringLiteral("Ok"));
         });
     }
 }

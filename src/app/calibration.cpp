@@ -154,18 +154,35 @@ void AppDelegate::hidePreprocessingPanel()
 void AppDelegate::processingDarkFinished(MlvDumpTask &task)
 {
     averagingFinished(task, darkKind);
+    launchAfterCalibration();
 }
 
 void AppDelegate::processingFlatFinished(MlvDumpTask &task)
 {
     averagingFinished(task, flatKind);
     substractWhenComplete();
+    launchAfterCalibration();
 }
 
 void AppDelegate::processingFlatDarkFinished(MlvDumpTask &task)
 {
     averagingFinished(task, flatDarkKind);
     substractWhenComplete();
+    launchAfterCalibration();
+}
+
+/// The recording whose turn came while its calibration was being averaged.
+void AppDelegate::launchAfterCalibration()
+{
+    if (m_preprocessTask || !std::exchange(m_waitsForCalibration, false))
+        return;
+    QMetaObject::invokeMethod(
+        this,
+        [this, batch = m_batchNumber] {
+            if (m_working && batch == m_batchNumber)
+                launchWorkForNextController();
+        },
+        Qt::QueuedConnection);
 }
 
 void AppDelegate::averagingFinished(MlvDumpTask &task, const CalibrationKind &kind)
@@ -178,7 +195,8 @@ void AppDelegate::averagingFinished(MlvDumpTask &task, const CalibrationKind &ki
     } else if (task.videoFrames() >= 2) {
         m_preprocessUi->preprocessProgress->stopAnimation();
         QTimer::singleShot(pauseBeforeQuestion, this, [this, finished, &kind] {
-            whenNoAlertIsOpen([this, finished, &kind] { askUserForOverwrite(*finished, kind); });
+            m_alerts.whenNoneIsOpen(
+                [this, finished, &kind] { askUserForOverwrite(*finished, kind); });
         });
     } else if (task.videoFrames() == 1) {
         hidePreprocessingPanel();
@@ -207,6 +225,7 @@ void AppDelegate::processingFlatDarkSubstractionFinished(MlvDumpTask &task)
         QFile::remove(task.extractionDirectory() + substractedFlatName);
     m_preprocessTask.reset();
     hidePreprocessingPanel();
+    launchAfterCalibration();
 }
 
 void AppDelegate::askUserForDarkVOverwrite(const MlvDumpTask &task)
@@ -237,7 +256,8 @@ void AppDelegate::askUserForOverwrite(const MlvDumpTask &task, const Calibration
         message.replace(message.indexOf(QLatin1String("%@")), 2,
                         readableFileSize(static_cast<double>(QFileInfo(path).size())));
     }
-    if (runAlert(kind.questionTitle, message, QStringLiteral("No"), QStringLiteral("Yes")) == 0) {
+    if (m_alerts.runAlert(kind.questionTitle, message, QStringLiteral("No"),
+                          QStringLiteral("Yes")) == 0) {
         m_preprocessUi->preprocessProgress->startAnimation();
         m_preprocessUi->preprocessTextField->setText(QStringLiteral("Replacing original file."));
         m_preprocessUi->preprocessTextField->repaint();
@@ -280,8 +300,9 @@ void AppDelegate::fieldDeleted(CustomTextField &field)
 
 void AppDelegate::error(const QString &error, MlvDumpTask &)
 {
-    whenNoAlertIsOpen([this, error] {
-        runAlert(QStringLiteral("Process aborted"), error, QStringLiteral("Ok"));
+    m_alerts.whenNoneIsOpen([this, error] {
+        m_alerts.runAlert(QStringLiteral("Process aborted"), withoutDirectives(error),
+                          QStringLiteral("Ok"));
     });
 }
 
@@ -294,9 +315,10 @@ void AppDelegate::checkPreprocessTask()
     cancelPreprocessing();
     if (told)
         return;
-    whenNoAlertIsOpen([this] {
-        runAlert(QStringLiteral("Process aborted"),
-                 tr("mlv_dump ended before the calibration was ready."), QStringLiteral("Ok"));
+    m_alerts.whenNoneIsOpen([this] {
+        m_alerts.runAlert(QStringLiteral("Process aborted"),
+                          tr("mlv_dump ended before the calibration was ready."),
+                          QStringLiteral("Ok"));
     });
 }
 
@@ -310,6 +332,7 @@ void AppDelegate::cancelPreprocessing()
     if (m_lastCalibration)
         (m_ui.get()->*m_lastCalibration->field)->deleteClicked();
     hidePreprocessingPanel();
+    launchAfterCalibration();
 }
 
 void AppDelegate::showCalibrationHelp()

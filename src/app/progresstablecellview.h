@@ -9,7 +9,7 @@ namespace filmwright {
 class MLVProjectController;
 class ProgressIndicator;
 
-/// The cell of a project's state: its text over a bar, and a mark when its last run failed.
+/// The cell of a project's state: its text over a bar, and a mark for the outcome of its last run.
 class ProgressTableCellView : public QWidget
 {
     Q_OBJECT
@@ -24,16 +24,19 @@ public:
     MLVProjectController *controller() const { return m_controller; }
     void setController(MLVProjectController *controller) { m_controller = controller; }
 
-    /// What went wrong, as plain text; a null string takes the mark away.
-    void setFailure(const QString &failure);
+    /// Whether the movie of the last run is there, whatever the bar shows, and what went wrong, as
+    /// plain text; without either there is no mark.
+    void setOutcome(bool movieWritten, const QString &failure);
     QString failure() const { return m_failure; }
+    bool isMovieWritten() const { return m_movieWritten; }
 
 private:
     QLabel *m_textField;
-    QLabel *m_failureMark;
+    QLabel *m_mark;
     ProgressIndicator *m_progressIndicator;
     MLVProjectController *m_controller = nullptr;
     QString m_failure;
+    bool m_movieWritten = false;
 };
 
 } // namespace filmwright

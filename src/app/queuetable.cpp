@@ -52,6 +52,21 @@ QString cameraText(const MLVProjectController &project)
     return QStringLiteral("%1\n%2").arg(project.camera(), lens);
 }
 
+/// What the last run of a recording was calibrated with, which may not be what is chosen now.
+QStringList calibrationTexts(const CalibrationChoice &calibration)
+{
+    QStringList texts;
+    const auto add = [&texts](const QString &text, const QString &path) {
+        if (!path.isEmpty())
+            texts << text.arg(QFileInfo(path).fileName());
+    };
+    add(AppDelegate::tr("Dark: %1"), calibration.dark);
+    add(AppDelegate::tr("Flat: %1"), calibration.flat);
+    if (!calibration.flat.isEmpty())
+        add(AppDelegate::tr("Flat dark: %1"), calibration.flatDark);
+    return texts;
+}
+
 /// One step of the bar for each finished stage. The range is set when the metadata is read; the
 /// later modes rely on it.
 void showMode(ProgressIndicator &bar, MLVProjectMode mode)
@@ -105,6 +120,11 @@ MLVProjectController &AppDelegate::projectAtRow(int row) const
     return *m_projectList->at(m_projectList->size() - 1 - static_cast<std::size_t>(row));
 }
 
+const RecordingRun &AppDelegate::runOf(const MLVProjectController &project) const
+{
+    return *m_runs.at(&project);
+}
+
 QString AppDelegate::objectValueForTableColumn(const QString &column, int row) const
 {
     const MLVProjectController &project = projectAtRow(row);
@@ -125,7 +145,9 @@ QWidget *AppDelegate::viewForTableColumn(QueueTableView &tableView, const QStrin
         auto *view = tableView.makeView<ProgressTableCellView>(column, row);
         view->textField()->setText(project.state());
         view->setController(&project);
-        view->setFailure(m_failures.failure(project));
+        const RecordingOutcome &outcome = runOf(project).outcome();
+        view->setOutcome(outcome.result == RecordingOutcome::Finished,
+                         outcome.problems().join(QLatin1Char('\n')));
         showMode(*view->progressIndicator(), project.mlvProjectMode());
         return view;
     }
@@ -149,8 +171,10 @@ QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
     if (column == QLatin1String("File"))
         return QDir::toNativeSeparators(project.mlvPath());
     if (column == QLatin1String("State")) {
-        const QString failure = m_failures.failure(project);
-        return failure.isEmpty() ? project.state() : project.state() + QLatin1Char('\n') + failure;
+        const RecordingRun &run = runOf(project);
+        return (QStringList{project.state()} + run.outcome().problems() +
+                calibrationTexts(run.settings().calibration))
+            .join(QLatin1Char('\n'));
     }
     return objectValueForTableColumn(column, row);
 }

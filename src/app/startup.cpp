@@ -48,11 +48,6 @@ bool useTemporaryFolder(const QString &folder)
     return false;
 }
 
-void removeTemporaryDirectory()
-{
-    removeFolder(temporaryDirectory());
-}
-
 } // namespace
 
 void AppDelegate::applicationDidFinishLaunching()
@@ -74,7 +69,7 @@ void AppDelegate::appInitialization()
         field->setDeleteDelegate(this);
     restoreWorkers();
     restoreTemporaryFolder();
-    if (!lockTemporaryDirectory()) {
+    if (!lockTemporaryDirectory(m_directoryLock)) {
         QMetaObject::invokeMethod(this, &AppDelegate::windowWillClose, Qt::QueuedConnection);
         return;
     }
@@ -83,7 +78,7 @@ void AppDelegate::appInitialization()
     if (keepTempDirectory())
         systemLog(QStringLiteral("Dev mode: keep temporary directory."));
     else
-        removeTemporaryDirectory();
+        removeWork(temporaryDirectory());
 }
 
 /// More workers than processor cores would only wait for each other.
@@ -115,14 +110,29 @@ void AppDelegate::restoreTemporaryFolder()
 }
 
 /// Nobody's work is removed or mixed with another's: the directory belongs to one run at a time.
-bool AppDelegate::lockTemporaryDirectory()
+/// What an earlier run has left may fill the disk, so that not even a lock has room.
+bool AppDelegate::lockTemporaryDirectory(DirectoryLock &lock)
 {
-    const QString problem = m_directoryLock.take(temporaryDirectory());
+    QString problem = lock.take(temporaryDirectory());
+    if (!problem.isEmpty() && !lock.isHeldElsewhere() && !keepTempDirectory()) {
+        removeWork(temporaryDirectory());
+        problem = lock.take(temporaryDirectory());
+    }
     if (problem.isEmpty())
         return true;
     systemLog(problem);
-    runAlert(tr("The temporary directory is in use"), problem, QStringLiteral("Ok"));
+    m_alerts.runAlert(lock.isHeldElsewhere() ? tr("The temporary directory is in use")
+                                             : tr("The temporary directory can't be used"),
+                      problem, QStringLiteral("Ok"));
     return false;
+}
+
+/// After the frames that are still being converted: their images would be written anew.
+void AppDelegate::removeWork(const QString &directory)
+{
+    for (const auto &project : *m_projectList)
+        project->endConversions();
+    removeFolder(directory);
 }
 
 /// The menu is on in every build; only a store that can't be written would hide it.
@@ -168,7 +178,7 @@ void AppDelegate::prefTempFolderPopUpButtonChanged(int index)
     m_prefUi->prefTempFolderTextField->setText(QString());
     m_prefUi->prefTempFolderTextField->setPlaceholderText(QString());
     QVariantMap preferences = userDefaultsValueForKey(preferencesKey).toMap();
-    removeTemporaryDirectory();
+    removeWork(temporaryDirectory());
     preferences.remove(temporaryDirectoryKey);
     setUserDefaultsValue(preferences, preferencesKey);
 }
@@ -183,14 +193,20 @@ void AppDelegate::prefTempFolderButtonClicked()
     if (folder.isEmpty())
         return;
     const QString previousBase = baseTemporaryDirectory();
+    const QString previousDirectory = temporaryDirectory();
     if (!useTemporaryFolder(folder)) {
         tellUnusableTemporaryFolder();
         return;
     }
-    if (!lockTemporaryDirectory()) {
-        setBaseTemporaryDirectory(previousBase);
-        lockTemporaryDirectory();
-        return;
+    if (temporaryDirectory() != previousDirectory) {
+        DirectoryLock lock;
+        if (!lockTemporaryDirectory(lock)) {
+            setBaseTemporaryDirectory(previousBase);
+            return;
+        }
+        if (!keepTempDirectory())
+            removeWork(previousDirectory);
+        m_directoryLock = std::move(lock);
     }
     QVariantMap preferences = userDefaultsValueForKey(preferencesKey).toMap();
     preferences.insert(temporaryDirectoryKey, folder);
@@ -200,9 +216,9 @@ void AppDelegate::prefTempFolderButtonClicked()
 
 void AppDelegate::tellUnusableTemporaryFolder()
 {
-    runAlert(QStringLiteral("Unable to set temporary directory"),
-             QStringLiteral("Please control read/write access to temporary directory."),
-             QStringLiteral("Ok"));
+    m_alerts.runAlert(QStringLiteral("Unable to set temporary directory"),
+                      QStringLiteral("Please control read/write access to temporary directory."),
+                      QStringLiteral("Ok"));
 }
 
 bool AppDelegate::windowShouldClose() const
@@ -218,7 +234,7 @@ void AppDelegate::windowWillClose()
 void AppDelegate::quit()
 {
     if (m_working) {
-        const int answer = runAlert(
+        const int answer = m_alerts.runAlert(
             tr("A batch is running"),
             tr("The recordings that are not finished yet would get no movie. Quit all the same?"),
             tr("Go on working"), tr("Quit"));
@@ -232,9 +248,9 @@ void AppDelegate::quit()
 
 void AppDelegate::applicationWillTerminate()
 {
-    saveWindow();
+    m_memory.save();
     if (m_directoryLock.isHeld() && !keepTempDirectory())
-        removeTemporaryDirectory();
+        removeWork(temporaryDirectory());
     allowSleep();
 }
 

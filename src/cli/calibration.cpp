@@ -21,31 +21,29 @@ QString inTemporaryDirectory(QLatin1String name)
 
 } // namespace
 
-Calibration::Calibration(const QString &dark, const QString &flat, const QString &flatDark)
-    : m_dark(dark)
-    , m_flat(flat)
-    , m_flatDark(flat.isEmpty() ? QString() : flatDark)
+Calibration::Calibration(const CalibrationChoice &choice)
+    : m_choice(choice)
 {
-    if (!m_dark.isEmpty()) {
-        addStep(m_dark, averagedDarkName, [this](MlvDumpTask &task) {
-            task.setDarkPath(m_dark);
+    if (!m_choice.dark.isEmpty()) {
+        addStep(m_choice.dark, averagedDarkName, [this](MlvDumpTask &task) {
+            task.setDarkPath(m_choice.dark);
             task.prepareDark();
         });
     }
-    if (!m_flat.isEmpty()) {
-        addStep(m_flat, averagedFlatName, [this](MlvDumpTask &task) {
-            task.setFlatPath(m_flat);
+    if (!m_choice.flat.isEmpty()) {
+        addStep(m_choice.flat, averagedFlatName, [this](MlvDumpTask &task) {
+            task.setFlatPath(m_choice.flat);
             task.prepareFlat();
         });
     }
-    if (!m_flatDark.isEmpty()) {
-        addStep(m_flatDark, averagedFlatDarkName, [this](MlvDumpTask &task) {
-            task.setFlatDarkPath(m_flatDark);
+    if (!m_choice.flat.isEmpty() && !m_choice.flatDark.isEmpty()) {
+        addStep(m_choice.flatDark, averagedFlatDarkName, [this](MlvDumpTask &task) {
+            task.setFlatDarkPath(m_choice.flatDark);
             task.prepareFlatDark();
         });
-        addStep(m_flat, substractedFlatName, [this](MlvDumpTask &task) {
-            task.setFlatPath(m_flat);
-            task.setFlatDarkPath(m_flatDark);
+        addStep(m_choice.flat, substractedFlatName, [this](MlvDumpTask &task) {
+            task.setFlatPath(m_choice.flat);
+            task.setFlatDarkPath(m_choice.flatDark);
             task.substractFlatDark();
         });
     }
@@ -61,18 +59,6 @@ void Calibration::addStep(const QString &recording, QLatin1String output,
                           std::function<void(MlvDumpTask &)> run)
 {
     m_steps.push_back({recording, inTemporaryDirectory(output), std::move(run)});
-}
-
-QString Calibration::darkAverage() const
-{
-    return m_dark.isEmpty() ? QLatin1String("") : inTemporaryDirectory(averagedDarkName);
-}
-
-QString Calibration::flatAverage() const
-{
-    if (m_flat.isEmpty())
-        return QLatin1String("");
-    return inTemporaryDirectory(m_flatDark.isEmpty() ? averagedFlatName : substractedFlatName);
 }
 
 void Calibration::start()

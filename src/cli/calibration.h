@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mlvdump/mlvdumptask.h"
+#include "project/conversionsettings.h"
 
 #include <QObject>
 
@@ -18,17 +19,11 @@ class Calibration : public QObject, private MlvDumpTaskProtocol
     Q_OBJECT
 
 public:
-    /// Empty paths are recordings that are not given. A dark of the flat without a flat is not
-    /// used.
-    Calibration(const QString &dark, const QString &flat, const QString &flatDark);
+    explicit Calibration(const CalibrationChoice &choice);
     ~Calibration() override;
 
     void start();
     void stop();
-
-    // The averages that a recording is to be calibrated with; empty without one.
-    QString darkAverage() const;
-    QString flatAverage() const;
 
 Q_SIGNALS:
     /// The next average is being made of this recording.
@@ -61,9 +56,7 @@ private:
     void processingFlatDarkSubstractionFinished(MlvDumpTask &) override { stepFinished(); }
     void error(const QString &error, MlvDumpTask &forTask) override;
 
-    const QString m_dark;
-    const QString m_flat;
-    const QString m_flatDark;
+    const CalibrationChoice m_choice;
     std::deque<Step> m_steps; // the first one is running
     std::unique_ptr<MlvDumpTask> m_task;
     bool m_ended = false;

@@ -2,9 +2,6 @@
 #include "cli/conversionqueue.h"
 
 #include "cli/progressdisplay.h"
-#include "mlvdump/mlvdumparguments.h"
-
-#include <QFileInfo>
 
 #include <algorithm>
 
@@ -43,10 +40,6 @@ void ConversionQueue::tellUpcoming()
 void ConversionQueue::start(const ConversionSettings &settings)
 {
     m_settings = settings;
-    if (!settings.darkAverage.isEmpty() || !settings.flatAverage.isEmpty()) {
-        m_takenNames = {averagedDarkName, averagedFlatName, averagedFlatDarkName,
-                        substractedFlatName};
-    }
     for (const Unreachable &item : std::as_const(m_unreachable))
         refuse(item.path, item.reason);
     if (m_display.showsFrames()) {
@@ -72,7 +65,7 @@ void ConversionQueue::giveUp(const QString &reason)
 {
     m_next = m_outcomes.size();
     for (RecordingOutcome &outcome : m_outcomes)
-        outcome.reason = reason;
+        outcome.failure.reason = reason;
 }
 
 bool ConversionQueue::hasFailures() const
@@ -84,21 +77,15 @@ bool ConversionQueue::hasFailures() const
 
 void ConversionQueue::next()
 {
-    while (m_next < m_outcomes.size()) {
-        const QString recording = m_outcomes.at(m_next).recording;
-        const QString reason = refusal(recording);
-        if (reason.isEmpty()) {
-            tellUpcoming();
-            m_current =
-                std::make_unique<RecordingConversion>(recording, m_settings, m_progress, m_display);
-            connect(m_current.get(), &RecordingConversion::ended, this,
-                    &ConversionQueue::recordingEnded);
-            return;
-        }
-        refuse(recording, reason);
+    if (m_next == m_outcomes.size()) {
+        m_survey.stop();
+        Q_EMIT finished();
+        return;
     }
-    m_survey.stop();
-    Q_EMIT finished();
+    tellUpcoming();
+    m_current = std::make_unique<RecordingConversion>(m_outcomes.at(m_next).recording, m_settings,
+                                                      m_movies, m_progress, m_display);
+    connect(m_current.get(), &RecordingConversion::ended, this, &ConversionQueue::recordingEnded);
 }
 
 void ConversionQueue::refuse(const QString &recording, const QString &reason)
@@ -106,22 +93,8 @@ void ConversionQueue::refuse(const QString &recording, const QString &reason)
     RecordingOutcome refused;
     refused.recording = recording;
     refused.result = RecordingOutcome::Failed;
-    refused.reason = reason;
+    refused.failure.reason = reason;
     settle(refused);
-}
-
-/// Why a recording isn't even tried.
-QString ConversionQueue::refusal(const QString &recording)
-{
-    if (!isRecordingName(recording))
-        return tr("its name doesn't end in .mlv");
-    if (m_takenNames.contains(QFileInfo(recording).fileName()))
-        return tr("an averaged calibration recording is kept under its name; rename it");
-    const QString movie = moviePathFor(recording, m_settings.format);
-    if (m_movies.contains(movie))
-        return tr("its movie would replace that of another recording, %1").arg(movie);
-    m_movies << movie;
-    return {};
 }
 
 void ConversionQueue::recordingEnded(const RecordingOutcome &outcome)
@@ -140,7 +113,7 @@ void ConversionQueue::settle(const RecordingOutcome &outcome)
         Q_EMIT movieFinished(outcome.movie);
         return;
     }
-    m_display.failed(outcome.recording, outcome.reason);
+    m_display.failed(outcome.recording, outcome.failure.reason);
 }
 
 } // namespace filmwright

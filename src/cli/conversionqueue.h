@@ -6,7 +6,6 @@
 #include "cli/recordingsearch.h"
 
 #include <QObject>
-#include <QSet>
 
 #include <memory>
 
@@ -42,7 +41,6 @@ private:
     void next();
     void tellUpcoming();
     void recordingEnded(const RecordingOutcome &outcome);
-    QString refusal(const QString &recording);
     void refuse(const QString &recording, const QString &reason);
     void settle(const RecordingOutcome &outcome);
 
@@ -54,8 +52,7 @@ private:
     ProgressDisplay &m_display;
     ConversionSettings m_settings;
     std::unique_ptr<RecordingConversion> m_current;
-    QStringList m_takenNames; ///< of the averages in the temporary directory
-    QSet<QString> m_movies;
+    BatchMovies m_movies;
 };
 
 } // namespace filmwright

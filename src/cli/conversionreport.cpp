@@ -65,7 +65,7 @@ QStringList row(const RecordingOutcome &outcome, qsizetype folderLength)
     return {printable(outcome.recording.mid(folderLength)), text(nameOf(outcome.result)),
             outcome.frames > 0 ? QString::number(outcome.frames) : QString(),
             begun ? QString::number(seconds(outcome.duration), 'f', 1) : QString(),
-            printable(outcome.reason)};
+            printable(outcome.failure.reason)};
 }
 
 QString aligned(const QStringList &cells, const QList<int> &widths)
@@ -99,7 +99,8 @@ QJsonObject objectOf(const RecordingOutcome &outcome)
         {QStringLiteral("movie"), textOrNull(outcome.movie)},
         {QStringLiteral("frames"), outcome.frames},
         {QStringLiteral("seconds"), seconds(outcome.duration)},
-        {QStringLiteral("reason"), textOrNull(outcome.reason)},
+        {QStringLiteral("reason"), textOrNull(outcome.failure.reason)},
+        {QStringLiteral("tool"), textOrNull(outcome.failure.tool)},
         {QStringLiteral("warnings"), QJsonArray::fromStringList(outcome.warnings)},
         {QStringLiteral("tools"), tools},
     };

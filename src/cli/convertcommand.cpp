@@ -46,15 +46,10 @@ public:
                Interruption &interruption)
         : m_options(options)
         , m_display(options.quiet, options.progress)
-        , m_calibration(options.dark, options.flat, options.flatDark)
+        , m_calibration(options.settings.calibration)
         , m_queue(recordings, unreachable, m_display)
+        , m_settings(options.settings)
     {
-        m_settings.format = options.format;
-        m_settings.quality = options.quality;
-        m_settings.mergesNeighbours = options.mergesNeighbours;
-        m_settings.blendsAlternatingRows = options.blendsAlternatingRows;
-        m_settings.workers = options.jobs;
-        m_settings.calibrationRecordings = {options.dark, options.flat, options.flatDark};
         m_settings.keepsFinishedWork = options.keepTemporary;
         m_settings.keepsUnfinishedWork = workspace.keepsUnfinishedWork();
         connect(&m_calibration, &Calibration::averaging, this, [this](const QString &recording) {
@@ -70,7 +65,7 @@ public:
 
     int run()
     {
-        if (m_options.flat.isEmpty() && !m_options.flatDark.isEmpty())
+        if (m_settings.calibration.flat.isEmpty() && !m_settings.calibration.flatDark.isEmpty())
             m_display.warn(text("without a flat, the dark of the flat is not used"));
         if (isForScripts())
             qInstallMessageHandler(logAsJson);
@@ -91,8 +86,6 @@ private:
             leave(ExitFailed);
             return;
         }
-        m_settings.darkAverage = m_calibration.darkAverage();
-        m_settings.flatAverage = m_calibration.flatAverage();
         m_queue.start(m_settings);
     }
 
@@ -158,10 +151,12 @@ int runConvert(const QStringList &arguments)
     ConvertOptions options;
     if (const auto ending = readConvertOptions(arguments, options))
         return *ending;
-    if (!checkTools(MLVProjectController::toolNames(options.blendsAlternatingRows)))
+    if (!checkTools(MLVProjectController::toolNames(options.settings.blendsAlternatingRows)))
         return ExitUnusable;
     QList<Unreachable> unreachable;
-    const QStringList recordings = findRecordings(options.paths, &unreachable);
+    // The averages and frames of an earlier run are no recordings.
+    const QStringList recordings =
+        findRecordings(options.paths, &unreachable, temporaryDirectoryIn(options.temporaryBase));
     if (recordings.isEmpty() && unreachable.isEmpty()) {
         printProblem(text("no recordings found"));
         return ExitUnusable;

@@ -29,10 +29,17 @@ qint32 choose(const QString &option, const QString &value, const QStringList &ch
     return index;
 }
 
+/// A tool would take a relative path that begins with "-" for an option.
+QString absolutePath(const QString &path)
+{
+    return path.isEmpty() ? path : QFileInfo(path).absoluteFilePath();
+}
+
 QString unreadablePath(const ConvertOptions &options)
 {
     QStringList paths = options.paths;
-    for (const QString &calibration : {options.dark, options.flat, options.flatDark}) {
+    const CalibrationChoice &chosen = options.settings.calibration;
+    for (const QString &calibration : {chosen.dark, chosen.flat, chosen.flatDark}) {
         if (!calibration.isEmpty())
             paths << calibration;
     }
@@ -116,15 +123,15 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     options.progress = static_cast<ProgressStyle>(
         choose(progress, parser.value(progress), {QStringLiteral("text"), QStringLiteral("json")},
                problem));
-    options.jobs = jobsOf(parser.value(jobs), problem);
-    options.format = choose(format, parser.value(format), movieExtensions(), problem);
-    options.quality = choose(quality, parser.value(quality),
-                             {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
-    options.dark = parser.value(dark);
-    options.flat = parser.value(flat);
-    options.flatDark = parser.value(flatDark);
-    options.mergesNeighbours = parser.isSet(hdr);
-    options.blendsAlternatingRows = parser.isSet(dualIso);
+    ConversionSettings &settings = options.settings;
+    settings.workers = jobsOf(parser.value(jobs), problem);
+    settings.format = choose(format, parser.value(format), movieExtensions(), problem);
+    settings.quality = choose(quality, parser.value(quality),
+                              {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
+    settings.calibration = {absolutePath(parser.value(dark)), absolutePath(parser.value(flat)),
+                            absolutePath(parser.value(flatDark))};
+    settings.mergesNeighbours = parser.isSet(hdr);
+    settings.blendsAlternatingRows = parser.isSet(dualIso);
     options.temporaryBase = parser.value(temporaryBase);
     options.keepTemporary = parser.isSet(keepTemporary);
     options.report = parser.value(report);

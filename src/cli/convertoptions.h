@@ -3,7 +3,7 @@
 
 #include "cli/commandline.h"
 #include "cli/progressdisplay.h"
-#include "encoding/ffmpegarguments.h"
+#include "project/conversionsettings.h"
 
 #include <QString>
 #include <QStringList>
@@ -13,19 +13,12 @@ namespace filmwright {
 /// What a person asked `convert` to do.
 struct ConvertOptions
 {
-    qint32 format = MovieFormatMOV;
-    qint32 quality = MovieQualityHigh;
-    QString dark; ///< calibration recordings; empty: none
-    QString flat;
-    QString flatDark;
-    bool mergesNeighbours = false;
-    bool blendsAlternatingRows = false;
+    ConversionSettings settings;
     QString report;        ///< where the report goes; empty: none
     QString temporaryBase; ///< empty: a private directory
     bool keepTemporary = false;
     bool quiet = false;
     ProgressStyle progress = ProgressStyle::ForPeople;
-    int jobs = 1; ///< frames converted at once
     QStringList paths;
 };
 

@@ -3,13 +3,6 @@
 
 namespace filmwright {
 
-FrameSurvey::FrameSurvey() = default;
-
-FrameSurvey::~FrameSurvey()
-{
-    stop();
-}
-
 void FrameSurvey::start(const QStringList &recordings, const ConversionSettings &settings)
 {
     m_recordings.assign(recordings.cbegin(), recordings.cend());
@@ -20,12 +13,8 @@ void FrameSurvey::start(const QStringList &recordings, const ConversionSettings 
 void FrameSurvey::stop()
 {
     m_recordings.clear();
-    if (m_project) {
-        m_monitor->disconnect(this);
-        m_project->setDelegate(nullptr);
-        m_project->stop();
-        release();
-    }
+    if (m_run)
+        m_run->detach();
 }
 
 std::optional<RecordingWork> FrameSurvey::workOf(const QString &recording) const
@@ -35,51 +24,27 @@ std::optional<RecordingWork> FrameSurvey::workOf(const QString &recording) const
 
 void FrameSurvey::readNext()
 {
+    if (m_run)
+        m_run->detach(); // its tool may still run
     if (m_recordings.empty())
         return;
+    m_run.reset();
     m_project = std::make_unique<MLVProjectController>();
     configure(*m_project, m_settings);
-    m_project->setDelegate(this);
-    m_monitor = std::make_unique<ProjectMonitor>(*m_project);
-    connect(m_monitor.get(), &ProjectMonitor::ended, this, [this] { settle(std::nullopt); });
-    m_project->setMlvPath(m_recordings.front());
+    m_run = std::make_unique<RecordingRun>(*m_project, m_recordings.front(), nullptr);
+    connect(m_run.get(), &RecordingRun::ended, this, &FrameSurvey::settle);
+    m_run->read();
 }
 
-void FrameSurvey::controllerUpdated(MLVProjectController &controller)
+/// Called by the run, which therefore goes away later.
+void FrameSurvey::settle()
 {
-    if (controller.mlvProjectMode() == MLVProjectModeReady)
-        settle(filmwright::workOf(controller));
-}
-
-void FrameSurvey::controllerWorkError(const QString &)
-{
-    settle(std::nullopt);
-}
-
-/// Called in the middle of the project's own work, which therefore goes away later.
-void FrameSurvey::settle(const std::optional<RecordingWork> &work)
-{
-    m_works.insert(m_recordings.front(), work);
+    const bool readable = m_run->outcome().failure.isEmpty();
+    m_works.insert(m_recordings.front(),
+                   readable ? std::optional(filmwright::workOf(*m_project)) : std::nullopt);
     m_recordings.pop_front();
-    m_monitor->disconnect(this);
-    m_project->setDelegate(nullptr);
-    QMetaObject::invokeMethod(
-        this,
-        [this] {
-            if (!m_project)
-                return;
-            m_project->stop(); // a tool that has printed its report may still run
-            release();
-            Q_EMIT progressed();
-            readNext();
-        },
-        Qt::QueuedConnection);
-}
-
-void FrameSurvey::release()
-{
-    m_monitor.reset();
-    m_project.reset();
+    Q_EMIT progressed();
+    QMetaObject::invokeMethod(this, &FrameSurvey::readNext, Qt::QueuedConnection);
 }
 
 } // namespace filmwright

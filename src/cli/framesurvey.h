@@ -1,26 +1,24 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "cli/recordingconversion.h"
+#include "project/recordingrun.h"
+#include "project/workstage.h"
 
 #include <QHash>
-#include <QStringList>
 
 #include <deque>
 #include <memory>
+#include <optional>
 
 namespace filmwright {
 
 /// Reads the metadata of recordings whose turn hasn't come yet, one after the other and beside the
 /// work, so that the time left of a batch can be told. Main thread only.
-class FrameSurvey : public QObject, private MLVProjectControllerProtocol
+class FrameSurvey : public QObject
 {
     Q_OBJECT
 
 public:
-    FrameSurvey();
-    ~FrameSurvey() override;
-
     void start(const QStringList &recordings, const ConversionSettings &settings);
     /// Nothing runs any more and nothing is told.
     void stop();
@@ -34,19 +32,13 @@ Q_SIGNALS:
     void progressed();
 
 private:
-    void controllerUpdated(MLVProjectController &controller) override;
-    void imageRGBReceived(const QImage &, MLVProjectController &) override {}
-    void controllerWorkFinished(MLVProjectController &) override {}
-    void controllerWorkError(const QString &) override;
-
     void readNext();
-    void settle(const std::optional<RecordingWork> &work);
-    void release();
+    void settle();
 
     std::deque<QString> m_recordings;
     ConversionSettings m_settings;
     std::unique_ptr<MLVProjectController> m_project;
-    std::unique_ptr<ProjectMonitor> m_monitor;
+    std::unique_ptr<RecordingRun> m_run;
     QHash<QString, std::optional<RecordingWork>> m_works;
 };
 

@@ -3,8 +3,7 @@
 
 #include "cli/commandline.h"
 #include "cli/missingtools.h"
-#include "project/mlvprojectcontroller.h"
-#include "project/projectmonitor.h"
+#include "project/recordingrun.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -23,48 +22,17 @@ QString text(const char *source)
     return QCoreApplication::translate("InfoCommand", source);
 }
 
-/// Reads one recording's metadata.
-class MetadataReader : private MLVProjectControllerProtocol
+/// Blocks until the report is read. Returns what went wrong, or an empty string.
+QString readMetadata(MLVProjectController &project, const QString &path)
 {
-public:
-    explicit MetadataReader(const QString &path)
-        : m_monitor(m_project)
-    {
-        m_project.setDelegate(this);
-        QObject::connect(&m_monitor, &ProjectMonitor::ended, &m_loop,
-                         [this](const QString &reason) {
-                             if (m_failure.isEmpty())
-                                 m_failure = reason;
-                             m_loop.quit();
-                         });
-        m_project.setMlvPath(path);
-    }
-
-    /// Blocks until the report is read. Returns what went wrong, or an empty string.
-    QString read()
-    {
-        m_loop.exec();
-        m_project.setDelegate(nullptr);
-        m_project.stop(); // a tool that has printed an error may still run
-        return m_failure;
-    }
-
-    const MlvMetadata &metadata() const { return m_project.metadata(); }
-
-private:
-    void controllerUpdated(MLVProjectController &) override { m_loop.quit(); }
-    void imageRGBReceived(const QImage &, MLVProjectController &) override {}
-    void controllerWorkFinished(MLVProjectController &) override {}
-    void controllerWorkError(const QString &error) override
-    {
-        m_failure = reasonOf(error); // the report may end as if nothing had happened
-    }
-
-    MLVProjectController m_project;
-    ProjectMonitor m_monitor;
-    QEventLoop m_loop;
-    QString m_failure;
-};
+    RecordingRun run(project, path, nullptr);
+    QEventLoop loop;
+    QObject::connect(&run, &RecordingRun::ended, &loop, &QEventLoop::quit);
+    run.read();
+    loop.exec();
+    run.detach(); // a tool that has printed its report may still run
+    return run.outcome().failure.reason;
+}
 
 /// As a person would write it: a 32-bit 23.976 isn't 23.975999832.
 double shortest(float value)
@@ -143,15 +111,15 @@ int runInfo(const QStringList &arguments)
             status = ExitUnusable;
             continue;
         }
-        MetadataReader reader(path);
-        const QString failure = reader.read();
+        MLVProjectController project;
+        const QString failure = readMetadata(project, QFileInfo(path).absoluteFilePath());
         if (!failure.isEmpty()) {
             printProblem(QStringLiteral("%1: %2").arg(path, failure));
             status = std::max<int>(status, ExitFailed);
         } else if (parser.isSet(json)) {
-            descriptions << describe(path, reader.metadata());
+            descriptions << describe(path, project.metadata());
         } else {
-            printText(path, reader.metadata());
+            printText(path, project.metadata());
         }
     }
     if (parser.isSet(json))

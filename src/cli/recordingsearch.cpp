@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/recordingsearch.h"
 
+#include "project/recordingfiles.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -32,9 +34,12 @@ struct Entry
 class Search
 {
 public:
-    explicit Search(QList<Unreachable> *unreachable)
+    Search(QList<Unreachable> *unreachable, const QString &skipped)
         : m_unreachable(unreachable)
     {
+        struct stat status = {};
+        if (stat(QFile::encodeName(skipped).constData(), &status) == 0)
+            m_searched << std::pair(status.st_dev, status.st_ino);
     }
 
     void add(const QString &path)
@@ -104,14 +109,10 @@ private:
 
 } // namespace
 
-bool isRecordingName(const QString &path)
+QStringList findRecordings(const QStringList &paths, QList<Unreachable> *unreachable,
+                           const QString &skipped)
 {
-    return QFileInfo(path).suffix().compare(QLatin1String("mlv"), Qt::CaseInsensitive) == 0;
-}
-
-QStringList findRecordings(const QStringList &paths, QList<Unreachable> *unreachable)
-{
-    Search search(unreachable);
+    Search search(unreachable, skipped);
     for (const QString &path : paths) {
         if (QFileInfo(path).isDir())
             search.searchFolder(QFile::encodeName(path));

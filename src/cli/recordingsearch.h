@@ -14,13 +14,12 @@ struct Unreachable
     QString reason;
 };
 
-/// Whether the name is a recording's: its extension is "mlv" in any case.
-bool isRecordingName(const QString &path);
-
 /// The recordings that the paths stand for, in the order given, each once: files as they are,
 /// folders searched at any depth in ascending order of the names. A folder is searched once, so a
 /// link that leads back ends there. `unreachable` gets the folders that can't be read and the
-/// recordings whose names are no UTF-8, which no part of the application can open.
-QStringList findRecordings(const QStringList &paths, QList<Unreachable> *unreachable = nullptr);
+/// recordings whose names are no UTF-8, which no part of the application can open. The folder
+/// `skipped` isn't searched.
+QStringList findRecordings(const QStringList &paths, QList<Unreachable> *unreachable = nullptr,
+                           const QString &skipped = {});
 
 } // namespace filmwright

@@ -97,6 +97,12 @@ void MLVProjectController::setConversionWorkers(int workers)
         createConversionUnits(count);
 }
 
+void MLVProjectController::endConversions()
+{
+    createConversionUnits(conversionWorkers());
+}
+
+/// The end of the units that were there waits for their frames.
 void MLVProjectController::createConversionUnits(int count)
 {
     m_dcRawPorcessManager = std::make_unique<SLUnitProcessManager>();
@@ -195,6 +201,7 @@ void MLVProjectController::launchDNGExtraction()
 {
     m_mode = MLVProjectModeExtracting;
     m_mlvDumptask->stop(false); // the tool that printed the report may not have exited yet
+    m_mlvDumptask->cancelPendingReport(); // of an extraction that was aborted
     m_mlvDumptask->setDarkPath(m_darkPath);
     m_mlvDumptask->setFlatPath(m_flatPath);
     m_movieMark.reset(); // of an earlier run; nobody writes that movie any more

@@ -124,6 +124,8 @@ public:
     /// What mlv_dump has warned of, sentences: a recording that is cut off, sound that can't be
     /// read.
     QStringList warnings() const { return m_mlvDumptask->warnings(); }
+    /// Why the recording can't be used, as mlv_dump's last run told; empty when it can.
+    QString unusableReason() const { return m_mlvDumptask->unusableReason(); }
     /// The project's working folder, ending with a path separator.
     QString extractionDirectory() const { return m_mlvDumptask->extractionDirectory(); }
 
@@ -171,6 +173,8 @@ public:
     /// Ends whatever runs; nothing more is delivered or launched. A dcraw that is converting a
     /// frame ends by itself and its frame is kept.
     void stop();
+    /// Ends the frames that a stopped run is still converting and waits for that.
+    void endConversions();
     /// Removes the working folder with everything in it.
     void cleanTmpFiles();
 

@@ -19,13 +19,12 @@ namespace filmwright {
 
 namespace {
 
-QString failureOf(const QString &tool, int status, const QStringList &lines)
-{
-    return ProjectMonitor::tr("%1 ended with status %2: %3")
-        .arg(tool)
-        .arg(status)
-        .arg(lines.isEmpty() ? ProjectMonitor::tr("it said nothing") : lines.constLast());
-}
+const QString dcraw = QStringLiteral("dcraw");
+const QString ffmpeg = QStringLiteral("ffmpeg");
+const QString mlvDump = QStringLiteral("mlv_dump");
+
+/// The rate that ffmpeg would be given has two decimals.
+constexpr float leastRate = 0.005F;
 
 /// The whole TIFF frames of a folder, whose path ends with a separator; a disk that is full leaves
 /// short ones.
@@ -61,9 +60,13 @@ QStringList shortcomingsOf(const MLVProjectController &project)
     return shortcomings;
 }
 
-ProjectMonitor::ProjectMonitor(MLVProjectController &project)
+ProjectMonitor::ProjectMonitor(MLVProjectController &project, Work work,
+                               MLVProjectControllerProtocol *listener)
     : m_project(project)
+    , m_work(work)
+    , m_listener(listener)
 {
+    project.setDelegate(this);
     // A tool that ended without having said so leaves its stage waiting for ever.
     connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
             [this](const QString &, const QObject *sender) {
@@ -71,13 +74,21 @@ ProjectMonitor::ProjectMonitor(MLVProjectController &project)
                     checkLater();
             });
     connect(&m_settling, &QFutureWatcherBase::finished, this,
-            [this] { endWithMovie(m_settling.result()); });
+            [this] { endWithMovie({m_settling.result()}); });
     checkLater();
 }
 
-void ProjectMonitor::controllerUpdated()
+ProjectMonitor::~ProjectMonitor()
+{
+    m_project.setDelegate(nullptr);
+}
+
+void ProjectMonitor::controllerUpdated(MLVProjectController &controller)
 {
     switch (m_project.mlvProjectMode()) {
+    case MLVProjectModeReady:
+        checkReport();
+        break;
     case MLVProjectModeRGBConversion:
         checkConversion();
         break;
@@ -88,26 +99,34 @@ void ProjectMonitor::controllerUpdated()
         break;
     }
     checkLater();
+    if (m_listener)
+        m_listener->controllerUpdated(controller);
 }
 
-void ProjectMonitor::imageRGBReceived(const QImage &image)
+void ProjectMonitor::imageRGBReceived(const QImage &image, MLVProjectController &forController)
 {
-    if (!image.isNull())
-        return;
-    ++m_missingFrames;
-    // The frames that follow would fail, too, each after all its work.
-    if (isTemporaryDirectoryFull(m_project))
-        fail(tr("dcraw could not write a frame"));
+    checkImage(image);
+    if (m_listener)
+        m_listener->imageRGBReceived(image, forController);
 }
 
+/// A report that has told of an error may go on as if nothing had happened.
 void ProjectMonitor::controllerWorkError(const QString &error)
 {
-    fail(reasonOf(error));
+    Failure failure{reasonOf(error), mlvDump, {}, true};
+    if (m_work == Reading)
+        m_errorInReport = std::move(failure);
+    else
+        fail(failure);
+    if (m_listener)
+        m_listener->controllerWorkError(error);
 }
 
-void ProjectMonitor::controllerWorkFinished()
+void ProjectMonitor::controllerWorkFinished(MLVProjectController &controller)
 {
     checkMovie();
+    if (m_listener)
+        m_listener->controllerWorkFinished(controller);
 }
 
 /// The project may be in the middle of a step; what it does right after this call counts.
@@ -118,23 +137,45 @@ void ProjectMonitor::checkLater()
 
 void ProjectMonitor::check()
 {
-    if (m_project.isToolBusy())
+    if (m_ended || m_project.isToolBusy())
         return;
-    const bool hindered = !m_project.movieHindrance().isEmpty();
+    if (m_work == Reading) {
+        if (m_project.mlvProjectMode() == MLVProjectModeIdle)
+            return; // stopped
+        fail(m_errorInReport.isEmpty()
+                 ? failureOf(mlvDump, tr("mlv_dump ended before it had read the recording"))
+                 : m_errorInReport);
+        return;
+    }
+    const Failure hindrance{m_project.movieHindrance()};
     switch (m_project.mlvProjectMode()) {
-    case MLVProjectModeReadingData:
-        fail(tr("mlv_dump ended before it had read the recording"));
-        break;
     case MLVProjectModeExtracting:
-        fail(hindered ? m_project.movieHindrance()
-                      : tr("mlv_dump ended before it had extracted the frames"));
+        if (!hindrance.isEmpty())
+            fail(hindrance);
+        else if (const QString reason = m_project.unusableReason(); !reason.isEmpty())
+            fail({reason, mlvDump});
+        else
+            fail(failureOf(mlvDump, tr("mlv_dump ended before it had extracted the frames")));
         break;
     case MLVProjectModeBuildingMovie:
-        fail(hindered ? m_project.movieHindrance() : tr("ffmpeg could not be started"));
+        fail(hindrance.isEmpty() ? failureOf(ffmpeg, tr("ffmpeg could not be started"))
+                                 : hindrance);
         break;
     default:
         break;
     }
+}
+
+void ProjectMonitor::checkReport()
+{
+    if (!m_errorInReport.isEmpty())
+        fail(m_errorInReport);
+    else if (const QString reason = m_project.unusableReason(); !reason.isEmpty())
+        fail({reason, mlvDump});
+    else if (!(m_project.fps() >= leastRate))
+        fail({tr("no movie can be made of 0 frames a second, its frame rate")});
+    else
+        end({});
 }
 
 void ProjectMonitor::checkConversion()
@@ -143,9 +184,9 @@ void ProjectMonitor::checkConversion()
         return;
     const int blendStatus = m_project.blender().terminationStatus();
     if (m_project.blendsAlternatingRows() && blendStatus != 0)
-        fail(failureOf(QStringLiteral("cr2hdr"), blendStatus, m_project.blender().logs()));
+        fail(endOf(QStringLiteral("cr2hdr"), blendStatus, m_project.blender().logs()));
     if (m_project.framesToConvert() == 0)
-        fail(tr("no frame could be extracted"));
+        fail({tr("no frame could be extracted")});
     if (m_project.convertedBefore() < m_project.framesToConvert())
         dropEarlierMerges();
 }
@@ -157,13 +198,28 @@ void ProjectMonitor::dropEarlierMerges()
         removeFolder(m_project.tiffsDirectory());
 }
 
+void ProjectMonitor::checkImage(const QImage &image)
+{
+    if (image.isNull()) {
+        ++m_missingFrames;
+        // The frames that follow would fail, too, each after all its work.
+        if (isTemporaryDirectoryFull(m_project))
+            fail(failureOf(dcraw, tr("dcraw could not write a frame")));
+    } else if (m_project.movieFormat() != MovieFormatAVI &&
+               (image.width() % 2 != 0 || image.height() % 2 != 0)) {
+        fail({tr("MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
+                  .arg(image.width())
+                  .arg(image.height())});
+    }
+}
+
 void ProjectMonitor::checkFrames()
 {
     const int wanted = m_project.framesToConvert();
     const int there =
         std::min(wanted - m_missingFrames, countFrames(m_project.extractionDirectory()));
     if (there < wanted)
-        fail(tr("dcraw converted only %1 of %2 frames").arg(there).arg(wanted));
+        fail(failureOf(dcraw, tr("dcraw converted only %1 of %2 frames").arg(there).arg(wanted)));
     if (m_project.dualISO())
         checkMergedFrames(wanted - 1);
 }
@@ -171,15 +227,19 @@ void ProjectMonitor::checkFrames()
 void ProjectMonitor::checkMergedFrames(int pairs)
 {
     if (pairs == 0)
-        fail(tr("its only frame has no neighbour to be merged with"));
+        fail({tr("its only frame has no neighbour to be merged with")});
     const int merged = countFrames(m_project.tiffsDirectory());
     if (merged < pairs)
-        fail(tr("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs));
+        fail({tr("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs)});
 }
 
 void ProjectMonitor::checkMovie()
 {
-    const QString failure = encodingFailure();
+    if (m_ended) { // it is made of less than the recording
+        removeMovie();
+        return;
+    }
+    const Failure failure = encodingFailure();
     if (!failure.isEmpty()) {
         endWithMovie(failure);
         return;
@@ -190,47 +250,71 @@ void ProjectMonitor::checkMovie()
 }
 
 /// A movie that isn't whole must not look like one.
-void ProjectMonitor::endWithMovie(const QString &failure)
+void ProjectMonitor::endWithMovie(const Failure &failure)
 {
     if (failure.isEmpty()) {
         end({});
         return;
     }
     fail(failure); // sees the disk as ffmpeg left it
+    removeMovie();
+}
+
+void ProjectMonitor::removeMovie()
+{
     QFile::remove(m_project.moviePath());
     m_project.movieMark()->remove();
 }
 
-QString ProjectMonitor::encodingFailure() const
+Failure ProjectMonitor::encodingFailure() const
 {
     const FFmpegTask &encoder = m_project.encoder();
     if (encoder.terminationStatus() != 0)
-        return failureOf(QStringLiteral("ffmpeg"), encoder.terminationStatus(), encoder.logs());
+        return endOf(ffmpeg, encoder.terminationStatus(), encoder.logs());
     if (!QFile::exists(encoder.moviePath()))
-        return tr("ffmpeg wrote no movie");
+        return failureOf(ffmpeg, tr("ffmpeg wrote no movie"));
     const auto frames = framesOfFinishedMovie(encoder.moviePath());
     if (!frames)
-        return tr("ffmpeg left its movie unfinished");
+        return failureOf(ffmpeg, tr("ffmpeg left its movie unfinished"));
     // Merging neighbours costs a frame.
     const int wanted = m_project.framesToConvert() - (m_project.dualISO() ? 1 : 0);
-    if (static_cast<qint64>(*frames) < wanted)
-        return tr("ffmpeg encoded only %1 of %2 frames").arg(*frames).arg(wanted);
-    return {};
+    const auto encoded = static_cast<qint64>(*frames);
+    if (encoded == wanted)
+        return {};
+    const QString reason = encoded < wanted ? tr("ffmpeg encoded only %1 of %2 frames")
+                                            : tr("ffmpeg encoded %1 frames where there are %2");
+    return failureOf(ffmpeg, reason.arg(encoded).arg(wanted));
 }
 
-void ProjectMonitor::fail(const QString &reason)
+/// What the tool printed last helps to see why.
+Failure ProjectMonitor::failureOf(const QString &tool, const QString &reason) const
 {
-    if (!m_ended)
-        end(withFullDisk(reason, m_project));
+    return {reason, tool, m_project.lastToolLines().value(tool)};
 }
 
-void ProjectMonitor::end(const QString &reason)
+Failure ProjectMonitor::endOf(const QString &tool, int status, const QStringList &lines) const
+{
+    return failureOf(tool, tr("%1 ended with status %2: %3")
+                               .arg(tool)
+                               .arg(status)
+                               .arg(lines.isEmpty() ? tr("it said nothing") : lines.constLast()));
+}
+
+void ProjectMonitor::fail(Failure failure)
+{
+    if (m_ended)
+        return;
+    failure.reason = withFullDisk(failure.reason, m_project);
+    end(failure);
+}
+
+void ProjectMonitor::end(const Failure &failure)
 {
     if (m_ended)
         return;
     m_ended = true;
     QMetaObject::invokeMethod(
-        this, [this, reason] { Q_EMIT ended(reason); }, Qt::QueuedConnection);
+        this, [this, failure] { Q_EMIT ended(failure); }, Qt::QueuedConnection);
 }
 
 } // namespace filmwright

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "project/mlvprojectcontrollerprotocol.h"
+#include "project/recordingoutcome.h"
+
 #include <QFutureWatcher>
-#include <QImage>
 #include <QObject>
-#include <QString>
-#include <QStringList>
 
 namespace filmwright {
-
-class MLVProjectController;
 
 /// The sentence in an error line of mlv_dump.
 QString reasonOf(const QString &errorLine);
@@ -18,45 +16,60 @@ QString reasonOf(const QString &errorLine);
 /// read. Known once the frames are extracted.
 QStringList shortcomingsOf(const MLVProjectController &project);
 
-/// Finds out that a recording will not become a whole movie: the stages themselves judge nothing
-/// but mlv_dump's error lines. Whoever drives a project makes one for each run and hands on what
-/// the project tells its delegate.
+/// Finds out what becomes of one reading of a recording, or of one conversion: the stages
+/// themselves judge nothing but mlv_dump's error lines. Made before the work begins; from then on
+/// it is the project's delegate and hands on what the project tells, after having looked at it.
 ///
-/// Main thread only; the project outlives it.
-class ProjectMonitor : public QObject
+/// Main thread only; project and listener outlive it.
+class ProjectMonitor : public QObject, private MLVProjectControllerProtocol
 {
     Q_OBJECT
 
 public:
-    explicit ProjectMonitor(MLVProjectController &project);
+    enum Work { Reading, Conversion };
 
-    // The project's delegate calls, handed on as they come.
-    void controllerUpdated();
-    void imageRGBReceived(const QImage &image);
-    void controllerWorkError(const QString &error);
-    void controllerWorkFinished();
+    /// The listener may be null.
+    ProjectMonitor(MLVProjectController &project, Work work,
+                   MLVProjectControllerProtocol *listener);
+    ~ProjectMonitor() override;
+
+    /// Whether a finished movie is being judged: `ended` comes by itself.
+    bool isSettling() const { return m_settling.isRunning(); }
 
 Q_SIGNALS:
-    /// The run ends here, once, after the current event: with no reason the movie is whole and on
-    /// the disk; otherwise the project still has to be stopped. `reason` is a sentence for a
-    /// person; a full disk behind it is named.
-    void ended(const QString &reason);
+    /// The reading or the conversion ends here, once, after the current event. Without a failure
+    /// the metadata is there, or the movie is whole and on the disk; with one, the project still
+    /// has to be stopped. A full disk behind a failure is named.
+    void ended(const filmwright::Failure &failure);
 
 private:
+    void controllerUpdated(MLVProjectController &controller) override;
+    void imageRGBReceived(const QImage &image, MLVProjectController &forController) override;
+    void controllerWorkFinished(MLVProjectController &controller) override;
+    void controllerWorkError(const QString &error) override;
+
     void checkLater();
     void check();
+    void checkReport();
     void checkConversion();
     void dropEarlierMerges();
+    void checkImage(const QImage &image);
     void checkFrames();
     void checkMergedFrames(int pairs);
     void checkMovie();
-    QString encodingFailure() const;
-    void endWithMovie(const QString &failure);
-    void fail(const QString &reason);
-    void end(const QString &reason);
+    Failure encodingFailure() const;
+    void endWithMovie(const Failure &failure);
+    void removeMovie();
+    Failure failureOf(const QString &tool, const QString &reason) const;
+    Failure endOf(const QString &tool, int status, const QStringList &lines) const;
+    void fail(Failure failure);
+    void end(const Failure &failure);
 
     MLVProjectController &m_project;
+    const Work m_work;
+    MLVProjectControllerProtocol *const m_listener;
     QFutureWatcher<QString> m_settling;
+    Failure m_errorInReport;
     int m_missingFrames = 0;
     bool m_ended = false;
 };

@@ -47,13 +47,14 @@ double usualSeconds(WorkStage stage, const RecordingWork &work)
     case WorkStage::Extracting:
         return work.megapixels * 0.004;
     case WorkStage::Blending:
-        return work.blends ? work.megapixels * 0.1 / cores : 0;
+        return work.settings.blendsAlternatingRows ? work.megapixels * 0.1 / cores : 0;
     case WorkStage::Converting:
-        return work.megapixels * 0.107 / std::clamp(work.workers, 1, cores);
+        return work.megapixels * 0.107 / std::clamp(work.settings.workers, 1, cores);
     case WorkStage::Merging:
-        return work.merges ? work.megapixels * 0.005 : 0;
+        return work.settings.mergesNeighbours ? work.megapixels * 0.005 : 0;
     case WorkStage::Encoding:
-        return work.megapixels * encodingSeconds(work.format, work.quality) / cores;
+        return work.megapixels * encodingSeconds(work.settings.format, work.settings.quality) /
+               cores;
     default:
         return 0;
     }

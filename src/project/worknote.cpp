@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "project/worknote.h"
 
+#include "project/conversionsettings.h"
+#include "project/recordingfiles.h"
 #include "runner/files.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -26,27 +27,19 @@ bool mayBeHalfBlended(const QString &workingFolder)
     return folderEntries(workingFolder).filter(QStringLiteral(".tiff")).isEmpty();
 }
 
-QByteArray identity(const QString &path)
-{
-    const QFileInfo file(path);
-    return QStringLiteral("%1 %2 %3\n")
-        .arg(file.size())
-        .arg(file.lastModified().toMSecsSinceEpoch())
-        .arg(file.canonicalFilePath())
-        .toUtf8();
-}
-
 } // namespace
 
-void claimUnfinishedWork(const WorkOrigin &origin, const QString &workingFolder)
+void claimUnfinishedWork(const QString &recording, const ConversionSettings &settings,
+                         const QString &workingFolder)
 {
-    QByteArray note = identity(origin.recording);
-    for (const QString &path : origin.calibration)
-        note += path.isEmpty() ? QByteArrayLiteral("\n") : identity(path);
-    note += origin.blended ? "blended\n" : "as recorded\n";
+    QByteArray note = recordingIdentity(recording);
+    const CalibrationChoice &calibration = settings.calibration;
+    for (const QString &path : {calibration.dark, calibration.flat, calibration.flatDark})
+        note += path.isEmpty() ? QByteArrayLiteral("\n") : recordingIdentity(path);
+    note += settings.blendsAlternatingRows ? "blended\n" : "as recorded\n";
     QFile existing(notePath(workingFolder));
     const bool same = existing.open(QIODevice::ReadOnly) && existing.readAll() == note;
-    if (same && !(origin.blended && mayBeHalfBlended(workingFolder)))
+    if (same && !(settings.blendsAlternatingRows && mayBeHalfBlended(workingFolder)))
         return;
     removeFolder(workingFolder);
     createPrivateFolder(QFileInfo(existing).path());

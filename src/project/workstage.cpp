@@ -66,11 +66,11 @@ RecordingWork workOf(const MLVProjectController &project)
                                                 : project.videoFrames();
     if (const double pixels = pixelsOf(project.resolution()); pixels > 0)
         work.megapixels = pixels / 1e6;
-    work.blends = project.blendsAlternatingRows();
-    work.merges = project.dualISO();
-    work.format = project.movieFormat();
-    work.quality = project.movieQuality();
-    work.workers = project.conversionWorkers();
+    work.settings.blendsAlternatingRows = project.blendsAlternatingRows();
+    work.settings.mergesNeighbours = project.dualISO();
+    work.settings.format = project.movieFormat();
+    work.settings.quality = project.movieQuality();
+    work.settings.workers = project.conversionWorkers();
     return work;
 }
 

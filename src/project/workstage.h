@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "project/conversionsettings.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -38,11 +40,7 @@ struct RecordingWork
 {
     quint64 frames = 0;    ///< 0: not known yet
     double megapixels = 1; ///< of a frame
-    bool blends = false;   ///< alternating rows
-    bool merges = false;   ///< neighbouring frames
-    qint32 format = 0;     ///< a MovieFormat
-    qint32 quality = 0;    ///< a MovieQuality
-    int workers = 1;       ///< frames converted at once
+    ConversionSettings settings;
 };
 
 /// The work that a project whose metadata has been read has before it.

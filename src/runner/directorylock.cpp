@@ -29,6 +29,7 @@ constexpr std::chrono::milliseconds atOnce = std::chrono::milliseconds::zero();
 QString DirectoryLock::take(const QString &directory)
 {
     m_file.reset();
+    m_heldElsewhere = false;
     const QString path = directory + lockSuffix;
     createPrivateFolder(QFileInfo(path).absolutePath());
     auto file = std::make_unique<QLockFile>(path);
@@ -37,9 +38,9 @@ QString DirectoryLock::take(const QString &directory)
         m_file = std::move(file);
         return {};
     }
-    return file->error() == QLockFile::LockFailedError
-               ? text("another run of Filmwright works in %1").arg(directory)
-               : text("the lock file %1 can't be written").arg(path);
+    m_heldElsewhere = file->error() == QLockFile::LockFailedError;
+    return m_heldElsewhere ? text("another run of Filmwright works in %1").arg(directory)
+                           : text("the lock file %1 can't be written").arg(path);
 }
 
 void removeAbandonedDirectories(const QString &folder, const QString &prefix)
@@ -50,7 +51,7 @@ void removeAbandonedDirectories(const QString &folder, const QString &prefix)
     for (const QString &name : locks) {
         const QString directory = parent.filePath(name.chopped(lockSuffix.size()));
         DirectoryLock lock;
-        if (lock.take(directory).isEmpty())
+        if (lock.take(directory).isEmpty() || !lock.isHeldElsewhere())
             removeFolder(directory);
     }
 }

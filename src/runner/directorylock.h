@@ -18,9 +18,13 @@ public:
     QString take(const QString &directory);
 
     bool isHeld() const { return m_file != nullptr; }
+    /// Whether the last take() failed because another run works there. Otherwise nobody does: a
+    /// full disk, for example, has no room for the lock.
+    bool isHeldElsewhere() const { return m_heldElsewhere; }
 
 private:
     std::unique_ptr<QLockFile> m_file;
+    bool m_heldElsewhere = false;
 };
 
 /// Removes the directories below `folder` whose names start with `prefix` and whose locks were left

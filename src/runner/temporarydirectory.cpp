@@ -56,10 +56,15 @@ QString userTemporaryFolder()
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
 }
 
+QString temporaryDirectoryIn(const QString &base)
+{
+    return base.isEmpty() ? QString() : QDir(base).filePath(QStringLiteral("FilmwrightTmp"));
+}
+
 QString temporaryDirectory()
 {
     if (!storedBase().isNull())
-        return QDir(storedBase()).filePath(QStringLiteral("FilmwrightTmp"));
+        return temporaryDirectoryIn(storedBase());
     return QDir(userTemporaryFolder()).filePath(QStringLiteral("Filmwright"));
 }
 

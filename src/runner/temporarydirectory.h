@@ -17,6 +17,9 @@ QString userTemporaryFolder();
 /// here; who writes into it creates it.
 QString temporaryDirectory();
 
+/// What it is with this base; a null string for no base.
+QString temporaryDirectoryIn(const QString &base);
+
 /// The base that was chosen, or a null string.
 QString baseTemporaryDirectory();
 

@@ -175,6 +175,7 @@ void TestBatchWindow::stopLaunchesNothingMore()
     window.pressStart();
     QTRY_COMPARE(window.states(),
                  QStringList({QStringLiteral("Building movie"), pending, pending}));
+    QTRY_COMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 1);
     window.pressStart();
     QVERIFY(!window.delegate->isWorking());
     QCOMPARE(window.states(), QStringList({ready, ready, ready}));
@@ -184,7 +185,7 @@ void TestBatchWindow::stopLaunchesNothingMore()
     QVERIFY(!bar->isAnimating());
     QTest::qWait(200);
     QCOMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 1);
-    QCOMPARE(window.status(), QStringLiteral("Stopped"));
+    QCOMPARE(window.status(), QStringLiteral("Stopped: 0 of 3 movies written"));
     QCOMPARE(window.alerts.shown, QStringList());
 }
 
@@ -196,6 +197,7 @@ void TestBatchWindow::startAfterStopTakesTheWholeList()
     window.setEncoding(onlyForB("movie", endless, QStringLiteral("cp \"$film\" \"$movie\"")));
     window.pressStart();
     QTRY_COMPARE(window.states(), QStringList({finished, QStringLiteral("Building movie")}));
+    QTRY_COMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 2);
     window.pressStart();
     window.setEncoding(QStringLiteral("cp \"$film\" \"$movie\""));
     window.pressStart();

@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QLabel>
 #include <QPushButton>
+#include <QTimer>
 
 using namespace filmwright;
 
@@ -105,6 +106,7 @@ private Q_SLOTS:
     void oneFrameAsksNothing();
     void severalFramesAskToReplaceTheRecording_data();
     void severalFramesAskToReplaceTheRecording();
+    void questionComesAfterAPause();
     void replacedRecordingHoldsTheAverage();
     void recordingWithoutRoomForACopyIsAsItWas();
     void recordingIsAsItWasWhenTheDiskIsFull();
@@ -238,6 +240,23 @@ void TestCalibrationWindow::severalFramesAskToReplaceTheRecording()
     QVERIFY(!barMoved);
     QCOMPARE(contentOf(recording), QByteArray(4096, 'x'));
     QCOMPARE(field(window, kind)->stringValue(), QFileInfo(recording).fileName());
+}
+
+/// A timer of half the pause, begun with it, ends before the question comes.
+void TestCalibrationWindow::questionComesAfterAPause()
+{
+    FakeWindow window(2);
+    window.launch();
+    bool half = false;
+    bool halfAtQuestion = false;
+    auto *bar = window.widget<ProgressIndicator>(QStringLiteral("preprocessProgress"));
+    window.alerts.whileOpen = [&] { halfAtQuestion = half; };
+    choose(window, dark);
+    bar->setValue(1); // its animation's end sets it back, in the same call that begins the pause
+    connect(bar, &QProgressBar::valueChanged, this,
+            [&] { QTimer::singleShot(50, this, [&] { half = true; }); });
+    QTRY_COMPARE(window.alerts.shown.size(), 1);
+    QVERIFY(halfAtQuestion);
 }
 
 void TestCalibrationWindow::replacedRecordingHoldsTheAverage()

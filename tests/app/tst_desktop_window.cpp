@@ -39,6 +39,7 @@ private Q_SLOTS:
     void initTestCase();
 
     void displayStaysAwakeUntilTheEndOfTheBatch();
+    void displayIsKeptAwakeOnce();
     void displayMaySleepAfterStop();
     void displayMaySleepAfterAnError();
     void displayMaySleepAfterQuit();
@@ -74,6 +75,20 @@ void TestDesktopWindow::displayStaysAwakeUntilTheEndOfTheBatch()
     window.waitForEnd();
     QCOMPARE(screenSaver.calls(), (QStringList{m_inhibit, m_uninhibit}));
     window.quit();
+    QCOMPARE(screenSaver.calls(), (QStringList{m_inhibit, m_uninhibit}));
+}
+
+void TestDesktopWindow::displayIsKeptAwakeOnce()
+{
+    const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
+    FakeWindow window;
+    window.launch();
+    window.delegate->allowSleep();
+    QCOMPARE(screenSaver.calls(), QStringList());
+    window.delegate->avoidSleep();
+    window.delegate->avoidSleep();
+    QCOMPARE(screenSaver.calls(), QStringList{m_inhibit});
+    window.delegate->allowSleep();
     QCOMPARE(screenSaver.calls(), (QStringList{m_inhibit, m_uninhibit}));
 }
 

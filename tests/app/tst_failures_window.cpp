@@ -57,7 +57,7 @@ void TestFailuresWindow::failureCostsOneRecording_data()
         << QStringLiteral("case \"$dng\" in *0.dng) echo torn; exit 1 ;; esac; cp \"$frame\" "
                           "\"$tiff\"")
         << QStringLiteral("dcraw converted only 1 of 2 frames") << QStringLiteral("torn")
-        << finished;
+        << ready; // no half movie is made
     QTest::newRow("ffmpeg fails") << QStringLiteral("encoding")
                                   << QStringLiteral("echo smoke; echo 'disk on fire'; exit 3")
                                   << QStringLiteral("ffmpeg ended with status 3: disk on fire")
@@ -84,6 +84,13 @@ void TestFailuresWindow::failureCostsOneRecording()
             QStringLiteral("case \"$dng\" in *b.MLV*) %1 ;; *) %2 ;; esac").arg(script, copy));
     else
         window.setEncoding(onlyForB("movie", script, encode));
+    if (script == FakeTools::extraction(1)) { // the movie is of what was extracted
+        FakeTools::writeMovie(window.path(QStringLiteral("short.mov")), 1);
+        window.setEncoding(onlyForB(
+            "movie",
+            QStringLiteral("cp '%1' \"$movie\"").arg(window.path(QStringLiteral("short.mov"))),
+            encode));
+    }
     window.launch();
     window.add({a, b, c});
     window.pressStart();

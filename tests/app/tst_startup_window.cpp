@@ -5,6 +5,7 @@
 #include "runner/temporarydirectory.h"
 #include "runner/userdefaults.h"
 #include "support/logcapture.h"
+#include "support/ordinaryuser.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -96,6 +97,7 @@ private Q_SLOTS:
     void developerMenuIsAlwaysOn();
     void storedFolderIsUsed();
     void storedFolderThatCannotBeUsedIsKeptForTheNextStart();
+    void storedFolderThatIsReadOnlyIsNotUsed();
     void storedFolderWithALinkIsNotUsed();
     void anotherRunKeepsItsDirectory();
     void chosenFolderIsUsedAtOnce();
@@ -240,6 +242,22 @@ void TestStartupWindow::storedFolderThatCannotBeUsedIsKeptForTheNextStart()
     QVERIFY(QFile::remove(folder));
     window.launch();
     QCOMPARE(window.alerts.shown.size(), 1);
+    QCOMPARE(baseTemporaryDirectory(), folder);
+}
+
+void TestStartupWindow::storedFolderThatIsReadOnlyIsNotUsed()
+{
+    const OrdinaryUser user;
+    FakeWindow window;
+    const QString folder = window.path(QStringLiteral("frames"));
+    QVERIFY(QDir().mkdir(folder));
+    QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
+    store(folder);
+    window.launch();
+    QCOMPARE(window.alerts.shown, QStringList{unusable});
+    QVERIFY(baseTemporaryDirectory().isNull());
+    QVERIFY(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+    window.launch();
     QCOMPARE(baseTemporaryDirectory(), folder);
 }
 
@@ -398,7 +416,7 @@ void TestStartupWindow::folderStaysDuringABatch()
     QCOMPARE(preference.field.text(), folder);
     QCOMPARE(baseTemporaryDirectory(), folder);
     QCOMPARE(storedPreferences().value(folderKey).toString(), folder);
-    QVERIFY(QFileInfo::exists(temporaryDirectory()));
+    QTRY_VERIFY(QFileInfo::exists(temporaryDirectory()));
     window.pressStart();
 }
 

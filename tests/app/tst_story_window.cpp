@@ -91,6 +91,7 @@ class TestStoryWindow : public QObject
 private Q_SLOTS:
     void folderOfThreeBecomesThreeMovies();
     void neighboursAreMergedIntoAMovie();
+    void badRecordingsCostOnlyThemselves();
     void stopInEveryStage_data();
     void stopInEveryStage();
     void quitInEveryState_data();
@@ -192,6 +193,91 @@ void TestStoryWindow::neighboursAreMergedIntoAMovie()
     const Movie movie = Movie::probe(window.recordings() + QStringLiteral("/hdr.avi"));
     QCOMPARE(movie.frames(), 3);
     QVERIFY(movie.sound.isEmpty());
+}
+
+/// Nothing is answered while the batch runs; every bad recording has its reason, in its row and in
+/// the summary.
+void TestStoryWindow::badRecordingsCostOnlyThemselves()
+{
+    RealWindow window;
+    const QString size = QStringLiteral("--size 320x180 --frames 2 --no-sound");
+    const auto write = [&window](const QString &name, const QByteArray &content) {
+        QFile file(QDir(window.recordings()).filePath(name));
+        [&] { QVERIFY(file.open(QIODevice::WriteOnly)); }();
+        file.write(content);
+        return file.fileName();
+    };
+    QStringList queue;
+    for (const char *name : {"1.MLV", "2.MLV", "3.MLV", "4.MLV", "5.MLV"})
+        queue << window.sample(QString::fromLatin1(name), size);
+    queue << write(QStringLiteral("broken.MLV"), QByteArray(5000, 'x'))
+          << write(QStringLiteral("empty.MLV"), {})
+          << window.sample(QStringLiteral("vanished.MLV"), size)
+          << window.sample(QStringLiteral("cutoff.MLV"), QStringLiteral("--size 320x180 --frames 6 "
+                                                                        "--no-sound"))
+          << window.sample(QStringLiteral("small.MLV"), QStringLiteral("--size 160x96 --frames 2"))
+          << window.sample(QStringLiteral("dark.mlv"), size)
+          << window.sample(QStringLiteral("1.mlv"), size);
+    QFile cutOff(QDir(window.recordings()).filePath(QStringLiteral("cutoff.MLV")));
+    QVERIFY(cutOff.resize(cutOff.size() * 6 / 10));
+    const QString dark = window.sample(QStringLiteral("cap/lens.MLV"),
+                                       QStringLiteral("--size 320x180 --frames 1 --dark"));
+
+    window.launch();
+    QVERIFY(window.drop(queue));
+    window.waitUntilRead();
+    QCOMPARE(window.queue().size(), 12);
+    QVERIFY(!window.delegate->isWorking()); // adding has started nothing
+    QCOMPARE(window.alerts.shown, QStringList());
+    const auto failure = [&window](const QString &name) {
+        const auto row = window.queue().size() - 1 - window.queue().indexOf(name);
+        return window.delegate
+            ->toolTipForTableColumn(QStringLiteral("State"), static_cast<int>(row))
+            .section(QLatin1Char('\n'), 1, 1);
+    };
+    QVERIFY(!failure(QStringLiteral("broken.MLV")).isEmpty());
+    QVERIFY(!failure(QStringLiteral("empty.MLV")).isEmpty());
+    QVERIFY(failure(QStringLiteral("1.MLV")).isEmpty());
+
+    window.panel.chosen = QStringList{dark};
+    window.press(QStringLiteral("darkButton"));
+    QTRY_VERIFY(!window.sheet()->isVisible());
+    QVERIFY(QFile::remove(QDir(window.recordings()).filePath(QStringLiteral("vanished.MLV"))));
+    window.pressStart();
+    QTRY_VERIFY_WITH_TIMEOUT(!window.delegate->isWorking(), 240000);
+    QTRY_COMPARE(window.alerts.shown.size(), 1);
+    const QStringList summary = window.alerts.shown.constFirst().split(QLatin1Char('\n'));
+    QVERIFY2(
+        summary.constFirst().startsWith(QLatin1String("7 of 12 recordings have no whole movie|")),
+        qPrintable(summary.constFirst()));
+    const QStringList bad{QStringLiteral("broken.MLV"),   QStringLiteral("empty.MLV"),
+                          QStringLiteral("vanished.MLV"), QStringLiteral("cutoff.MLV"),
+                          QStringLiteral("small.MLV"),    QStringLiteral("dark.mlv"),
+                          QStringLiteral("1.mlv")};
+    for (const QString &name : bad) {
+        const QString reason = failure(name);
+        QVERIFY2(!reason.isEmpty() && !reason.startsWith(QLatin1String("Dark: ")),
+                 qPrintable(name));
+        QCOMPARE(summary.join(QLatin1Char('\n')).count(QStringLiteral("%1: %2").arg(name, reason)),
+                 1);
+        qInfo("%s: %s", qPrintable(name), qPrintable(reason));
+    }
+    // A recording that is cut off has a movie of the frames that are there.
+    for (const char *name : {"1.avi", "2.avi", "3.avi", "4.avi", "5.avi"})
+        QCOMPARE(Movie::probe(QDir(window.recordings()).filePath(QLatin1String(name))).frames(), 2);
+    const Movie rest =
+        Movie::probe(QDir(window.recordings()).filePath(QStringLiteral("cutoff.avi")));
+    QVERIFY(rest.frames() > 0 && rest.frames() < 6);
+    QCOMPARE(QDir(window.recordings()).entryList({QStringLiteral("*.avi")}).size(), 6);
+
+    window.sample(QStringLiteral("broken.MLV"), size);
+    window.pressStart();
+    QTRY_VERIFY_WITH_TIMEOUT(!window.delegate->isWorking(), 240000);
+    QTRY_COMPARE(window.alerts.shown.size(), 2);
+    QVERIFY(window.alerts.shown.constLast().startsWith(
+        QLatin1String("6 of 12 recordings have no whole movie|")));
+    QCOMPARE(
+        Movie::probe(QDir(window.recordings()).filePath(QStringLiteral("broken.avi"))).frames(), 2);
 }
 
 void TestStoryWindow::stopInEveryStage_data()

@@ -70,16 +70,16 @@ void TestCalibration::init()
 
 void TestCalibration::withoutRecordingsItEndsAtOnce()
 {
-    Calibration calibration({}, {}, {});
+    Calibration calibration({{}, {}, {}});
     QCOMPARE(run(calibration), QStringList{QString()});
-    QCOMPARE(calibration.darkAverage(), QString());
-    QCOMPARE(calibration.flatAverage(), QString());
+    QCOMPARE((CalibrationChoice{}.darkAverage()), QString());
+    QCOMPARE((CalibrationChoice{}.flatAverage()), QString());
     QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
 }
 
 void TestCalibration::everythingIsAveragedInOrder()
 {
-    Calibration calibration(dark, flat, flatDark);
+    Calibration calibration({dark, flat, flatDark});
     QCOMPARE(run(calibration), QStringList{QString()});
     const QString a = QStringLiteral("-a");
     const QString o = QStringLiteral("-o");
@@ -89,23 +89,24 @@ void TestCalibration::everythingIsAveragedInOrder()
                                  {a, flatDark, o, average("flat_dark.mlv")},
                                  {QStringLiteral("-s"), average("flat_dark.mlv"), o,
                                   average("flat-flat_dark.mlv"), average("flat.mlv")}}));
-    QCOMPARE(calibration.darkAverage(), average("dark.mlv"));
-    QCOMPARE(calibration.flatAverage(), average("flat-flat_dark.mlv"));
+    QCOMPARE((CalibrationChoice{dark, flat, flatDark}.darkAverage()), average("dark.mlv"));
+    QCOMPARE((CalibrationChoice{dark, flat, flatDark}.flatAverage()),
+             average("flat-flat_dark.mlv"));
 }
 
 void TestCalibration::darkOfTheFlatWithoutAFlatIsNotUsed()
 {
-    Calibration calibration(dark, {}, flatDark);
+    Calibration calibration({dark, {}, flatDark});
     QCOMPARE(run(calibration), QStringList{QString()});
     QCOMPARE(m_tools->calls(mlvDump).size(), 1);
-    QCOMPARE(calibration.flatAverage(), QString());
+    QCOMPARE((CalibrationChoice{dark, {}, flatDark}.flatAverage()), QString());
 }
 
 void TestCalibration::errorLineEndsIt()
 {
     m_tools->addTool(mlvDump, QStringLiteral("echo '[ERROR] not a recording'; "
                                              "printf 'Processed 0 video frames\\nDone\\n'"));
-    Calibration calibration(dark, flat, {});
+    Calibration calibration({dark, flat, {}});
     QCOMPARE(run(calibration), QStringList{QStringLiteral("dark.MLV: not a recording")});
     QCOMPARE(m_tools->calls(mlvDump).size(), 1);
 }
@@ -115,7 +116,7 @@ void TestCalibration::toolThatGoesOnAfterAnErrorIsStopped()
     m_tools->addTool(mlvDump,
                      QStringLiteral("echo $$ > \"$0.pid\"; echo '[ERROR] not a recording'; "
                                     "exec sleep 1000"));
-    Calibration calibration(dark, {}, {});
+    Calibration calibration({dark, {}, {}});
     QCOMPARE(run(calibration), QStringList{QStringLiteral("dark.MLV: not a recording")});
     QFile id(m_tools->path() + QStringLiteral("/mlv_dump.pid"));
     QVERIFY(id.open(QIODevice::ReadOnly));
@@ -125,14 +126,14 @@ void TestCalibration::toolThatGoesOnAfterAnErrorIsStopped()
 void TestCalibration::averageThatWasNotWrittenEndsIt()
 {
     m_tools->addTool(mlvDump, QStringLiteral("printf 'Processed 8 video frames\\nDone\\n'"));
-    Calibration calibration({}, flat, {});
+    Calibration calibration({{}, flat, {}});
     QCOMPARE(run(calibration), QStringList{QStringLiteral("flat.MLV could not be averaged")});
 }
 
 void TestCalibration::toolThatEndsWithoutAWordEndsIt()
 {
     m_tools->addTool(mlvDump, QStringLiteral("kill -SEGV $$"));
-    Calibration calibration({}, flat, {});
+    Calibration calibration({{}, flat, {}});
     QCOMPARE(run(calibration),
              QStringList{QStringLiteral("mlv_dump ended before it had averaged flat.MLV")});
 }
@@ -140,7 +141,7 @@ void TestCalibration::toolThatEndsWithoutAWordEndsIt()
 void TestCalibration::stoppedCalibrationTellsNothing()
 {
     m_tools->addTool(mlvDump, QStringLiteral("exec sleep 1000"));
-    Calibration calibration(dark, {}, {});
+    Calibration calibration({dark, {}, {}});
     int endings = 0;
     connect(&calibration, &Calibration::ended, this, [&endings] { ++endings; });
     calibration.start();

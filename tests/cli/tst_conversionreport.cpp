@@ -34,7 +34,8 @@ RecordingOutcome failed(const char *recording)
     outcome.recording = QString::fromUtf8(recording);
     outcome.result = RecordingOutcome::Failed;
     outcome.duration = 300ms;
-    outcome.reason = QStringLiteral("ffmpeg wrote no movie");
+    outcome.failure.reason = QStringLiteral("ffmpeg wrote no movie");
+    outcome.failure.tool = QStringLiteral("ffmpeg");
     outcome.toolLines = {{QStringLiteral("ffmpeg"), {QStringLiteral("no"), QStringLiteral("way")}}};
     return outcome;
 }
@@ -119,7 +120,7 @@ void TestConversionReport::recordingsAreNamedFromTheirCommonFolderOn()
 void TestConversionReport::nothingInTheTableIsACommandToTheTerminal()
 {
     RecordingOutcome outcome = failed("/card/two\nlines\x1b[2J.MLV");
-    outcome.reason = QStringLiteral("red \x1b[31m");
+    outcome.failure.reason = QStringLiteral("red \x1b[31m");
     const QString table = outcomeTable({outcome}).join(QString());
     QVERIFY(!table.contains(QChar(0x1b)));
     QVERIFY(!table.contains(QLatin1Char('\n')));
@@ -137,6 +138,7 @@ void TestConversionReport::reportOfAFinishedRecording()
         {QStringLiteral("seconds"), 61.25},
         {QStringLiteral("reason"), QJsonValue::Null},
         {QStringLiteral("warnings"), QJsonArray{QStringLiteral("the sound is left out")}},
+        {QStringLiteral("tool"), QJsonValue::Null},
         {QStringLiteral("tools"), QJsonObject()}};
     QCOMPARE(report.value(QStringLiteral("recordings")).toArray(), QJsonArray{expected});
 }
@@ -153,6 +155,7 @@ void TestConversionReport::reportOfAFailedRecording()
         {QStringLiteral("seconds"), 0.3},
         {QStringLiteral("reason"), QStringLiteral("ffmpeg wrote no movie")},
         {QStringLiteral("warnings"), QJsonArray()},
+        {QStringLiteral("tool"), QStringLiteral("ffmpeg")},
         {QStringLiteral("tools"),
          QJsonObject{
              {QStringLiteral("ffmpeg"), QJsonArray{QStringLiteral("no"), QStringLiteral("way")}}}}};

@@ -25,14 +25,16 @@ private Q_SLOTS:
     {
         ConvertOptions options;
         QVERIFY(!readConvertOptions({m_clip}, options));
-        QCOMPARE(options.format, qint32(MovieFormatMOV));
-        QCOMPARE(options.quality, qint32(MovieQualityHigh));
+        QCOMPARE(options.settings.format, qint32(MovieFormatMOV));
+        QCOMPARE(options.settings.quality, qint32(MovieQualityHigh));
         QCOMPARE(options.paths, QStringList{m_clip});
-        QVERIFY(options.dark.isEmpty() && options.flat.isEmpty() && options.flatDark.isEmpty());
+        QVERIFY(options.settings.calibration.dark.isEmpty() &&
+                options.settings.calibration.flat.isEmpty() &&
+                options.settings.calibration.flatDark.isEmpty());
         QVERIFY(options.temporaryBase.isEmpty() && options.report.isEmpty());
         QVERIFY(!options.keepTemporary);
         QVERIFY(!options.quiet);
-        QCOMPARE(options.jobs, 1);
+        QCOMPARE(options.settings.workers, 1);
     }
 
     void everyOption()
@@ -43,23 +45,23 @@ private Q_SLOTS:
                   "--flat-dark CLIP --temp-dir work --keep-temp --report r.json --quiet "
                   "--jobs 3 CLIP"),
             options));
-        QCOMPARE(options.format, qint32(MovieFormatAVI));
-        QCOMPARE(options.quality, qint32(MovieQualityMaximum));
-        QCOMPARE(options.dark, m_clip);
-        QCOMPARE(options.flat, m_clip);
-        QCOMPARE(options.flatDark, m_clip);
+        QCOMPARE(options.settings.format, qint32(MovieFormatAVI));
+        QCOMPARE(options.settings.quality, qint32(MovieQualityMaximum));
+        QCOMPARE(options.settings.calibration.dark, m_clip);
+        QCOMPARE(options.settings.calibration.flat, m_clip);
+        QCOMPARE(options.settings.calibration.flatDark, m_clip);
         QCOMPARE(options.temporaryBase, QStringLiteral("work"));
         QVERIFY(options.keepTemporary);
         QCOMPARE(options.report, QStringLiteral("r.json"));
         QVERIFY(options.quiet);
-        QCOMPARE(options.jobs, 3);
+        QCOMPARE(options.settings.workers, 3);
     }
 
     void automaticJobsAreTheCores()
     {
         ConvertOptions options;
         QVERIFY(!readConvertOptions(words("--jobs auto CLIP"), options));
-        QCOMPARE(options.jobs, std::clamp(QThread::idealThreadCount(), 1, 64));
+        QCOMPARE(options.settings.workers, std::clamp(QThread::idealThreadCount(), 1, 64));
     }
 
     void pathThatBeginsWithADash()
@@ -74,6 +76,20 @@ private Q_SLOTS:
         QVERIFY(!ending);
         QCOMPARE(options.paths, QStringList{QStringLiteral("--quiet")});
         QVERIFY(!options.quiet);
+    }
+
+    void calibrationThatBeginsWithADash()
+    {
+        ConvertOptions options;
+        const QString clip = m_folder.filePath(QStringLiteral("-d.MLV"));
+        QVERIFY(QFile(clip).open(QIODevice::WriteOnly));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_folder.path()));
+        const auto ending = readConvertOptions(words("--dark=-d.MLV CLIP"), options);
+        const QString absolute = QFileInfo(QStringLiteral("-d.MLV")).absoluteFilePath();
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY(!ending);
+        QCOMPARE(options.settings.calibration.dark, absolute); // no option of a tool
     }
 
     void unusable_data()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/recordingsearch.h"
+#include "project/recordingfiles.h"
 #include "support/ordinaryuser.h"
 
 #include <QDir>

@@ -58,8 +58,9 @@ QString FakeTools::averaging(int frames)
 
 void FakeTools::writeMlvDump()
 {
-    QString report = QStringLiteral("printf 'File Header (MLVI)\\n1:\\n2:\\n3:\\nFPS: 25.0\\n5:\\n"
-                                    "Video: %1\\nAudio: 0\\n'\n")
+    QString report = QStringLiteral("printf 'File Header (MLVI)\\n1:\\n2:\\n3:\\nFPS: %1\\n5:\\n"
+                                    "Video: %2\\nAudio: 0\\n'\n")
+                         .arg(m_rate)
                          .arg(m_frames);
     for (auto block = m_blocks.cbegin(); block != m_blocks.cend(); ++block) {
         report += QStringLiteral("echo 'Block: %1'\n").arg(block.key());
@@ -88,6 +89,12 @@ void FakeTools::setRawInformation(const QString &resolution, int bitsPerSample)
              {{4, resolution},
               // This line is known by its name and has no separator.
               {5, QStringLiteral("\n  bits_per_pixel   %1").arg(bitsPerSample)}});
+}
+
+void FakeTools::setRate(const QString &rate)
+{
+    m_rate = rate;
+    writeMlvDump();
 }
 
 void FakeTools::setBeforeReport(const QString &script)
@@ -132,10 +139,12 @@ void FakeTools::setBlending(const QString &script)
     tools.addTool(QStringLiteral("cr2hdr"), script);
 }
 
-void FakeTools::writeTiff(const QString &path)
+void FakeTools::writeTiff(const QString &path, int width)
 {
-    const TiffBitmap::Layout layout{4, 2, 3, 8, 12};
-    QVERIFY2(TiffBitmap(layout, QByteArray(24, '\x40')).write(path), "TIFF not written");
+    constexpr int height = 2;
+    const TiffBitmap::Layout layout{width, height, 3, 8, 3 * width};
+    QVERIFY2(TiffBitmap(layout, QByteArray(3 * width * height, '\x40')).write(path),
+             "TIFF not written");
 }
 
 void FakeTools::writeMovie(const QString &path, int frames)

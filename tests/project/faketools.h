@@ -17,6 +17,7 @@ public:
     /// the first has number 1.
     void setBlock(const QString &header, const QMap<int, QString> &values);
     void setRawInformation(const QString &resolution, int bitsPerSample);
+    void setRate(const QString &rate);
     /// Has mlv_dump do this before it prints its report; $recording is the recording.
     void setBeforeReport(const QString &script);
     /// Replaces what mlv_dump does for "--dng"; $prefix is the output prefix.
@@ -38,7 +39,7 @@ public:
     static QString averaging(int frames);
 
     QString path(const QString &name) const { return m_folder.filePath(name); }
-    static void writeTiff(const QString &path);
+    static void writeTiff(const QString &path, int width = 4);
     static void writeMovie(const QString &path, int frames);
 
     ToolFolder tools;
@@ -49,6 +50,7 @@ private:
     QTemporaryDir m_folder;
     const int m_frames;
     QMap<QString, QMap<int, QString>> m_blocks;
+    QString m_rate = QStringLiteral("25.0");
     QString m_beforeReport;
     QString m_extraction;
     QString m_averaging;

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTest>
+#include <QTimer>
 
 using namespace filmwright;
 
@@ -44,6 +45,9 @@ private Q_SLOTS:
     void settingANewPathStopsTheOldReading();
 
     void wholeRoadInOrder();
+    void gapsInTheNumberingAreClosedBeforeTheConversion();
+    void mergedNeighboursAreNotBlendedOneByOne();
+    void stageAfterTheLastFramePauses();
     void toolsAreCalledWithTheirArguments();
     void calibrationReachesMlvDump();
     void soundIsEncoded();
@@ -175,6 +179,55 @@ void TestMLVProjectController::wholeRoadInOrder()
     QCOMPARE(project.controller->dngToProcess(), 0);
     QVERIFY(QFile::exists(project.movie()));
     QVERIFY(!QFile::exists(project.controller->extractionDirectory()));
+}
+
+void TestMLVProjectController::gapsInTheNumberingAreClosedBeforeTheConversion()
+{
+    FakeProject project(2);
+    project.setExtraction(
+        QStringLiteral("echo dng > \"$prefix\"000000.dng; echo dng > \"$prefix\"000002.dng; "
+                       "echo Done"));
+    project.read();
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QStringList converted;
+    for (const QStringList &call : project.tools.calls(QStringLiteral("dcraw")))
+        converted << QFileInfo(call.constLast()).fileName();
+    QCOMPARE(converted, list({"tmp000000.dng", "tmp000001.dng"}));
+}
+
+/// The conversion unit's own flag is another matter.
+void TestMLVProjectController::mergedNeighboursAreNotBlendedOneByOne()
+{
+    FakeProject project(2);
+    project.read();
+    project.controller->setDualISO(true);
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.tools.calls(QStringLiteral("cr2hdr")), QList<QStringList>());
+    for (const QStringList &call : project.tools.calls(QStringLiteral("dcraw")))
+        QVERIFY(call.contains(QStringLiteral("4.000000")));
+}
+
+/// A timer of half the pause, begun with the last frame, ends before the pause does.
+void TestMLVProjectController::stageAfterTheLastFramePauses()
+{
+    class LastFrame : public FakeProject
+    {
+    public:
+        using FakeProject::FakeProject;
+        void imageRGBReceived(const QImage &image, MLVProjectController &from) override
+        {
+            FakeProject::imageRGBReceived(image, from);
+            if (from.dngToProcess() == 1) // counted down after this call
+                QTimer::singleShot(50, &from, [this] { events << QStringLiteral("half"); });
+        }
+    };
+    LastFrame project(1);
+    project.read();
+    project.launch();
+    QTRY_COMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.events, list({"2", "3", "4", "image", "half", "5", "6", "finished"}));
 }
 
 void TestMLVProjectController::toolsAreCalledWithTheirArguments()

@@ -12,44 +12,26 @@ using namespace filmwright;
 
 namespace {
 
-/// Hands on what the project tells and notes how the run ends.
+/// Notes how the run ends.
 class MonitoredProject : public FakeProject
 {
 public:
     using FakeProject::FakeProject;
 
-    void monitor()
+    void monitor(ProjectMonitor::Work work = ProjectMonitor::Conversion)
     {
-        projectMonitor = std::make_unique<ProjectMonitor>(*controller);
+        projectMonitor.reset();
+        projectMonitor = std::make_unique<ProjectMonitor>(*controller, work, this);
         QObject::connect(projectMonitor.get(), &ProjectMonitor::ended, projectMonitor.get(),
-                         [this](const QString &reason) { endings << reason; });
-    }
-
-    void controllerUpdated(MLVProjectController &project) override
-    {
-        FakeProject::controllerUpdated(project);
-        if (projectMonitor)
-            projectMonitor->controllerUpdated();
-    }
-    void imageRGBReceived(const QImage &image, MLVProjectController &project) override
-    {
-        FakeProject::imageRGBReceived(image, project);
-        if (projectMonitor)
-            projectMonitor->imageRGBReceived(image);
-    }
-    void controllerWorkFinished(MLVProjectController &project) override
-    {
-        FakeProject::controllerWorkFinished(project);
-        projectMonitor->controllerWorkFinished();
-    }
-    void controllerWorkError(const QString &error) override
-    {
-        FakeProject::controllerWorkError(error);
-        projectMonitor->controllerWorkError(error);
+                         [this](const Failure &failure) {
+                             endings << failure.reason;
+                             last = failure;
+                         });
     }
 
     std::unique_ptr<ProjectMonitor> projectMonitor;
     QStringList endings;
+    Failure last;
 };
 
 QStringList one(const char *reason)
@@ -83,6 +65,7 @@ private Q_SLOTS:
     void encoderThatWritesNothing();
     void encoderThatStopsInTheMiddle();
     void encoderThatLosesFrames();
+    void encoderThatRepeatsFrames();
     void missingEncoder();
     void movieIsMarkedExactlyWhileItIsWritten();
     void movieOfADeadRunIsRemovedFirst();
@@ -118,8 +101,7 @@ void TestProjectMonitor::reportThatNeverComes()
     MonitoredProject project(1);
     project.tools.addTool(QStringLiteral("mlv_dump"), QStringLiteral("kill -SEGV $$"));
     project.controller = std::make_unique<MLVProjectController>();
-    project.controller->setDelegate(&project);
-    project.monitor();
+    project.monitor(ProjectMonitor::Reading);
     project.controller->setMlvPath(project.recording());
     QTRY_COMPARE(project.endings, one("mlv_dump ended before it had read the recording"));
 }
@@ -129,8 +111,7 @@ void TestProjectMonitor::missingMlvDump()
     MonitoredProject project(1);
     QVERIFY(QFile::remove(project.tools.path() + QStringLiteral("/mlv_dump")));
     project.controller = std::make_unique<MLVProjectController>();
-    project.controller->setDelegate(&project);
-    project.monitor();
+    project.monitor(ProjectMonitor::Reading);
     project.controller->setMlvPath(project.recording());
     QTRY_COMPARE(project.endings, one("mlv_dump ended before it had read the recording"));
 }
@@ -224,6 +205,7 @@ void TestProjectMonitor::frameWithoutANeighbour()
 void TestProjectMonitor::pairsMergedWithoutAFrameAreMergedAnew()
 {
     MonitoredProject project(3);
+    FakeProject::writeMovie(project.path(QStringLiteral("whole.mov")), 2);
     project.setConversion(
         QStringLiteral("case $dng in *1.dng) exit 1;; esac; cp \"$frame\" \"$tiff\""));
     project.read();
@@ -252,6 +234,7 @@ void TestProjectMonitor::pairsMergedWithoutAFrameAreMergedAnew()
 void TestProjectMonitor::pairsOfConvertedFramesAreNotMergedAgain()
 {
     MonitoredProject project(2);
+    FakeProject::writeMovie(project.path(QStringLiteral("whole.mov")), 1);
     project.read();
     project.controller->setDualISO(true);
     project.controller->setKeepsTmpFiles(true);
@@ -322,6 +305,18 @@ void TestProjectMonitor::encoderThatLosesFrames()
     project.monitor();
     project.launch();
     QTRY_COMPARE(project.endings, one("ffmpeg encoded only 2 of 3 frames"));
+    QVERIFY(!QFile::exists(project.movie()));
+}
+
+void TestProjectMonitor::encoderThatRepeatsFrames()
+{
+    MonitoredProject project(3);
+    FakeProject::writeMovie(project.path(QStringLiteral("whole.mov")), 4);
+    project.read();
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, one("ffmpeg encoded 4 frames where there are 3"));
+    QCOMPARE(project.last.tool, QStringLiteral("ffmpeg"));
     QVERIFY(!QFile::exists(project.movie()));
 }
 

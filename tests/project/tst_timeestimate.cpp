@@ -123,8 +123,8 @@ RecordingWork fullHd(quint64 frames)
     RecordingWork work;
     work.frames = frames;
     work.megapixels = 2.0736;
-    work.format = MovieFormatMOV;
-    work.quality = MovieQualityHigh;
+    work.settings.format = MovieFormatMOV;
+    work.settings.quality = MovieQualityHigh;
     return work;
 }
 
@@ -190,7 +190,7 @@ void TestTimeEstimate::steadyAfterTheFirstTenth()
     QFETCH(Timings, timings);
     QFETCH(int, workers);
     RecordingWork work = fullHd(600);
-    work.workers = workers;
+    work.settings.workers = workers;
     Simulation simulation(work, timings);
     TimeEstimate estimate;
     TimeEstimate::TimePoint now{};
@@ -235,7 +235,7 @@ void TestTimeEstimate::steadyInRecordedRuns()
     QVERIFY(!moments.empty());
     const double total = moments.back().second;
     RecordingWork work = fullHd(200);
-    work.workers = workers;
+    work.settings.workers = workers;
     TimeEstimate estimate;
     double worst = 0;
     int foretellings = 0;

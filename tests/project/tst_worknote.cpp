@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "project/conversionsettings.h"
 #include "project/worknote.h"
 
 #include <QDir>
@@ -18,6 +19,8 @@ private Q_SLOTS:
     void workOfTheSameRecordingIsKept();
     void workOfAnotherRecordingOfThatNameIsRemoved();
     void workOfAChangedRecordingIsRemoved();
+    void workOfAChangedChunkIsRemoved();
+    void workWithAChangedChunkOfTheDarkIsRemoved();
     void workWithOtherCalibrationIsRemoved();
     void workWithOtherBlendingIsRemoved();
     void workThatMayBeHalfBlendedIsRemoved();
@@ -35,9 +38,17 @@ private:
             file.write(content);
         return path;
     }
-    void claim(const QString &recording, const QStringList &calibration = {QString()}) const
+    void claim(const QString &recording, const QString &dark = {}) const
     {
-        claimUnfinishedWork({recording, calibration, false}, m_work);
+        ConversionSettings settings;
+        settings.calibration.dark = dark;
+        claimUnfinishedWork(recording, settings, m_work);
+    }
+    void claimBlended() const
+    {
+        ConversionSettings settings;
+        settings.blendsAlternatingRows = true;
+        claimUnfinishedWork(m_clip, settings, m_work);
     }
     void putWork() const { write(QStringLiteral("tmp/clip.MLV/tmp000000.dng"), "frame"); }
     bool hasWork() const { return QFile::exists(m_work + QStringLiteral("tmp000000.dng")); }
@@ -75,37 +86,60 @@ void TestWorkNote::workOfAChangedRecordingIsRemoved()
     QVERIFY(!hasWork());
 }
 
+void TestWorkNote::workOfAChangedChunkIsRemoved()
+{
+    for (const QString &chunk : {QStringLiteral("one/clip.M00"), QStringLiteral("one/clip.m41")}) {
+        write(chunk, "chunk");
+        claim(m_clip);
+        putWork();
+        claim(m_clip);
+        QVERIFY(hasWork());
+        write(chunk, "another chunk");
+        claim(m_clip);
+        QVERIFY(!hasWork());
+    }
+}
+
+void TestWorkNote::workWithAChangedChunkOfTheDarkIsRemoved()
+{
+    const QString dark = write(QStringLiteral("dark.MLV"), "dark");
+    write(QStringLiteral("dark.M00"), "chunk");
+    claim(m_clip, dark);
+    putWork();
+    write(QStringLiteral("dark.M00"), "another chunk");
+    claim(m_clip, dark);
+    QVERIFY(!hasWork());
+}
+
 void TestWorkNote::workWithOtherCalibrationIsRemoved()
 {
-    claim(m_clip, {write(QStringLiteral("dark.MLV"), "dark")});
+    claim(m_clip, write(QStringLiteral("dark.MLV"), "dark"));
     QVERIFY(!hasWork());
     putWork();
-    claim(m_clip, {m_folder->filePath(QStringLiteral("dark.MLV"))});
+    claim(m_clip, m_folder->filePath(QStringLiteral("dark.MLV")));
     QVERIFY(hasWork());
 }
 
 void TestWorkNote::workWithOtherBlendingIsRemoved()
 {
-    claimUnfinishedWork({m_clip, {QString()}, true}, m_work);
+    claimBlended();
     QVERIFY(!hasWork());
 }
 
 void TestWorkNote::workThatMayBeHalfBlendedIsRemoved()
 {
-    const WorkOrigin blended{m_clip, {QString()}, true};
-    claimUnfinishedWork(blended, m_work);
+    claimBlended();
     putWork();
-    claimUnfinishedWork(blended, m_work);
+    claimBlended();
     QVERIFY(!hasWork());
 }
 
 void TestWorkNote::blendedWorkIsKept()
 {
-    const WorkOrigin blended{m_clip, {QString()}, true};
-    claimUnfinishedWork(blended, m_work);
+    claimBlended();
     putWork();
     write(QStringLiteral("tmp/clip.MLV/tmp000000.tiff"), "converted");
-    claimUnfinishedWork(blended, m_work);
+    claimBlended();
     QVERIFY(hasWork());
 }
 

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "app/windowmemory.h"
+
+#include "app/queuetableview.h"
+#include "runner/userdefaults.h"
+#include "ui_mainwindow.h"
+
+#include <QHeaderView>
+
+namespace filmwright {
+
+namespace {
+
+const QString windowKey = QStringLiteral("Window");
+const QString geometryKey = QStringLiteral("Geometry");
+const QString splitterKey = QStringLiteral("Splitter");
+const QString columnsKey = QStringLiteral("Columns");
+const QString formatKey = QStringLiteral("MovieFormat");
+const QString qualityKey = QStringLiteral("MovieQuality");
+
+} // namespace
+
+void WindowMemory::restore() const
+{
+    const QVariantMap stored = userDefaultsValueForKey(windowKey).toMap();
+    m_window.restoreGeometry(stored.value(geometryKey).toByteArray());
+    m_ui.splitter->setSizes({3 * m_window.width() / 5, 2 * m_window.width() / 5});
+    m_ui.splitter->setStretchFactor(0, 3);
+    m_ui.splitter->setStretchFactor(1, 2);
+    m_ui.splitter->restoreState(stored.value(splitterKey).toByteArray());
+    m_ui.movieFormatPopUpButton->setCurrentIndex(stored.value(formatKey).toInt());
+    m_ui.movieQualityPopUpButton->setCurrentIndex(stored.value(qualityKey).toInt());
+    QHeaderView *header = m_ui.queueTableView->horizontalHeader();
+    const int letter = m_window.fontMetrics().averageCharWidth();
+    int column = 0;
+    for (const int letters : {24, 26, 16, 18, 7})
+        header->resizeSection(column++, letters * letter);
+    header->restoreState(stored.value(columnsKey).toByteArray());
+}
+
+void WindowMemory::save() const
+{
+    setUserDefaultsValue(
+        QVariantMap{{geometryKey, m_window.saveGeometry()},
+                    {splitterKey, m_ui.splitter->saveState()},
+                    {columnsKey, m_ui.queueTableView->horizontalHeader()->saveState()},
+                    {formatKey, m_ui.movieFormatPopUpButton->currentIndex()},
+                    {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()}},
+        windowKey);
+}
+
+} // namespace filmwright

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+class QMainWindow;
+
+namespace Ui {
+class MainWindow;
+} // namespace Ui
+
+namespace filmwright {
+
+/// What the window remembers of its last time: its place and size, its columns, the movie's format
+/// and quality. Main thread only.
+class WindowMemory
+{
+public:
+    /// Both outlive it; the window has its layout.
+    WindowMemory(QMainWindow &window, const Ui::MainWindow &ui)
+        : m_window(window)
+        , m_ui(ui)
+    {
+    }
+
+    /// For a window that remembers nothing, the usual sizes.
+    void restore() const;
+    void save() const;
+
+private:
+    QMainWindow &m_window;
+    const Ui::MainWindow &m_ui;
+};
+
+} // namespace filmwright

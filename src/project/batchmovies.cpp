@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#include "project/batchmovies.h"
+
+#include "mlvdump/mlvdumparguments.h"
+#include "project/recordingfiles.h"
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+namespace filmwright {
+
+namespace {
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("BatchMovies", source);
+}
+
+/// A recording's working folder has the recording's name.
+bool isAverageName(const QString &name)
+{
+    return QStringList{averagedDarkName, averagedFlatName, averagedFlatDarkName,
+                       substractedFlatName}
+        .contains(name);
+}
+
+} // namespace
+
+QString BatchMovies::claim(const QString &recording, const ConversionSettings &settings)
+{
+    if (!isRecordingName(recording))
+        return text("its name doesn't end in .mlv");
+    if (!settings.calibration.isEmpty() && isAverageName(QFileInfo(recording).fileName()))
+        return text("an averaged calibration recording is kept under its name; rename it");
+    const QString movie = moviePathFor(recording, settings.format);
+    // One folder may have been reached on two ways.
+    const QFileInfo file(movie);
+    const QString identity =
+        QFileInfo(file.path()).canonicalFilePath() + QLatin1Char('/') + file.fileName();
+    if (m_movies.contains(identity))
+        return text("its movie would replace that of another recording, %1").arg(movie);
+    m_movies << identity;
+    return {};
+}
+
+} // namespace filmwright

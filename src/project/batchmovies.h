@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "project/conversionsettings.h"
+
+#include <QSet>
+
+namespace filmwright {
+
+/// The movies of a batch, of which none may replace another.
+class BatchMovies
+{
+public:
+    /// Notes the movie of a recording whose turn has come. Returns why the recording isn't even
+    /// tried, or an empty string.
+    QString claim(const QString &recording, const ConversionSettings &settings);
+
+private:
+    QSet<QString> m_movies;
+};
+
+} // namespace filmwright

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#include "project/conversionsettings.h"
+
+#include "mlvdump/mlvdumparguments.h"
+#include "project/mlvprojectcontroller.h"
+#include "runner/temporarydirectory.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+namespace filmwright {
+
+namespace {
+
+QString inTemporaryDirectory(QLatin1String name)
+{
+    return QDir(temporaryDirectory()).filePath(name);
+}
+
+} // namespace
+
+QString CalibrationChoice::darkAverage() const
+{
+    return dark.isEmpty() ? QLatin1String("") : inTemporaryDirectory(averagedDarkName);
+}
+
+QString CalibrationChoice::flatAverage() const
+{
+    if (flat.isEmpty())
+        return QLatin1String("");
+    return inTemporaryDirectory(flatDark.isEmpty() ? averagedFlatName : substractedFlatName);
+}
+
+bool CalibrationChoice::isReady() const
+{
+    return (dark.isEmpty() || QFileInfo::exists(darkAverage())) &&
+           (flat.isEmpty() || QFileInfo::exists(flatAverage()));
+}
+
+void configure(MLVProjectController &project, const ConversionSettings &settings)
+{
+    project.setMovieFormat(settings.format);
+    project.setMovieQuality(settings.quality);
+    project.setDualISO(settings.mergesNeighbours);
+    project.setBlendsAlternatingRows(settings.blendsAlternatingRows);
+    project.setConversionWorkers(settings.workers);
+    project.setDarkPath(settings.calibration.darkAverage());
+    project.setFlatPath(settings.calibration.flatAverage());
+    project.setKeepsTmpFiles(settings.keepsFinishedWork);
+}
+
+} // namespace filmwright

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "encoding/ffmpegarguments.h"
+
+#include <QString>
+#include <QStringList>
+
+namespace filmwright {
+
+class MLVProjectController;
+
+/// What a recording is calibrated with.
+struct CalibrationChoice
+{
+    // The recordings that a person chose; empty: none. A dark of the flat without a flat is not
+    // used.
+    QString dark;
+    QString flat;
+    QString flatDark;
+
+    bool isEmpty() const { return dark.isEmpty() && flat.isEmpty(); }
+    /// The averages of those recordings in the temporary directory; "" without one.
+    QString darkAverage() const;
+    QString flatAverage() const;
+    /// Whether those averages are there.
+    bool isReady() const;
+};
+
+/// What the conversion of a recording is asked for.
+struct ConversionSettings
+{
+    qint32 format = MovieFormatMOV;
+    qint32 quality = MovieQualityHigh;
+    CalibrationChoice calibration;
+    bool mergesNeighbours = false;
+    bool blendsAlternatingRows = false;
+    int workers = 1;                  ///< frames converted at once
+    bool keepsFinishedWork = false;   ///< the working folder of a movie that is written
+    bool keepsUnfinishedWork = false; ///< that of a recording without its movie, for the next run
+};
+
+/// Hands a project all of the settings that are its own.
+void configure(MLVProjectController &project, const ConversionSettings &settings);
+
+} // namespace filmwright

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QMap>
+#include <QMetaType>
+#include <QString>
+#include <QStringList>
+
+#include <chrono>
+
+namespace filmwright {
+
+/// Why a recording has no whole movie.
+struct Failure
+{
+    QString reason{};    ///< a sentence for a person; empty: nothing failed
+    QString tool{};      ///< the tool that failed; empty: none did
+    QStringList lines{}; ///< what that tool printed last, where the reason doesn't say it
+    /// An "[ERROR]" line told of it: hardly any other recording of the batch would survive it.
+    bool concernsBatch = false;
+
+    bool isEmpty() const { return reason.isEmpty(); }
+};
+
+/// What became of one recording.
+struct RecordingOutcome
+{
+    enum Result {
+        NotBegun,    ///< its turn hasn't come, or the batch ended before
+        Interrupted, ///< it was stopped while it was being converted
+        Failed,
+        Finished, ///< its movie is there
+    };
+
+    QString recording;
+    Result result = NotBegun;
+    QString movie;                        ///< its path; only when finished
+    int frames = 0;                       ///< of the movie; 0 without one
+    std::chrono::milliseconds duration{}; ///< from its beginning to its end
+    Failure failure;
+    QStringList warnings;                 ///< what the movie lacks, sentences
+    QMap<QString, QStringList> toolLines; ///< the last lines of each tool; only when it failed
+
+    /// Everything that is wrong with the recording, for a person: the reason, what the movie lacks,
+    /// the tool's lines; empty when nothing is.
+    QStringList problems() const
+    {
+        QStringList all = failure.isEmpty() ? QStringList() : QStringList{failure.reason};
+        return all + warnings + failure.lines;
+    }
+};
+
+} // namespace filmwright
+
+Q_DECLARE_METATYPE(filmwright::Failure)

@@ -1,0 +1,245 @@
+// SPDX-License-Identifier: MIT
+#include "project/recordingrun.h"
+
+#include "project/recordingfiles.h"
+#include "project/spacecheck.h"
+#include "project/worknote.h"
+#include "runner/notificationcenter.h"
+
+#include <utility>
+
+namespace filmwright {
+
+RecordingRun::RecordingRun(MLVProjectController &project, const QString &recording,
+                           MLVProjectControllerProtocol *shell)
+    : m_project(project)
+    , m_recording(recording)
+    , m_shell(shell)
+{
+    m_outcome.recording = recording;
+    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
+            &RecordingRun::launchWaiting, Qt::QueuedConnection);
+}
+
+RecordingRun::~RecordingRun() = default;
+
+void RecordingRun::reset()
+{
+    ++m_beginnings;
+    m_outcome = {};
+    m_outcome.recording = m_recording;
+    m_time.start();
+}
+
+void RecordingRun::read()
+{
+    reset();
+    m_forMovie = false;
+    readMetadata();
+}
+
+void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies)
+{
+    reset();
+    m_settings = settings;
+    m_refusal = settings.calibration.isReady()
+                    ? movies.claim(m_recording, settings)
+                    : tr("the average of its calibration recordings isn't there");
+    m_forMovie = true;
+    m_launchAhead = true;
+    if (m_phase == Idle)
+        proceed();
+}
+
+void RecordingRun::proceed()
+{
+    configure(m_project, m_settings);
+    if (!m_refusal.isEmpty())
+        endLater(m_refusal);
+    else if (needsReading())
+        readMetadata();
+    else
+        launch();
+}
+
+/// A report with an error line in it may be whole all the same.
+bool RecordingRun::needsReading() const
+{
+    const bool failed = !m_readFailure.isEmpty() && !m_readFailure.concernsBatch;
+    return failed || m_project.videoFrames() == 0 ||
+           recordingIdentity(m_recording) != m_readIdentity;
+}
+
+void RecordingRun::readMetadata()
+{
+    m_phase = Reading;
+    m_readFailure = {};
+    m_readIdentity = recordingIdentity(m_recording);
+    watch(ProjectMonitor::Reading);
+    m_project.setMlvPath(m_recording);
+}
+
+void RecordingRun::watch(ProjectMonitor::Work work)
+{
+    m_monitor.reset();
+    MLVProjectControllerProtocol *const listener = this;
+    m_monitor = std::make_unique<ProjectMonitor>(m_project, work, listener);
+    connect(m_monitor.get(), &ProjectMonitor::ended, this, &RecordingRun::judged);
+}
+
+void RecordingRun::judged(const Failure &failure)
+{
+    if (m_phase == Reading)
+        m_readFailure = failure;
+    if (m_phase == Settling && m_launchAhead)
+        proceed();
+    else if (m_phase == Reading && m_launchAhead && failure.isEmpty())
+        launchWhenIdle();
+    else
+        end(failure);
+}
+
+/// The tool that printed the report has to be gone before it can be started again.
+void RecordingRun::launchWhenIdle()
+{
+    m_phase = Waiting;
+    launchWaiting();
+}
+
+void RecordingRun::launchWaiting()
+{
+    if (m_phase == Waiting && m_launchAhead && !m_project.isToolBusy())
+        launch();
+}
+
+void RecordingRun::launch()
+{
+    m_launchAhead = false;
+    configure(m_project, m_settings);
+    if (m_settings.keepsUnfinishedWork)
+        claimUnfinishedWork(m_recording, m_settings, m_project.extractionDirectory());
+    if (const QString problem = spaceProblem(m_project); !problem.isEmpty()) {
+        endLater(problem);
+        return;
+    }
+    m_phase = Converting;
+    m_hasWork = true;
+    watch(ProjectMonitor::Conversion);
+    if (m_project.mlvProjectMode() != MLVProjectModePending)
+        m_project.readyToGo();
+    m_project.launchDNGExtraction();
+}
+
+void RecordingRun::controllerUpdated(MLVProjectController &controller)
+{
+    if (m_phase == Converting && controller.mlvProjectMode() == MLVProjectModeRGBConversion)
+        m_outcome.warnings = shortcomingsOf(controller);
+    if (m_shell)
+        m_shell->controllerUpdated(controller);
+}
+
+void RecordingRun::imageRGBReceived(const QImage &image, MLVProjectController &forController)
+{
+    if (m_shell)
+        m_shell->imageRGBReceived(image, forController);
+}
+
+/// The note goes with the work, before another recording of that name makes its own.
+void RecordingRun::controllerWorkFinished(MLVProjectController &controller)
+{
+    m_phase = Settling;
+    forgetUnfinishedWork(controller.extractionDirectory());
+    if (m_shell)
+        m_shell->controllerWorkFinished(controller);
+}
+
+/// Noted at once: the shell may stop everything before the run is judged.
+void RecordingRun::controllerWorkError(const QString &error)
+{
+    m_outcome.failure.reason = reasonOf(error);
+    if (m_shell)
+        m_shell->controllerWorkError(error);
+}
+
+void RecordingRun::endLater(const QString &reason)
+{
+    m_phase = Waiting;
+    m_launchAhead = false;
+    QMetaObject::invokeMethod(
+        this,
+        [this, reason, beginning = m_beginnings] {
+            if (beginning == m_beginnings)
+                end({reason});
+        },
+        Qt::QueuedConnection);
+}
+
+void RecordingRun::end(const Failure &failure)
+{
+    const Phase phase = std::exchange(m_phase, Idle);
+    m_launchAhead = false;
+    noteOutcome(failure);
+    // A report that failed in its own way has ended by itself.
+    const bool stuck = m_forMovie || m_project.mlvProjectMode() == MLVProjectModeReadingData;
+    if (!failure.isEmpty() && stuck && phase != Settling)
+        m_project.stop();
+    if (phase == Converting && !m_settings.keepsUnfinishedWork)
+        discardWork();
+    Q_EMIT ended();
+}
+
+void RecordingRun::noteOutcome(const Failure &failure)
+{
+    m_outcome.failure = failure;
+    m_outcome.duration = std::chrono::milliseconds(m_time.elapsed());
+    if (!failure.isEmpty())
+        m_outcome.toolLines = m_project.lastToolLines();
+    if (!m_forMovie)
+        return;
+    m_outcome.result = failure.isEmpty() ? RecordingOutcome::Finished : RecordingOutcome::Failed;
+    if (!failure.isEmpty())
+        return;
+    m_outcome.movie = m_project.moviePath();
+    // Merging neighbours costs a frame.
+    m_outcome.frames = m_project.framesToConvert() - (m_settings.mergesNeighbours ? 1 : 0);
+}
+
+void RecordingRun::stop()
+{
+    ++m_beginnings;
+    m_launchAhead = false;
+    const Phase phase = m_phase;
+    if (phase != Idle && m_forMovie) {
+        m_outcome.result = RecordingOutcome::Interrupted;
+        m_outcome.duration = std::chrono::milliseconds(m_time.elapsed());
+    }
+    if (phase != Settling) {
+        m_phase = Idle;
+        if (m_monitor)
+            m_monitor->disconnect(this);
+    }
+    m_project.stop();
+    if (phase == Converting && !m_settings.keepsUnfinishedWork)
+        discardWork();
+}
+
+void RecordingRun::detach()
+{
+    m_shell = nullptr;
+    m_phase = Idle;
+    m_launchAhead = false;
+    ++m_beginnings;
+    m_monitor.reset();
+    m_project.stop();
+}
+
+void RecordingRun::discardWork()
+{
+    if (!std::exchange(m_hasWork, false))
+        return;
+    m_project.endConversions();
+    m_project.cleanTmpFiles();
+    forgetUnfinishedWork(m_project.extractionDirectory());
+}
+
+} // namespace filmwright

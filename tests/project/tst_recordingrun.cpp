@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+#include "faketools.h"
+
+#include "project/recordingrun.h"
+#include "runner/temporarydirectory.h"
+
+#include <QFileInfo>
+#include <QSemaphore>
+#include <QTest>
+#include <QThreadPool>
+
+using namespace filmwright;
+
+namespace {
+
+/// A recording on its way, tools that behave, and a log of what the shell is told.
+class FakeRun : public FakeTools, public MLVProjectControllerProtocol
+{
+public:
+    explicit FakeRun(int frames = 2)
+        : FakeTools(frames)
+        , run(project, recording(), this)
+    {
+        QVERIFY2(setBaseTemporaryDirectory(path(QString())), "no temporary directory");
+        QVERIFY2(QFile(recording()).open(QIODevice::WriteOnly), "no recording");
+        QObject::connect(&run, &RecordingRun::ended, &run, [this] { ++ends; });
+    }
+
+    QString recording() const { return path(QStringLiteral("clip.MLV")); }
+
+    void start()
+    {
+        movies = {};
+        run.start(settings, movies);
+    }
+    bool waitForEnds(int wanted)
+    {
+        return QTest::qWaitFor([this, wanted] { return ends == wanted; }, 60000);
+    }
+    /// The first arguments of mlv_dump's runs so far.
+    QString mlvDumpRuns() const
+    {
+        QStringList runs;
+        for (const QStringList &call : tools.calls(QStringLiteral("mlv_dump")))
+            runs << call.constFirst();
+        return runs.join(QLatin1Char(' '));
+    }
+
+    void controllerUpdated(MLVProjectController &) override { ++told; }
+    void imageRGBReceived(const QImage &, MLVProjectController &) override { ++told; }
+    void controllerWorkFinished(MLVProjectController &) override { ++told; }
+    void controllerWorkError(const QString &error) override { errors << error; }
+
+    ConversionSettings settings;
+    BatchMovies movies;
+    MLVProjectController project;
+    RecordingRun run;
+    int ends = 0;
+    int told = 0;
+    QStringList errors;
+};
+
+} // namespace
+
+class TestRecordingRun : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void recordingThatWasNeverReadIsReadFirst()
+    {
+        FakeRun fake;
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m --dng"));
+        const RecordingOutcome &outcome = fake.run.outcome();
+        QCOMPARE(outcome.result, RecordingOutcome::Finished);
+        QCOMPARE(outcome.movie, fake.path(QStringLiteral("clip.mov")));
+        QCOMPARE(outcome.frames, 2);
+        QCOMPARE(outcome.problems(), QStringList());
+    }
+
+    void recordingThatWasReadIsNotReadAgain()
+    {
+        FakeRun fake;
+        fake.run.read();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().result, RecordingOutcome::NotBegun);
+        fake.start();
+        QVERIFY(fake.waitForEnds(2));
+        QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m --dng"));
+    }
+
+    void changedRecordingIsReadAgain()
+    {
+        FakeRun fake;
+        fake.run.read();
+        QVERIFY(fake.waitForEnds(1));
+        QVERIFY(QFile(fake.path(QStringLiteral("clip.M00"))).open(QIODevice::WriteOnly));
+        fake.start();
+        QVERIFY(fake.waitForEnds(2));
+        QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m -m --dng"));
+    }
+
+    void startDuringTheReadingWaitsForItsEnd()
+    {
+        FakeRun fake;
+        fake.setBeforeReport(
+            QStringLiteral("while [ ! -e \"$recording.go\" ]; do sleep 0.05; done"));
+        fake.run.read();
+        fake.start();
+        fake.project.readyToGo();
+        QTest::qWait(100);
+        QVERIFY(fake.run.isPending());
+        QVERIFY(QFile(fake.recording() + QStringLiteral(".go")).open(QIODevice::WriteOnly));
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().result, RecordingOutcome::Finished);
+        QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m --dng"));
+    }
+
+    void refusedRecordingEndsAfterTheCallWithoutATool()
+    {
+        FakeRun fake;
+        fake.movies.claim(fake.recording(), fake.settings);
+        fake.run.start(fake.settings, fake.movies);
+        QCOMPARE(fake.ends, 0);
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().result, RecordingOutcome::Failed);
+        QVERIFY(fake.run.outcome().failure.reason.startsWith(
+            QLatin1String("its movie would replace that of another recording, ")));
+        QCOMPARE(fake.mlvDumpRuns(), QString());
+    }
+
+    void missingAverageIsRefused()
+    {
+        FakeRun fake;
+        fake.settings.calibration.dark = fake.recording();
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().failure.reason,
+                 QStringLiteral("the average of its calibration recordings isn't there"));
+        QCOMPARE(fake.mlvDumpRuns(), QString());
+    }
+
+    void failureSaysWhichToolAndItsLines()
+    {
+        FakeRun fake;
+        fake.setEncoding(QStringLiteral("echo smoke; echo fire; exit 3"));
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        const Failure &failure = fake.run.outcome().failure;
+        QCOMPARE(failure.reason, QStringLiteral("ffmpeg ended with status 3: fire"));
+        QCOMPARE(failure.tool, QStringLiteral("ffmpeg"));
+        QCOMPARE(failure.lines, (QStringList{QStringLiteral("smoke"), QStringLiteral("fire")}));
+        QVERIFY(!failure.concernsBatch);
+    }
+
+    void errorLineIsToldAndConcernsTheBatch()
+    {
+        FakeRun fake;
+        fake.setExtraction(QStringLiteral("echo '[ERROR] no room'; exit 1"));
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.errors, QStringList{QStringLiteral("[ERROR] no room")});
+        QCOMPARE(fake.run.outcome().failure.reason, QStringLiteral("no room"));
+        QVERIFY(fake.run.outcome().failure.concernsBatch);
+    }
+
+    void failedConversionIsStopped()
+    {
+        FakeRun fake(3);
+        fake.setConversion(
+            QStringLiteral("case $dng in *1.dng) exit 1;; esac; cp \"$frame\" \"$tiff\""));
+        fake.setEncoding(QStringLiteral("exec sleep 60"));
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QVERIFY(!fake.project.isToolBusy());
+        QVERIFY(!QFileInfo::exists(fake.project.extractionDirectory()));
+    }
+
+    void unfinishedWorkIsKeptWhenAsked()
+    {
+        FakeRun fake;
+        fake.settings.keepsUnfinishedWork = true;
+        fake.setEncoding(QStringLiteral("exit 1"));
+        fake.setConversion(QStringLiteral("exit 1"));
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QVERIFY(QFileInfo::exists(fake.project.extractionDirectory()));
+        fake.run.discardWork();
+        QVERIFY(!QFileInfo::exists(fake.project.extractionDirectory()));
+        QVERIFY(!QFileInfo::exists(fake.path(QStringLiteral("FilmwrightTmp/clip.MLV.origin"))));
+    }
+
+    /// Its mark is held until then.
+    void startWhileTheMovieIsBeingJudgedWaits()
+    {
+        FakeRun fake;
+        QSemaphore disk;
+        QThreadPool *const pool = QThreadPool::globalInstance();
+        for (int thread = 0; thread < pool->maxThreadCount(); ++thread)
+            pool->start([&disk] { disk.acquire(); });
+        fake.start();
+        QVERIFY(QTest::qWaitFor(
+            [&fake] { return fake.project.mlvProjectMode() == MLVProjectModeFinished; }, 60000));
+        QVERIFY(fake.run.isPending());
+        fake.start();
+        QTest::qWait(100);
+        QCOMPARE(fake.ends, 0);
+        disk.release(pool->maxThreadCount());
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().failure.reason, QString());
+        QCOMPARE(fake.tools.calls(QStringLiteral("ffmpeg")).size(), 2);
+    }
+
+    void stoppedRunTellsNoEnd()
+    {
+        FakeRun fake;
+        fake.setEncoding(QStringLiteral("exec sleep 60"));
+        fake.start();
+        QVERIFY(QTest::qWaitFor(
+            [&fake] { return fake.project.mlvProjectMode() == MLVProjectModeBuildingMovie; },
+            60000));
+        fake.run.stop();
+        QCOMPARE(fake.run.outcome().result, RecordingOutcome::Interrupted);
+        QTest::qWait(50);
+        QCOMPARE(fake.ends, 0);
+    }
+
+    /// Not even of its own stop.
+    void detachedRunTellsNobody()
+    {
+        FakeRun fake;
+        fake.setExtraction(QStringLiteral("exec sleep 60"));
+        fake.start();
+        QVERIFY(QTest::qWaitFor(
+            [&fake] { return fake.project.mlvProjectMode() == MLVProjectModeExtracting; }, 60000));
+        const int told = fake.told;
+        fake.run.detach();
+        QTest::qWait(50);
+        QCOMPARE(fake.told, told);
+        QCOMPARE(fake.ends, 0);
+        QVERIFY(!fake.project.isToolBusy());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestRecordingRun)
+#include "tst_recordingrun.moc"
