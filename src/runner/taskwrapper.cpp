@@ -219,6 +219,10 @@ void TaskWrapper::sendDataAsLines(const QByteArray &data)
                 throw std::invalid_argument("The output is not valid UTF-8");
             return;
         }
+        // More of a line that is cut off already: a flood isn't worth a copy of it a chunk.
+        if (m_lastBeginingLine.size() >= maxLineLength && !data.contains('\n') &&
+            !data.contains('\r'))
+            return;
         QString text = m_lastBeginingLine + QString::fromUtf8(data);
         text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
         text.replace(QLatin1Char('\r'), QLatin1Char('\n'));

@@ -3,6 +3,7 @@
 #include "mlvdump/reportqueue.h"
 #include "runner/temporarydirectory.h"
 #include "support/logcapture.h"
+#include "support/processes.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -728,6 +729,8 @@ void TestMlvDumpTask::killedReportGivesItsTurnAway()
     const Crowd crowd;
     m_task->kill();
     QTRY_VERIFY(!crowd.isWaiting());
+    QTRY_COMPARE(childProcesses(), 0);
+    QTest::qWait(1); // its process object goes with it
 }
 
 void TestMlvDumpTask::reportThatAnErrorEndsGivesItsTurnAway()
@@ -743,11 +746,12 @@ void TestMlvDumpTask::reportThatAnErrorEndsGivesItsTurnAway()
     };
     Thrower thrower;
     m_task->setTaskWrapperdelegate(&thrower);
-    m_tools->addTool(mlvDump, QStringLiteral("echo up; exec sleep 1000"));
+    m_tools->addTool(mlvDump, QStringLiteral("echo up"));
     m_task->extractMeta();
     const Crowd crowd;
     QTRY_VERIFY(!crowd.isWaiting());
     QVERIFY(!m_task->isRunning());
+    QTRY_COMPARE(childProcesses(), 0);
 }
 
 QTEST_GUILESS_MAIN(TestMlvDumpTask)
