@@ -87,7 +87,7 @@ void activate(QWidget &window)
 {
     window.show();
     QCoreApplication::processEvents(); // a window that has just been closed gives up its place
-    QApplication::setActiveWindow(&window);
+    window.activateWindow();
     QTRY_VERIFY(window.isActiveWindow());
 }
 

@@ -20,11 +20,7 @@ class TestNight : public QObject
 
 private Q_SLOTS:
     void everyFifthOfFiftyIsBad();
-    /// Qt can't remove what it can't name.
-    void cleanupTestCase()
-    {
-        remove((QFile::encodeName(m_folder.path()) + "/35\xff.MLV").constData());
-    }
+    void cleanupTestCase() { removeUnnamed(); }
 
 private:
     QString path(const QString &name) const { return m_folder.filePath(name); }
@@ -41,6 +37,11 @@ private:
         file.write(content);
     }
     void spoil(int number);
+    /// Qt can't remove what it can't name, and Qt 6.8 lists only a part of the folder beside it.
+    void removeUnnamed() const
+    {
+        remove((QFile::encodeName(m_folder.path()) + "/35\xff.MLV").constData());
+    }
 
     QTemporaryDir m_folder;
     QByteArray m_recording;
@@ -151,6 +152,7 @@ void TestNight::everyFifthOfFiftyIsBad()
             QCOMPARE(Movie::probe(name(number, "mov")).frames(), frames);
         }
     }
+    removeUnnamed();
     QCOMPARE(QDir(m_folder.path()).entryList({QStringLiteral("*.mov")}, QDir::Files).size(), 40);
 }
 
