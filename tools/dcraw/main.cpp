@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // dcraw: develops the DNGs of mlv_dump and cr2hdr as the real dcraw does, and has that do the rest.
 #include "dcraw/frame.h"
+#include "dcraw/largepages.h"
 #include "dcraw/realdcraw.h"
 #include "dcraw/threads.h"
 #include "dcraw/tifffile.h"
@@ -75,6 +76,7 @@ int main(int argc, char *argv[])
     if (dcraw::forcedDcraw()) {
         return dcraw::handOver(argv, {});
     }
+    dcraw::useLargePages();
     const std::span arguments(argv, static_cast<std::size_t>(argc));
     std::string subject = "the command line";
     std::optional<Job> job;
