@@ -121,9 +121,8 @@ int runTools(const QStringList &arguments)
     const QStringList names = MLVProjectController::toolNames(true);
     for (const QString &name : names) {
         const QString path = resourcePath(name);
-        const auto developer = name == QLatin1String("dcraw") && !path.isNull()
-                                   ? askDeveloper(path)
-                                   : std::nullopt;
+        const auto developer =
+            name == QLatin1String("dcraw") && !path.isNull() ? askDeveloper(path) : std::nullopt;
         tools << toolAsJson(name, path, developer);
         if (!parser.isSet(json))
             printTool(name, path, developer);

@@ -38,8 +38,8 @@ TiffHandle openTiff(const QFileDevice &file, TiffAccess access)
     const int descriptor = fcntl(file.handle(), F_DUPFD_CLOEXEC, 0);
     if (descriptor < 0)
         return {};
-    // m: samples are read into the caller's memory, instead of through a mapping; c: a strip at once,
-    // however large, instead of a row at a time.
+    // m: samples are read into the caller's memory, instead of through a mapping; c: a strip at
+    // once, however large, instead of a row at a time.
     TIFF *tiff = TIFFFdOpenExt(descriptor, QFile::encodeName(file.fileName()).constData(),
                                access == TiffAccess::Read ? "rmc" : "w", options.get());
     if (!tiff)

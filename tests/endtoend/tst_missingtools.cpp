@@ -170,7 +170,8 @@ void TestMissingTools::listOfToolsTellsWhatDevelops()
         QVERIFY(line.startsWith(QStringLiteral("           Filmwright dcraw ")));
         QVERIFY(line.endsWith(
             other.isEmpty()
-                ? ours + QStringLiteral("; no other dcraw was found, so other DNGs aren't developed")
+                ? ours +
+                      QStringLiteral("; no other dcraw was found, so other DNGs aren't developed")
                 : ours + QStringLiteral(", and %1 the rest").arg(path)));
     }
 

@@ -101,7 +101,9 @@ public:
                 }
             }
         }
-        at(column, row) = static_cast<std::uint16_t>(sum / count);
+        if (count > 0) { // always, in a picture of the least size
+            at(column, row) = static_cast<std::uint16_t>(sum / count);
+        }
     }
 
     std::vector<std::uint16_t> take() { return std::move(m_samples); }

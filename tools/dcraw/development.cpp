@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "dcraw/development.h"
 
+#include <cmath>
+
 namespace dcraw {
 namespace {
 
@@ -11,7 +13,7 @@ int halved(int size)
 
 int nearest(double size)
 {
-    return static_cast<int>(size + 0.5);
+    return static_cast<int>(std::floor(size + 0.5));
 }
 
 } // namespace

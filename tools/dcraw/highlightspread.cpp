@@ -97,7 +97,7 @@ RatioGrid::RatioGrid(int width, int mostRows)
 void RatioGrid::clear(int rows)
 {
     m_rows = rows;
-    std::fill_n(m_values.get(), static_cast<std::size_t>(rows + 2) * m_stride + lead, 0.0F);
+    std::fill_n(m_values.get(), (static_cast<std::size_t>(rows) + 2) * m_stride + lead, 0.0F);
 }
 
 void RatioGrid::spread(int passes)

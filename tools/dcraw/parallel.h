@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <functional>
+#include "dcraw/cores.h"
+
 #include <future>
 #include <system_error>
+#include <thread>
 #include <vector>
 
 namespace dcraw {
@@ -14,16 +16,25 @@ namespace dcraw {
 template <typename Work>
 void onThreads(unsigned threads, const Work &work)
 {
-    std::vector<std::future<void>> others;
+    const Cores cores;
+    std::vector<std::future<void>> results;
+    std::vector<std::jthread> others;
     try {
         while (others.size() + 1 < threads) {
-            others.push_back(std::async(std::launch::async, std::cref(work)));
+            std::packaged_task<void()> task([&cores, &work] {
+                cores.useAll();
+                work();
+            });
+            auto result = task.get_future();
+            others.emplace_back(std::move(task));
+            cores.takeElsewhere(others.back());
+            results.push_back(std::move(result));
         }
     } catch (const std::system_error &) {
     }
     work();
-    for (auto &other : others) {
-        other.get();
+    for (auto &result : results) {
+        result.get();
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -26,7 +27,7 @@ public:
 
     static std::uint16_t between(std::uint16_t first, std::uint16_t second, double part)
     {
-        return static_cast<std::uint16_t>(first * (1 - part) + second * part + 0.5);
+        return static_cast<std::uint16_t>(std::floor(first * (1 - part) + second * part + 0.5));
     }
 
 private:
