@@ -116,6 +116,7 @@ void RecordingRun::launch()
 {
     m_launchAhead = false;
     configure(m_project, m_settings);
+    m_hasWork = true;
     if (m_settings.keepsUnfinishedWork)
         claimUnfinishedWork(m_recording, m_settings, m_project.extractionDirectory());
     if (const QString problem = spaceProblem(m_project); !problem.isEmpty()) {
@@ -123,7 +124,6 @@ void RecordingRun::launch()
         return;
     }
     m_phase = Converting;
-    m_hasWork = true;
     watch(ProjectMonitor::Conversion);
     if (m_project.mlvProjectMode() != MLVProjectModePending)
         m_project.readyToGo();

@@ -49,7 +49,7 @@ double usualSeconds(WorkStage stage, const RecordingWork &work)
     case WorkStage::Blending:
         return work.settings.blendsAlternatingRows ? work.megapixels * 0.1 / cores : 0;
     case WorkStage::Converting:
-        return work.megapixels * 0.107 / std::clamp(work.settings.workers, 1, cores);
+        return work.megapixels * 0.012 / cores; // each frame uses all of them
     case WorkStage::Merging:
         return work.settings.mergesNeighbours ? work.megapixels * 0.005 : 0;
     case WorkStage::Encoding:

@@ -75,6 +75,7 @@ private Q_SLOTS:
     void leftOversAreRemovedBeforeTheLock();
     void removedRecordingLeavesNothing_data();
     void removedRecordingLeavesNothing();
+    void removedRecordingWithoutRoomLeavesNothing();
     void changedFolderLeavesNothing();
     void finishedRecordingLeavesNoNote();
     void quitWaitsForFramesInWork();
@@ -355,6 +356,20 @@ void TestLossesWindow::removedRecordingLeavesNothing()
         QTest::keyClick(window.table(), Qt::Key_Delete);
         QCOMPARE(window.queue(), QStringList());
     }
+    QCOMPARE(temporaryEntries(window), QStringList());
+}
+
+void TestLossesWindow::removedRecordingWithoutRoomLeavesNothing()
+{
+    FakeWindow window;
+    window.setRawInformation(QStringLiteral("900000x900000"), 14);
+    window.launch();
+    window.add({a});
+    window.pressStart();
+    window.waitForEnd();
+    window.select(a);
+    QTest::keyClick(window.table(), Qt::Key_Delete);
+    QCOMPARE(window.queue(), QStringList());
     QCOMPARE(temporaryEntries(window), QStringList());
 }
 
