@@ -20,20 +20,21 @@ void HDRInterleavedImageMerge::hdrMerge()
     QProcessEnvironment environment;
     environment.insert(QStringLiteral("PATH"), QFileInfo(cr2hdr).path());
     // One for each frame: what the last one left of an unfinished line is not this one's.
-    TaskWrapper blender;
-    blender.setTaskWrapperdelegate(this);
-    blender.setLaunchPath(cr2hdr);
-    blender.setEnvironmentVariables(environment);
-    blender.setArguments({m_imagePath});
-    setBlender(&blender);
-    blender.startAndWaitUntilExit(true);
+    auto blender = std::make_unique<TaskWrapper>();
+    blender->setTaskWrapperdelegate(this);
+    blender->setLaunchPath(cr2hdr);
+    blender->setEnvironmentVariables(environment);
+    blender->setArguments({m_imagePath});
+    TaskWrapper &running = *blender;
+    setBlender(std::move(blender));
+    running.startAndWaitUntilExit(true);
     setBlender(nullptr);
 }
 
-void HDRInterleavedImageMerge::setBlender(TaskWrapper *blender)
+void HDRInterleavedImageMerge::setBlender(std::unique_ptr<TaskWrapper> blender)
 {
     const QMutexLocker locker(&m_blenderLock);
-    m_blender = blender;
+    m_blender = std::move(blender);
     if (m_blender && m_dcRawTask.isCancelRequested())
         m_blender->requestCancel();
 }

@@ -7,6 +7,8 @@
 #include <QMutex>
 #include <QString>
 
+#include <memory>
+
 namespace filmwright {
 
 /// Blends one dual-ISO DNG in place with cr2hdr, after converting it once at the default
@@ -30,12 +32,12 @@ public:
     void aborted() override {}
 
 private:
-    void setBlender(TaskWrapper *blender);
+    void setBlender(std::unique_ptr<TaskWrapper> blender);
 
     QString m_imagePath;
     DCRawTask m_dcRawTask; // its request to cancel stands for the whole merge
     QMutex m_blenderLock;
-    TaskWrapper *m_blender = nullptr; // guarded by m_blenderLock; the cr2hdr that runs
+    std::unique_ptr<TaskWrapper> m_blender; // guarded by m_blenderLock; the cr2hdr that runs
 };
 
 } // namespace filmwright

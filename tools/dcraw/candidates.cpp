@@ -44,6 +44,8 @@ void greenRow(const GreenRow &row, std::size_t columns)
 class LabChunk
 {
 public:
+    // What put() hasn't filled isn't read.
+    // cppcheck-suppress uninitMemberVar
     HWY_INLINE explicit LabChunk(const Matrix &toXyz)
         : m_toXyz(toXyz)
     {

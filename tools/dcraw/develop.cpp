@@ -167,7 +167,8 @@ private:
                 keep(std::move(group), thread.spares);
             }
         }
-        for (auto &complete : bands.setKnown(band, std::move(waiting))) {
+        auto completed = bands.setKnown(band, std::move(waiting));
+        for (auto &complete : completed) {
             if (complete.groups.empty())
                 continue;
             if (!thread.rebuilder)

@@ -102,7 +102,7 @@ void RatioGrid::clear(int rows)
 
 void RatioGrid::spread(int passes)
 {
-    m_changed.assign(static_cast<std::size_t>(m_rows + 2), ~std::uint64_t{0});
+    m_changed.assign(static_cast<std::size_t>(m_rows) + 2, ~std::uint64_t{0});
     m_changing.assign(m_changed.size(), 0);
     while (passes > 0 && spreadOnce()) {
         --passes;
@@ -117,7 +117,7 @@ bool RatioGrid::spreadOnce()
     std::uint64_t changedAnywhere = 0;
     for (int y = 0; y < m_rows; ++y) {
         // Only beside a change of the pass before can there be another one.
-        const auto i = static_cast<std::size_t>(y + 1);
+        const auto i = static_cast<std::size_t>(y) + 1;
         const std::uint64_t changed = m_changed[i - 1] | m_changed[i] | m_changed[i + 1];
         const std::uint64_t wanted = (changed | changed << 1 | changed >> 1) & all;
         m_changing[i] = 0;
