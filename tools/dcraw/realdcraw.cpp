@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <iostream>
 #include <string_view>
+#include <system_error>
 #include <vector>
 
 #include <sys/stat.h>
@@ -19,6 +19,11 @@ constexpr int failed = 1;
 constexpr const char *forcingVariable = "FILMWRIGHT_DCRAW";
 // Set for the program that the work is handed to.
 constexpr const char *handedOverVariable = "FILMWRIGHT_DCRAW_HANDED_OVER";
+
+const char *environmentVariable(const char *name)
+{
+    return std::getenv(name); // NOLINT(concurrency-mt-unsafe): there is no second thread yet.
+}
 
 bool isThisProgram(const std::string &path)
 {
@@ -38,7 +43,7 @@ bool isProgram(const std::string &path)
 /// Every dcraw in PATH, in its order; an empty folder is the working folder.
 std::vector<std::string> programsInPath()
 {
-    const char *variable = std::getenv("PATH");
+    const char *variable = environmentVariable("PATH");
     std::vector<std::string> programs;
     for (std::string_view rest = variable == nullptr ? "" : variable; !rest.empty();) {
         const std::size_t end = std::min(rest.find(':'), rest.size());
@@ -62,7 +67,7 @@ int say(const std::string &text)
 
 std::optional<std::string> forcedDcraw()
 {
-    const char *path = std::getenv(forcingVariable);
+    const char *path = environmentVariable(forcingVariable);
     return path == nullptr || *path == '\0' ? std::nullopt : std::optional<std::string>(path);
 }
 
@@ -70,7 +75,7 @@ std::optional<std::string> findRealDcraw()
 {
     const auto programs = programsInPath();
     auto from = programs.begin();
-    if (std::getenv(handedOverVariable) != nullptr) {
+    if (environmentVariable(handedOverVariable) != nullptr) {
         // Another copy of this program took this one for the real one. Those before it have been
         // asked already: going on behind it, the search ends.
         const auto own = std::find_if(programs.begin(), programs.end(), isThisProgram);
@@ -91,9 +96,9 @@ int handOver(char *const argv[], const std::string &reason)
         return say(reason + "; Filmwright's own dcraw develops the DNGs of its mlv_dump and cr2hdr "
                             "and found no other dcraw in PATH for the rest");
     }
-    ::setenv(handedOverVariable, "1", 1);
+    ::setenv(handedOverVariable, "1", 1); // NOLINT(concurrency-mt-unsafe): as above.
     ::execv(real->c_str(), argv);
-    return say(*real + " cannot be run: " + std::strerror(errno));
+    return say(*real + " cannot be run: " + std::system_category().message(errno));
 }
 
 } // namespace dcraw
