@@ -4,6 +4,7 @@
 
 #include "endtoend/sample.h"
 #include "support/processes.h"
+#include "support/standinservice.h"
 
 #include <QDir>
 #include <QJsonObject>
@@ -199,6 +200,11 @@ void TestStoryWindow::neighboursAreMergedIntoAMovie()
 /// the summary.
 void TestStoryWindow::badRecordingsCostOnlyThemselves()
 {
+    const StandInService notifications(
+        QStringLiteral("org.freedesktop.Notifications"),
+        [](const QString &method, const QVariantList &) -> QVariantList {
+            return {method == QLatin1String("Notify") ? QVariant(1U) : QVariant(QStringList())};
+        });
     RealWindow window;
     const QString size = QStringLiteral("--size 320x180 --frames 2 --no-sound");
     const auto write = [&window](const QString &name, const QByteArray &content) {
@@ -243,9 +249,16 @@ void TestStoryWindow::badRecordingsCostOnlyThemselves()
     window.press(QStringLiteral("darkButton"));
     QTRY_VERIFY(!window.sheet()->isVisible());
     QVERIFY(QFile::remove(QDir(window.recordings()).filePath(QStringLiteral("vanished.MLV"))));
+    QWidget other; // whoever has started a long batch does something else
+    other.show();
+    other.activateWindow();
+    QTRY_VERIFY(!window.delegate->window()->isActiveWindow());
     window.pressStart();
     QTRY_VERIFY_WITH_TIMEOUT(!window.delegate->isWorking(), 240000);
     QTRY_COMPARE(window.alerts.shown.size(), 1);
+    QTRY_COMPARE(notifications.calls().size(), 2); // GetCapabilities, Notify
+    QCOMPARE(notifications.lastArguments().value(4).toString(),
+             QStringLiteral("7 of 12 recordings have no whole movie"));
     const QStringList summary = window.alerts.shown.constFirst().split(QLatin1Char('\n'));
     QVERIFY2(
         summary.constFirst().startsWith(QLatin1String("7 of 12 recordings have no whole movie|")),
