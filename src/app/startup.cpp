@@ -23,11 +23,14 @@ const QString temporaryDirectoryKey = QStringLiteral("TemporaryDirectory");
 const QString enableDevMenuKey = QStringLiteral("EnableDevMenu");
 const QString keepTempDirectoryKey = QStringLiteral("KeepTempDirectory");
 const QString workersKey = QStringLiteral("FramesConvertedAtOnce");
+const QString selfTestFolderKey = QStringLiteral("SelfTestFolder");
 
 /// The blend of dual-ISO frames, tried on a developer's frame; elsewhere there is nothing to try.
 void runSelfTest()
 {
-    const QDir folder(QStringLiteral(FILMWRIGHT_SELF_TEST_FOLDER));
+    const QVariant chosen = userDefaultsValueForKey(selfTestFolderKey);
+    const QDir folder(chosen.isValid() ? chosen.toString()
+                                       : QStringLiteral("/opt/filmwright/selftest"));
     const QString frame = folder.filePath(QStringLiteral("tmp000000.dng"));
     QFile::remove(frame);
     if (!QFile::copy(folder.filePath(QStringLiteral("tmp000000-sav.dng")), frame))

@@ -90,6 +90,7 @@ class TestStartupWindow : public QObject
 private Q_SLOTS:
     void firstStart();
     void setUpHappensOnce();
+    void launchTriesTheBlend();
     void everyStartIsClean();
     void linkInTheDirectorysPlaceIsNotFollowed();
     void keptDirectoryStays();
@@ -146,6 +147,34 @@ void TestStartupWindow::setUpHappensOnce()
     QCOMPARE(window.queue(), QStringList{QStringLiteral("a.MLV")});
     QVERIFY(window.action(QStringLiteral("startStopItem"))->isEnabled());
     QVERIFY(QFileInfo::exists(file));
+}
+
+void TestStartupWindow::launchTriesTheBlend()
+{
+    FakeWindow window;
+    window.tools.addTool(QStringLiteral("cr2hdr"),
+                         QStringLiteral("read -r frame <\"$1\"; echo \"$frame\" >\"$1.blended\""));
+    const QDir folder(window.path(QStringLiteral("selftest")));
+    QVERIFY(folder.mkpath(QStringLiteral(".")));
+    const auto write = [&folder](const QString &name, const QByteArray &content) {
+        QFile file(folder.filePath(name));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    };
+    write(QStringLiteral("tmp000000-sav.dng"), "the saved frame");
+    write(QStringLiteral("tmp000000.dng"), "what an earlier launch made of it");
+    setUserDefaultsValue(folder.path(), QStringLiteral("SelfTestFolder"));
+    window.launch();
+    const QString frame = folder.filePath(QStringLiteral("tmp000000.dng"));
+    QCOMPARE(window.tools.calls(QStringLiteral("cr2hdr")), QList<QStringList>{{frame}});
+    QFile blended(frame + QStringLiteral(".blended"));
+    QVERIFY(blended.open(QIODevice::ReadOnly));
+    QCOMPARE(blended.readAll(), QByteArray("the saved frame\n"));
+
+    QVERIFY(QFile::remove(folder.filePath(QStringLiteral("tmp000000-sav.dng"))));
+    window.launch();
+    QCOMPARE(window.tools.calls(QStringLiteral("cr2hdr")).size(), 1);
+    QVERIFY(!QFileInfo::exists(frame));
 }
 
 void TestStartupWindow::everyStartIsClean()
@@ -451,7 +480,7 @@ void TestStartupWindow::framesConvertedAtOnceReachTheBatch()
     QTest::keyClick(field, Qt::Key_Up);
     QCOMPARE(field->value(), 2);
     window.pressStart();
-    QCOMPARE(project.conversionWorkers(), 2);
+    QTRY_COMPARE(project.conversionWorkers(), 2); // once the first movie is on the disk
     window.waitForEnd();
     QCOMPARE(window.states(), QStringList{QStringLiteral("Finished")});
     QCOMPARE(window.alerts.shown, QStringList());
