@@ -30,6 +30,7 @@ private Q_SLOTS:
     void linkBackToAFolderEndsTheSearchThere();
     void partsOfASplitRecordingAreNotTakenAlone();
     void linksThatLeadInCirclesEndTheSearch();
+    void skippedFolderIsNotSearched();
     void hundredThousandFiles();
     void nameThatIsNoTextIsTold();
     void folderThatCannotBeReadIsTold();
@@ -124,6 +125,15 @@ void TestRecordingSearch::linksThatLeadInCirclesEndTheSearch()
     QVERIFY(QFile::link(m_folder->filePath(QStringLiteral("self")),
                         m_folder->filePath(QStringLiteral("self"))));
     QCOMPARE(findRecordings({m_folder->path()}), QStringList{clip});
+}
+
+void TestRecordingSearch::skippedFolderIsNotSearched()
+{
+    const QString clip = create("clip.MLV");
+    const QString average = create("FilmwrightTmp/dark.mlv");
+    const QString skipped = m_folder->filePath(QStringLiteral("FilmwrightTmp"));
+    QCOMPARE(findRecordings({m_folder->path()}, nullptr, skipped), QStringList{clip});
+    QCOMPARE(findRecordings({m_folder->path()}), (QStringList{average, clip}));
 }
 
 void TestRecordingSearch::hundredThousandFiles()

@@ -4,6 +4,7 @@
 #include "commandline.h"
 #include "sample.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -63,6 +64,20 @@ private Q_SLOTS:
         QCOMPARE(values.value(QStringLiteral("camera")).toString(),
                  QStringLiteral("Filmwright Sample"));
         QVERIFY(!values.value(QStringLiteral("time")).toString().isEmpty());
+    }
+
+    void relativePathMayBeginWithADash()
+    {
+        QVERIFY(QFile::copy(m_clip, m_folder.filePath(QStringLiteral("-d.MLV"))));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_folder.path()));
+        CommandLine cli;
+        const bool ran = cli.run({info, json, QStringLiteral("--"), QStringLiteral("-d.MLV")});
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY(ran);
+        QCOMPARE(cli.status(), 0);
+        QCOMPARE(array(cli).size(), 1);
+        QCOMPARE(array(cli).first().toObject().value(QStringLiteral("videoFrames")).toInt(), 6);
     }
 
     void unreadableFileDoesNotHoldUpTheOthers()
