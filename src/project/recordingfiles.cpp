@@ -2,9 +2,31 @@
 #include "project/recordingfiles.h"
 
 #include <QDateTime>
+#include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
+#include <filesystem>
+#include <string_view>
+#include <system_error>
+
 namespace filmwright {
+
+namespace {
+
+/// Whether a file is one of stem.M00 to stem.M99, in any case.
+bool isPartOf(std::string_view stem, std::string_view name)
+{
+    constexpr std::size_t extensionLength = 4;
+    if (name.size() != stem.size() + extensionLength || !name.starts_with(stem))
+        return false;
+    const std::string_view extension = name.substr(stem.size());
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    return (extension.starts_with(".M") || extension.starts_with(".m")) && isDigit(extension[2]) &&
+           isDigit(extension[3]);
+}
+
+} // namespace
 
 bool isRecordingName(const QString &path)
 {
@@ -13,18 +35,19 @@ bool isRecordingName(const QString &path)
 
 QStringList recordingFiles(const QString &path)
 {
-    constexpr int mostChunks = 100;
-    QStringList files{path};
-    const QString stem = path.chopped(QFileInfo(path).suffix().size());
-    for (int number = 0; number < mostChunks; ++number) {
-        for (const char *letter : {"M", "m"}) {
-            const QString chunk = stem + QLatin1String(letter) +
-                                  QStringLiteral("%1").arg(number, 2, 10, QLatin1Char('0'));
-            if (QFileInfo::exists(chunk))
-                files << chunk;
-        }
+    const QFileInfo recording(path);
+    const std::string stem = QFile::encodeName(recording.completeBaseName()).toStdString();
+    QStringList parts;
+    // Listed, because two hundred questions for names would take a second on a network drive.
+    std::error_code error;
+    std::filesystem::directory_iterator entry(recording.dir().filesystemPath(), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const std::string name = entry->path().filename().native();
+        if (isPartOf(stem, name))
+            parts << recording.dir().filePath(QFile::decodeName(name.c_str()));
     }
-    return files;
+    parts.sort(Qt::CaseInsensitive);
+    return QStringList{path} + parts;
 }
 
 QByteArray recordingIdentity(const QString &path)

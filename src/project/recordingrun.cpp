@@ -17,8 +17,6 @@ RecordingRun::RecordingRun(MLVProjectController &project, const QString &recordi
     , m_shell(shell)
 {
     m_outcome.recording = recording;
-    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
-            &RecordingRun::launchWaiting, Qt::QueuedConnection);
 }
 
 RecordingRun::~RecordingRun() = default;
@@ -103,13 +101,18 @@ void RecordingRun::judged(const Failure &failure)
 void RecordingRun::launchWhenIdle()
 {
     m_phase = Waiting;
+    connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
+            &RecordingRun::launchWaiting,
+            static_cast<Qt::ConnectionType>(int(Qt::QueuedConnection) | int(Qt::UniqueConnection)));
     launchWaiting();
 }
 
 void RecordingRun::launchWaiting()
 {
-    if (m_phase == Waiting && m_launchAhead && !m_project.isToolBusy())
-        launch();
+    if (m_phase != Waiting || !m_launchAhead || m_project.isToolBusy())
+        return;
+    NotificationCenter::defaultCenter().disconnect(this);
+    launch();
 }
 
 void RecordingRun::launch()
