@@ -59,20 +59,17 @@ public:
 
     std::size_t writeFrames()
     {
-        auto frames = plannedFrames();
+        auto plan = framePlan();
         // The sound comes first, so that it is there when the frames are.
         auto soundPath = m_options.output;
         soundPath += ".wav";
-        const double rate = m_recording.framesPerSecond();
-        const PictureTime picture{frames.front().block->timestamp,
-                                  rate > 0 ? static_cast<double>(frames.size()) / rate : 0};
-        writeSound(m_recording, picture, m_sources, soundPath, m_output);
+        writeSound(m_recording, pictureTime(plan), m_sources, soundPath, m_output);
 
         const FrameTags tags(m_recording, m_levels.format, matrix(),
                              m_options.input.stem().string());
         const Extraction::Job job{m_recording, m_calibration,    tags,
                                   m_sources,   m_options.output, threadCount(m_options)};
-        return Extraction(job, std::move(frames), m_output).run();
+        return Extraction(job, std::move(plan.frames), m_output).run();
     }
 
     std::size_t writeAverage()
@@ -89,7 +86,7 @@ public:
     std::size_t rewrite()
     {
         m_sources.requireOther(m_options.output);
-        const auto frames = plannedFrames();
+        const auto frames = framePlan().frames;
         RecordingWriter writer(m_recording, m_options.output,
                                static_cast<std::uint32_t>(frames.size()));
         for (const auto &frame : frames) {
@@ -123,7 +120,7 @@ private:
         return known->matrix;
     }
 
-    std::vector<PlannedFrame> plannedFrames()
+    FramePlan framePlan()
     {
         auto plan = planFrames(m_recording.videoFrames(), m_options.range);
         if (plan.frames.empty()) {
@@ -133,7 +130,20 @@ private:
             m_output.line(remark);
         }
         m_output.flush();
-        return std::move(plan.frames);
+        return plan;
+    }
+
+    [[nodiscard]] PictureTime pictureTime(const FramePlan &plan) const
+    {
+        const double rate = m_recording.framesPerSecond();
+        const auto seconds = [rate](std::size_t frames) {
+            return rate > 0 ? static_cast<double>(frames) / rate : 0;
+        };
+        constexpr double aDay = 86400;
+        const auto behind =
+            static_cast<std::uint64_t>(1e6 * std::min(seconds(plan.startsBehind), aDay));
+        return {plan.frames.front().block->timestamp + behind, seconds(plan.frames.size()),
+                !plan.reachesEnd};
     }
 
     const Options &m_options;
