@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/toolfolder.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -129,6 +130,21 @@ private Q_SLOTS:
         const QJsonObject mpeg4{{QStringLiteral("NAME"), QStringLiteral("mpeg4")},
                                 {QStringLiteral("TITLE"), QStringLiteral("MPEG-4 part 2")}};
         QVERIFY(video.contains(mpeg4));
+    }
+
+    void tableThatIsNotUnderstoodIsToldInOneLine()
+    {
+        ToolFolder tools;
+        tools.addTool(QStringLiteral("ffmpeg"),
+                      QStringLiteral("case $1 in -pix_fmts) seq -f 'IO... f%g 3 12 8-8-8' 168;; *) "
+                                     "printf ' ------\\n V..... raw  Raw video\\n';; esac"));
+        CommandLine cli;
+        QVERIFY(cli.run({QStringLiteral("encoders")}));
+        QCOMPARE(cli.status(), 0);
+        QCOMPARE(cli.messages(),
+                 (QStringList{QStringLiteral("filmwright-cli: audio_encoders: ffmpeg lists none"),
+                              QStringLiteral("filmwright-cli: pix_fmts: 168 of the 168 lines that "
+                                             "ffmpeg lists are of a form that isn't understood")}));
     }
 
     void toolsInJson()
