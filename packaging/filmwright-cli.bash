@@ -51,6 +51,16 @@ _filmwright_cli()
             _filmwright_cli_paths "$word" '*.mlv'
             return
             ;;
+        convert:--matrix) _filmwright_cli_words "$word" recorded auto; return ;;
+        convert:--white-level | convert:--black-level)
+            _filmwright_cli_words "$word" recorded auto
+            return
+            ;;
+        convert:--repair-pixels)
+            _filmwright_cli_paths "$word" '*.@(fpm|bpm|txt)'
+            mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W 'auto off' -- "$word")
+            return
+            ;;
         convert:--temp-dir) _filmwright_cli_paths "$word" ''; return ;;
         convert:--report) _filmwright_cli_paths "$word" '*.json'; return ;;
     esac

@@ -125,7 +125,8 @@ void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)
         removeFolder(directory);
     }
     createPrivateFolder(directory);
-    setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, directory));
+    setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, directory,
+                                m_corrections.arguments()));
     startAndWaitUntilExit(andWaitUntilExit);
 }
 

@@ -3,6 +3,7 @@
 
 #include "mlvdump/mlvdumpreport.h"
 #include "mlvdump/mlvdumptaskprotocol.h"
+#include "mlvdump/rawcorrections.h"
 #include "runner/taskwrapper.h"
 
 #include <QTimer>
@@ -51,6 +52,9 @@ public:
     void setFlatPath(const QString &path) { m_flatPath = path; }
     QString flatDarkPath() const { return m_flatDarkPath; }
     void setFlatDarkPath(const QString &path) { m_flatDarkPath = path; }
+
+    /// What is done to the frames of later extractions beside their calibration.
+    void setCorrections(const RawCorrections &corrections) { m_corrections = corrections; }
 
     MlvDumpMode processMode() const { return m_processMode; }
     /// The last error line of the current run; null without one.
@@ -136,6 +140,7 @@ private:
     QString m_darkPath;
     QString m_flatPath;
     QString m_flatDarkPath;
+    RawCorrections m_corrections;
     QString m_error;
     QString m_unusableReason;
     QStringList m_warnings;

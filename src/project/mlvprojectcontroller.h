@@ -94,6 +94,12 @@ public:
     bool blendsAlternatingRows() const { return m_blendsAlternatingRows; }
     void setBlendsAlternatingRows(bool blends) { m_blendsAlternatingRows = blends; }
 
+    /// What is done to extracted frames beside their calibration; nothing after creation.
+    void setRawCorrections(const RawCorrections &corrections)
+    {
+        m_mlvDumptask->setCorrections(corrections);
+    }
+
     /// Whether the working folder of a finished movie stays, for whoever wants to look into it.
     bool keepsTmpFiles() const { return m_keepsTmpFiles; }
     void setKeepsTmpFiles(bool keeps) { m_keepsTmpFiles = keeps; }
