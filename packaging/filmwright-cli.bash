@@ -38,7 +38,7 @@ _filmwright_cli()
     COMPREPLY=()
 
     if [[ $COMP_CWORD -eq 1 ]]; then
-        _filmwright_cli_words "$word" convert info encoders tools --help --version
+        _filmwright_cli_words "$word" convert info verify encoders tools --help --version
         return
     fi
     case $command:$previous in
@@ -69,7 +69,7 @@ _filmwright_cli()
         return
     fi
     case $command in
-        convert | info) _filmwright_cli_paths "$word" '*.mlv' ;;
+        convert | info | verify) _filmwright_cli_paths "$word" '*.mlv' ;;
     esac
 }
 

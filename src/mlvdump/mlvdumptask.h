@@ -68,6 +68,8 @@ public:
     const MlvMetadata &metadata() const { return m_metadata; }
     /// What the tool has warned of since the last metadata run began, each once: sentences.
     QStringList warnings() const { return m_warnings; }
+    /// What else it has noted since then, likewise: nothing is wrong with the frames.
+    QStringList notes() const { return m_notes; }
 
     float fps() const { return m_metadata.fps; }
     float aperture() const { return m_metadata.aperture; }
@@ -124,7 +126,7 @@ private:
     void average(MlvDumpMode mode, const QString &recording);
     bool allFramesExist(const QString &directory) const;
     void checkForSkippedFrame();
-    void takeWarning(const QString &line);
+    void takeSentence(const QString &line);
     void takeUnusableReason(const QString &line);
     void handleErrorLine(const QString &line);
     void handleEndOfWork();
@@ -144,6 +146,7 @@ private:
     QString m_error;
     QString m_unusableReason;
     QStringList m_warnings;
+    QStringList m_notes;
     QTimer m_pendingReport;
     void (MlvDumpTaskProtocol::*m_laterReport)(MlvDumpTask &) = nullptr;
 };

@@ -130,6 +130,8 @@ public:
     /// What mlv_dump has warned of, sentences: a recording that is cut off, sound that can't be
     /// read.
     QStringList warnings() const { return m_mlvDumptask->warnings(); }
+    /// What mlv_dump has noted beside, sentences: a level that can't be true, filled gaps.
+    QStringList notes() const { return m_mlvDumptask->notes(); }
     /// Why the recording can't be used, as mlv_dump's last run told; empty when it can.
     QString unusableReason() const { return m_mlvDumptask->unusableReason(); }
     /// The project's working folder, ending with a path separator.

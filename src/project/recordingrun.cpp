@@ -138,8 +138,10 @@ void RecordingRun::launch()
 
 void RecordingRun::controllerUpdated(MLVProjectController &controller)
 {
-    if (m_phase == Converting && controller.mlvProjectMode() == MLVProjectModeRGBConversion)
+    if (m_phase == Converting && controller.mlvProjectMode() == MLVProjectModeRGBConversion) {
         m_outcome.warnings = shortcomingsOf(controller);
+        m_outcome.notes = controller.notes();
+    }
     if (m_shell)
         m_shell->controllerUpdated(controller);
 }
