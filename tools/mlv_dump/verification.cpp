@@ -18,8 +18,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr std::uint64_t pieceBytes = 4U << 20;
-constexpr std::size_t bufferBytes = 256U << 10; // stays in the cache
+constexpr std::uint64_t pieceBytes = 1U << 20;
+constexpr std::size_t bufferBytes = 64U << 10; // stays in the cache
 
 /// A stretch of a file that one thread reads: a compressed frame, or whatever lies between.
 struct Piece

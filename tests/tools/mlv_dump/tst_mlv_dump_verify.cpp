@@ -65,6 +65,8 @@ private Q_SLOTS:
     void missingPartIsTold();
     void foreignPartIsTold();
     void lostSoundIsTold();
+    void repeatedSoundNumberIsALoss();
+    void unusualSizesAreNoted();
     void soundOfUnknownKindIsALoss();
     void framesBehindTheLastOneAreKnownByTheHeader();
     void recordingThatWasNotClosedIsWhole();
@@ -232,6 +234,38 @@ void TestMlvDumpVerify::lostSoundIsTold()
     const auto run = verify(builder);
     QCOMPARE(losses(run), QStringList{QStringLiteral("2 sound blocks are missing: 1-2")});
     QCOMPARE(run.status, 1);
+}
+
+void TestMlvDumpVerify::repeatedSoundNumberIsALoss()
+{
+    auto builder = threeFrames();
+    builder.add(mlv::blocktype::waveInfo, RecordingBuilder::waveInfo())
+        .addSound(0, "aaaa")
+        .addSound(0, "bbbb");
+    QCOMPARE(losses(verify(builder)),
+             QStringList{
+                 QStringLiteral("1 sound blocks have the number of a later one and are left out")});
+}
+
+void TestMlvDumpVerify::unusualSizesAreNoted()
+{
+    RecordingBuilder builder;
+    builder.header.videoFrames = 1;
+    builder.addRawInfo().addFrameData(0, RecordingBuilder::frameOf(9) + QByteArray(600, 'x'));
+    builder.add(mlv::blocktype::waveInfo, RecordingBuilder::waveInfo())
+        .addSound(0, "aaaa")
+        .addSound(1, "bb")
+        .addSound(2, "cc") // the last one may be shorter
+        .addRaw(QByteArray(7, 'x'));
+    const auto run = verify(builder);
+    QCOMPARE(losses(run), QStringList());
+    QCOMPARE(marked(run, "[NOTE]"),
+             (QStringList{
+                 QStringLiteral("the last 7 bytes of chunk 1 of the recording are no block"),
+                 QStringLiteral("some sound blocks are not of the size of the first one: 1"),
+                 QStringLiteral("frames have more data than their width, height and depth need, "
+                                "which may be recorded wrong")}));
+    QCOMPARE(run.status, 0);
 }
 
 void TestMlvDumpVerify::soundOfUnknownKindIsALoss()
