@@ -38,7 +38,7 @@ _filmwright_cli()
     COMPREPLY=()
 
     if [[ $COMP_CWORD -eq 1 ]]; then
-        _filmwright_cli_words "$word" convert info encoders tools --help --version
+        _filmwright_cli_words "$word" convert info verify encoders tools --help --version
         return
     fi
     case $command:$previous in
@@ -51,6 +51,16 @@ _filmwright_cli()
             _filmwright_cli_paths "$word" '*.mlv'
             return
             ;;
+        convert:--matrix) _filmwright_cli_words "$word" recorded auto; return ;;
+        convert:--white-level | convert:--black-level)
+            _filmwright_cli_words "$word" recorded auto
+            return
+            ;;
+        convert:--repair-pixels)
+            _filmwright_cli_paths "$word" '*.@(fpm|bpm|txt)'
+            mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W 'auto off' -- "$word")
+            return
+            ;;
         convert:--temp-dir) _filmwright_cli_paths "$word" ''; return ;;
         convert:--report) _filmwright_cli_paths "$word" '*.json'; return ;;
     esac
@@ -59,7 +69,7 @@ _filmwright_cli()
         return
     fi
     case $command in
-        convert | info) _filmwright_cli_paths "$word" '*.mlv' ;;
+        convert | info | verify) _filmwright_cli_paths "$word" '*.mlv' ;;
     esac
 }
 

@@ -89,6 +89,10 @@ void AppDelegate::connectWindow()
     command(m_ui->quitMenuItem, &AppDelegate::quit);
     command(m_ui->playMovieMenuItem, &AppDelegate::playMovie);
     command(m_ui->showMenuItem, &AppDelegate::showSelected);
+    command(m_ui->verifyMenuItem, &AppDelegate::verifySelected);
+    connect(m_ui->stopVerifyingMenuItem, &QAction::triggered, &m_verifications,
+            &VerificationQueue::stop);
+    connect(&m_verifications, &VerificationQueue::changed, this, &AppDelegate::verificationChanged);
     command(m_ui->removeMenuItem, &AppDelegate::removeSelectedProjects);
     // Delete is the table's alone: elsewhere it is pressed for something else.
     m_ui->queueTableView->addAction(m_ui->removeMenuItem);

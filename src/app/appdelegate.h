@@ -6,6 +6,7 @@
 #include "app/openpanel.h"
 #include "app/queuetabledatasource.h"
 #include "app/recentdocuments.h"
+#include "app/verificationqueue.h"
 #include "app/windowmemory.h"
 #include "desktop/suspendinhibitor.h"
 #include "mlvdump/mlvdumptask.h"
@@ -190,10 +191,13 @@ private:
 
     MLVProjectController &projectAtRow(int row) const;
     const RecordingRun &runOf(const MLVProjectController &project) const;
+    QString stateText(const MLVProjectController &project) const;
     std::vector<MLVProjectController *> selectedProjects() const;
     void updateRecordingMenu();
     void playMovie();
     void showSelected();
+    void verifySelected();
+    void verificationChanged();
 
     AlertQueue m_alerts;
     OpenPanel &m_panel;
@@ -228,6 +232,7 @@ private:
     bool m_waitsForCalibration = false; // the next recording of the batch
     DirectoryLock m_directoryLock;
     RecentDocuments m_recentDocuments;
+    VerificationQueue m_verifications;
     BatchProgress m_progress;
     SuspendInhibitor m_suspendInhibitor;
     QTimer m_statusTimer;

@@ -129,6 +129,9 @@ ConversionSettings AppDelegate::settingsFor(const MLVProjectController &controll
     settings.format = selectedValue(*m_ui->movieFormatPopUpButton);
     settings.quality = selectedValue(*m_ui->movieQualityPopUpButton);
     settings.calibration = calibration();
+    if (m_ui->repairPixelsCheckBox->isChecked())
+        settings.corrections.pixelRepair = QStringLiteral("auto");
+    settings.corrections.repairsColumns = m_ui->repairColumnsCheckBox->isChecked();
     settings.mergesNeighbours = controller.dualISO();
     settings.blendsAlternatingRows = controller.blendsAlternatingRows();
     settings.workers = m_prefUi->prefWorkersField->value();
@@ -176,6 +179,8 @@ void AppDelegate::enableButtons(bool enable)
     m_ui->startStopItem->setText(enable ? QStringLiteral("Start") : QStringLiteral("Stop"));
     m_ui->movieFormatPopUpButton->setEnabled(enable);
     m_ui->movieQualityPopUpButton->setEnabled(enable);
+    m_ui->repairPixelsCheckBox->setEnabled(enable);
+    m_ui->repairColumnsCheckBox->setEnabled(enable);
 }
 
 bool AppDelegate::checkCalibrationIntegrity() const

@@ -31,19 +31,26 @@ ProgressTableCellView::ProgressTableCellView(QWidget *parent)
     grid->setColumnStretch(1, 1);
 }
 
-void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure)
+void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure,
+                                       const QString &notes)
 {
     m_movieWritten = movieWritten;
     m_failure = failure;
     const bool failed = !failure.isEmpty();
-    const QStyle::StandardPixmap icon =
-        failed ? QStyle::SP_MessageBoxWarning : QStyle::SP_DialogApplyButton;
+    const bool isNoted = !failed && !notes.isEmpty();
+    const QStyle::StandardPixmap icon = failed    ? QStyle::SP_MessageBoxWarning
+                                        : isNoted ? QStyle::SP_MessageBoxInformation
+                                                  : QStyle::SP_DialogApplyButton;
+    const QString description = failed ? failure : notes;
     const int size = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
     m_mark->setPixmap(style()->standardIcon(icon).pixmap(size, size));
-    m_mark->setAccessibleName(failed ? tr("Failed") : tr("Movie written"));
-    m_mark->setAccessibleDescription(failure);
-    m_mark->setVisible(failed || movieWritten);
-    setToolTip(failed ? Qt::convertFromPlainText(failure, Qt::WhiteSpaceNormal) : QString());
+    m_mark->setAccessibleName(failed         ? tr("Failed")
+                              : movieWritten ? tr("Movie written")
+                                             : tr("Note"));
+    m_mark->setAccessibleDescription(description);
+    m_mark->setVisible(failed || movieWritten || isNoted);
+    setToolTip(description.isEmpty() ? QString()
+                                     : Qt::convertFromPlainText(description, Qt::WhiteSpaceNormal));
 }
 
 } // namespace filmwright

@@ -25,8 +25,8 @@ public:
     void setController(MLVProjectController *controller) { m_controller = controller; }
 
     /// Whether the movie of the last run is there, whatever the bar shows, and what went wrong, as
-    /// plain text; without either there is no mark.
-    void setOutcome(bool movieWritten, const QString &failure);
+    /// plain text; without either there is no mark. Notes are told beside them.
+    void setOutcome(bool movieWritten, const QString &failure, const QString &notes = {});
     QString failure() const { return m_failure; }
     bool isMovieWritten() const { return m_movieWritten; }
 

@@ -138,16 +138,29 @@ QString AppDelegate::objectValueForTableColumn(const QString &column, int row) c
     return {};
 }
 
+QString AppDelegate::stateText(const MLVProjectController &project) const
+{
+    const QString verification = m_verifications.stateText(project.mlvPath());
+    if (m_working || verification.isEmpty())
+        return project.state();
+    return project.mlvProjectMode() == MLVProjectModeFinished
+               ? QStringLiteral("%1. %2").arg(project.state(), verification)
+               : verification;
+}
+
 QWidget *AppDelegate::viewForTableColumn(QueueTableView &tableView, const QString &column, int row)
 {
     MLVProjectController &project = projectAtRow(row);
     if (column == QLatin1String("State")) {
         auto *view = tableView.makeView<ProgressTableCellView>(column, row);
-        view->textField()->setText(project.state());
+        view->textField()->setText(stateText(project));
         view->setController(&project);
         const RecordingOutcome &outcome = runOf(project).outcome();
+        const CheckResult checked =
+            m_verifications.result(project.mlvPath()).value_or(CheckResult());
         view->setOutcome(outcome.result == RecordingOutcome::Finished,
-                         outcome.problems().join(QLatin1Char('\n')));
+                         (outcome.problems() + checked.problems()).join(QLatin1Char('\n')),
+                         (outcome.notes + checked.remarks).join(QLatin1Char('\n')));
         showMode(*view->progressIndicator(), project.mlvProjectMode());
         return view;
     }
@@ -172,9 +185,14 @@ QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
         return QDir::toNativeSeparators(project.mlvPath());
     if (column == QLatin1String("State")) {
         const RecordingRun &run = runOf(project);
-        return (QStringList{project.state()} + run.outcome().problems() +
-                calibrationTexts(run.settings().calibration))
-            .join(QLatin1Char('\n'));
+        QStringList texts{project.state()};
+        texts += run.outcome().problems() + run.outcome().notes +
+                 calibrationTexts(run.settings().calibration);
+        if (const QString state = m_verifications.stateText(project.mlvPath()); !state.isEmpty())
+            texts << state;
+        if (const auto checked = m_verifications.result(project.mlvPath()))
+            texts += checked->sentences();
+        return texts.join(QLatin1Char('\n'));
     }
     return objectValueForTableColumn(column, row);
 }
@@ -200,6 +218,8 @@ void AppDelegate::updateRecordingMenu()
         one && selected.front()->mlvProjectMode() == MLVProjectModeFinished &&
         QFileInfo::exists(selected.front()->moviePath()));
     m_ui->showMenuItem->setEnabled(one);
+    m_ui->verifyMenuItem->setEnabled(any && !m_working);
+    m_ui->stopVerifyingMenuItem->setEnabled(m_verifications.isRunning());
     m_ui->removeMenuItem->setEnabled(any && !m_working);
     m_ui->mergeNeighboursMenuItem->setEnabled(any && !m_working);
     m_ui->mergeNeighboursMenuItem->setChecked(all(&MLVProjectController::dualISO));
@@ -212,6 +232,26 @@ void AppDelegate::playMovie()
     const std::vector<MLVProjectController *> selected = selectedProjects();
     if (!selected.empty())
         QDesktopServices::openUrl(QUrl::fromLocalFile(selected.front()->moviePath()));
+}
+
+void AppDelegate::verifySelected()
+{
+    if (m_working || !checkTools({QStringLiteral("mlv_dump")}))
+        return;
+    QStringList recordings;
+    for (const MLVProjectController *project : selectedProjects())
+        recordings << project->mlvPath();
+    m_verifications.add(recordings);
+}
+
+void AppDelegate::verificationChanged()
+{
+    m_ui->queueTableView->reloadData();
+    m_ui->stopVerifyingMenuItem->setEnabled(m_verifications.isRunning());
+    if (m_working)
+        return;
+    const QString status = m_verifications.statusText();
+    m_ui->statusTextField->setText(status.isEmpty() ? tr("Verification ended") : status);
 }
 
 void AppDelegate::showSelected()

@@ -17,6 +17,8 @@ const QString splitterKey = QStringLiteral("Splitter");
 const QString columnsKey = QStringLiteral("Columns");
 const QString formatKey = QStringLiteral("MovieFormat");
 const QString qualityKey = QStringLiteral("MovieQuality");
+const QString repairPixelsKey = QStringLiteral("RepairPixels");
+const QString repairColumnsKey = QStringLiteral("RepairColumns");
 
 } // namespace
 
@@ -30,6 +32,8 @@ void WindowMemory::restore() const
     m_ui.splitter->restoreState(stored.value(splitterKey).toByteArray());
     m_ui.movieFormatPopUpButton->setCurrentIndex(stored.value(formatKey).toInt());
     m_ui.movieQualityPopUpButton->setCurrentIndex(stored.value(qualityKey).toInt());
+    m_ui.repairPixelsCheckBox->setChecked(stored.value(repairPixelsKey).toBool());
+    m_ui.repairColumnsCheckBox->setChecked(stored.value(repairColumnsKey).toBool());
     QHeaderView *header = m_ui.queueTableView->horizontalHeader();
     const int letter = m_window.fontMetrics().averageCharWidth();
     int column = 0;
@@ -45,7 +49,9 @@ void WindowMemory::save() const
                     {splitterKey, m_ui.splitter->saveState()},
                     {columnsKey, m_ui.queueTableView->horizontalHeader()->saveState()},
                     {formatKey, m_ui.movieFormatPopUpButton->currentIndex()},
-                    {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()}},
+                    {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()},
+                    {repairPixelsKey, m_ui.repairPixelsCheckBox->isChecked()},
+                    {repairColumnsKey, m_ui.repairColumnsCheckBox->isChecked()}},
         windowKey);
 }
 

@@ -68,6 +68,59 @@ void printEncodersAsText(const QMap<QString, CapabilityList> &options)
     }
 }
 
+/// While one lives, the lines of ffmpeg's tables that can't be read are counted by list instead of
+/// printed: a table of another form would fill the screen.
+class UnreadableLines
+{
+public:
+    UnreadableLines()
+    {
+        counts.clear();
+        previous = qInstallMessageHandler(take);
+    }
+    ~UnreadableLines() { qInstallMessageHandler(previous); }
+    Q_DISABLE_COPY_MOVE(UnreadableLines)
+
+    static int of(const QString &list) { return counts.value(list); }
+
+private:
+    static void take(QtMsgType type, const QMessageLogContext &context, const QString &line)
+    {
+        const std::pair<QLatin1String, QString> starts[] = {
+            {QLatin1String("Unable to parse PixFmts"), QStringLiteral("pix_fmts")},
+            {QLatin1String("Unable to parse video"), QStringLiteral("video_encoders")},
+            {QLatin1String("Unable to parse audio"), QStringLiteral("audio_encoders")},
+        };
+        for (const auto &[start, list] : starts) {
+            if (line.startsWith(start)) {
+                ++counts[list];
+                return;
+            }
+        }
+        previous(type, context, line);
+    }
+
+    static inline QMap<QString, int> counts;
+    static inline QtMessageHandler previous = nullptr;
+};
+
+/// Why a list is empty or not whole.
+void explainGaps(const QMap<QString, CapabilityList> &options)
+{
+    for (auto list = options.cbegin(); list != options.cend(); ++list) {
+        const int unreadable = UnreadableLines::of(list.key());
+        if (unreadable > 0) {
+            printProblem(text("%1: %2 of the %3 lines that ffmpeg lists are of a form that isn't "
+                              "understood")
+                             .arg(list.key())
+                             .arg(unreadable)
+                             .arg(unreadable + list->size()));
+        } else if (list->isEmpty()) {
+            printProblem(text("%1: ffmpeg lists none").arg(list.key()));
+        }
+    }
+}
+
 QJsonValue orNull(const QString &value)
 {
     return value.isEmpty() ? QJsonValue() : value;
@@ -103,11 +156,13 @@ int runEncoders(const QStringList &arguments)
         return *status;
     if (!checkTools({QStringLiteral("ffmpeg")}))
         return ExitUnusable;
+    const UnreadableLines unreadable;
     const QMap<QString, CapabilityList> options = FFmpegTask::ffmpegTask()->readOptions();
     if (parser.isSet(json))
         printEncodersAsJson(options);
     else
         printEncodersAsText(options);
+    explainGaps(options);
     return ExitSuccess;
 }
 

@@ -2,6 +2,7 @@
 #include "cli/conversionreport.h"
 
 #include "cli/exitstatus.h"
+#include "cli/texttable.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -11,7 +12,6 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
 
@@ -45,42 +45,16 @@ double seconds(std::chrono::milliseconds duration)
     return std::chrono::duration<double>(duration).count();
 }
 
-/// The deepest folder that all recordings are in, ending with a separator.
-QString commonFolder(const QList<RecordingOutcome> &outcomes)
-{
-    const auto folderOf = [](const QString &path) {
-        return path.left(path.lastIndexOf(QLatin1Char('/')) + 1);
-    };
-    QString common = folderOf(outcomes.constFirst().recording);
-    for (const RecordingOutcome &outcome : outcomes) {
-        while (!outcome.recording.startsWith(common))
-            common = folderOf(common.chopped(1));
-    }
-    return common;
-}
-
 QStringList row(const RecordingOutcome &outcome, qsizetype folderLength)
 {
     const bool begun = outcome.result != RecordingOutcome::NotBegun;
+    const QStringList reasons =
+        outcome.failure.isEmpty() ? QStringList() : QStringList{outcome.failure.reason};
+    const QStringList remarks = reasons + outcome.warnings + outcome.notes;
     return {printable(outcome.recording.mid(folderLength)), text(nameOf(outcome.result)),
             outcome.frames > 0 ? QString::number(outcome.frames) : QString(),
             begun ? QString::number(seconds(outcome.duration), 'f', 1) : QString(),
-            printable(outcome.failure.reason)};
-}
-
-QString aligned(const QStringList &cells, const QList<int> &widths)
-{
-    QString line;
-    for (qsizetype column = 0; column < cells.size(); ++column) {
-        const bool number = column == 2 || column == 3;
-        const QString &cell = cells.at(column);
-        const int width = widths.at(column);
-        line +=
-            (number ? cell.rightJustified(width) : cell.leftJustified(width)) + QLatin1String("  ");
-    }
-    while (line.endsWith(QLatin1Char(' ')))
-        line.chop(1);
-    return line;
+            printable(remarks.join(QLatin1String("; ")))};
 }
 
 QJsonValue textOrNull(const QString &value)
@@ -101,7 +75,7 @@ QJsonObject objectOf(const RecordingOutcome &outcome)
         {QStringLiteral("seconds"), seconds(outcome.duration)},
         {QStringLiteral("reason"), textOrNull(outcome.failure.reason)},
         {QStringLiteral("tool"), textOrNull(outcome.failure.tool)},
-        {QStringLiteral("warnings"), QJsonArray::fromStringList(outcome.warnings)},
+        {QStringLiteral("warnings"), QJsonArray::fromStringList(outcome.warnings + outcome.notes)},
         {QStringLiteral("tools"), tools},
     };
 }
@@ -117,18 +91,13 @@ QStringList outcomeTable(const QList<RecordingOutcome> &outcomes)
 {
     QList<QStringList> rows{
         {text("recording"), text("result"), text("frames"), text("seconds"), text("reason")}};
-    const qsizetype folderLength = commonFolder(outcomes).size();
+    QStringList recordings;
+    for (const RecordingOutcome &outcome : outcomes)
+        recordings << outcome.recording;
+    const qsizetype folderLength = commonFolder(recordings).size();
     for (const RecordingOutcome &outcome : outcomes)
         rows << row(outcome, folderLength);
-    QList<int> widths(rows.constFirst().size(), 0);
-    for (const QStringList &cells : std::as_const(rows)) {
-        for (qsizetype column = 0; column < cells.size(); ++column)
-            widths[column] = std::max(widths.at(column), static_cast<int>(cells.at(column).size()));
-    }
-    QStringList table;
-    for (const QStringList &cells : std::as_const(rows))
-        table << aligned(cells, widths);
-    return table;
+    return textTable(rows, {2, 3});
 }
 
 QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status)

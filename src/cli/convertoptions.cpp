@@ -39,9 +39,10 @@ QString unreadablePath(const ConvertOptions &options)
 {
     QStringList paths = options.paths;
     const CalibrationChoice &chosen = options.settings.calibration;
-    for (const QString &calibration : {chosen.dark, chosen.flat, chosen.flatDark}) {
-        if (!calibration.isEmpty())
-            paths << calibration;
+    const QString map = options.settings.corrections.pixelMap();
+    for (const QString &file : {chosen.dark, chosen.flat, chosen.flatDark, map}) {
+        if (!file.isEmpty())
+            paths << file;
     }
     for (const QString &path : std::as_const(paths)) {
         if (!QFileInfo(path).isReadable())
@@ -65,11 +66,41 @@ int jobsOf(const QString &value, QString &problem)
     return 1;
 }
 
+/// A level as mlv_dump takes it; empty for "auto", which is what it does without being asked.
+QString levelOf(const QString &option, const QString &value, QString &problem)
+{
+    if (value == QLatin1String("auto"))
+        return {};
+    bool isNumber = false;
+    const uint level = value.toUInt(&isNumber);
+    constexpr uint mostLevel = 65535;
+    if (value == QLatin1String("recorded") || (isNumber && level <= mostLevel))
+        return isNumber ? QString::number(level) : value;
+    problem = text("--%1 is a number up to %2, recorded or auto, not \"%3\"")
+                  .arg(option)
+                  .arg(mostLevel)
+                  .arg(value);
+    return {};
+}
+
+/// A file called "auto" or "off" is named with its folder.
+QString pixelRepairOf(const QString &value)
+{
+    if (value == QLatin1String("off"))
+        return {};
+    return value == QLatin1String("auto") ? value : absolutePath(value);
+}
+
 const QString format = QStringLiteral("format");
 const QString quality = QStringLiteral("quality");
 const QString dark = QStringLiteral("dark");
 const QString flat = QStringLiteral("flat");
 const QString flatDark = QStringLiteral("flat-dark");
+const QString whiteLevel = QStringLiteral("white-level");
+const QString blackLevel = QStringLiteral("black-level");
+const QString matrix = QStringLiteral("matrix");
+const QString repairPixels = QStringLiteral("repair-pixels");
+const QString repairColumns = QStringLiteral("repair-columns");
 const QString temporaryBase = QStringLiteral("temp-dir");
 const QString keepTemporary = QStringLiteral("keep-temp");
 const QString report = QStringLiteral("report");
@@ -90,6 +121,21 @@ void describe(QCommandLineParser &parser)
         {dark, text("A recording with the lens covered, to be subtracted."), file},
         {flat, text("A recording of an even surface, to be divided by."), file},
         {flatDark, text("A dark recording for the flat."), file},
+        {whiteLevel,
+         text("The level at which the sensor is full: a number, recorded, or auto (default), the "
+              "recorded one unless the samples show that it can't be true."),
+         text("n|recorded|auto"), QStringLiteral("auto")},
+        {blackLevel, text("The level of no light, likewise."), text("n|recorded|auto"),
+         QStringLiteral("auto")},
+        {matrix,
+         text("The colour matrix: recorded, or auto (default), the recorded one unless it is known "
+              "to be wrong."),
+         text("recorded|auto"), QStringLiteral("auto")},
+        {repairPixels,
+         text("Replace hot, cold, stuck and focus pixels by their neighbours: auto finds them in "
+              "the recording, a file lists them; off (default) changes nothing."),
+         text("auto|file|off"), QStringLiteral("off")},
+        {repairColumns, text("Even out stripes of columns that repeat every eight columns.")},
         {temporaryBase,
          text(
              "Work in this folder and keep what is unfinished there, so that the same command goes "
@@ -130,6 +176,14 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
                               {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
     settings.calibration = {absolutePath(parser.value(dark)), absolutePath(parser.value(flat)),
                             absolutePath(parser.value(flatDark))};
+    RawCorrections &corrections = settings.corrections;
+    corrections.whiteLevel = levelOf(whiteLevel, parser.value(whiteLevel), problem);
+    corrections.blackLevel = levelOf(blackLevel, parser.value(blackLevel), problem);
+    const QStringList matrices{QStringLiteral("auto"), QStringLiteral("recorded")};
+    if (choose(matrix, parser.value(matrix), matrices, problem) == 1)
+        corrections.matrix = matrices.constLast();
+    corrections.pixelRepair = pixelRepairOf(parser.value(repairPixels));
+    corrections.repairsColumns = parser.isSet(repairColumns);
     settings.mergesNeighbours = parser.isSet(hdr);
     settings.blendsAlternatingRows = parser.isSet(dualIso);
     options.temporaryBase = parser.value(temporaryBase);

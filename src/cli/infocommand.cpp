@@ -3,6 +3,7 @@
 
 #include "cli/commandline.h"
 #include "cli/missingtools.h"
+#include "mlvdump/recordingcheck.h"
 #include "project/recordingrun.h"
 
 #include <QCommandLineParser>
@@ -40,7 +41,20 @@ double shortest(float value)
     return QString::number(static_cast<double>(value), 'g', 7).toDouble();
 }
 
-QJsonObject describe(const QString &path, const MlvMetadata &metadata)
+/// What is wrong with the recording: of its state, and what its frames say against it.
+QStringList warningsOf(const MLVProjectController &project)
+{
+    RecordingCheck check;
+    QEventLoop loop;
+    QObject::connect(&check, &RecordingCheck::ended, &loop, &QEventLoop::quit);
+    check.check(project.mlvPath(), RecordingCheck::Survey);
+    loop.exec();
+    QStringList warnings = project.warnings() + project.notes() + check.result().sentences();
+    warnings.removeDuplicates();
+    return warnings;
+}
+
+QJsonObject describe(const QString &path, const MlvMetadata &metadata, const QStringList &warnings)
 {
     return {
         {QStringLiteral("path"), path},
@@ -57,10 +71,11 @@ QJsonObject describe(const QString &path, const MlvMetadata &metadata)
         {QStringLiteral("date"), metadata.date},
         {QStringLiteral("time"), metadata.time},
         {QStringLiteral("resolution"), metadata.resolution},
+        {QStringLiteral("warnings"), QJsonArray::fromStringList(warnings)},
     };
 }
 
-void printText(const QString &path, const MlvMetadata &metadata)
+void printText(const QString &path, const MlvMetadata &metadata, const QStringList &warnings)
 {
     const auto seconds =
         static_cast<double>(metadata.videoFrames) / static_cast<double>(metadata.fps);
@@ -81,6 +96,8 @@ void printText(const QString &path, const MlvMetadata &metadata)
     line(text("Camera"), QStringLiteral("%1 %2").arg(metadata.camera, metadata.cameraSerial));
     line(text("Lens"), QStringLiteral("%1 %2").arg(metadata.lens, metadata.focal));
     line(text("Recorded"), QStringLiteral("%1 %2").arg(metadata.date, metadata.time));
+    for (const QString &warning : warnings)
+        line(text("Warning"), warning);
 }
 
 } // namespace
@@ -117,9 +134,9 @@ int runInfo(const QStringList &arguments)
             printProblem(QStringLiteral("%1: %2").arg(path, failure));
             status = std::max<int>(status, ExitFailed);
         } else if (parser.isSet(json)) {
-            descriptions << describe(path, project.metadata());
+            descriptions << describe(path, project.metadata(), warningsOf(project));
         } else {
-            printText(path, project.metadata());
+            printText(path, project.metadata(), warningsOf(project));
         }
     }
     if (parser.isSet(json))

@@ -80,6 +80,12 @@ void ProgressDisplay::show(const Progress &progress)
         showLiveLine(QStringLiteral("%1, %2").arg(m_label, progressText(progress)));
 }
 
+void ProgressDisplay::showText(const QString &text)
+{
+    if (m_terminal)
+        showLiveLine(QStringLiteral("%1, %2").arg(m_label, text));
+}
+
 void ProgressDisplay::finished(const QString &recording, const QString &movie)
 {
     if (m_style == ProgressStyle::ForPeople)

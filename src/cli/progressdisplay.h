@@ -28,6 +28,10 @@ public:
     void beginStage(const QString &recording, const QString &stage, quint64 frames);
     /// How far the stage is that was begun last. Ignored where only stages are told.
     void show(const Progress &progress);
+    /// The same in words; only on a terminal.
+    void showText(const QString &text);
+    /// Takes the live line away.
+    void clear() { clearLiveLine(); }
     void finished(const QString &recording, const QString &movie);
     /// Also when progress isn't wanted.
     void failed(const QString &recording, const QString &reason);

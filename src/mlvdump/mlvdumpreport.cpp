@@ -3,6 +3,7 @@
 
 #include "runner/systemlog.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
 #include <stdexcept>
@@ -66,6 +67,26 @@ QString trimmedTwice(const QString &text)
     return trimmed.sliced(begin, end - begin);
 }
 
+/// The value behind a label that has no separator, by name; empty in a report without it, which is
+/// as good.
+QString labelled(const QStringList &block, const char *label)
+{
+    const QString name = QString::fromLatin1(label);
+    for (const QString &line : block) {
+        if (const QString entry = line.trimmed(); entry.startsWith(name + QLatin1Char(' ')))
+            return entry.mid(name.size()).trimmed();
+    }
+    return {};
+}
+
+/// A number that can be reckoned with: 0 without one, and no more than any sensor has pixels on a
+/// side.
+int limited(const QString &text)
+{
+    constexpr int most = 1000000;
+    return std::clamp(text.toInt(), -1, most);
+}
+
 void readFileHeaders(const QStringList &lines, MlvMetadata &metadata)
 {
     const QString header = QStringLiteral("File Header (MLVI)");
@@ -123,12 +144,22 @@ void readClock(const QStringList &block, MlvMetadata &metadata)
 void readRawInformation(const QStringList &block, MlvMetadata &metadata)
 {
     metadata.resolution = valueOf(block, 4).trimmed();
-    // By name: this line has no separator, and a report without it is as good.
-    const QString label = QStringLiteral("bits_per_pixel");
-    for (const QString &line : block) {
-        if (const QString entry = line.trimmed(); entry.startsWith(label))
-            metadata.bitsPerSample = entry.mid(label.size()).toInt();
-    }
+    const auto number = [&block](const char *label) { return limited(labelled(block, label)); };
+    metadata.bitsPerSample = number("bits_per_pixel");
+    metadata.activeArea.setCoords(number("active_area.x1"), number("active_area.y1"),
+                                  number("active_area.x2") - 1, number("active_area.y2") - 1);
+}
+
+/// "5x3 (1 of 5 lines read, 1 of 3 columns read)".
+void readSampling(const QStringList &lines, MlvMetadata &metadata)
+{
+    constexpr qsizetype mostLines = 8;
+    const qsizetype header = lines.indexOf(QStringLiteral("Block: RAWC"));
+    if (header < 0)
+        return;
+    const QString sampling = labelled(lines.mid(header + 1, mostLines), "sampling");
+    const QStringList sides = sampling.section(QLatin1Char(' '), 0, 0).split(QLatin1Char('x'));
+    metadata.sampling = QSize(limited(sides.constLast()), limited(sides.constFirst()));
 }
 
 struct BlockReader
@@ -184,6 +215,7 @@ void readReport(const QStringList &lines, MlvMetadata &metadata)
         else if (!reader.missingMessage.isEmpty())
             systemLog(reader.missingMessage);
     }
+    readSampling(lines, metadata);
 }
 
 } // namespace filmwright

@@ -86,6 +86,7 @@ void MlvDumpTask::extractMeta()
     beginRun(MlvDumpModeMeta);
     m_metadata = MlvMetadata();
     m_warnings.clear();
+    m_notes.clear();
     setArguments(metaArguments(mlvPath()));
     ReportQueue::instance().enter(this, [this] {
         start();
@@ -125,7 +126,8 @@ void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)
         removeFolder(directory);
     }
     createPrivateFolder(directory);
-    setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, directory));
+    setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, directory,
+                                m_corrections.arguments()));
     startAndWaitUntilExit(andWaitUntilExit);
 }
 
@@ -177,8 +179,7 @@ void MlvDumpTask::substractFlatDark()
 void MlvDumpTask::receivedLine(const QString &line, TaskWrapper &)
 {
     m_log << line;
-    if (line.startsWith(QLatin1String("[WARNING]")))
-        takeWarning(line);
+    takeSentence(line);
     takeUnusableReason(line);
     if (line.contains(QLatin1String("[ERROR]")))
         handleErrorLine(line);
@@ -187,11 +188,13 @@ void MlvDumpTask::receivedLine(const QString &line, TaskWrapper &)
 }
 
 /// The report and the extraction often warn of the same.
-void MlvDumpTask::takeWarning(const QString &line)
+void MlvDumpTask::takeSentence(const QString &line)
 {
-    const QString warning = line.section(QLatin1Char(' '), 1);
-    if (!m_warnings.contains(warning))
-        m_warnings << warning;
+    const QString sentence = line.section(QLatin1Char(' '), 1);
+    if (line.startsWith(QLatin1String("[WARNING]")) && !m_warnings.contains(sentence))
+        m_warnings << sentence;
+    if (line.startsWith(QLatin1String("[NOTE]")) && !m_notes.contains(sentence))
+        m_notes << sentence;
 }
 
 void MlvDumpTask::takeUnusableReason(const QString &line)

@@ -3,6 +3,7 @@
 
 #include "mlvdump/mlvdumpreport.h"
 #include "mlvdump/mlvdumptaskprotocol.h"
+#include "mlvdump/rawcorrections.h"
 #include "runner/taskwrapper.h"
 
 #include <QTimer>
@@ -52,6 +53,9 @@ public:
     QString flatDarkPath() const { return m_flatDarkPath; }
     void setFlatDarkPath(const QString &path) { m_flatDarkPath = path; }
 
+    /// What is done to the frames of later extractions beside their calibration.
+    void setCorrections(const RawCorrections &corrections) { m_corrections = corrections; }
+
     MlvDumpMode processMode() const { return m_processMode; }
     /// The last error line of the current run; null without one.
     QString error() const { return m_error; }
@@ -64,6 +68,8 @@ public:
     const MlvMetadata &metadata() const { return m_metadata; }
     /// What the tool has warned of since the last metadata run began, each once: sentences.
     QStringList warnings() const { return m_warnings; }
+    /// What else it has noted since then, likewise: nothing is wrong with the frames.
+    QStringList notes() const { return m_notes; }
 
     float fps() const { return m_metadata.fps; }
     float aperture() const { return m_metadata.aperture; }
@@ -120,7 +126,7 @@ private:
     void average(MlvDumpMode mode, const QString &recording);
     bool allFramesExist(const QString &directory) const;
     void checkForSkippedFrame();
-    void takeWarning(const QString &line);
+    void takeSentence(const QString &line);
     void takeUnusableReason(const QString &line);
     void handleErrorLine(const QString &line);
     void handleEndOfWork();
@@ -136,9 +142,11 @@ private:
     QString m_darkPath;
     QString m_flatPath;
     QString m_flatDarkPath;
+    RawCorrections m_corrections;
     QString m_error;
     QString m_unusableReason;
     QStringList m_warnings;
+    QStringList m_notes;
     QTimer m_pendingReport;
     void (MlvDumpTaskProtocol::*m_laterReport)(MlvDumpTask &) = nullptr;
 };

@@ -46,6 +46,7 @@ void configure(MLVProjectController &project, const ConversionSettings &settings
     project.setConversionWorkers(settings.workers);
     project.setDarkPath(settings.calibration.darkAverage());
     project.setFlatPath(settings.calibration.flatAverage());
+    project.setRawCorrections(settings.corrections);
     project.setKeepsTmpFiles(settings.keepsFinishedWork);
 }
 

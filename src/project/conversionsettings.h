@@ -2,6 +2,7 @@
 #pragma once
 
 #include "encoding/ffmpegarguments.h"
+#include "mlvdump/rawcorrections.h"
 
 #include <QString>
 #include <QStringList>
@@ -33,6 +34,7 @@ struct ConversionSettings
     qint32 format = MovieFormatMOV;
     qint32 quality = MovieQualityHigh;
     CalibrationChoice calibration;
+    RawCorrections corrections;
     bool mergesNeighbours = false;
     bool blendsAlternatingRows = false;
     int workers = 1;                  ///< frames converted at once

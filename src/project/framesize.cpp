@@ -1,7 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "project/framesize.h"
 
+#include "encoding/ffmpegarguments.h"
+#include "mlvdump/mlvdumpreport.h"
+
+#include <QCoreApplication>
 #include <QStringList>
+
+#include <algorithm>
+#include <cmath>
 
 namespace filmwright {
 
@@ -11,6 +18,41 @@ double pixelsOf(const QString &resolution)
     if (sides.size() != 2)
         return 0;
     return static_cast<double>(sides.first().toUInt()) * static_cast<double>(sides.last().toUInt());
+}
+
+QSize developedSize(const MlvMetadata &metadata)
+{
+    const QStringList sides = metadata.resolution.split(QLatin1Char('x'));
+    if (sides.size() != 2)
+        return {};
+    QSize size(sides.first().toInt(), sides.last().toInt());
+    const QRect &active = metadata.activeArea;
+    if (active.isValid() && QRect(QPoint(0, 0), size).contains(active))
+        size = active.size();
+    const QSize &sampling = metadata.sampling;
+    if (sampling.isEmpty() || sampling.width() == sampling.height())
+        return size;
+    // The shorter measure is stretched to the even number that is nearest.
+    const auto stretched = [](int side, int longer, int shorter) {
+        constexpr double most = 1e8;
+        return static_cast<int>(std::lround(std::min(0.5 * side * longer / shorter, most))) * 2;
+    };
+    if (sampling.height() > sampling.width())
+        size.setHeight(stretched(size.height(), sampling.height(), sampling.width()));
+    else
+        size.setWidth(stretched(size.width(), sampling.width(), sampling.height()));
+    return size;
+}
+
+QString sizeProblem(const QSize &size, qint32 format)
+{
+    if (format == MovieFormatAVI || size.isEmpty() ||
+        (size.width() % 2 == 0 && size.height() % 2 == 0))
+        return {};
+    return QCoreApplication::translate(
+               "FrameSize", "MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
+        .arg(size.width())
+        .arg(size.height());
 }
 
 } // namespace filmwright

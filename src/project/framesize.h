@@ -1,12 +1,24 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QSize>
 #include <QString>
 
 namespace filmwright {
 
+struct MlvMetadata;
+
 /// The pixels of a frame whose resolution is given as in a recording's report, "1920x1080"; 0 for
 /// any other text.
 double pixelsOf(const QString &resolution);
+
+/// The size of the developed frames, as far as the report tells it: the active area where it lies
+/// within the frame, stretched where the sensor was sampled more coarsely in one direction. Empty
+/// when it isn't known.
+QSize developedSize(const MlvMetadata &metadata);
+
+/// Why frames of that size can't become a movie of that format (a MovieFormat), with what would
+/// help; empty when they can.
+QString sizeProblem(const QSize &size, qint32 format);
 
 } // namespace filmwright

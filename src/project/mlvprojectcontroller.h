@@ -94,6 +94,12 @@ public:
     bool blendsAlternatingRows() const { return m_blendsAlternatingRows; }
     void setBlendsAlternatingRows(bool blends) { m_blendsAlternatingRows = blends; }
 
+    /// What is done to extracted frames beside their calibration; nothing after creation.
+    void setRawCorrections(const RawCorrections &corrections)
+    {
+        m_mlvDumptask->setCorrections(corrections);
+    }
+
     /// Whether the working folder of a finished movie stays, for whoever wants to look into it.
     bool keepsTmpFiles() const { return m_keepsTmpFiles; }
     void setKeepsTmpFiles(bool keeps) { m_keepsTmpFiles = keeps; }
@@ -124,6 +130,8 @@ public:
     /// What mlv_dump has warned of, sentences: a recording that is cut off, sound that can't be
     /// read.
     QStringList warnings() const { return m_mlvDumptask->warnings(); }
+    /// What mlv_dump has noted beside, sentences: a level that can't be true, filled gaps.
+    QStringList notes() const { return m_mlvDumptask->notes(); }
     /// Why the recording can't be used, as mlv_dump's last run told; empty when it can.
     QString unusableReason() const { return m_mlvDumptask->unusableReason(); }
     /// The project's working folder, ending with a path separator.

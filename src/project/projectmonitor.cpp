@@ -3,6 +3,7 @@
 
 #include "conversion/tiffbitmap.h"
 #include "encoding/finishedmovie.h"
+#include "project/framesize.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/moviemark.h"
 #include "project/spacecheck.h"
@@ -205,11 +206,9 @@ void ProjectMonitor::checkImage(const QImage &image)
         // The frames that follow would fail, too, each after all its work.
         if (isTemporaryDirectoryFull(m_project))
             fail(failureOf(dcraw, tr("dcraw could not write a frame")));
-    } else if (m_project.movieFormat() != MovieFormatAVI &&
-               (image.width() % 2 != 0 || image.height() % 2 != 0)) {
-        fail({tr("MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
-                  .arg(image.width())
-                  .arg(image.height())});
+    } else if (const QString problem = sizeProblem(image.size(), m_project.movieFormat());
+               !problem.isEmpty()) {
+        fail({problem});
     }
 }
 

@@ -39,6 +39,7 @@ struct RecordingOutcome
     std::chrono::milliseconds duration{}; ///< from its beginning to its end
     Failure failure;
     QStringList warnings;                 ///< what the movie lacks, sentences
+    QStringList notes;                    ///< what the movie doesn't lack, sentences
     QMap<QString, QStringList> toolLines; ///< the last lines of each tool; only when it failed
 
     /// Everything that is wrong with the recording, for a person: the reason, what the movie lacks,

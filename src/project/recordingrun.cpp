@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "project/recordingrun.h"
 
+#include "project/framesize.h"
 #include "project/recordingfiles.h"
 #include "project/spacecheck.h"
 #include "project/worknote.h"
@@ -119,6 +120,11 @@ void RecordingRun::launch()
 {
     m_launchAhead = false;
     configure(m_project, m_settings);
+    const QSize size = developedSize(m_project.metadata());
+    if (const QString problem = sizeProblem(size, m_settings.format); !problem.isEmpty()) {
+        endLater(problem);
+        return;
+    }
     m_hasWork = true;
     if (m_settings.keepsUnfinishedWork)
         claimUnfinishedWork(m_recording, m_settings, m_project.extractionDirectory());
@@ -135,8 +141,10 @@ void RecordingRun::launch()
 
 void RecordingRun::controllerUpdated(MLVProjectController &controller)
 {
-    if (m_phase == Converting && controller.mlvProjectMode() == MLVProjectModeRGBConversion)
+    if (m_phase == Converting && controller.mlvProjectMode() == MLVProjectModeRGBConversion) {
         m_outcome.warnings = shortcomingsOf(controller);
+        m_outcome.notes = controller.notes();
+    }
     if (m_shell)
         m_shell->controllerUpdated(controller);
 }

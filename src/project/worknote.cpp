@@ -27,6 +27,17 @@ bool mayBeHalfBlended(const QString &workingFolder)
     return folderEntries(workingFolder).filter(QStringLiteral(".tiff")).isEmpty();
 }
 
+/// Nothing where nothing is asked for.
+QByteArray correctionsNote(const RawCorrections &corrections)
+{
+    QByteArray note;
+    for (const QString &argument : corrections.arguments())
+        note += argument.toUtf8() + '\n';
+    if (const QString map = corrections.pixelMap(); !map.isEmpty())
+        note += recordingIdentity(map);
+    return note;
+}
+
 } // namespace
 
 void claimUnfinishedWork(const QString &recording, const ConversionSettings &settings,
@@ -37,6 +48,7 @@ void claimUnfinishedWork(const QString &recording, const ConversionSettings &set
     for (const QString &path : {calibration.dark, calibration.flat, calibration.flatDark})
         note += path.isEmpty() ? QByteArrayLiteral("\n") : recordingIdentity(path);
     note += settings.blendsAlternatingRows ? "blended\n" : "as recorded\n";
+    note += correctionsNote(settings.corrections);
     QFile existing(notePath(workingFolder));
     const bool same = existing.open(QIODevice::ReadOnly) && existing.readAll() == note;
     if (same && !(settings.blendsAlternatingRows && mayBeHalfBlended(workingFolder)))

@@ -302,6 +302,10 @@ void TestAccessibilityWindow::everyMenuAndLabelHasItsOwnLetter()
                        .toString();
         QVERIFY(window.widget<QLabel>(QLatin1String(label))->buddy());
     }
+    for (const char *box : {"repairPixelsCheckBox", "repairColumnsCheckBox"}) {
+        letters << QKeySequence::mnemonic(window.widget<QCheckBox>(QLatin1String(box))->text())
+                       .toString();
+    }
     QCOMPARE(letters.removeDuplicates(), 0);
     for (const QMenu *menu : window.delegate->window()->findChildren<QMenu *>()) {
         QStringList entries;
@@ -330,7 +334,9 @@ void TestAccessibilityWindow::tabReachesEveryControl()
                          QStringLiteral("flatDarkButton"),
                          QStringLiteral("calibrationHelpButton"),
                          QStringLiteral("movieFormatPopUpButton"),
-                         QStringLiteral("movieQualityPopUpButton")};
+                         QStringLiteral("movieQualityPopUpButton"),
+                         QStringLiteral("repairPixelsCheckBox"),
+                         QStringLiteral("repairColumnsCheckBox")};
     for (const QString &name : expected)
         QVERIFY2(stops.contains(name), qPrintable(name));
     QCOMPARE(tabStops(*window.delegate->window(), Qt::ShiftModifier), stops);

@@ -4,6 +4,7 @@
 #include "app/imageview.h"
 #include "app/progressindicator.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 
 using namespace filmwright;
@@ -34,6 +35,7 @@ private Q_SLOTS:
     void finishedRecordingsAreConvertedAgain();
     void stopLaunchesNothingMore();
     void startAfterStopTakesTheWholeList();
+    void repairIsChosenForTheBatch();
     void controlsAreLockedWhileWorking();
     void anyOtherPopUpItemStandsForTheSecond_data();
     void anyOtherPopUpItemStandsForTheSecond();
@@ -206,6 +208,27 @@ void TestBatchWindow::startAfterStopTakesTheWholeList()
     QCOMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 4);
 }
 
+void TestBatchWindow::repairIsChosenForTheBatch()
+{
+    FakeWindow window;
+    window.launch();
+    window.add({a});
+    const auto extraction = [&window] {
+        window.pressStart();
+        window.waitForEnd();
+        QStringList call = window.tools.calls(QStringLiteral("mlv_dump")).constLast();
+        const qsizetype begin = call.indexOf(QStringLiteral("0-0")) + 1;
+        return call.sliced(begin, call.indexOf(QStringLiteral("-o")) - begin);
+    };
+    QCOMPARE(extraction(), QStringList());
+    window.widget<QCheckBox>(QStringLiteral("repairPixelsCheckBox"))->click();
+    QCOMPARE(extraction(),
+             (QStringList{QStringLiteral("--repair-pixels"), QStringLiteral("auto")}));
+    window.widget<QCheckBox>(QStringLiteral("repairPixelsCheckBox"))->click();
+    window.widget<QCheckBox>(QStringLiteral("repairColumnsCheckBox"))->click();
+    QCOMPARE(extraction(), QStringList{QStringLiteral("--repair-columns")});
+}
+
 void TestBatchWindow::controlsAreLockedWhileWorking()
 {
     FakeWindow window;
@@ -217,20 +240,22 @@ void TestBatchWindow::controlsAreLockedWhileWorking()
             window.action(QStringLiteral("sourceItem"))->isEnabled(),
             window.action(QStringLiteral("startStopItem"))->isEnabled(),
             window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled(),
-            window.widget<QComboBox>(QStringLiteral("movieQualityPopUpButton"))->isEnabled()};
+            window.widget<QComboBox>(QStringLiteral("movieQualityPopUpButton"))->isEnabled(),
+            window.widget<QCheckBox>(QStringLiteral("repairPixelsCheckBox"))->isEnabled(),
+            window.widget<QCheckBox>(QStringLiteral("repairColumnsCheckBox"))->isEnabled()};
     };
     const auto shows = [&window](const char *image) {
         return window.action(QStringLiteral("startStopItem"))->icon().pixmap(32).toImage() ==
                QIcon(QLatin1String(":/images/") + QLatin1String(image)).pixmap(32).toImage();
     };
-    QCOMPARE(enabled(), QList<bool>({true, true, true, true}));
+    QCOMPARE(enabled(), QList<bool>({true, true, true, true, true, true}));
     QVERIFY(shows("Encode"));
     window.pressStart();
-    QCOMPARE(enabled(), QList<bool>({false, true, false, false}));
+    QCOMPARE(enabled(), QList<bool>({false, true, false, false, false, false}));
     QVERIFY(shows("stopencode"));
     QVERIFY(!shows("Encode"));
     window.pressStart();
-    QCOMPARE(enabled(), QList<bool>({true, true, true, true}));
+    QCOMPARE(enabled(), QList<bool>({true, true, true, true, true, true}));
     QVERIFY(shows("Encode"));
 }
 

@@ -7,6 +7,7 @@
 #include "support/logcapture.h"
 #include "support/ordinaryuser.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -114,6 +115,7 @@ private Q_SLOTS:
     void windowIsRemembered();
     void columnsAreRemembered();
     void formatAndQualityAreRemembered();
+    void repairIsRemembered();
 };
 
 void TestStartupWindow::firstStart()
@@ -552,6 +554,21 @@ void TestStartupWindow::formatAndQualityAreRemembered()
     window.widget<QComboBox>(QStringLiteral("movieQualityPopUpButton"))->setCurrentIndex(1);
     window.launch();
     QCOMPARE(indexes(), QList<int>({1, 1}));
+}
+
+void TestStartupWindow::repairIsRemembered()
+{
+    FakeWindow window;
+    const QStringList boxes{QStringLiteral("repairPixelsCheckBox"),
+                            QStringLiteral("repairColumnsCheckBox")};
+    window.launch();
+    for (const QString &box : boxes) {
+        QVERIFY(!window.widget<QCheckBox>(box)->isChecked());
+        window.widget<QCheckBox>(box)->click();
+    }
+    window.launch();
+    for (const QString &box : boxes)
+        QVERIFY(window.widget<QCheckBox>(box)->isChecked());
 }
 
 QTEST_MAIN(TestStartupWindow)

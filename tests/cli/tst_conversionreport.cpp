@@ -25,6 +25,7 @@ RecordingOutcome finished(const char *recording)
     outcome.frames = 1200;
     outcome.duration = 61250ms;
     outcome.warnings = QStringList{QStringLiteral("the sound is left out")};
+    outcome.notes = QStringList{QStringLiteral("a gap is filled")};
     return outcome;
 }
 
@@ -82,7 +83,8 @@ void TestConversionReport::tableIsAligned()
                            notBegun("/card/d.MLV")})
                  .join(QLatin1Char('\n')),
              QStringLiteral("recording      result       frames  seconds  reason\n"
-                            "long name.MLV  finished       1200     61.3\n"
+                            "long name.MLV  finished       1200     61.3  the sound is left out; "
+                            "a gap is filled\n"
                             "b.MLV          failed                   0.3  ffmpeg wrote no movie\n"
                             "c.MLV          interrupted              2.0\n"
                             "d.MLV          not begun"));
@@ -137,7 +139,8 @@ void TestConversionReport::reportOfAFinishedRecording()
         {QStringLiteral("frames"), 1200},
         {QStringLiteral("seconds"), 61.25},
         {QStringLiteral("reason"), QJsonValue::Null},
-        {QStringLiteral("warnings"), QJsonArray{QStringLiteral("the sound is left out")}},
+        {QStringLiteral("warnings"),
+         QJsonArray{QStringLiteral("the sound is left out"), QStringLiteral("a gap is filled")}},
         {QStringLiteral("tool"), QJsonValue::Null},
         {QStringLiteral("tools"), QJsonObject()}};
     QCOMPARE(report.value(QStringLiteral("recordings")).toArray(), QJsonArray{expected});

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/convertoptions.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
@@ -55,6 +56,53 @@ private Q_SLOTS:
         QCOMPARE(options.report, QStringLiteral("r.json"));
         QVERIFY(options.quiet);
         QCOMPARE(options.settings.workers, 3);
+    }
+
+    void correctionsOfTheFrames_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("arguments");
+        QTest::newRow("none") << "CLIP"
+                              << "";
+        QTest::newRow("as without them")
+            << "--white-level auto --black-level auto --matrix auto --repair-pixels off CLIP"
+            << "";
+        QTest::newRow("levels") << "--white-level 15000 --black-level recorded CLIP"
+                                << "--white-level 15000 --black-level recorded";
+        QTest::newRow("matrix") << "--matrix recorded CLIP"
+                                << "--matrix recorded";
+        QTest::newRow("repair") << "--repair-columns --repair-pixels auto CLIP"
+                                << "--repair-pixels auto --repair-columns";
+        QTest::newRow("map") << "--repair-pixels CLIP CLIP"
+                             << "--repair-pixels CLIP";
+    }
+
+    void correctionsOfTheFrames()
+    {
+        QFETCH(QString, line);
+        QFETCH(QString, arguments);
+        ConvertOptions options;
+        QVERIFY(!readConvertOptions(words(line.toLatin1().constData()), options));
+        QCOMPARE(options.settings.corrections.arguments(),
+                 arguments.isEmpty() ? QStringList() : words(arguments.toLatin1().constData()));
+    }
+
+    void correctionsThatMakeNoSenseAreRefused()
+    {
+        for (const char *line :
+             {"--white-level 65536 CLIP", "--white-level -1 CLIP", "--black-level dark CLIP",
+              "--matrix d65 CLIP", "--repair-pixels missing.fpm CLIP"}) {
+            ConvertOptions options;
+            QCOMPARE(readConvertOptions(words(line), options), ExitUnusable);
+        }
+    }
+
+    void mapThatIsNamedRelativelyIsMadeAbsolute()
+    {
+        ConvertOptions options;
+        QVERIFY(!readConvertOptions(
+            {QStringLiteral("--repair-pixels"), QDir().relativeFilePath(m_clip), m_clip}, options));
+        QCOMPARE(options.settings.corrections.pixelRepair, m_clip);
     }
 
     void automaticJobsAreTheCores()

@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/toolfolder.h"
 
 #include <QDir>
 #include <QFile>
@@ -44,14 +45,14 @@ private Q_SLOTS:
         QCOMPARE(cli.status(), 0);
         QCOMPARE(array(cli).size(), 1);
         const QJsonObject values = array(cli).first().toObject();
-        QCOMPARE(
-            values.keys(),
-            (QStringList{QStringLiteral("aperture"), QStringLiteral("audioFrames"),
-                         QStringLiteral("camera"), QStringLiteral("cameraSerial"),
-                         QStringLiteral("date"), QStringLiteral("focal"), QStringLiteral("fps"),
-                         QStringLiteral("iso"), QStringLiteral("lens"), QStringLiteral("path"),
-                         QStringLiteral("resolution"), QStringLiteral("shutter"),
-                         QStringLiteral("time"), QStringLiteral("videoFrames")}));
+        QCOMPARE(values.keys(),
+                 (QStringList{QStringLiteral("aperture"), QStringLiteral("audioFrames"),
+                              QStringLiteral("camera"), QStringLiteral("cameraSerial"),
+                              QStringLiteral("date"), QStringLiteral("focal"),
+                              QStringLiteral("fps"), QStringLiteral("iso"), QStringLiteral("lens"),
+                              QStringLiteral("path"), QStringLiteral("resolution"),
+                              QStringLiteral("shutter"), QStringLiteral("time"),
+                              QStringLiteral("videoFrames"), QStringLiteral("warnings")}));
         QCOMPARE(values.value(QStringLiteral("path")).toString(), m_clip);
         QCOMPARE(values.value(QStringLiteral("fps")).toDouble(), 23.976);
         QCOMPARE(values.value(QStringLiteral("videoFrames")).toInt(), 6);
@@ -113,6 +114,26 @@ private Q_SLOTS:
             QStringLiteral("  Frames       6 at 23.976 frames/s (0.25 s)")));
     }
 
+    void warningsAreTold()
+    {
+        const QString recording = m_folder.filePath(QStringLiteral("early.MLV"));
+        QVERIFY(writeSample(recording, QStringLiteral("--size 128x72 --frames 3 --no-sound "
+                                                      "--recorded-black 0")));
+        QVERIFY(QFile(recording).resize(QFileInfo(recording).size() - 5));
+        CommandLine cli;
+        QVERIFY(cli.run({info, json, recording, m_clip}));
+        QCOMPARE(cli.status(), 0);
+        const QJsonArray warnings = array(cli)[0][QStringLiteral("warnings")].toArray();
+        QCOMPARE(warnings.size(), 2);
+        QVERIFY(warnings[0].toString().contains(QLatin1String(" is cut off: ")));
+        QCOMPARE(warnings[1].toString(),
+                 QStringLiteral("the recorded black level is 0; the samples begin at 2048, which "
+                                "is taken for it"));
+        QCOMPARE(array(cli)[1][QStringLiteral("warnings")], QJsonValue(QJsonArray()));
+        QVERIFY(cli.run({info, recording}));
+        QVERIFY(cli.output().contains(QStringLiteral("  Warning      ") + warnings[1].toString()));
+    }
+
     void nothingNamed()
     {
         CommandLine cli;
@@ -146,6 +167,21 @@ private Q_SLOTS:
         QVERIFY(video.contains(mpeg4));
     }
 
+    void tableThatIsNotUnderstoodIsToldInOneLine()
+    {
+        ToolFolder tools;
+        tools.addTool(QStringLiteral("ffmpeg"),
+                      QStringLiteral("case $1 in -pix_fmts) seq -f 'IO... f%g 3 12 8-8-8' 168;; *) "
+                                     "printf ' ------\\n V..... raw  Raw video\\n';; esac"));
+        CommandLine cli;
+        QVERIFY(cli.run({QStringLiteral("encoders")}));
+        QCOMPARE(cli.status(), 0);
+        QCOMPARE(cli.messages(),
+                 (QStringList{QStringLiteral("filmwright-cli: audio_encoders: ffmpeg lists none"),
+                              QStringLiteral("filmwright-cli: pix_fmts: 168 of the 168 lines that "
+                                             "ffmpeg lists are of a form that isn't understood")}));
+    }
+
     void toolsInJson()
     {
         CommandLine cli;
@@ -163,7 +199,7 @@ private Q_SLOTS:
     void helpOfEveryCommand_data()
     {
         QTest::addColumn<QString>("command");
-        for (const char *command : {"convert", "info", "encoders", "tools"})
+        for (const char *command : {"convert", "info", "verify", "encoders", "tools"})
             QTest::newRow(command) << command;
     }
 

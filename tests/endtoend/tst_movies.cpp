@@ -21,6 +21,8 @@ private Q_SLOTS:
     void everyDepth();
     void recordingsOfOtherWriters_data();
     void recordingsOfOtherWriters();
+    void squeezedRecordingsBecomeMov_data();
+    void squeezedRecordingsBecomeMov();
     void highRateRepeatsNoFrame();
     void coloursAndMovementAreRight();
     void movieIsTheSameForAnyNumberOfJobs();
@@ -136,6 +138,31 @@ void TestMovies::recordingsOfOtherWriters()
     QCOMPARE(cli.output(), QStringList{movie});
     QCOMPARE(Movie::probe(movie).frames(), frames);
     QCOMPARE(cli.temporaryEntries(), QStringList());
+}
+
+void TestMovies::squeezedRecordingsBecomeMov_data()
+{
+    QTest::addColumn<int>("height");
+    // Times 5/3, rounded, most of them are odd.
+    for (const int height : {300, 430, 434, 436, 440, 692, 976, 998})
+        QTest::addRow("%d", height) << height;
+}
+
+void TestMovies::squeezedRecordingsBecomeMov()
+{
+    QFETCH(int, height);
+    const QString recording = m_folder.filePath(QStringLiteral("squeezed%1.MLV").arg(height));
+    QVERIFY(writeSample(
+        recording,
+        QStringLiteral("--size 320x%1 --frames 2 --sampling 5x3 --no-sound").arg(height)));
+    CommandLine cli;
+    QVERIFY(cli.run({QStringLiteral("convert"), recording}));
+    QCOMPARE(cli.status(), 0);
+    const Movie movie = Movie::probe(cli.output().value(0));
+    QCOMPARE(movie.frames(), 2);
+    QCOMPARE(movie.video.value(QLatin1String("width")).toInt(), 320);
+    const int developed = movie.video.value(QLatin1String("height")).toInt();
+    QVERIFY(developed % 2 == 0 && qAbs(developed - height * 5 / 3.0) <= 1);
 }
 
 void TestMovies::highRateRepeatsNoFrame()

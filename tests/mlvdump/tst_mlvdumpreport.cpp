@@ -88,6 +88,8 @@ class TestMlvDumpReport : public QObject
 
 private Q_SLOTS:
     void everyValueIsRead();
+    void shapeOfTheFramesIsRead();
+    void shapeThatCannotBeTrueIsHarmless();
     void laterFileHeadersAddTheirCounts();
     void laterHeaderDoesNotChangeTheFrameRate();
     void headerWithATrailingBlankIsNoHeader();
@@ -129,6 +131,43 @@ void TestMlvDumpReport::everyValueIsRead()
     QCOMPARE(metadata.time, QStringLiteral("13:05:59 (GMT+0)"));
     QCOMPARE(metadata.resolution, QStringLiteral("1920x1080"));
     QCOMPARE(LogCapture::lines(), QStringList());
+}
+
+void TestMlvDumpReport::shapeOfTheFramesIsRead()
+{
+    MlvMetadata metadata;
+    readReport(wholeReport() +
+                   block(QStringLiteral("RAWC"),
+                         {QStringLiteral("    raw_capture_info:"),
+                          QStringLiteral("      sensor res       5184x3456"),
+                          QStringLiteral("      sensor crop      1.62 (APS-C)"),
+                          QStringLiteral("      sampling         5x3 (1 of 5 lines read, 1 of 3 "
+                                         "columns read)")},
+                         7),
+               metadata);
+    QCOMPARE(metadata.sampling, QSize(3, 5));
+    QCOMPARE(metadata.activeArea, QRect());
+    QStringList area = rawInformation();
+    area[14] = QStringLiteral("      active_area.y1   2");
+    area[15] = QStringLiteral("      active_area.x1   4");
+    area[16] = QStringLiteral("      active_area.y2   1082");
+    area[17] = QStringLiteral("      active_area.x2   1924");
+    readReport(fileHeader(QStringLiteral("25"), 1, 0) + area, metadata);
+    QCOMPARE(metadata.activeArea, QRect(4, 2, 1920, 1080));
+}
+
+void TestMlvDumpReport::shapeThatCannotBeTrueIsHarmless()
+{
+    QStringList area = rawInformation();
+    area[14] = QStringLiteral("      active_area.y1   -2147483648");
+    area[15] = QStringLiteral("      active_area.x1   2147483647");
+    area[16] = QStringLiteral("      active_area.y2   -2147483648");
+    MlvMetadata metadata;
+    readReport(fileHeader(QStringLiteral("25"), 1, 0) + area +
+                   QStringList{QStringLiteral("Block: RAWC"), QStringLiteral("   sampling x")},
+               metadata);
+    QVERIFY(!metadata.activeArea.isValid());
+    QVERIFY(metadata.sampling.isEmpty());
 }
 
 void TestMlvDumpReport::laterFileHeadersAddTheirCounts()

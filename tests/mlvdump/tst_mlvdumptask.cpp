@@ -84,6 +84,7 @@ private Q_SLOTS:
 
     void framesWithoutCalibration();
     void framesWithDark();
+    void framesWithCorrections();
     void framesWithFlat();
     void framesWithDarkAndFlat();
     void frameRunCreatesAPrivateDirectory();
@@ -366,6 +367,27 @@ void TestMlvDumpTask::framesWithDark()
                  {{QStringLiteral("--dng"), clip, QStringLiteral("--no-cs"), QStringLiteral("-f"),
                    QStringLiteral("0-0"), QStringLiteral("-s"), QStringLiteral("/x/dark.MLV"),
                    QStringLiteral("-o"), m_task->extractionDirectory() + QStringLiteral("tmp")}}));
+}
+
+void TestMlvDumpTask::framesWithCorrections()
+{
+    m_task->setFlatPath(QStringLiteral("/x/flat.MLV"));
+    m_task->setCorrections({QStringLiteral("15000"), QStringLiteral("recorded"),
+                            QStringLiteral("recorded"), QStringLiteral("/x/a.fpm"), true});
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    const QStringList call = m_tools->calls(mlvDump).constFirst();
+    QCOMPARE(call.mid(5, 11),
+             (QStringList{QStringLiteral("-t"), QStringLiteral("/x/flat.MLV"),
+                          QStringLiteral("--white-level"), QStringLiteral("15000"),
+                          QStringLiteral("--black-level"), QStringLiteral("recorded"),
+                          QStringLiteral("--matrix"), QStringLiteral("recorded"),
+                          QStringLiteral("--repair-pixels"), QStringLiteral("/x/a.fpm"),
+                          QStringLiteral("--repair-columns")}));
+    QCOMPARE(call.at(16), QStringLiteral("-o"));
+    m_task->prepareFlat();
+    QTRY_COMPARE(m_listener.events.size(), 2);
+    QCOMPARE(m_tools->calls(mlvDump).constLast().size(), 4); // an average is never corrected
 }
 
 void TestMlvDumpTask::framesWithFlat()

@@ -27,6 +27,7 @@ FakeTools::FakeTools(int frames)
     , m_extraction(extraction(frames))
     , m_averaging(averaging(frames))
     , m_substraction(averaging(1))
+    , m_verification(QStringLiteral("echo Processed 1 video frames; echo Done"))
 {
     for (const QString &header :
          {QStringLiteral("EXPO"), QStringLiteral("IDNT"), QStringLiteral("LENS")}) {
@@ -73,8 +74,9 @@ void FakeTools::writeMlvDump()
                                  "recording=$2; prefix=$last; average=$4\n"
                                  "case $1 in\n"
                                  "-m) recording=$3\n%1\n%2echo Done ;;\n"
-                                 "--dng) %3 ;;\n-a) %4 ;;\n-s) %5 ;;\nesac")
-                      .arg(m_beforeReport, report, m_extraction, m_averaging, m_substraction));
+                                 "--dng) %3 ;;\n-a) %4 ;;\n-s) %5 ;;\n--verify) %6 ;;\nesac")
+                      .arg(m_beforeReport, report, m_extraction, m_averaging, m_substraction,
+                           m_verification));
 }
 
 void FakeTools::setBlock(const QString &header, const QMap<int, QString> &values)
@@ -118,6 +120,12 @@ void FakeTools::setAveraging(const QString &script)
 void FakeTools::setSubstraction(const QString &script)
 {
     m_substraction = script;
+    writeMlvDump();
+}
+
+void FakeTools::setVerification(const QString &script)
+{
+    m_verification = script;
     writeMlvDump();
 }
 

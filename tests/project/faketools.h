@@ -26,6 +26,8 @@ public:
     void setAveraging(const QString &script);
     /// Replaces what mlv_dump does for "-s"; $average is its output.
     void setSubstraction(const QString &script);
+    /// Replaces what mlv_dump does to verify $recording.
+    void setVerification(const QString &script);
     /// Replaces what dcraw does; $dng is its input, $tiff its output, $frame a whole TIFF.
     void setConversion(const QString &script);
     /// Replaces what ffmpeg does; $movie is its output, $film a whole movie.
@@ -55,4 +57,5 @@ private:
     QString m_extraction;
     QString m_averaging;
     QString m_substraction;
+    QString m_verification;
 };

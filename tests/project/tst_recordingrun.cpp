@@ -118,6 +118,23 @@ private Q_SLOTS:
         QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m --dng"));
     }
 
+    void oddFramesAreRefusedBeforeAnyIsMade()
+    {
+        FakeRun fake;
+        fake.setRawInformation(QStringLiteral("321x240"), 14);
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().result, RecordingOutcome::Failed);
+        QCOMPARE(fake.run.outcome().failure.reason,
+                 QStringLiteral("MOV holds no frames of 321x240 pixels: both have to be even; "
+                                "choose AVI"));
+        QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m"));
+        fake.settings.format = MovieFormatAVI;
+        fake.start();
+        QVERIFY(fake.waitForEnds(2));
+        QCOMPARE(fake.run.outcome().result, RecordingOutcome::Finished);
+    }
+
     void refusedRecordingEndsAfterTheCallWithoutATool()
     {
         FakeRun fake;

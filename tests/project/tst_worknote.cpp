@@ -23,6 +23,8 @@ private Q_SLOTS:
     void workWithAChangedChunkOfTheDarkIsRemoved();
     void workWithOtherCalibrationIsRemoved();
     void workWithOtherBlendingIsRemoved();
+    void workWithOtherCorrectionsIsRemoved();
+    void workWithAChangedMapIsRemoved();
     void workThatMayBeHalfBlendedIsRemoved();
     void blendedWorkIsKept();
     void workWithoutANoteIsRemoved();
@@ -123,6 +125,30 @@ void TestWorkNote::workWithOtherCalibrationIsRemoved()
 void TestWorkNote::workWithOtherBlendingIsRemoved()
 {
     claimBlended();
+    QVERIFY(!hasWork());
+}
+
+void TestWorkNote::workWithOtherCorrectionsIsRemoved()
+{
+    ConversionSettings settings;
+    settings.corrections.whiteLevel = QStringLiteral("15000");
+    claimUnfinishedWork(m_clip, settings, m_work);
+    QVERIFY(!hasWork());
+    putWork();
+    claimUnfinishedWork(m_clip, settings, m_work);
+    QVERIFY(hasWork());
+    claim(m_clip);
+    QVERIFY(!hasWork());
+}
+
+void TestWorkNote::workWithAChangedMapIsRemoved()
+{
+    ConversionSettings settings;
+    settings.corrections.pixelRepair = write(QStringLiteral("a.fpm"), "8 9\n");
+    claimUnfinishedWork(m_clip, settings, m_work);
+    putWork();
+    write(QStringLiteral("a.fpm"), "8 9\n10 11\n");
+    claimUnfinishedWork(m_clip, settings, m_work);
     QVERIFY(!hasWork());
 }
 

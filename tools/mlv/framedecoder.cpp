@@ -54,11 +54,11 @@ FrameDecoder::FrameDecoder(const Recording &recording)
 
 std::span<std::uint16_t> FrameDecoder::decode(const DataBlock &block)
 {
+    requirePlausible(block);
     if (m_compression == Compression::LosslessJpeg) {
-        static_cast<void>(losslessStream(block));
+        decodeLossless(block);
         return m_samples;
     }
-    requirePlausible(block);
     m_packed.resize(m_format.packedBytes());
     decodePacked(block, m_packed);
     m_samples.resize(m_format.sampleCount());
@@ -106,19 +106,16 @@ void FrameDecoder::decodePacked(const DataBlock &block, std::span<std::byte> pac
     }
 }
 
-std::span<const std::byte> FrameDecoder::losslessStream(const DataBlock &block)
+void FrameDecoder::decodeLossless(const DataBlock &block)
 {
-    requirePlausible(block);
-    const auto data = readData(block);
     m_samples.resize(m_format.sampleCount());
-    const auto size = decodeLosslessJpeg(data, m_samples);
+    decodeLosslessJpeg(readData(block), m_samples);
     const bool tooLarge =
         std::any_of(m_samples.begin(), m_samples.end(),
                     [level = m_format.maxLevel()](std::uint16_t sample) { return sample > level; });
     if (tooLarge) {
         throw Error("has a lossless picture with levels beyond its depth");
     }
-    return data.first(size);
 }
 
 void FrameDecoder::requirePlausible(const DataBlock &block) const

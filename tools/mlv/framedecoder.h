@@ -46,12 +46,8 @@ public:
     /// justifies.
     void requirePlausible(const DataBlock &block) const;
 
-    /// The stream of a frame of a lossless-JPEG recording, without padding behind its end and
-    /// decoded once as a proof that it is whole. It stays until the next call. Throws Error when
-    /// the frame is damaged.
-    [[nodiscard]] std::span<const std::byte> losslessStream(const DataBlock &block);
-
 private:
+    void decodeLossless(const DataBlock &block);
     std::span<const std::byte> readData(const DataBlock &block);
 
     const Recording &m_recording;

@@ -211,8 +211,8 @@ void Recording::finishIndex()
     m_lens.sort();
     m_whiteBalance.sort();
     const std::size_t repeatedFrames = sortByNumber(m_video);
-    sortByNumber(m_audio);
-    warnOfLosses(repeatedFrames);
+    const std::size_t repeatedSounds = sortByNumber(m_audio);
+    warnOfLosses(repeatedFrames, repeatedSounds);
 }
 
 void Recording::dropShortFrames()
@@ -241,11 +241,11 @@ void Recording::warnOfEnd(const BlockWalk &walk, std::uint16_t chunk)
                              ": the " + rest + " from there on are not read");
     }
     if (walk.repaired()) {
-        m_warnings.push_back(name + " has filler blocks without a size, which were stepped over");
+        m_remarks.push_back(name + " has filler blocks without a size, which were stepped over");
     }
 }
 
-void Recording::warnOfLosses(std::size_t repeatedFrames)
+void Recording::warnOfLosses(std::size_t repeatedFrames, std::size_t repeatedSounds)
 {
     if (m_damagedBlocks > 0) {
         m_warnings.push_back(std::to_string(m_damagedBlocks) +
@@ -254,6 +254,10 @@ void Recording::warnOfLosses(std::size_t repeatedFrames)
     if (repeatedFrames > 0) {
         m_warnings.push_back(std::to_string(repeatedFrames) +
                              " frames have the number of a later one and are left out");
+    }
+    if (repeatedSounds > 0) {
+        m_warnings.push_back(std::to_string(repeatedSounds) +
+                             " sound blocks have the number of a later one and are left out");
     }
 }
 

@@ -61,9 +61,11 @@ public:
     /// Fills `bytes` with the first bytes of a block's data, at most block.size.
     void read(const DataBlock &block, std::span<std::byte> bytes) const;
 
-    /// What a person should know about the state of the recording: one sentence a line, naming no
+    /// What of the recording is lost or left out: one sentence a line, naming no
     /// path.
     [[nodiscard]] const std::vector<std::string> &warnings() const { return m_warnings; }
+    /// What is unusual about it, although nothing is lost, likewise.
+    [[nodiscard]] const std::vector<std::string> &remarks() const { return m_remarks; }
 
 private:
     void openContinuations(const std::filesystem::path &path);
@@ -76,7 +78,7 @@ private:
     void dropShortFrames();
     void finishIndex();
     void warnOfEnd(const BlockWalk &walk, std::uint16_t chunk);
-    void warnOfLosses(std::size_t repeatedFrames);
+    void warnOfLosses(std::size_t repeatedFrames, std::size_t repeatedSounds);
 
     std::vector<Chunk> m_chunks;
     DataIndex m_video;
@@ -93,6 +95,7 @@ private:
     Timeline<WhiteBalance> m_whiteBalance;
     std::size_t m_damagedBlocks = 0;
     std::vector<std::string> m_warnings;
+    std::vector<std::string> m_remarks;
 };
 
 } // namespace mlv

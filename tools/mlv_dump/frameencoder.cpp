@@ -20,9 +20,7 @@ std::span<const std::byte> FrameEncoder::encode(const PlannedFrame &frame)
     const auto &format = m_decoder.format();
     const bool isLossless = m_decoder.compression() == mlv::Compression::LosslessJpeg;
     const bool rowsEndWithWords = format.width * format.bitsPerSample % 16 == 0;
-    if (m_calibration.isEmpty() && isLossless) {
-        encodeLossless(frame);
-    } else if (m_calibration.isEmpty() && rowsEndWithWords) {
+    if (m_calibration.isEmpty() && !isLossless && rowsEndWithWords) {
         encodePacked(frame);
     } else {
         encodeSamples(frame);
@@ -31,30 +29,21 @@ std::span<const std::byte> FrameEncoder::encode(const PlannedFrame &frame)
 }
 
 /// Puts everything before the strip into the file and answers the place of the strip.
-std::span<std::byte> FrameEncoder::beginFile(const PlannedFrame &frame, std::size_t stripBytes,
-                                             bool isLosslessJpeg)
+std::span<std::byte> FrameEncoder::beginFile(const PlannedFrame &frame, std::size_t stripBytes)
 {
     const auto head =
-        dng::encodeFileHead(m_tags.image(frame.number, *frame.block, isLosslessJpeg),
-                            m_tags.exif(*frame.block), static_cast<std::uint32_t>(stripBytes));
+        dng::encodeFileHead(m_tags.image(frame.number, *frame.block), m_tags.exif(*frame.block),
+                            static_cast<std::uint32_t>(stripBytes));
     m_file.resize(head.size() + stripBytes);
     std::copy(head.begin(), head.end(), m_file.begin());
     return std::span(m_file).subspan(head.size());
-}
-
-/// A DNG has the very same lossless compression, so the stream goes in as it is.
-void FrameEncoder::encodeLossless(const PlannedFrame &frame)
-{
-    const auto stream = m_decoder.losslessStream(*frame.block);
-    const auto strip = beginFile(frame, stream.size(), true);
-    std::copy(stream.begin(), stream.end(), strip.begin());
 }
 
 /// A DNG has the same stream of bits, in words of the other byte order.
 void FrameEncoder::encodePacked(const PlannedFrame &frame)
 {
     m_decoder.requirePlausible(*frame.block);
-    const auto strip = beginFile(frame, m_decoder.format().packedBytes(), false);
+    const auto strip = beginFile(frame, m_decoder.format().packedBytes());
     m_decoder.decodePacked(*frame.block, strip);
     if (m_decoder.format().bitsPerSample != 16) {
         mlv::swapWordBytes(strip);
@@ -69,7 +58,7 @@ void FrameEncoder::encodeSamples(const PlannedFrame &frame)
     const auto width = static_cast<std::size_t>(format.width);
     const auto order =
         format.bitsPerSample == 16 ? mlv::WordOrder::LittleEndian : mlv::WordOrder::BigEndian;
-    auto strip = beginFile(frame, rowBytes() * static_cast<std::size_t>(format.height), false);
+    auto strip = beginFile(frame, rowBytes() * static_cast<std::size_t>(format.height));
     if (rowBytes() * 8 == width * static_cast<std::size_t>(format.bitsPerSample) &&
         rowBytes() % 2 == 0) {
         mlv::packSamples(samples, format.bitsPerSample, order, strip);

@@ -12,7 +12,9 @@
 
 namespace mlvdump {
 
-/// Makes DNG files of frames. It keeps its buffers from frame to frame: one encoder a thread.
+/// Makes DNG files of frames. Their samples are not compressed, whatever the recording's are: few
+/// readers take lossless JPEG in the shapes and with the predictors that cameras use. It keeps its
+/// buffers from frame to frame: one encoder a thread.
 class FrameEncoder
 {
 public:
@@ -24,9 +26,7 @@ public:
     [[nodiscard]] std::span<const std::byte> encode(const PlannedFrame &frame);
 
 private:
-    std::span<std::byte> beginFile(const PlannedFrame &frame, std::size_t stripBytes,
-                                   bool isLosslessJpeg);
-    void encodeLossless(const PlannedFrame &frame);
+    std::span<std::byte> beginFile(const PlannedFrame &frame, std::size_t stripBytes);
     void encodePacked(const PlannedFrame &frame);
     void encodeSamples(const PlannedFrame &frame);
     [[nodiscard]] std::size_t rowBytes() const;

@@ -50,14 +50,14 @@ FrameLevels frameLevels(const mlv::Recording &recording, const mlv::FrameFormat 
         // Samples well below it show that black was subtracted already.
         if (usual > 0 && survey->darkest >= usual - usual / 8) {
             format.blackLevel = usual;
-            levels.remarks.push_back("The recorded black level is 0; the samples begin at " +
+            levels.remarks.push_back("the recorded black level is 0; the samples begin at " +
                                      std::to_string(usual) + ", which is taken for it");
         }
     }
     if (white.kind == Kind::Auto && survey && survey->clip &&
         *survey->clip<recorded.whiteLevel && * survey->clip> format.blackLevel) {
         format.whiteLevel = *survey->clip;
-        levels.remarks.push_back("The recorded white level is " +
+        levels.remarks.push_back("the recorded white level is " +
                                  std::to_string(recorded.whiteLevel) + "; the sensor is full at " +
                                  std::to_string(*survey->clip) + ", which is taken for it");
     }

@@ -11,11 +11,15 @@ FramePlan planFrames(const mlv::DataIndex &frames, const FrameRange &range)
     std::uint32_t number = 0;
     std::size_t filled = 0;
     std::size_t jumps = 0;
-    const auto add = [&](const mlv::DataBlock &block) {
+    const auto add = [&](const mlv::DataBlock &block, std::uint64_t behind = 0) {
         const bool selected = range.contains(number);
+        if (selected && plan.frames.empty()) {
+            plan.startsBehind = static_cast<std::uint32_t>(behind);
+        }
         if (selected) {
             plan.frames.push_back({number, &block});
         }
+        plan.reachesEnd = selected;
         ++number;
         return selected;
     };
@@ -25,8 +29,8 @@ FramePlan planFrames(const mlv::DataIndex &frames, const FrameRange &range)
             ++jumps;
         } else {
             mayBeMissing -= gap;
-            for (std::uint64_t missing = 0; missing < gap; ++missing) {
-                filled += add(frames[i - 1]) ? 1U : 0U;
+            for (std::uint64_t missing = 1; missing <= gap; ++missing) {
+                filled += add(frames[i - 1], missing) ? 1U : 0U;
             }
         }
         add(frames[i]);

@@ -20,6 +20,8 @@ struct PlannedFrame
 struct FramePlan
 {
     std::vector<PlannedFrame> frames;
+    std::uint32_t startsBehind = 0;   ///< frames between the first one's block and itself
+    bool reachesEnd = false;          ///< holds the last frame of the recording
     std::vector<std::string> remarks; ///< what a person should know of it, a sentence each
 };
 

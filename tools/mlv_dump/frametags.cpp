@@ -117,6 +117,7 @@ void FrameTags::setShape(const mlv::FrameFormat &format)
     m_common.setLongs(tag::imageWidth, {width});
     m_common.setLongs(tag::imageLength, {height});
     m_common.setShorts(tag::bitsPerSample, {static_cast<std::uint16_t>(format.bitsPerSample)});
+    m_common.setShorts(tag::compression, {dng::compression::none});
     m_common.setShorts(tag::photometricInterpretation, {dng::photometric::colourFilterArray});
     m_common.setShorts(tag::fillOrder, {1});
     m_common.setShorts(tag::orientation, {1});
@@ -198,12 +199,9 @@ void FrameTags::setRate()
     }
 }
 
-dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block,
-                          bool isLosslessJpeg) const
+dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block) const
 {
     dng::Ifd image = m_common;
-    image.setShorts(tag::compression,
-                    {isLosslessJpeg ? dng::compression::losslessJpeg : dng::compression::none});
     image.setText(tag::dateTime, dateTime(block.timestamp));
 
     const auto *balance = m_recording.whiteBalance().at(block.timestamp);

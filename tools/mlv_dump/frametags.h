@@ -21,8 +21,7 @@ public:
               const ColourMatrix &matrix, const std::string &reelName);
 
     /// The image directory of the frame of that number from `block`, but for the strip.
-    [[nodiscard]] dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block,
-                                 bool isLosslessJpeg) const;
+    [[nodiscard]] dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block) const;
     [[nodiscard]] dng::Ifd exif(const mlv::DataBlock &block) const;
 
 private:

@@ -86,6 +86,10 @@ private:
             m_average = true;
         } else if (option == "--dng") {
             m_frames = true;
+        } else if (option == "--survey") {
+            m_survey = true;
+        } else if (option == "--verify") {
+            m_verify = true;
         } else if (option == "--no-cs") {
             // Chroma is never smoothed here; callers of other tools of this kind have to say so.
         } else if (option == "-s") {
@@ -177,6 +181,9 @@ private:
         if (m_help || m_version) {
             return m_help ? Mode::Help : Mode::Version;
         }
+        if (m_verify || m_survey) {
+            return m_verify ? Mode::Verify : Mode::Survey;
+        }
         if (m_metadataOnly) {
             return Mode::Report;
         }
@@ -200,6 +207,8 @@ private:
     bool m_metadataOnly = false;
     bool m_average = false;
     bool m_frames = false;
+    bool m_survey = false;
+    bool m_verify = false;
     bool m_help = false;
     bool m_version = false;
     Options m_options;
@@ -219,6 +228,8 @@ std::string_view usage()
 Reads an MLV recording with all its chunks (.MLV, .M00, .M01, ...).
 
   -m -v          print what stands in the recording
+  --survey       print which levels and which colour matrix of the recording can't be true
+  --verify       read all data, decode every frame and print what is lost
   --dng          write every frame as PREFIX000000.dng, ... and the sound as PREFIX.wav
   -a             write the average of all frames as a recording of one frame
   -s FILE        subtract the first frame of FILE, a dark frame

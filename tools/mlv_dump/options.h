@@ -19,6 +19,8 @@ enum class Mode {
     Report,  ///< what stands in the recording, no frame data read
     Frames,  ///< one DNG a frame, and the sound as a WAV
     Average, ///< one averaged frame as a recording
+    Survey,  ///< what the frames' tags would say otherwise than the recording
+    Verify,  ///< whether everything is there, all data read
     Rewrite, ///< all frames, calibrated and uncompressed, as a recording
 };
 

@@ -10,6 +10,16 @@ void Output::warning(std::string_view text)
     line("[WARNING] " + std::string(text));
 }
 
+void Output::note(std::string_view text)
+{
+    line("[NOTE] " + std::string(text));
+}
+
+void Output::loss(std::string_view text)
+{
+    line("[LOST] " + std::string(text));
+}
+
 void Output::error(std::string_view text)
 {
     line("[ERROR] " + std::string(text));

@@ -22,6 +22,10 @@ public:
 
     /// A line that a person should see and that does not stop the work.
     void warning(std::string_view text);
+    /// A line that a person may want to know, although nothing is wrong with the result.
+    void note(std::string_view text);
+    /// A line that says what of the recording is lost.
+    void loss(std::string_view text);
     /// A line that says why the run failed, when every other recording would fail with it.
     void error(std::string_view text);
     /// A line that says why the run failed, when that concerns this recording alone.

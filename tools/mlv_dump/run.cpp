@@ -9,6 +9,7 @@
 #include "mlv_dump/recordingwriter.h"
 #include "mlv_dump/report.h"
 #include "mlv_dump/sound.h"
+#include "mlv_dump/verification.h"
 
 #include <algorithm>
 #include <new>
@@ -35,6 +36,42 @@ std::vector<std::filesystem::path> references(const Options &options)
     return paths;
 }
 
+std::string remarkOn(const KnownMatrix &known)
+{
+    return "the recorded colour matrix is not that of an " + known.camera +
+           ", which is taken instead";
+}
+
+/// What the frames of a recording would be tagged with otherwise than it was recorded, sentences.
+std::vector<std::string> tagRemarks(const Options &options, const mlv::Recording &recording)
+{
+    auto remarks = frameLevels(recording, mlv::FrameDecoder(recording).format(), options.black,
+                               options.white, threadCount(options))
+                       .remarks;
+    if (const auto known = knownMatrix(recording); known && !options.keepsRecordedMatrix) {
+        remarks.push_back(remarkOn(*known));
+    }
+    return remarks;
+}
+
+/// Prints what is wrong with the recording. Answers whether something is lost.
+bool printFindings(const Options &options, const mlv::Recording &recording, Output &output)
+{
+    auto findings = verify(recording, threadCount(options), [&output](auto done, auto total) {
+        output.line("Checked " + std::to_string(done) + " of " + std::to_string(total) + " bytes");
+        output.flush();
+    });
+    for (const auto &loss : findings.losses) {
+        output.loss(loss);
+    }
+    const auto tags = tagRemarks(options, recording);
+    findings.remarks.insert(findings.remarks.end(), tags.begin(), tags.end());
+    for (const auto &remark : findings.remarks) {
+        output.note(remark);
+    }
+    return !findings.losses.empty();
+}
+
 /// The stages that need frame data.
 class FrameRun
 {
@@ -49,7 +86,7 @@ public:
         , m_calibration(options.dark, options.flat, m_levels.format)
     {
         for (const auto &remark : m_levels.remarks) {
-            output.line(remark);
+            output.note(remark);
         }
         if (m_calibration.flat()) {
             output.line(m_calibration.flat()->description());
@@ -59,20 +96,17 @@ public:
 
     std::size_t writeFrames()
     {
-        auto frames = plannedFrames();
+        auto plan = framePlan();
         // The sound comes first, so that it is there when the frames are.
         auto soundPath = m_options.output;
         soundPath += ".wav";
-        const double rate = m_recording.framesPerSecond();
-        const PictureTime picture{frames.front().block->timestamp,
-                                  rate > 0 ? static_cast<double>(frames.size()) / rate : 0};
-        writeSound(m_recording, picture, m_sources, soundPath, m_output);
+        writeSound(m_recording, pictureTime(plan), m_sources, soundPath, m_output);
 
         const FrameTags tags(m_recording, m_levels.format, matrix(),
                              m_options.input.stem().string());
         const Extraction::Job job{m_recording, m_calibration,    tags,
                                   m_sources,   m_options.output, threadCount(m_options)};
-        return Extraction(job, std::move(frames), m_output).run();
+        return Extraction(job, std::move(plan.frames), m_output).run();
     }
 
     std::size_t writeAverage()
@@ -89,7 +123,7 @@ public:
     std::size_t rewrite()
     {
         m_sources.requireOther(m_options.output);
-        const auto frames = plannedFrames();
+        const auto frames = framePlan().frames;
         RecordingWriter writer(m_recording, m_options.output,
                                static_cast<std::uint32_t>(frames.size()));
         for (const auto &frame : frames) {
@@ -118,22 +152,34 @@ private:
         if (!known) {
             return colourMatrix(*m_recording.rawInfo());
         }
-        m_output.line("The recorded colour matrix is not that of an " + known->camera +
-                      ", which is taken instead");
+        m_output.note(remarkOn(*known));
         return known->matrix;
     }
 
-    std::vector<PlannedFrame> plannedFrames()
+    FramePlan framePlan()
     {
         auto plan = planFrames(m_recording.videoFrames(), m_options.range);
         if (plan.frames.empty()) {
             throw mlv::Error("has none of the frames that are asked for");
         }
         for (const auto &remark : plan.remarks) {
-            m_output.line(remark);
+            m_output.note(remark);
         }
         m_output.flush();
-        return std::move(plan.frames);
+        return plan;
+    }
+
+    [[nodiscard]] PictureTime pictureTime(const FramePlan &plan) const
+    {
+        const double rate = m_recording.framesPerSecond();
+        const auto seconds = [rate](std::size_t frames) {
+            return rate > 0 ? static_cast<double>(frames) / rate : 0;
+        };
+        constexpr double aDay = 86400;
+        const auto behind =
+            static_cast<std::uint64_t>(1e6 * std::min(seconds(plan.startsBehind), aDay));
+        return {plan.frames.front().block->timestamp + behind, seconds(plan.frames.size()),
+                !plan.reachesEnd};
     }
 
     const Options &m_options;
@@ -164,6 +210,11 @@ std::size_t runMode(const Options &options, const mlv::Recording &recording, Out
         return FrameRun(options, recording, output).writeAverage();
     case Mode::Rewrite:
         return FrameRun(options, recording, output).rewrite();
+    case Mode::Survey:
+        for (const auto &remark : tagRemarks(options, recording)) {
+            output.note(remark);
+        }
+        return recording.videoFrames().size();
     default:
         return recording.videoFrames().size();
     }
@@ -198,11 +249,14 @@ std::optional<Failure> failureOf(Work work)
     }
 }
 
-/// Reports and frame runs are one of many: their reader goes on with the next recording. A run that
-/// makes one calibrated recording has no next one.
+/// The status of a verification that could not be begun.
+constexpr int unreadable = 2;
+
+/// Most runs are one of many: their reader goes on with the next recording. A run that makes one
+/// calibrated recording has no next one.
 bool isOneOfMany(Mode mode)
 {
-    return mode == Mode::Report || mode == Mode::Frames;
+    return mode != Mode::Average && mode != Mode::Rewrite;
 }
 
 } // namespace
@@ -210,15 +264,24 @@ bool isOneOfMany(Mode mode)
 int run(const Options &options, Output &output)
 {
     Summary summary;
+    bool isLossy = false;
     const auto work = [&] {
         const mlv::Recording recording(options.input);
-        for (const auto &warning : recording.warnings()) {
-            output.warning(warning);
+        summary.framesPerSecond = recording.framesPerSecond();
+        if (options.mode == Mode::Verify) {
+            requireReadableFrames(recording);
+            isLossy = printFindings(options, recording, output);
+            summary.frames = recording.videoFrames().size();
+            return;
+        }
+        for (const auto *sentences : {&recording.warnings(), &recording.remarks()}) {
+            for (const auto &sentence : *sentences) {
+                output.warning(sentence);
+            }
         }
         if (options.verbose) {
             printReport(recording, output);
         }
-        summary.framesPerSecond = recording.framesPerSecond();
         summary.frames = runMode(options, recording, output);
     };
     const auto failure = failureOf(work);
@@ -230,7 +293,10 @@ int run(const Options &options, Output &output)
     if (!failure || options.mode != Mode::Frames) {
         output.finish(summary);
     }
-    return failure ? 1 : 0;
+    if (options.mode == Mode::Verify && failure) {
+        return unreadable;
+    }
+    return failure || isLossy ? 1 : 0;
 }
 
 } // namespace mlvdump

@@ -57,6 +57,17 @@ std::int64_t leadBytes(std::uint64_t soundStart, std::uint64_t pictureStart,
     return std::llround(microseconds * info.samplesPerSecond / 1e6) * info.blockAlign;
 }
 
+/// Where the sound of a picture that is cut ends.
+std::uint64_t mostBytes(const PictureTime &picture, const mlv::WaveInfo &info)
+{
+    if (!picture.isCut || picture.seconds <= 0) {
+        return endless;
+    }
+    constexpr double aDay = 86400;
+    const auto samples = std::llround(std::min(picture.seconds, aDay) * info.samplesPerSecond);
+    return static_cast<std::uint64_t>(samples) * info.blockAlign;
+}
+
 void writeSilence(output::OutputFile &file, std::uint64_t bytes, const mlv::WaveInfo &info)
 {
     // 8-bit samples are unsigned in a WAV file.
@@ -74,7 +85,7 @@ void writePlan(const mlv::Recording &recording, const SoundPlan &plan, const mlv
     std::vector<std::byte> data;
     for (const auto &piece : plan.pieces) {
         writeSilence(file, piece.silence, info);
-        data.resize(piece.block->size);
+        data.resize(std::size_t{piece.skip} + piece.bytes);
         recording.read(*piece.block, data);
         file.write(std::span<const std::byte>(data).subspan(piece.skip));
     }
@@ -105,7 +116,8 @@ void writeSound(const mlv::Recording &recording, const PictureTime &picture,
         mostSilence += block.size;
     }
     const auto lead = leadBytes(blocks.front().timestamp, picture.start, info);
-    auto plan = planSound(blocks, lead, std::min(mostSilence, maxDataBytes));
+    auto plan =
+        planSound(blocks, lead, std::min(mostSilence, maxDataBytes), mostBytes(picture, info));
     for (const auto &warning : plan.warnings) {
         output.warning(warning);
     }

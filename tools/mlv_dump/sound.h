@@ -14,10 +14,12 @@ struct PictureTime
 {
     std::uint64_t start; ///< microseconds on the recording's clock
     double seconds;
+    bool isCut; ///< the recording goes on behind it
 };
 
 /// Writes the sound of the recording as a WAV file, if it has any. The sound starts where the
-/// picture starts: silence is put in front or sound is left out there. Lost sound blocks leave
+/// picture starts: silence is put in front or sound is left out there. It ends with the recording,
+/// or with a picture that is cut. Lost sound blocks leave
 /// silence. Throws RefusedOutput, output::WriteError or mlv::ReadError.
 void writeSound(const mlv::Recording &recording, const PictureTime &picture,
                 const SourceFiles &sources, const std::filesystem::path &path, Output &output);

@@ -5,14 +5,30 @@
 
 namespace mlvdump {
 
-SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead, std::uint64_t mostSilence)
+namespace {
+
+/// Appends as much of the piece as there is room for.
+void append(SoundPlan &plan, SoundPiece piece, std::uint64_t mostBytes)
+{
+    piece.silence = std::min(piece.silence, mostBytes - plan.bytes);
+    plan.bytes += piece.silence;
+    piece.bytes =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(piece.bytes, mostBytes - plan.bytes));
+    plan.bytes += piece.bytes;
+    plan.pieces.push_back(piece);
+}
+
+} // namespace
+
+SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead, std::uint64_t mostSilence,
+                    std::uint64_t mostBytes)
 {
     SoundPlan plan;
     std::uint64_t toSkip = lead < 0 ? static_cast<std::uint64_t>(-lead) : 0;
     std::uint64_t silenceLeft = mostSilence;
     std::size_t lost = 0;
     std::size_t jumps = 0;
-    for (std::size_t i = 0; i < blocks.size(); ++i) {
+    for (std::size_t i = 0; i < blocks.size() && plan.bytes < mostBytes; ++i) {
         const auto &block = blocks[i];
         std::uint64_t silence = lead > 0 && i == 0 ? static_cast<std::uint64_t>(lead) : 0;
         if (i > 0) {
@@ -29,8 +45,7 @@ SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead, std::uint64
         toSkip -= skippedSilence;
         const auto skip = static_cast<std::uint32_t>(std::min<std::uint64_t>(toSkip, block.size));
         toSkip -= skip;
-        plan.pieces.push_back({silence - skippedSilence, &block, skip});
-        plan.bytes += silence - skippedSilence + block.size - skip;
+        append(plan, {silence - skippedSilence, &block, skip, block.size - skip}, mostBytes);
     }
     if (lost > 0) {
         plan.warnings.push_back(std::to_string(lost) + " lost sound blocks are silent");

@@ -4,17 +4,19 @@
 #include "mlv/recording.h"
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
 namespace mlvdump {
 
-/// A stretch of the sound: some silence, then the data of a block from `skip` on.
+/// A stretch of the sound: some silence, then `bytes` of a block's data from `skip` on.
 struct SoundPiece
 {
     std::uint64_t silence; ///< bytes
     const mlv::DataBlock *block;
-    std::uint32_t skip; ///< bytes, at most block->size
+    std::uint32_t skip;  ///< bytes
+    std::uint32_t bytes; ///< skip + bytes are at most block->size
 };
 
 struct SoundPlan
@@ -24,11 +26,13 @@ struct SoundPlan
     std::vector<std::string> warnings; ///< a sentence each
 };
 
+inline constexpr auto endless = std::numeric_limits<std::uint64_t>::max();
+
 /// Lays the blocks out so that the sound starts `lead` bytes behind the picture, or before it when
 /// `lead` is negative: then the sound before the picture is left out. A lost block leaves silence
 /// of the size of the first one. More silence than `mostSilence` bytes in one place cannot be true
-/// and is left out. The blocks outlive the plan.
+/// and is left out. What lies behind `mostBytes` is cut off. The blocks outlive the plan.
 [[nodiscard]] SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead,
-                                  std::uint64_t mostSilence);
+                                  std::uint64_t mostSilence, std::uint64_t mostBytes = endless);
 
 } // namespace mlvdump

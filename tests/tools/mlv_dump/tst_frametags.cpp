@@ -92,7 +92,7 @@ private:
         const FrameTags tags(recording, mlv::frameFormat(*recording.rawInfo()),
                              mlvdump::colourMatrix(*recording.rawInfo()), reelName);
         const mlv::DataBlock block{0, timestamp, 0, number, 0};
-        return {tags.image(number, block, false), tags.exif(block)};
+        return {tags.image(number, block), tags.exif(block)};
     }
 
     QTemporaryDir m_folder;

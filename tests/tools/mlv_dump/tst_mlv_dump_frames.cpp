@@ -30,6 +30,8 @@ private Q_SLOTS:
 
     void rawValuesAreThoseOfTheRecording_data();
     void rawValuesAreThoseOfTheRecording();
+    void losslessFramesAreWrittenUncompressed_data();
+    void losslessFramesAreWrittenUncompressed();
     void uncompressedValuesAreThoseThatFfmpegReads_data();
     void uncompressedValuesAreThoseThatFfmpegReads();
     void droppedFrameRepeatsTheOneBefore();
@@ -112,6 +114,27 @@ void TestMlvDumpFrames::rawValuesAreThoseOfTheRecording()
                               .arg(i, 6, 10, QLatin1Char('0'));
         QCOMPARE(readDng(out(dngName(i))).largestDifference(readPackedPgm(testData(path))), 0);
     }
+}
+
+void TestMlvDumpFrames::losslessFramesAreWrittenUncompressed_data()
+{
+    QTest::addColumn<QString>("recording");
+    QTest::addColumn<int>("bits");
+    QTest::newRow("14 bits") << QStringLiteral("lossless14") << 14;
+    QTest::newRow("12 bits") << QStringLiteral("lossless12") << 12;
+}
+
+// Many converters refuse the shapes and predictors of lossless JPEG that cameras use.
+void TestMlvDumpFrames::losslessFramesAreWrittenUncompressed()
+{
+    QFETCH(QString, recording);
+    QFETCH(int, bits);
+    const auto path = testData(QStringLiteral("recordings/%1.MLV").arg(recording));
+    QCOMPARE(extract(path).status, 0);
+    QCOMPARE(exif("Compression", 0), QStringLiteral("1"));
+    const int samples = exif("ImageWidth", 0).toInt() * exif("ImageHeight", 0).toInt();
+    QVERIFY(samples > 0);
+    QCOMPARE(exif("StripByteCounts", 0).toInt(), samples * bits / 8);
 }
 
 void TestMlvDumpFrames::uncompressedValuesAreThoseThatFfmpegReads_data()

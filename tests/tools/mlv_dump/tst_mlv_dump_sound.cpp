@@ -46,6 +46,8 @@ private Q_SLOTS:
     void laterSoundStartsWithSilence();
     void earlierSoundStartsWithThePicture();
     void soundStartsWithTheFirstSelectedFrame();
+    void soundEndsWithTheLastSelectedFrame();
+    void soundStartsWithinAGap();
     void lostBlockIsSilent();
     void silenceOf8BitSoundIsItsMiddle();
     void oddSizeIsPadded();
@@ -139,6 +141,28 @@ void TestMlvDumpSound::soundStartsWithTheFirstSelectedFrame()
     builder.addFrame(1, 3000).addSound(0, QByteArray(640, 'a') + QByteArray(40, 'b'), 0);
     extract(builder, {QStringLiteral("-f"), QStringLiteral("1-0")});
     QCOMPARE(samples(), QByteArray(40, 'b'));
+}
+
+void TestMlvDumpSound::soundEndsWithTheLastSelectedFrame()
+{
+    auto builder = recording(); // 25 frames a second: 640 bytes of sound each
+    builder.addFrame(1, 3000).addFrame(2, 3000);
+    builder.addSound(0, QByteArray(640, 'a') + QByteArray(640, 'b') + QByteArray(900, 'c'), 0);
+    extract(builder, {QStringLiteral("-f"), QStringLiteral("1-1")});
+    QCOMPARE(samples(), QByteArray(640, 'b'));
+    extract(builder, {QStringLiteral("-f"), QStringLiteral("1")});
+    QCOMPARE(samples(), QByteArray(640, 'a') + QByteArray(640, 'b'));
+    extract(builder, {QStringLiteral("-f"), QStringLiteral("2-2")});
+    QCOMPARE(samples(), QByteArray(900, 'c')); // the recording's own end
+}
+
+void TestMlvDumpSound::soundStartsWithinAGap()
+{
+    auto builder = recording();
+    builder.addFrame(3, 3000);
+    builder.addSound(0, QByteArray(640, 'a') + QByteArray(640, 'b') + QByteArray(1280, 'c'), 0);
+    extract(builder, {QStringLiteral("-f"), QStringLiteral("1-1")});
+    QCOMPARE(samples(), QByteArray(640, 'b'));
 }
 
 void TestMlvDumpSound::lostBlockIsSilent()

@@ -23,7 +23,7 @@ QString listed(const SoundPlan &plan)
 {
     QStringList list;
     for (const auto &piece : plan.pieces) {
-        list.append(QStringLiteral("%1+%2").arg(piece.silence).arg(piece.block->size - piece.skip));
+        list.append(QStringLiteral("%1+%2").arg(piece.silence).arg(piece.bytes));
     }
     return list.join(QLatin1Char(' '));
 }
@@ -48,6 +48,7 @@ private Q_SLOTS:
     void lostBlockBeforeThePictureLeavesNone();
     void firstNumberMeansNothing();
     void silenceThatCannotBeTrueIsLeftOut();
+    void soundBehindTheEndIsCutOff();
     void bytesAreCounted();
 };
 
@@ -101,6 +102,20 @@ void TestSoundPlan::silenceThatCannotBeTrueIsLeftOut()
     QCOMPARE(listed(plan), QStringLiteral("0+100 0+100"));
     QCOMPARE(plan.warnings.size(), std::size_t{1});
     QVERIFY(plan.warnings[0].find("in 2 places") != std::string::npos);
+}
+
+void TestSoundPlan::soundBehindTheEndIsCutOff()
+{
+    const auto cut = [](qint64 lead, quint64 mostBytes) {
+        const auto blocks = blocksOf({{0, 100}, {2, 100}, {3, 100}});
+        const auto plan = mlvdump::planSound(blocks, lead, plenty, mostBytes);
+        return listed(plan) + QStringLiteral("=%1").arg(plan.bytes);
+    };
+    QCOMPARE(cut(0, 230), QStringLiteral("0+100 100+30=230"));
+    QCOMPARE(cut(0, 150), QStringLiteral("0+100 50+0=150"));
+    QCOMPARE(cut(30, 20), QStringLiteral("20+0=20"));
+    QCOMPARE(cut(-50, 60), QStringLiteral("0+50 10+0=60"));
+    QCOMPARE(cut(0, 1000), QStringLiteral("0+100 100+100 0+100=400"));
 }
 
 void TestSoundPlan::bytesAreCounted()

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#include "app/verificationqueue.h"
+
+#include <QFileInfo>
+
+namespace filmwright {
+
+VerificationQueue::VerificationQueue()
+{
+    connect(&m_check, &RecordingCheck::progressed, this, &VerificationQueue::changed);
+    connect(&m_check, &RecordingCheck::ended, this, &VerificationQueue::noteResult,
+            Qt::QueuedConnection); // the tool can be started again then
+}
+
+void VerificationQueue::add(const QStringList &recordings)
+{
+    const bool idle = !isRunning();
+    for (const QString &recording : recordings) {
+        if (!m_waiting.contains(recording)) {
+            m_results.remove(recording);
+            m_waiting << recording;
+        }
+    }
+    if (idle)
+        next();
+    Q_EMIT changed();
+}
+
+void VerificationQueue::stop()
+{
+    m_waiting.clear();
+    m_check.abort();
+    Q_EMIT changed();
+}
+
+void VerificationQueue::next()
+{
+    if (isRunning())
+        m_check.check(m_waiting.constFirst(), RecordingCheck::Everything);
+}
+
+void VerificationQueue::noteResult()
+{
+    if (!isRunning() || m_check.isRunning())
+        return; // it was stopped meanwhile
+    m_results.insert(m_waiting.takeFirst(), m_check.result());
+    next();
+    Q_EMIT changed();
+}
+
+int VerificationQueue::percent() const
+{
+    return m_check.bytes() == 0 ? 0 : static_cast<int>(100 * m_check.bytesDone() / m_check.bytes());
+}
+
+QString VerificationQueue::stateText(const QString &recording) const
+{
+    if (isRunning() && recording == m_waiting.constFirst())
+        return tr("Verifying, %1 %").arg(percent());
+    if (m_waiting.contains(recording))
+        return tr("Waiting for verification");
+    const auto found = result(recording);
+    if (!found)
+        return {};
+    switch (found->verdict) {
+    case CheckResult::Whole:
+        return tr("Verified: whole");
+    case CheckResult::Lossy:
+        return tr("Verified: not whole");
+    case CheckResult::Unusable:
+        break;
+    }
+    return tr("Verified: unreadable");
+}
+
+std::optional<CheckResult> VerificationQueue::result(const QString &recording) const
+{
+    const auto found = m_results.constFind(recording);
+    return found == m_results.cend() ? std::nullopt : std::optional(*found);
+}
+
+QString VerificationQueue::statusText() const
+{
+    if (!isRunning())
+        return {};
+    const QString status =
+        tr("Verifying %1, %2 %").arg(QFileInfo(m_waiting.constFirst()).fileName()).arg(percent());
+    const qsizetype more = m_waiting.size() - 1;
+    return more == 0 ? status : tr("%1, %2 more").arg(status).arg(more);
+}
+
+} // namespace filmwright

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "project/framesize.h"
+
+#include "encoding/ffmpegarguments.h"
+#include "mlvdump/mlvdumpreport.h"
+
+#include <QTest>
+
+using namespace filmwright;
+
+namespace {
+
+MlvMetadata recording(const char *resolution, QSize sampling = {}, QRect active = {})
+{
+    MlvMetadata metadata;
+    metadata.resolution = QString::fromLatin1(resolution);
+    metadata.sampling = sampling;
+    metadata.activeArea = active;
+    return metadata;
+}
+
+} // namespace
+
+class TestFrameSize : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void sizeOfDevelopedFrames_data()
+    {
+        QTest::addColumn<MlvMetadata>("metadata");
+        QTest::addColumn<QSize>("size");
+        QTest::newRow("plain") << recording("1920x1080") << QSize(1920, 1080);
+        QTest::newRow("nothing known") << recording("") << QSize();
+        QTest::newRow("lines skipped as columns")
+            << recording("1736x1156", QSize(3, 3)) << QSize(1736, 1156);
+        QTest::newRow("more lines skipped")
+            << recording("1736x694", QSize(3, 5)) << QSize(1736, 1156);
+        QTest::newRow("stretch to an odd height, up")
+            << recording("320x430", QSize(3, 5)) << QSize(320, 716);
+        QTest::newRow("stretch to an odd height, down")
+            << recording("320x436", QSize(3, 5)) << QSize(320, 726);
+        QTest::newRow("columns binned") << recording("640x1080", QSize(3, 1)) << QSize(1920, 1080);
+        QTest::newRow("active area within")
+            << recording("100x80", {}, QRect(3, 2, 97, 78)) << QSize(97, 78);
+        QTest::newRow("active area of a larger read-out")
+            << recording("100x80", {}, QRect(72, 28, 1735, 1159)) << QSize(100, 80);
+        QTest::newRow("stretched active area")
+            << recording("100x80", QSize(3, 5), QRect(2, 2, 97, 78)) << QSize(97, 130);
+    }
+
+    void sizeOfDevelopedFrames()
+    {
+        QFETCH(MlvMetadata, metadata);
+        QTEST(developedSize(metadata), "size");
+    }
+
+    void oddSidesAreNoMov()
+    {
+        for (const QSize size : {QSize(5, 2), QSize(4, 3), QSize(5, 3)}) {
+            QCOMPARE(sizeProblem(size, MovieFormatMOV),
+                     QStringLiteral("MOV holds no frames of %1x%2 pixels: both have to be even; "
+                                    "choose AVI")
+                         .arg(size.width())
+                         .arg(size.height()));
+            QCOMPARE(sizeProblem(size, MovieFormatAVI), QString());
+        }
+        QCOMPARE(sizeProblem(QSize(4, 2), MovieFormatMOV), QString());
+        QCOMPARE(sizeProblem(QSize(), MovieFormatMOV), QString());
+    }
+};
+
+QTEST_APPLESS_MAIN(TestFrameSize)
+#include "tst_framesize.moc"
