@@ -31,6 +31,11 @@ _filmwright_cli_choices()
     "${COMP_WORDS[0]}" "$1" --help 2>/dev/null | sed -n "s/^ *$2 <\([^>]*\)>.*/\1/p" | tr '|' ' '
 }
 
+_filmwright_cli_recipes()
+{
+    "${COMP_WORDS[0]}" recipes 2>/dev/null | cut -d' ' -f1
+}
+
 _filmwright_cli()
 {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
@@ -38,7 +43,7 @@ _filmwright_cli()
     COMPREPLY=()
 
     if [[ $COMP_CWORD -eq 1 ]]; then
-        _filmwright_cli_words "$word" convert info encoders tools --help --version
+        _filmwright_cli_words "$word" convert info recipes encoders tools --help --version
         return
     fi
     case $command:$previous in
@@ -49,6 +54,11 @@ _filmwright_cli()
         convert:--jobs) _filmwright_cli_words "$word" auto "$(seq "$(nproc)")"; return ;;
         convert:--dark | convert:--flat | convert:--flat-dark)
             _filmwright_cli_paths "$word" '*.mlv'
+            return
+            ;;
+        convert:--recipe)
+            _filmwright_cli_paths "$word" '*.recipe'
+            mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W "$(_filmwright_cli_recipes)" -- "$word")
             return
             ;;
         convert:--temp-dir) _filmwright_cli_paths "$word" ''; return ;;

@@ -131,14 +131,16 @@ QStringList outcomeTable(const QList<RecordingOutcome> &outcomes)
     return table;
 }
 
-QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status)
+QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status, const QString &recipe)
 {
     QJsonArray recordings;
     for (const RecordingOutcome &outcome : outcomes)
         recordings.append(objectOf(outcome));
-    return QJsonDocument(
-               {{QStringLiteral("status"), status}, {QStringLiteral("recordings"), recordings}})
-        .toJson();
+    QJsonObject report{{QStringLiteral("status"), status},
+                       {QStringLiteral("recordings"), recordings}};
+    if (!recipe.isEmpty())
+        report.insert(QStringLiteral("recipe"), recipe);
+    return QJsonDocument(report).toJson();
 }
 
 QString reportHindrance(const QString &path)

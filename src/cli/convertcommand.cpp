@@ -119,12 +119,14 @@ private:
         if (m_options.report.isEmpty())
             return status;
         const QString problem =
-            writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status));
+            writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status, recipeName()));
         if (problem.isEmpty())
             return status;
         tellProblem(problem);
         return status == ExitSuccess ? ExitFailed : status;
     }
+
+    QString recipeName() const { return m_settings.recipe ? m_settings.recipe->id : QString(); }
 
     bool isForScripts() const { return m_options.progress == ProgressStyle::Json; }
 
@@ -144,6 +146,17 @@ private:
     bool m_ended = false;
 };
 
+/// Before the work, not after hours of it.
+bool checkRecipe(const std::optional<Recipe> &recipe)
+{
+    if (!recipe)
+        return true;
+    const QString lack = lackOf(FFmpegTask::ffmpegTask()->readEncoders(), *recipe);
+    if (!lack.isEmpty())
+        printProblem(text("the recipe %1 can't be used: %2").arg(recipe->id, lack));
+    return lack.isEmpty();
+}
+
 } // namespace
 
 int runConvert(const QStringList &arguments)
@@ -151,7 +164,8 @@ int runConvert(const QStringList &arguments)
     ConvertOptions options;
     if (const auto ending = readConvertOptions(arguments, options))
         return *ending;
-    if (!checkTools(MLVProjectController::toolNames(options.settings.blendsAlternatingRows)))
+    if (!checkTools(MLVProjectController::toolNames(options.settings.blendsAlternatingRows)) ||
+        !checkRecipe(options.settings.recipe))
         return ExitUnusable;
     QList<Unreachable> unreachable;
     // The averages and frames of an earlier run are no recordings.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/convertoptions.h"
 
+#include "encoding/recipes.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -67,6 +69,7 @@ int jobsOf(const QString &value, QString &problem)
 
 const QString format = QStringLiteral("format");
 const QString quality = QStringLiteral("quality");
+const QString recipe = QStringLiteral("recipe");
 const QString dark = QStringLiteral("dark");
 const QString flat = QStringLiteral("flat");
 const QString flatDark = QStringLiteral("flat-dark");
@@ -87,6 +90,10 @@ void describe(QCommandLineParser &parser)
          movieExtensions().join(QLatin1Char('|')), QStringLiteral("mov")},
         {quality, text("Movie quality: high (default) or maximum."), text("high|maximum"),
          QStringLiteral("high")},
+        {recipe,
+         text("Make the movie by this recipe, in place of format and quality; the command recipes "
+              "lists them."),
+         text("name|file")},
         {dark, text("A recording with the lens covered, to be subtracted."), file},
         {flat, text("A recording of an even surface, to be divided by."), file},
         {flatDark, text("A dark recording for the flat."), file},
@@ -116,6 +123,19 @@ void describe(QCommandLineParser &parser)
     parser.addPositionalArgument(text("path"), text("Recordings, or folders to be searched."));
 }
 
+/// Nothing without the option; a problem when the recipe can't be used.
+std::optional<Recipe> recipeOf(const QCommandLineParser &parser, QString &problem)
+{
+    if (!parser.isSet(recipe))
+        return std::nullopt;
+    const RecipeFile found = findRecipe(parser.value(recipe));
+    if (!found.problem.isEmpty())
+        problem = found.problem;
+    else if (parser.isSet(format) || parser.isSet(quality))
+        problem = text("--recipe takes the place of --format and --quality");
+    return found.recipe;
+}
+
 /// Returns what is wrong with the values, or an empty string.
 QString take(const QCommandLineParser &parser, ConvertOptions &options)
 {
@@ -128,6 +148,7 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     settings.format = choose(format, parser.value(format), movieExtensions(), problem);
     settings.quality = choose(quality, parser.value(quality),
                               {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
+    settings.recipe = recipeOf(parser, problem);
     settings.calibration = {absolutePath(parser.value(dark)), absolutePath(parser.value(flat)),
                             absolutePath(parser.value(flatDark))};
     settings.mergesNeighbours = parser.isSet(hdr);

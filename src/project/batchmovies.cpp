@@ -32,7 +32,7 @@ QString BatchMovies::claim(const QString &recording, const ConversionSettings &s
         return text("its name doesn't end in .mlv");
     if (!settings.calibration.isEmpty() && isAverageName(QFileInfo(recording).fileName()))
         return text("an averaged calibration recording is kept under its name; rename it");
-    const QString movie = moviePathFor(recording, settings.format);
+    const QString movie = moviePathFor(recording, settings);
     // One folder may have been reached on two ways.
     const QFileInfo file(movie);
     const QString identity =

@@ -2,9 +2,12 @@
 #pragma once
 
 #include "encoding/ffmpegarguments.h"
+#include "encoding/recipe.h"
 
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 namespace filmwright {
 
@@ -32,6 +35,7 @@ struct ConversionSettings
 {
     qint32 format = MovieFormatMOV;
     qint32 quality = MovieQualityHigh;
+    std::optional<Recipe> recipe; ///< in place of format and quality
     CalibrationChoice calibration;
     bool mergesNeighbours = false;
     bool blendsAlternatingRows = false;
@@ -39,6 +43,9 @@ struct ConversionSettings
     bool keepsFinishedWork = false;   ///< the working folder of a movie that is written
     bool keepsUnfinishedWork = false; ///< that of a recording without its movie, for the next run
 };
+
+/// Where the recording's movie goes.
+QString moviePathFor(const QString &recording, const ConversionSettings &settings);
 
 /// Hands a project all of the settings that are its own.
 void configure(MLVProjectController &project, const ConversionSettings &settings);

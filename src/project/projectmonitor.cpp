@@ -38,6 +38,23 @@ int countFrames(const QString &folder)
         }));
 }
 
+/// Formats with fewer samples of colour than of luma share one among two columns, or two rows, too.
+QString sizeProblem(const Recipe &recipe, const QImage &image)
+{
+    const QString format = recipe.pixelFormat();
+    const bool shareRows = format.contains(QLatin1String("420"));
+    const bool shareColumns = shareRows || format.contains(QLatin1String("422"));
+    if (recipe.developsHalfSize()) // cut to even sides
+        return {};
+    if ((!shareColumns || image.width() % 2 == 0) && (!shareRows || image.height() % 2 == 0))
+        return {};
+    return ProjectMonitor::tr("%1 holds no frames of %2x%3 pixels: odd sides need a recipe of "
+                              "4:4:4 or RGB, such as prores-4444 or ffv1")
+        .arg(recipe.name)
+        .arg(image.width())
+        .arg(image.height());
+}
+
 } // namespace
 
 QString reasonOf(const QString &errorLine)
@@ -205,6 +222,9 @@ void ProjectMonitor::checkImage(const QImage &image)
         // The frames that follow would fail, too, each after all its work.
         if (isTemporaryDirectoryFull(m_project))
             fail(failureOf(dcraw, tr("dcraw could not write a frame")));
+    } else if (m_project.recipe()) {
+        if (const QString problem = sizeProblem(*m_project.recipe(), image); !problem.isEmpty())
+            fail({problem});
     } else if (m_project.movieFormat() != MovieFormatAVI &&
                (image.width() % 2 != 0 || image.height() % 2 != 0)) {
         fail({tr("MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
@@ -276,8 +296,7 @@ Failure ProjectMonitor::encodingFailure() const
     const auto frames = framesOfFinishedMovie(encoder.moviePath());
     if (!frames)
         return failureOf(ffmpeg, tr("ffmpeg left its movie unfinished"));
-    // Merging neighbours costs a frame.
-    const int wanted = m_project.framesToConvert() - (m_project.dualISO() ? 1 : 0);
+    const int wanted = m_project.framesOfMovie();
     const auto encoded = static_cast<qint64>(*frames);
     if (encoded == wanted)
         return {};

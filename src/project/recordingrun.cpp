@@ -200,8 +200,7 @@ void RecordingRun::noteOutcome(const Failure &failure)
     if (!failure.isEmpty())
         return;
     m_outcome.movie = m_project.moviePath();
-    // Merging neighbours costs a frame.
-    m_outcome.frames = m_project.framesToConvert() - (m_settings.mergesNeighbours ? 1 : 0);
+    m_outcome.frames = m_project.framesOfMovie();
 }
 
 void RecordingRun::stop()

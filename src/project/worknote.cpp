@@ -37,6 +37,9 @@ void claimUnfinishedWork(const QString &recording, const ConversionSettings &set
     for (const QString &path : {calibration.dark, calibration.flat, calibration.flatDark})
         note += path.isEmpty() ? QByteArrayLiteral("\n") : recordingIdentity(path);
     note += settings.blendsAlternatingRows ? "blended\n" : "as recorded\n";
+    if (const QStringList develop = settings.recipe ? settings.recipe->develop : QStringList();
+        !develop.isEmpty())
+        note += "developed " + develop.join(QLatin1Char(' ')).toUtf8() + '\n';
     QFile existing(notePath(workingFolder));
     const bool same = existing.open(QIODevice::ReadOnly) && existing.readAll() == note;
     if (same && !(settings.blendsAlternatingRows && mayBeHalfBlended(workingFolder)))
