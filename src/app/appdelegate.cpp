@@ -59,6 +59,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_preprocessUi->setupUi(m_preprocessPanel.get());
     for (const QString &extension : movieExtensions())
         m_ui->movieFormatPopUpButton->addItem(extension.toUpper());
+    fillRecipes();
     m_statusTimer.setInterval(statusInterval);
     connectWindow();
     m_memory.restore();
@@ -121,6 +122,8 @@ void AppDelegate::connectWindow()
     connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
             &AppDelegate::checkPreprocessTask, Qt::QueuedConnection);
 
+    connect(m_ui->movieRecipePopUpButton, &QComboBox::currentIndexChanged, this,
+            &AppDelegate::enableFormats);
     connect(m_prefUi->prefTempFolderPopUpButton, &QComboBox::activated, this,
             &AppDelegate::prefTempFolderPopUpButtonChanged);
     connect(m_prefUi->prefTempFolderButton, &QPushButton::clicked, this,

@@ -6,6 +6,7 @@
 #include "app/queuetableview.h"
 #include "desktop/desktopnotification.h"
 #include "desktop/displaysleep.h"
+#include "encoding/recipes.h"
 #include "runner/systemlog.h"
 #include "sluice/slpipeline.h"
 #include "ui_mainwindow.h"
@@ -57,7 +58,7 @@ void AppDelegate::startBatch()
     const bool blends =
         std::any_of(m_projectList->cbegin(), m_projectList->cend(),
                     [](const auto &project) { return project->blendsAlternatingRows(); });
-    if (!checkTools(MLVProjectController::toolNames(blends)))
+    if (!checkTools(MLVProjectController::toolNames(blends)) || !takeRecipe())
         return;
 
     enableButtons(false);
@@ -128,6 +129,7 @@ ConversionSettings AppDelegate::settingsFor(const MLVProjectController &controll
     ConversionSettings settings;
     settings.format = selectedValue(*m_ui->movieFormatPopUpButton);
     settings.quality = selectedValue(*m_ui->movieQualityPopUpButton);
+    settings.recipe = m_recipe;
     settings.calibration = calibration();
     settings.mergesNeighbours = controller.dualISO();
     settings.blendsAlternatingRows = controller.blendsAlternatingRows();
@@ -174,8 +176,48 @@ void AppDelegate::enableButtons(bool enable)
     m_ui->startStopItem->setIcon(
         QIcon(enable ? QStringLiteral(":/images/Encode") : QStringLiteral(":/images/stopencode")));
     m_ui->startStopItem->setText(enable ? QStringLiteral("Start") : QStringLiteral("Stop"));
+    m_ui->movieRecipePopUpButton->setEnabled(enable);
+    enableFormats();
+}
+
+/// Format and quality have no say where there is a recipe.
+void AppDelegate::enableFormats()
+{
+    const QComboBox &recipes = *m_ui->movieRecipePopUpButton;
+    const bool enable = recipes.isEnabled() && recipes.currentIndex() == 0;
     m_ui->movieFormatPopUpButton->setEnabled(enable);
     m_ui->movieQualityPopUpButton->setEnabled(enable);
+}
+
+void AppDelegate::fillRecipes()
+{
+    QComboBox &popUp = *m_ui->movieRecipePopUpButton;
+    const QList<RecipeFile> recipes = foundRecipes();
+    for (const RecipeFile &file : recipes) {
+        popUp.addItem(file.recipe.name, file.recipe.id);
+        popUp.setItemData(popUp.count() - 1,
+                          file.problem.isEmpty() ? file.recipe.description : file.problem,
+                          Qt::ToolTipRole);
+    }
+}
+
+/// The chosen recipe is the batch's. Its file is read anew: it may have been mended since.
+bool AppDelegate::takeRecipe()
+{
+    m_recipe.reset();
+    const QString chosen = m_ui->movieRecipePopUpButton->currentData().toString();
+    if (chosen.isEmpty())
+        return true;
+    const RecipeFile file = findRecipe(chosen);
+    const QString problem = file.problem.isEmpty()
+                                ? lackOf(FFmpegTask::ffmpegTask()->readEncoders(), file.recipe)
+                                : file.problem;
+    if (problem.isEmpty())
+        m_recipe = file.recipe;
+    else
+        m_alerts.runAlert(tr("The recipe %1 can't be used").arg(file.recipe.name), problem,
+                          QStringLiteral("Ok"));
+    return problem.isEmpty();
 }
 
 bool AppDelegate::checkCalibrationIntegrity() const

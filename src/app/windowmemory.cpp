@@ -17,6 +17,7 @@ const QString splitterKey = QStringLiteral("Splitter");
 const QString columnsKey = QStringLiteral("Columns");
 const QString formatKey = QStringLiteral("MovieFormat");
 const QString qualityKey = QStringLiteral("MovieQuality");
+const QString recipeKey = QStringLiteral("MovieRecipe");
 
 } // namespace
 
@@ -30,6 +31,9 @@ void WindowMemory::restore() const
     m_ui.splitter->restoreState(stored.value(splitterKey).toByteArray());
     m_ui.movieFormatPopUpButton->setCurrentIndex(stored.value(formatKey).toInt());
     m_ui.movieQualityPopUpButton->setCurrentIndex(stored.value(qualityKey).toInt());
+    // One that is gone leaves the first item, none.
+    m_ui.movieRecipePopUpButton->setCurrentIndex(
+        qMax(0, m_ui.movieRecipePopUpButton->findData(stored.value(recipeKey).toString())));
     QHeaderView *header = m_ui.queueTableView->horizontalHeader();
     const int letter = m_window.fontMetrics().averageCharWidth();
     int column = 0;
@@ -45,7 +49,8 @@ void WindowMemory::save() const
                     {splitterKey, m_ui.splitter->saveState()},
                     {columnsKey, m_ui.queueTableView->horizontalHeader()->saveState()},
                     {formatKey, m_ui.movieFormatPopUpButton->currentIndex()},
-                    {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()}},
+                    {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()},
+                    {recipeKey, m_ui.movieRecipePopUpButton->currentData().toString()}},
         windowKey);
 }
 

@@ -9,8 +9,8 @@ class MainWindow;
 
 namespace filmwright {
 
-/// What the window remembers of its last time: its place and size, its columns, the movie's format
-/// and quality. Main thread only.
+/// What the window remembers of its last time: its place and size, its columns, the movie's format,
+/// quality and recipe. Main thread only.
 class WindowMemory
 {
 public:

@@ -297,7 +297,7 @@ void TestAccessibilityWindow::everyMenuAndLabelHasItsOwnLetter()
     for (const QAction *menu : window.widget<QMenuBar>(QStringLiteral("menuBar"))->actions())
         letters << QKeySequence::mnemonic(menu->text()).toString();
     QVERIFY(!letters.contains(QString()));
-    for (const char *label : {"movieFormatLabel", "movieQualityLabel"}) {
+    for (const char *label : {"movieFormatLabel", "movieQualityLabel", "movieRecipeLabel"}) {
         letters << QKeySequence::mnemonic(window.widget<QLabel>(QLatin1String(label))->text())
                        .toString();
         QVERIFY(window.widget<QLabel>(QLatin1String(label))->buddy());
@@ -330,7 +330,8 @@ void TestAccessibilityWindow::tabReachesEveryControl()
                          QStringLiteral("flatDarkButton"),
                          QStringLiteral("calibrationHelpButton"),
                          QStringLiteral("movieFormatPopUpButton"),
-                         QStringLiteral("movieQualityPopUpButton")};
+                         QStringLiteral("movieQualityPopUpButton"),
+                         QStringLiteral("movieRecipePopUpButton")};
     for (const QString &name : expected)
         QVERIFY2(stops.contains(name), qPrintable(name));
     QCOMPARE(tabStops(*window.delegate->window(), Qt::ShiftModifier), stops);

@@ -113,6 +113,7 @@ private Q_SLOTS:
     void windowIsRemembered();
     void columnsAreRemembered();
     void formatAndQualityAreRemembered();
+    void recipeIsRememberedWhileItIsThere();
 };
 
 void TestStartupWindow::firstStart()
@@ -451,7 +452,7 @@ void TestStartupWindow::framesConvertedAtOnceReachTheBatch()
     QTest::keyClick(field, Qt::Key_Up);
     QCOMPARE(field->value(), 2);
     window.pressStart();
-    QCOMPARE(project.conversionWorkers(), 2);
+    QTRY_COMPARE(project.conversionWorkers(), 2); // once the first movie is on the disk
     window.waitForEnd();
     QCOMPARE(window.states(), QStringList{QStringLiteral("Finished")});
     QCOMPARE(window.alerts.shown, QStringList());
@@ -523,6 +524,27 @@ void TestStartupWindow::formatAndQualityAreRemembered()
     window.widget<QComboBox>(QStringLiteral("movieQualityPopUpButton"))->setCurrentIndex(1);
     window.launch();
     QCOMPARE(indexes(), QList<int>({1, 1}));
+}
+
+void TestStartupWindow::recipeIsRememberedWhileItIsThere()
+{
+    FakeWindow window;
+    const QString path = window.addRecipe(QStringLiteral("mine"), "-c:v x");
+    window.launch();
+    const auto popUp = [&window] {
+        return window.widget<QComboBox>(QStringLiteral("movieRecipePopUpButton"));
+    };
+    QCOMPARE(popUp()->currentIndex(), 0);
+    QCOMPARE(popUp()->currentText(), QStringLiteral("None"));
+    popUp()->setCurrentIndex(popUp()->findData(QStringLiteral("mine")));
+    QCOMPARE(popUp()->currentIndex(), 1);
+    window.launch();
+    QCOMPARE(popUp()->currentData().toString(), QStringLiteral("mine"));
+    QVERIFY(!window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled());
+    QVERIFY(QFile::remove(path));
+    window.launch();
+    QCOMPARE(popUp()->currentIndex(), 0);
+    QVERIFY(window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled());
 }
 
 QTEST_MAIN(TestStartupWindow)
