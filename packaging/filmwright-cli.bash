@@ -47,7 +47,7 @@ _filmwright_cli()
         return
     fi
     case $command:$previous in
-        convert:--format | convert:--quality | convert:--progress)
+        convert:--format | convert:--quality | convert:--progress | convert:--existing)
             _filmwright_cli_words "$word" "$(_filmwright_cli_choices convert "$previous")"
             return
             ;;
@@ -61,7 +61,7 @@ _filmwright_cli()
             mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W "$(_filmwright_cli_recipes)" -- "$word")
             return
             ;;
-        convert:--temp-dir) _filmwright_cli_paths "$word" ''; return ;;
+        convert:--temp-dir | convert:--output) _filmwright_cli_paths "$word" ''; return ;;
         convert:--report) _filmwright_cli_paths "$word" '*.json'; return ;;
     esac
     if [[ $word == -* ]]; then

@@ -63,6 +63,8 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_statusTimer.setInterval(statusInterval);
     connectWindow();
     m_memory.restore();
+    m_movieFolder = WindowMemory::movieFolder();
+    showMovieFolder();
     m_recentDocuments.restore();
     fillRecentMenu();
     updateRecordingMenu();
@@ -124,6 +126,8 @@ void AppDelegate::connectWindow()
 
     connect(m_ui->movieRecipePopUpButton, &QComboBox::currentIndexChanged, this,
             &AppDelegate::enableFormats);
+    connect(m_ui->movieFolderPopUpButton, &QComboBox::activated, this,
+            &AppDelegate::chooseMovieFolder);
     connect(m_prefUi->prefTempFolderPopUpButton, &QComboBox::activated, this,
             &AppDelegate::prefTempFolderPopUpButtonChanged);
     connect(m_prefUi->prefTempFolderButton, &QPushButton::clicked, this,

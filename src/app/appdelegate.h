@@ -158,6 +158,9 @@ private:
 
     bool checkTools(const QStringList &names);
 
+    void chooseMovieFolder(int index);
+    void showMovieFolder();
+    bool checkMovieFolder();
     void fillRecipes();
     bool takeRecipe();
     void enableFormats();
@@ -227,6 +230,7 @@ private:
     std::vector<const RecordingRun *> m_batch; // those launched, the running one last
     BatchMovies m_batchMovies;
     std::optional<Recipe> m_recipe; // of the batch
+    QString m_movieFolder;          // empty: beside the recordings
     int m_batchNumber = 0;
     bool m_stopped = false;             // the last batch was
     bool m_waitsForCalibration = false; // the next recording of the batch

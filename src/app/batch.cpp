@@ -58,7 +58,8 @@ void AppDelegate::startBatch()
     const bool blends =
         std::any_of(m_projectList->cbegin(), m_projectList->cend(),
                     [](const auto &project) { return project->blendsAlternatingRows(); });
-    if (!checkTools(MLVProjectController::toolNames(blends)) || !takeRecipe())
+    if (!checkTools(MLVProjectController::toolNames(blends)) || !takeRecipe() ||
+        !checkMovieFolder())
         return;
 
     enableButtons(false);
@@ -130,6 +131,7 @@ ConversionSettings AppDelegate::settingsFor(const MLVProjectController &controll
     settings.format = selectedValue(*m_ui->movieFormatPopUpButton);
     settings.quality = selectedValue(*m_ui->movieQualityPopUpButton);
     settings.recipe = m_recipe;
+    settings.destination.folder = m_movieFolder;
     settings.calibration = calibration();
     settings.mergesNeighbours = controller.dualISO();
     settings.blendsAlternatingRows = controller.blendsAlternatingRows();
@@ -177,7 +179,43 @@ void AppDelegate::enableButtons(bool enable)
         QIcon(enable ? QStringLiteral(":/images/Encode") : QStringLiteral(":/images/stopencode")));
     m_ui->startStopItem->setText(enable ? QStringLiteral("Start") : QStringLiteral("Stop"));
     m_ui->movieRecipePopUpButton->setEnabled(enable);
+    m_ui->movieFolderPopUpButton->setEnabled(enable);
     enableFormats();
+}
+
+/// The second item always asks; a cancelled choice leaves what was chosen.
+void AppDelegate::chooseMovieFolder(int index)
+{
+    if (index == 0) {
+        m_movieFolder.clear();
+    } else {
+        const QString folder = m_panel.folder(tr("Choose the folder of the movies"));
+        if (!folder.isEmpty())
+            m_movieFolder = folder;
+    }
+    WindowMemory::setMovieFolder(m_movieFolder);
+    showMovieFolder();
+}
+
+void AppDelegate::showMovieFolder()
+{
+    QComboBox &popUp = *m_ui->movieFolderPopUpButton;
+    const bool inFolder = !m_movieFolder.isEmpty();
+    popUp.setItemText(1, inFolder ? tr("in %1…").arg(QFileInfo(m_movieFolder).fileName())
+                                  : tr("in folder…"));
+    popUp.setToolTip(m_movieFolder);
+    popUp.setCurrentIndex(inFolder ? 1 : 0);
+}
+
+/// A disk that isn't there is told before the batch.
+bool AppDelegate::checkMovieFolder()
+{
+    const QFileInfo folder(m_movieFolder);
+    if (m_movieFolder.isEmpty() || (folder.isDir() && folder.isWritable()))
+        return true;
+    m_alerts.runAlert(tr("The folder of the movies can't be written"), m_movieFolder,
+                      QStringLiteral("Ok"));
+    return false;
 }
 
 /// Format and quality have no say where there is a recipe.

@@ -17,6 +17,7 @@ const QString splitterKey = QStringLiteral("Splitter");
 const QString columnsKey = QStringLiteral("Columns");
 const QString formatKey = QStringLiteral("MovieFormat");
 const QString qualityKey = QStringLiteral("MovieQuality");
+const QString movieFolderKey = QStringLiteral("MovieFolder");
 const QString recipeKey = QStringLiteral("MovieRecipe");
 
 } // namespace
@@ -52,6 +53,16 @@ void WindowMemory::save() const
                     {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()},
                     {recipeKey, m_ui.movieRecipePopUpButton->currentData().toString()}},
         windowKey);
+}
+
+QString WindowMemory::movieFolder()
+{
+    return userDefaultsValueForKey(movieFolderKey).toString();
+}
+
+void WindowMemory::setMovieFolder(const QString &folder)
+{
+    setUserDefaultsValue(folder.isEmpty() ? QVariant() : QVariant(folder), movieFolderKey);
 }
 
 } // namespace filmwright

@@ -34,6 +34,8 @@ const char *nameOf(RecordingOutcome::Result result)
         return QT_TRANSLATE_NOOP("ConversionReport", "failed");
     case RecordingOutcome::Finished:
         return QT_TRANSLATE_NOOP("ConversionReport", "finished");
+    case RecordingOutcome::Skipped:
+        return QT_TRANSLATE_NOOP("ConversionReport", "skipped");
     case RecordingOutcome::NotBegun:
         break;
     }

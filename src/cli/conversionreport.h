@@ -13,7 +13,8 @@ QStringList outcomeTable(const QList<RecordingOutcome> &outcomes);
 
 /// The same as JSON: an object with the run's exit status ("status"), the recipe's id ("recipe",
 /// only when there is one) and an array ("recordings") of
-/// objects with "recording", "result" ("finished", "failed", "interrupted", "not begun"), "movie"
+/// objects with "recording", "result" ("finished", "skipped", "failed", "interrupted", "not
+/// begun"), "movie"
 /// (null without one), "frames", "seconds", "reason" and "tool", the one that failed (null without
 /// one), "warnings" (an array) and "tools" (an object: for each tool its last lines).
 QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status,

@@ -16,6 +16,7 @@
 #include "runner/temporarydirectory.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 
 #include <csignal>
@@ -157,6 +158,15 @@ bool checkRecipe(const std::optional<Recipe> &recipe)
     return lack.isEmpty();
 }
 
+/// Made before the work; one that can't be written stops every recording.
+bool prepareOutput(const QString &folder)
+{
+    if (folder.isEmpty() || (QDir().mkpath(folder) && QFileInfo(folder).isWritable()))
+        return true;
+    printProblem(text("the folder %1 can't be written").arg(folder));
+    return false;
+}
+
 } // namespace
 
 int runConvert(const QStringList &arguments)
@@ -183,6 +193,8 @@ int runConvert(const QStringList &arguments)
     }
     // Whoever read the finished movies' paths may be gone; the night's work goes on.
     std::signal(SIGPIPE, SIG_IGN);
+    if (!prepareOutput(options.settings.destination.folder))
+        return ExitUnusable;
     Interruption interruption;
     Workspace workspace;
     const QString problem = workspace.open(options.temporaryBase, options.keepTemporary);

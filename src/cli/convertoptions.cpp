@@ -70,6 +70,9 @@ int jobsOf(const QString &value, QString &problem)
 const QString format = QStringLiteral("format");
 const QString quality = QStringLiteral("quality");
 const QString recipe = QStringLiteral("recipe");
+const QString output = QStringLiteral("output");
+const QString movieName = QStringLiteral("name");
+const QString existing = QStringLiteral("existing");
 const QString dark = QStringLiteral("dark");
 const QString flat = QStringLiteral("flat");
 const QString flatDark = QStringLiteral("flat-dark");
@@ -94,6 +97,18 @@ void describe(QCommandLineParser &parser)
          text("Make the movie by this recipe, in place of format and quality; the command recipes "
               "lists them."),
          text("name|file")},
+        {output,
+         text("Write the movies into this folder, which is made if need be; beside each recording "
+              "when not given."),
+         text("folder")},
+        {movieName,
+         text("The movies' names without extension: text, and {name} (the recording's; default), "
+              "{date}, {time}, {camera}, {recipe}."),
+         text("pattern")},
+        {existing,
+         text("A movie that is there already: replace (default), skip one that is whole and made "
+              "with the same, or keep it and number the new one."),
+         text("replace|skip|keep"), QStringLiteral("replace")},
         {dark, text("A recording with the lens covered, to be subtracted."), file},
         {flat, text("A recording of an even surface, to be divided by."), file},
         {flatDark, text("A dark recording for the flat."), file},
@@ -136,6 +151,25 @@ std::optional<Recipe> recipeOf(const QCommandLineParser &parser, QString &proble
     return found.recipe;
 }
 
+MovieDestination destinationOf(const QCommandLineParser &parser, QString &problem)
+{
+    MovieDestination destination;
+    if (parser.isSet(output)) {
+        destination.folder = absolutePath(parser.value(output));
+        if (destination.folder.isEmpty())
+            problem = text("--output names a folder");
+    }
+    if (parser.isSet(movieName)) {
+        destination.pattern = parser.value(movieName);
+        if (const QString wrong = patternProblem(destination.pattern); !wrong.isEmpty())
+            problem = text("--name: %1").arg(wrong);
+    }
+    destination.existing = static_cast<ExistingMovie>(choose(
+        existing, parser.value(existing),
+        {QStringLiteral("replace"), QStringLiteral("skip"), QStringLiteral("keep")}, problem));
+    return destination;
+}
+
 /// Returns what is wrong with the values, or an empty string.
 QString take(const QCommandLineParser &parser, ConvertOptions &options)
 {
@@ -149,6 +183,7 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     settings.quality = choose(quality, parser.value(quality),
                               {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
     settings.recipe = recipeOf(parser, problem);
+    settings.destination = destinationOf(parser, problem);
     settings.calibration = {absolutePath(parser.value(dark)), absolutePath(parser.value(flat)),
                             absolutePath(parser.value(flatDark))};
     settings.mergesNeighbours = parser.isSet(hdr);

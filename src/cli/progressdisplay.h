@@ -29,6 +29,7 @@ public:
     /// How far the stage is that was begun last. Ignored where only stages are told.
     void show(const Progress &progress);
     void finished(const QString &recording, const QString &movie);
+    void skipped(const QString &recording, const QString &movie);
     /// Also when progress isn't wanted.
     void failed(const QString &recording, const QString &reason);
     /// A line that stays, in place of the live one.

@@ -25,6 +25,8 @@ FFmpegTask::~FFmpegTask()
 
 QString FFmpegTask::moviePath() const
 {
+    if (!m_moviePath.isEmpty())
+        return m_moviePath;
     return m_recipeMovie ? moviePathFor(m_mlvPath, m_recipeMovie->recipe)
                          : moviePathFor(m_mlvPath, m_format);
 }

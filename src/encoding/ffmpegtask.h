@@ -56,8 +56,9 @@ public:
     /// Has the movie made by a recipe, in place of format and quality; nothing: by those.
     void setRecipeMovie(const std::optional<RecipeMovie> &movie) { m_recipeMovie = movie; }
 
-    /// Where the movie is written: beside the recording.
+    /// Where the movie is written: beside the recording, unless a path is set.
     QString moviePath() const;
+    void setMoviePath(const QString &path) { m_moviePath = path; }
 
     /// Replaces any file at moviePath() by the movie; returns at once. A missing sound file gives a
     /// movie without sound.
@@ -92,6 +93,7 @@ private:
     FFmpegTaskProtocol *m_delegate = nullptr;
     QString m_tiffsDirectory;
     QString m_mlvPath;
+    QString m_moviePath;
     float m_fps = 0;
     qint32 m_format = MovieFormatAVI;
     qint32 m_quality = MovieQualityMaximum;

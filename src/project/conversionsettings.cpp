@@ -37,12 +37,6 @@ bool CalibrationChoice::isReady() const
            (flat.isEmpty() || QFileInfo::exists(flatAverage()));
 }
 
-QString moviePathFor(const QString &recording, const ConversionSettings &settings)
-{
-    return settings.recipe ? moviePathFor(recording, *settings.recipe)
-                           : moviePathFor(recording, settings.format);
-}
-
 void configure(MLVProjectController &project, const ConversionSettings &settings)
 {
     project.setMovieFormat(settings.format);

@@ -3,6 +3,7 @@
 
 #include "encoding/ffmpegarguments.h"
 #include "encoding/recipe.h"
+#include "project/moviedestination.h"
 
 #include <QString>
 #include <QStringList>
@@ -36,6 +37,7 @@ struct ConversionSettings
     qint32 format = MovieFormatMOV;
     qint32 quality = MovieQualityHigh;
     std::optional<Recipe> recipe; ///< in place of format and quality
+    MovieDestination destination;
     CalibrationChoice calibration;
     bool mergesNeighbours = false;
     bool blendsAlternatingRows = false;
@@ -43,9 +45,6 @@ struct ConversionSettings
     bool keepsFinishedWork = false;   ///< the working folder of a movie that is written
     bool keepsUnfinishedWork = false; ///< that of a recording without its movie, for the next run
 };
-
-/// Where the recording's movie goes.
-QString moviePathFor(const QString &recording, const ConversionSettings &settings);
 
 /// Hands a project all of the settings that are its own.
 void configure(MLVProjectController &project, const ConversionSettings &settings);

@@ -109,6 +109,8 @@ void MLVProjectController::setRecipe(const std::optional<Recipe> &recipe)
 
 QString MLVProjectController::moviePath() const
 {
+    if (!m_moviePath.isEmpty())
+        return m_moviePath;
     return m_recipe ? moviePathFor(m_mlvPath, *m_recipe) : moviePathFor(m_mlvPath, m_movieFormat);
 }
 
@@ -430,6 +432,7 @@ void MLVProjectController::launchMovieExtraction()
     m_ffmpegTask->setFps(fps());
     m_ffmpegTask->setFormat(m_movieFormat);
     m_ffmpegTask->setQuality(m_movieQuality);
+    m_ffmpegTask->setMoviePath(m_moviePath);
     m_ffmpegTask->setRecipeMovie(recipeMovie());
     m_movieMark = std::make_shared<MovieMark>(moviePath());
     m_movieHindrance = m_movieMark->set();

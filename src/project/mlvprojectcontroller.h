@@ -139,8 +139,10 @@ public:
     MLVProjectMode mlvProjectMode() const { return m_mode; }
     QString state() const { return stateText(m_mode, m_mlvDumptask->processMode()); }
 
-    /// Where the movie of the current format or recipe goes.
+    /// Where the movie goes: beside the recording, by the current format or recipe, unless another
+    /// path is set.
     QString moviePath() const;
+    void setMoviePath(const QString &path) { m_moviePath = path; }
 
     /// Frames handed to the conversion in this run, and those of them that are still out.
     int framesToConvert() const { return m_framesToConvert; }
@@ -230,6 +232,7 @@ private:
     std::shared_ptr<MovieMark> m_movieMark;
     QString m_movieHindrance;
     QString m_mlvPath;
+    QString m_moviePath;
     QString m_darkPath;
     QString m_flatPath;
     qint32 m_movieFormat = MovieFormatAVI;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "project/recordingrun.h"
 
+#include "project/movieorigin.h"
 #include "project/recordingfiles.h"
 #include "project/spacecheck.h"
 #include "project/worknote.h"
@@ -42,6 +43,7 @@ void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies
 {
     reset();
     m_settings = settings;
+    m_movies = &movies;
     m_refusal = settings.calibration.isReady()
                     ? movies.claim(m_recording, settings)
                     : tr("the average of its calibration recordings isn't there");
@@ -116,6 +118,14 @@ void RecordingRun::launch()
 {
     m_launchAhead = false;
     configure(m_project, m_settings);
+    if (const QString problem = chooseMovie(); !problem.isEmpty()) {
+        endLater(problem);
+        return;
+    }
+    if (isMade()) {
+        skip();
+        return;
+    }
     m_hasWork = true;
     if (m_settings.keepsUnfinishedWork)
         claimUnfinishedWork(m_recording, m_settings, m_project.extractionDirectory());
@@ -128,6 +138,32 @@ void RecordingRun::launch()
     if (m_project.mlvProjectMode() != MLVProjectModePending)
         m_project.readyToGo();
     m_project.launchDNGExtraction();
+}
+
+/// Returns why its path can't be this recording's.
+QString RecordingRun::chooseMovie()
+{
+    const MovieDestination &destination = m_settings.destination;
+    QString movie = moviePathFor(m_recording, m_settings, m_project.metadata());
+    if (destination.existing == ExistingMovie::Keep)
+        movie = freeMoviePath(movie);
+    m_project.setMoviePath(movie);
+    return destination.isKnownBeforeReading() ? QString() : m_movies->claimMovie(movie);
+}
+
+/// Whether there is nothing to be done, as the person wants it.
+bool RecordingRun::isMade() const
+{
+    const quint64 frames = m_project.videoFrames() - (m_settings.mergesNeighbours ? 1 : 0);
+    return m_settings.destination.existing == ExistingMovie::Skip &&
+           isFinishedMovie(m_project.moviePath(), movieOrigin(m_recording, m_settings), frames);
+}
+
+void RecordingRun::skip()
+{
+    m_outcome.result = RecordingOutcome::Skipped;
+    m_outcome.movie = m_project.moviePath();
+    endLater({});
 }
 
 void RecordingRun::controllerUpdated(MLVProjectController &controller)
@@ -194,13 +230,14 @@ void RecordingRun::noteOutcome(const Failure &failure)
     m_outcome.duration = std::chrono::milliseconds(m_time.elapsed());
     if (!failure.isEmpty())
         m_outcome.toolLines = m_project.lastToolLines();
-    if (!m_forMovie)
+    if (!m_forMovie || m_outcome.result == RecordingOutcome::Skipped)
         return;
     m_outcome.result = failure.isEmpty() ? RecordingOutcome::Finished : RecordingOutcome::Failed;
     if (!failure.isEmpty())
         return;
     m_outcome.movie = m_project.moviePath();
     m_outcome.frames = m_project.framesOfMovie();
+    noteOrigin(m_outcome.movie, movieOrigin(m_recording, m_settings));
 }
 
 void RecordingRun::stop()

@@ -29,17 +29,22 @@ bool mayBeHalfBlended(const QString &workingFolder)
 
 } // namespace
 
+QByteArray frameOrigin(const QString &recording, const ConversionSettings &settings)
+{
+    QByteArray origin = recordingIdentity(recording);
+    const CalibrationChoice &calibration = settings.calibration;
+    for (const QString &path : {calibration.dark, calibration.flat, calibration.flatDark})
+        origin += path.isEmpty() ? QByteArrayLiteral("\n") : recordingIdentity(path);
+    origin += settings.blendsAlternatingRows ? "blended\n" : "as recorded\n";
+    if (settings.recipe && !settings.recipe->develop.isEmpty())
+        origin += "developed " + settings.recipe->develop.join(QLatin1Char(' ')).toUtf8() + '\n';
+    return origin;
+}
+
 void claimUnfinishedWork(const QString &recording, const ConversionSettings &settings,
                          const QString &workingFolder)
 {
-    QByteArray note = recordingIdentity(recording);
-    const CalibrationChoice &calibration = settings.calibration;
-    for (const QString &path : {calibration.dark, calibration.flat, calibration.flatDark})
-        note += path.isEmpty() ? QByteArrayLiteral("\n") : recordingIdentity(path);
-    note += settings.blendsAlternatingRows ? "blended\n" : "as recorded\n";
-    if (const QStringList develop = settings.recipe ? settings.recipe->develop : QStringList();
-        !develop.isEmpty())
-        note += "developed " + develop.join(QLatin1Char(' ')).toUtf8() + '\n';
+    const QByteArray note = frameOrigin(recording, settings);
     QFile existing(notePath(workingFolder));
     const bool same = existing.open(QIODevice::ReadOnly) && existing.readAll() == note;
     if (same && !(settings.blendsAlternatingRows && mayBeHalfBlended(workingFolder)))

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/convertoptions.h"
+#include "mlvdump/mlvdumpreport.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -75,7 +76,7 @@ private Q_SLOTS:
         const QStringList chosen{QStringLiteral("--recipe"), recipe.fileName(), m_clip};
         QVERIFY(!readConvertOptions(chosen, options));
         QVERIFY(options.settings.recipe);
-        QCOMPARE(moviePathFor(m_clip, options.settings),
+        QCOMPARE(moviePathFor(m_clip, options.settings, {}),
                  m_folder.filePath(QStringLiteral("clip.mp4")));
         for (const char *other : {"--format", "--quality"}) {
             const QString value =
@@ -124,6 +125,9 @@ private Q_SLOTS:
         QTest::newRow("unknown progress") << "--progress xml CLIP";
         QTest::newRow("unknown recipe") << "--recipe none CLIP";
         QTest::newRow("missing recipe") << "--recipe /no/such.recipe CLIP";
+        QTest::newRow("unknown treatment of a movie") << "--existing ask CLIP";
+        QTest::newRow("name with a folder") << "--name a/b CLIP";
+        QTest::newRow("empty output folder") << "--output= CLIP";
         QTest::newRow("no jobs") << "--jobs 0 CLIP";
         QTest::newRow("too many jobs") << "--jobs 65 CLIP";
         QTest::newRow("jobs that are no number") << "--jobs many CLIP";
