@@ -60,10 +60,14 @@ void addFact(QStringList &arguments, const QString &key, const QString &value,
         arguments << option << key + QLatin1Char('=') + value;
 }
 
-QStringList factArguments(const MovieFacts &facts)
+/// A track of timecode counts the frames of a second in a byte; ffmpeg writes one that no reader
+/// takes beyond that.
+constexpr float mostFramesOfTimecode = 255;
+
+QStringList factArguments(const MovieFacts &facts, float fps)
 {
     QStringList arguments;
-    if (!facts.timecode.isEmpty())
+    if (!facts.timecode.isEmpty() && fps <= mostFramesOfTimecode)
         arguments << QStringLiteral("-timecode") << facts.timecode;
     addFact(arguments, QStringLiteral("creation_time"), facts.creationTime);
     addFact(arguments, QStringLiteral("make"), facts.make);
@@ -97,7 +101,8 @@ QStringList recipeArguments(const RecipeMovie &movie, const MovieSources &source
     arguments << QStringLiteral("-vf") << pictureFilter(recipe) << recipe.video;
     if (hasSound)
         arguments << recipe.sound << lengthArguments(sources, movie.frames);
-    return arguments << containerArguments(recipe) << factArguments(movie.facts) << moviePath;
+    return arguments << containerArguments(recipe) << factArguments(movie.facts, sources.fps)
+                     << moviePath;
 }
 
 } // namespace filmwright

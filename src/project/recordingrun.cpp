@@ -148,6 +148,7 @@ QString RecordingRun::chooseMovie()
     if (destination.existing == ExistingMovie::Keep)
         movie = freeMoviePath(movie);
     m_project.setMoviePath(movie);
+    m_origin = movieOrigin(m_recording, m_settings);
     return destination.isKnownBeforeReading() ? QString() : m_movies->claimMovie(movie);
 }
 
@@ -156,7 +157,7 @@ bool RecordingRun::isMade() const
 {
     const quint64 frames = m_project.videoFrames() - (m_settings.mergesNeighbours ? 1 : 0);
     return m_settings.destination.existing == ExistingMovie::Skip &&
-           isFinishedMovie(m_project.moviePath(), movieOrigin(m_recording, m_settings), frames);
+           isFinishedMovie(m_project.moviePath(), m_origin, frames);
 }
 
 void RecordingRun::skip()
@@ -237,7 +238,7 @@ void RecordingRun::noteOutcome(const Failure &failure)
         return;
     m_outcome.movie = m_project.moviePath();
     m_outcome.frames = m_project.framesOfMovie();
-    noteOrigin(m_outcome.movie, movieOrigin(m_recording, m_settings));
+    noteOrigin(m_outcome.movie, m_origin);
 }
 
 void RecordingRun::stop()

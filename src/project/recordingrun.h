@@ -88,6 +88,7 @@ private:
     BatchMovies *m_movies = nullptr;
     RecordingOutcome m_outcome;
     Failure m_readFailure;
+    QByteArray m_origin;       ///< of the movie that is launched
     QByteArray m_readIdentity; ///< of the files whose metadata the project has
     QElapsedTimer m_time;
     Phase m_phase = Idle;

@@ -52,6 +52,7 @@ private Q_SLOTS:
     void aviHasNoFlags();
     void fastStart();
     void factsAreTold();
+    void timecodeEndsWhereItsCounterDoes();
     void taskMakesTheMovieByTheRecipe();
 
 private:
@@ -216,6 +217,17 @@ void TestRecipeMovie::factsAreTold()
         QStringLiteral("-metadata:s:v"), QStringLiteral("reel_name=M01-1430"),
         QStringLiteral("/c.mov")};
     QCOMPARE(arguments.mid(arguments.indexOf(QStringLiteral("-timecode"))), expected);
+}
+
+void TestRecipeMovie::timecodeEndsWhereItsCounterDoes()
+{
+    RecipeMovie movie = plainMovie();
+    movie.facts.timecode = QStringLiteral("14:30:02:00");
+    for (const float fps : {255.0F, 256.0F}) {
+        QCOMPARE(recipeArguments(movie, {QStringLiteral("/t/"), QString(), fps}, QString())
+                     .contains(QStringLiteral("-timecode")),
+                 fps < 256);
+    }
 }
 
 void TestRecipeMovie::taskMakesTheMovieByTheRecipe()
