@@ -109,6 +109,28 @@ void measureInMemory(const char *beside, const char *besideCopy, const Bytes &fi
     printRow("merging frames in memory", works[0].best, "MP/s", besideCopy, works[2].best);
 }
 
+// Beside the same samples with 8 bits, of which twice as many fit into a vector.
+void measureDeepInMemory(const Bytes &first, const Bytes &second)
+{
+    const auto deepened = [](const Bytes &bytes) {
+        std::vector<std::uint16_t> samples(bytes.size());
+        std::transform(bytes.begin(), bytes.end(), samples.begin(),
+                       [](std::uint8_t byte) { return std::uint16_t(257 * byte); });
+        return samples;
+    };
+    const auto deepFirst = deepened(first);
+    const auto deepSecond = deepened(second);
+    std::vector<std::uint16_t> deepResult(first.size());
+    Bytes result(first.size());
+    std::vector<Work> works = {
+        {[&] { mergePixels(deepFirst.data(), deepSecond.data(), deepResult.data(), pixels); }},
+        {[&] { mergePixels(first.data(), second.data(), result.data(), pixels); }},
+    };
+    measure(works, pixels, processorSeconds);
+    printRow("merging frames of 16 bits in memory", works[0].best, "MP/s",
+             "frames of 8 bits, smooth", works[1].best);
+}
+
 bool measureWithFiles(const Bytes &first, const Bytes &second)
 {
     const QTemporaryDir folder;
@@ -159,6 +181,7 @@ int main(int argc, char **argv)
                     second);
     measureInMemory("plain computation, random frames", "copying both, random frames",
                     randomFrame(3), randomFrame(4));
+    measureDeepInMemory(first, second);
     if (!measureWithFiles(first, second)) {
         std::fprintf(stderr, "No frames could be written to the temporary folder\n");
         return 1;

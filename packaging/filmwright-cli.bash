@@ -31,6 +31,11 @@ _filmwright_cli_choices()
     "${COMP_WORDS[0]}" "$1" --help 2>/dev/null | sed -n "s/^ *$2 <\([^>]*\)>.*/\1/p" | tr '|' ' '
 }
 
+_filmwright_cli_recipes()
+{
+    "${COMP_WORDS[0]}" recipes 2>/dev/null | cut -d' ' -f1
+}
+
 _filmwright_cli()
 {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
@@ -38,11 +43,11 @@ _filmwright_cli()
     COMPREPLY=()
 
     if [[ $COMP_CWORD -eq 1 ]]; then
-        _filmwright_cli_words "$word" convert info verify encoders tools --help --version
+        _filmwright_cli_words "$word" convert info verify recipes encoders tools --help --version
         return
     fi
     case $command:$previous in
-        convert:--format | convert:--quality | convert:--progress)
+        convert:--format | convert:--quality | convert:--progress | convert:--existing)
             _filmwright_cli_words "$word" "$(_filmwright_cli_choices convert "$previous")"
             return
             ;;
@@ -61,7 +66,12 @@ _filmwright_cli()
             mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W 'auto off' -- "$word")
             return
             ;;
-        convert:--temp-dir) _filmwright_cli_paths "$word" ''; return ;;
+        convert:--recipe)
+            _filmwright_cli_paths "$word" '*.recipe'
+            mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W "$(_filmwright_cli_recipes)" -- "$word")
+            return
+            ;;
+        convert:--temp-dir | convert:--output) _filmwright_cli_paths "$word" ''; return ;;
         convert:--report) _filmwright_cli_paths "$word" '*.json'; return ;;
     esac
     if [[ $word == -* ]]; then

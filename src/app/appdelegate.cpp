@@ -59,9 +59,12 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_preprocessUi->setupUi(m_preprocessPanel.get());
     for (const QString &extension : movieExtensions())
         m_ui->movieFormatPopUpButton->addItem(extension.toUpper());
+    fillRecipes();
     m_statusTimer.setInterval(statusInterval);
     connectWindow();
     m_memory.restore();
+    m_movieFolder = WindowMemory::movieFolder();
+    showMovieFolder();
     m_recentDocuments.restore();
     fillRecentMenu();
     updateRecordingMenu();
@@ -125,6 +128,10 @@ void AppDelegate::connectWindow()
     connect(&NotificationCenter::defaultCenter(), &NotificationCenter::posted, this,
             &AppDelegate::checkPreprocessTask, Qt::QueuedConnection);
 
+    connect(m_ui->movieRecipePopUpButton, &QComboBox::currentIndexChanged, this,
+            &AppDelegate::enableFormats);
+    connect(m_ui->movieFolderPopUpButton, &QComboBox::activated, this,
+            &AppDelegate::chooseMovieFolder);
     connect(m_prefUi->prefTempFolderPopUpButton, &QComboBox::activated, this,
             &AppDelegate::prefTempFolderPopUpButtonChanged);
     connect(m_prefUi->prefTempFolderButton, &QPushButton::clicked, this,

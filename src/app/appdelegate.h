@@ -159,6 +159,12 @@ private:
 
     bool checkTools(const QStringList &names);
 
+    void chooseMovieFolder(int index);
+    void showMovieFolder();
+    bool checkMovieFolder();
+    void fillRecipes();
+    bool takeRecipe();
+    void enableFormats();
     void startBatch();
     void stopBatch();
     void launch(MLVProjectController &controller);
@@ -227,6 +233,8 @@ private:
     std::map<const MLVProjectController *, std::unique_ptr<RecordingRun>> m_runs;
     std::vector<const RecordingRun *> m_batch; // those launched, the running one last
     BatchMovies m_batchMovies;
+    std::optional<Recipe> m_recipe; // of the batch
+    QString m_movieFolder;          // empty: beside the recordings
     int m_batchNumber = 0;
     bool m_stopped = false;             // the last batch was
     bool m_waitsForCalibration = false; // the next recording of the batch

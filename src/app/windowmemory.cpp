@@ -19,6 +19,8 @@ const QString formatKey = QStringLiteral("MovieFormat");
 const QString qualityKey = QStringLiteral("MovieQuality");
 const QString repairPixelsKey = QStringLiteral("RepairPixels");
 const QString repairColumnsKey = QStringLiteral("RepairColumns");
+const QString movieFolderKey = QStringLiteral("MovieFolder");
+const QString recipeKey = QStringLiteral("MovieRecipe");
 
 } // namespace
 
@@ -34,6 +36,9 @@ void WindowMemory::restore() const
     m_ui.movieQualityPopUpButton->setCurrentIndex(stored.value(qualityKey).toInt());
     m_ui.repairPixelsCheckBox->setChecked(stored.value(repairPixelsKey).toBool());
     m_ui.repairColumnsCheckBox->setChecked(stored.value(repairColumnsKey).toBool());
+    // One that is gone leaves the first item, none.
+    m_ui.movieRecipePopUpButton->setCurrentIndex(
+        qMax(0, m_ui.movieRecipePopUpButton->findData(stored.value(recipeKey).toString())));
     QHeaderView *header = m_ui.queueTableView->horizontalHeader();
     const int letter = m_window.fontMetrics().averageCharWidth();
     int column = 0;
@@ -51,8 +56,19 @@ void WindowMemory::save() const
                     {formatKey, m_ui.movieFormatPopUpButton->currentIndex()},
                     {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()},
                     {repairPixelsKey, m_ui.repairPixelsCheckBox->isChecked()},
-                    {repairColumnsKey, m_ui.repairColumnsCheckBox->isChecked()}},
+                    {repairColumnsKey, m_ui.repairColumnsCheckBox->isChecked()},
+                    {recipeKey, m_ui.movieRecipePopUpButton->currentData().toString()}},
         windowKey);
+}
+
+QString WindowMemory::movieFolder()
+{
+    return userDefaultsValueForKey(movieFolderKey).toString();
+}
+
+void WindowMemory::setMovieFolder(const QString &folder)
+{
+    setUserDefaultsValue(folder.isEmpty() ? QVariant() : QVariant(folder), movieFolderKey);
 }
 
 } // namespace filmwright

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QString>
+
 class QMainWindow;
 
 namespace Ui {
@@ -9,8 +11,8 @@ class MainWindow;
 
 namespace filmwright {
 
-/// What the window remembers of its last time: its place and size, its columns, the movie's format
-/// and quality. Main thread only.
+/// What the window remembers of its last time: its place and size, its columns, the movie's format,
+/// quality and recipe. Main thread only.
 class WindowMemory
 {
 public:
@@ -24,6 +26,10 @@ public:
     /// For a window that remembers nothing, the usual sizes.
     void restore() const;
     void save() const;
+
+    /// The folder of the movies; empty: beside the recordings. Stored at once.
+    static QString movieFolder();
+    static void setMovieFolder(const QString &folder);
 
 private:
     QMainWindow &m_window;

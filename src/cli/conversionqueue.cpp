@@ -113,7 +113,10 @@ void ConversionQueue::settle(const RecordingOutcome &outcome)
         Q_EMIT movieFinished(outcome.movie);
         return;
     }
-    m_display.failed(outcome.recording, outcome.failure.reason);
+    if (outcome.result == RecordingOutcome::Skipped)
+        m_display.skipped(outcome.recording, outcome.movie);
+    else
+        m_display.failed(outcome.recording, outcome.failure.reason);
 }
 
 } // namespace filmwright

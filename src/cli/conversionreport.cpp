@@ -34,6 +34,8 @@ const char *nameOf(RecordingOutcome::Result result)
         return QT_TRANSLATE_NOOP("ConversionReport", "failed");
     case RecordingOutcome::Finished:
         return QT_TRANSLATE_NOOP("ConversionReport", "finished");
+    case RecordingOutcome::Skipped:
+        return QT_TRANSLATE_NOOP("ConversionReport", "skipped");
     case RecordingOutcome::NotBegun:
         break;
     }
@@ -100,14 +102,16 @@ QStringList outcomeTable(const QList<RecordingOutcome> &outcomes)
     return textTable(rows, {2, 3});
 }
 
-QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status)
+QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status, const QString &recipe)
 {
     QJsonArray recordings;
     for (const RecordingOutcome &outcome : outcomes)
         recordings.append(objectOf(outcome));
-    return QJsonDocument(
-               {{QStringLiteral("status"), status}, {QStringLiteral("recordings"), recordings}})
-        .toJson();
+    QJsonObject report{{QStringLiteral("status"), status},
+                       {QStringLiteral("recordings"), recordings}};
+    if (!recipe.isEmpty())
+        report.insert(QStringLiteral("recipe"), recipe);
+    return QJsonDocument(report).toJson();
 }
 
 QString reportHindrance(const QString &path)

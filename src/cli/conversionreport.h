@@ -11,11 +11,14 @@ namespace filmwright {
 /// the folder on that they have in common; what a terminal would take for a command is replaced.
 QStringList outcomeTable(const QList<RecordingOutcome> &outcomes);
 
-/// The same as JSON: an object with the run's exit status ("status") and an array ("recordings") of
-/// objects with "recording", "result" ("finished", "failed", "interrupted", "not begun"), "movie"
+/// The same as JSON: an object with the run's exit status ("status"), the recipe's id ("recipe",
+/// only when there is one) and an array ("recordings") of
+/// objects with "recording", "result" ("finished", "skipped", "failed", "interrupted", "not
+/// begun"), "movie"
 /// (null without one), "frames", "seconds", "reason" and "tool", the one that failed (null without
 /// one), "warnings" (an array) and "tools" (an object: for each tool its last lines).
-QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status);
+QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status,
+                         const QString &recipe = {});
 
 /// Returns why a file can't be written there, or an empty string. What is there stays as it is.
 QString reportHindrance(const QString &path);

@@ -16,6 +16,7 @@
 #include "runner/temporarydirectory.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 
 #include <csignal>
@@ -119,12 +120,14 @@ private:
         if (m_options.report.isEmpty())
             return status;
         const QString problem =
-            writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status));
+            writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status, recipeName()));
         if (problem.isEmpty())
             return status;
         tellProblem(problem);
         return status == ExitSuccess ? ExitFailed : status;
     }
+
+    QString recipeName() const { return m_settings.recipe ? m_settings.recipe->id : QString(); }
 
     bool isForScripts() const { return m_options.progress == ProgressStyle::Json; }
 
@@ -144,6 +147,26 @@ private:
     bool m_ended = false;
 };
 
+/// Before the work, not after hours of it.
+bool checkRecipe(const std::optional<Recipe> &recipe)
+{
+    if (!recipe)
+        return true;
+    const QString lack = lackOf(FFmpegTask::ffmpegTask()->readEncoders(), *recipe);
+    if (!lack.isEmpty())
+        printProblem(text("the recipe %1 can't be used: %2").arg(recipe->id, lack));
+    return lack.isEmpty();
+}
+
+/// Made before the work; one that can't be written stops every recording.
+bool prepareOutput(const QString &folder)
+{
+    if (folder.isEmpty() || (QDir().mkpath(folder) && QFileInfo(folder).isWritable()))
+        return true;
+    printProblem(text("the folder %1 can't be written").arg(folder));
+    return false;
+}
+
 } // namespace
 
 int runConvert(const QStringList &arguments)
@@ -151,7 +174,8 @@ int runConvert(const QStringList &arguments)
     ConvertOptions options;
     if (const auto ending = readConvertOptions(arguments, options))
         return *ending;
-    if (!checkTools(MLVProjectController::toolNames(options.settings.blendsAlternatingRows)))
+    if (!checkTools(MLVProjectController::toolNames(options.settings.blendsAlternatingRows)) ||
+        !checkRecipe(options.settings.recipe))
         return ExitUnusable;
     QList<Unreachable> unreachable;
     // The averages and frames of an earlier run are no recordings.
@@ -169,6 +193,8 @@ int runConvert(const QStringList &arguments)
     }
     // Whoever read the finished movies' paths may be gone; the night's work goes on.
     std::signal(SIGPIPE, SIG_IGN);
+    if (!prepareOutput(options.settings.destination.folder))
+        return ExitUnusable;
     Interruption interruption;
     Workspace workspace;
     const QString problem = workspace.open(options.temporaryBase, options.keepTemporary);

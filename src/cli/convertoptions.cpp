@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "cli/convertoptions.h"
 
+#include "encoding/recipes.h"
+
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -93,6 +95,10 @@ QString pixelRepairOf(const QString &value)
 
 const QString format = QStringLiteral("format");
 const QString quality = QStringLiteral("quality");
+const QString recipe = QStringLiteral("recipe");
+const QString output = QStringLiteral("output");
+const QString movieName = QStringLiteral("name");
+const QString existing = QStringLiteral("existing");
 const QString dark = QStringLiteral("dark");
 const QString flat = QStringLiteral("flat");
 const QString flatDark = QStringLiteral("flat-dark");
@@ -118,6 +124,22 @@ void describe(QCommandLineParser &parser)
          movieExtensions().join(QLatin1Char('|')), QStringLiteral("mov")},
         {quality, text("Movie quality: high (default) or maximum."), text("high|maximum"),
          QStringLiteral("high")},
+        {recipe,
+         text("Make the movie by this recipe, in place of format and quality; the command recipes "
+              "lists them."),
+         text("name|file")},
+        {output,
+         text("Write the movies into this folder, which is made if need be; beside each recording "
+              "when not given."),
+         text("folder")},
+        {movieName,
+         text("The movies' names without extension: text, and {name} (the recording's; default), "
+              "{date}, {time}, {camera}, {recipe}."),
+         text("pattern")},
+        {existing,
+         text("A movie that is there already: replace (default), skip one that is whole and made "
+              "with the same, or keep it and number the new one."),
+         text("replace|skip|keep"), QStringLiteral("replace")},
         {dark, text("A recording with the lens covered, to be subtracted."), file},
         {flat, text("A recording of an even surface, to be divided by."), file},
         {flatDark, text("A dark recording for the flat."), file},
@@ -162,6 +184,38 @@ void describe(QCommandLineParser &parser)
     parser.addPositionalArgument(text("path"), text("Recordings, or folders to be searched."));
 }
 
+/// Nothing without the option; a problem when the recipe can't be used.
+std::optional<Recipe> recipeOf(const QCommandLineParser &parser, QString &problem)
+{
+    if (!parser.isSet(recipe))
+        return std::nullopt;
+    const RecipeFile found = findRecipe(parser.value(recipe));
+    if (!found.problem.isEmpty())
+        problem = found.problem;
+    else if (parser.isSet(format) || parser.isSet(quality))
+        problem = text("--recipe takes the place of --format and --quality");
+    return found.recipe;
+}
+
+MovieDestination destinationOf(const QCommandLineParser &parser, QString &problem)
+{
+    MovieDestination destination;
+    if (parser.isSet(output)) {
+        destination.folder = absolutePath(parser.value(output));
+        if (destination.folder.isEmpty())
+            problem = text("--output names a folder");
+    }
+    if (parser.isSet(movieName)) {
+        destination.pattern = parser.value(movieName);
+        if (const QString wrong = patternProblem(destination.pattern); !wrong.isEmpty())
+            problem = text("--name: %1").arg(wrong);
+    }
+    destination.existing = static_cast<ExistingMovie>(choose(
+        existing, parser.value(existing),
+        {QStringLiteral("replace"), QStringLiteral("skip"), QStringLiteral("keep")}, problem));
+    return destination;
+}
+
 /// Returns what is wrong with the values, or an empty string.
 QString take(const QCommandLineParser &parser, ConvertOptions &options)
 {
@@ -174,6 +228,8 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     settings.format = choose(format, parser.value(format), movieExtensions(), problem);
     settings.quality = choose(quality, parser.value(quality),
                               {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
+    settings.recipe = recipeOf(parser, problem);
+    settings.destination = destinationOf(parser, problem);
     settings.calibration = {absolutePath(parser.value(dark)), absolutePath(parser.value(flat)),
                             absolutePath(parser.value(flatDark))};
     RawCorrections &corrections = settings.corrections;

@@ -3,6 +3,7 @@
 #include "cli/convertcommand.h"
 #include "cli/exitstatus.h"
 #include "cli/infocommand.h"
+#include "cli/recipescommand.h"
 #include "cli/verifycommand.h"
 #include "runner/utf8locale.h"
 
@@ -27,6 +28,7 @@ const Command commands[] = {
     {QLatin1String("convert"), QLatin1String("turn recordings into movies"), runConvert},
     {QLatin1String("info"), QLatin1String("tell what recordings say of themselves"), runInfo},
     {QLatin1String("verify"), QLatin1String("read recordings whole, tell what is lost"), runVerify},
+    {QLatin1String("recipes"), QLatin1String("list the recipes of movies"), runRecipes},
     {QLatin1String("encoders"), QLatin1String("list what ffmpeg can encode"), runEncoders},
     {QLatin1String("tools"), QLatin1String("list the tools and where they are"), runTools},
 };

@@ -94,6 +94,14 @@ void ProgressDisplay::finished(const QString &recording, const QString &movie)
         write(finishedJson(recording, movie));
 }
 
+void ProgressDisplay::skipped(const QString &recording, const QString &movie)
+{
+    if (m_style == ProgressStyle::ForPeople)
+        tell(text("%1: skipped, it is there already").arg(QFileInfo(movie).fileName()));
+    else if (!m_quiet)
+        write(skippedJson(recording, movie));
+}
+
 void ProgressDisplay::failed(const QString &recording, const QString &reason)
 {
     if (m_style == ProgressStyle::Json)

@@ -33,6 +33,7 @@ public:
     /// Takes the live line away.
     void clear() { clearLiveLine(); }
     void finished(const QString &recording, const QString &movie);
+    void skipped(const QString &recording, const QString &movie);
     /// Also when progress isn't wanted.
     void failed(const QString &recording, const QString &reason);
     /// A line that stays, in place of the live one.

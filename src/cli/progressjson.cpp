@@ -47,6 +47,13 @@ QByteArray finishedJson(const QString &recording, const QString &movie)
                  {QStringLiteral("movie"), movie}});
 }
 
+QByteArray skippedJson(const QString &recording, const QString &movie)
+{
+    return line({{QStringLiteral("recording"), recording},
+                 {QStringLiteral("stage"), QStringLiteral("skipped")},
+                 {QStringLiteral("movie"), movie}});
+}
+
 QByteArray failedJson(const QString &recording, const QString &reason)
 {
     return line({{QStringLiteral("recording"), recording},

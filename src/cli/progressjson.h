@@ -16,6 +16,9 @@ QByteArray progressJson(const QString &recording, const QString &stage, const Pr
 /// recording, stage "finished", movie.
 QByteArray finishedJson(const QString &recording, const QString &movie);
 
+/// recording, stage "skipped", movie.
+QByteArray skippedJson(const QString &recording, const QString &movie);
+
 /// recording, stage "failed", reason.
 QByteArray failedJson(const QString &recording, const QString &reason);
 

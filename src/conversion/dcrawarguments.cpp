@@ -14,19 +14,19 @@ constexpr float brightnessOfExposure = 4.0F;
 
 } // namespace
 
-QStringList dcRawArguments(const QString &dngPath, float exposure)
+QStringList dcRawArguments(const QString &dngPath, float exposure, const QStringList &develop)
 {
     const float brightness = exposure * brightnessOfExposure;
-    return {QStringLiteral("-H"),
-            QStringLiteral("3"),
-            QStringLiteral("-q"),
-            QStringLiteral("3"),
-            QStringLiteral("-w"),
-            QStringLiteral("-W"),
-            QStringLiteral("-T"),
-            QStringLiteral("-b"),
-            fixedText(static_cast<double>(brightness), 6),
-            dngPath};
+    return develop + QStringList{QStringLiteral("-H"),
+                                 QStringLiteral("3"),
+                                 QStringLiteral("-q"),
+                                 QStringLiteral("3"),
+                                 QStringLiteral("-w"),
+                                 QStringLiteral("-W"),
+                                 QStringLiteral("-T"),
+                                 QStringLiteral("-b"),
+                                 fixedText(static_cast<double>(brightness), 6),
+                                 dngPath};
 }
 
 QString tiffPathFor(const QString &dngPath)

@@ -59,6 +59,11 @@ void DCRawProcess::addFilePath(const QString &path)
     m_filePathPipeline->setValue(path);
 }
 
+void DCRawProcess::setDevelop(const QStringList &arguments)
+{
+    m_dcRawTask->setDevelop(arguments);
+}
+
 bool DCRawProcess::process()
 {
     // A request to end belongs to a stop: one made before this call has either been meant for an
@@ -101,7 +106,7 @@ void DCRawProcess::dngConversionFinished(DCRawTask &task)
         const QMutexLocker locker(&m_failureLock);
         m_lastFailure = task.lastOutput();
     }
-    setOutputValue(frame.toImage(), imageKey());
+    setOutputValue(frame.eightBits().toImage(), imageKey());
 }
 
 } // namespace filmwright

@@ -14,8 +14,9 @@
 namespace filmwright {
 
 /// The unit that converts DNG frames: each path of its input "FilePath" (a QString) gives a TIFF
-/// beside the DNG and, on the output "Image", a QImage of the TIFF's size. A frame that could not
-/// be converted gives a null image, so that one image comes back for every path.
+/// beside the DNG and, on the output "Image", a QImage of the TIFF's size with 8 bits a sample. A
+/// frame that could not be converted gives a null image, so that one image comes back for every
+/// path.
 ///
 /// Several units can work off one queue of paths; the images then come in the order in which they
 /// are ready.
@@ -38,6 +39,9 @@ public:
     /// creation.
     bool dualIso() const { return m_dualIso; }
     void setDualIso(bool dualIso) { m_dualIso = dualIso; }
+
+    /// dcraw's arguments in front of the usual ones; none after creation. Before the manager runs.
+    void setDevelop(const QStringList &arguments);
 
     bool process() override;
 

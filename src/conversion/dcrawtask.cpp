@@ -26,7 +26,7 @@ void DCRawTask::convertDNG()
 {
     const QString tiffPath = tiffPathFor(m_dngPath);
     if (!QFile::exists(tiffPath) && !isCancelRequested()) {
-        setArguments(dcRawArguments(m_dngPath, m_exposure));
+        setArguments(dcRawArguments(m_dngPath, m_exposure, m_develop));
         startAndWaitUntilExit(true);
         // A later run would take what the cancelled one left for a converted frame.
         if (isCancelRequested() && !TiffBitmap::isWhole(tiffPath))

@@ -42,6 +42,10 @@ public:
     float exposure() const { return m_exposure; }
     void setExposure(float exposure) { m_exposure = exposure; }
 
+    /// dcraw's arguments in front of the usual ones; none after creation.
+    QStringList develop() const { return m_develop; }
+    void setDevelop(const QStringList &arguments) { m_develop = arguments; }
+
     /// Converts dngPath() to the TIFF beside it, unless a file is already there, and reports to
     /// the delegate before it returns. Blocks for the length of a dcraw run; requestCancel() makes
     /// it return soon, without the half-written TIFF of that run.
@@ -58,6 +62,7 @@ private:
     DCRawTaskProtocol *m_delegate = nullptr;
     QString m_dngPath;
     float m_exposure = 1.0F;
+    QStringList m_develop;
 };
 
 } // namespace filmwright

@@ -31,7 +31,8 @@ void HDRDualImagesMerge::hdrMerge()
     // The result is built in the first frame: nothing else needs its samples any more.
     TiffBitmap merged = takeFirstFrame();
     m_keptFrame = readFrame(m_secondImagePath);
-    if (!mergeBitmaps(&merged, m_keptFrame.bitmap)) {
+    const auto merge = m_sixteenBits ? mergeDeepBitmaps : mergeBitmaps;
+    if (!merge(&merged, m_keptFrame.bitmap)) {
         systemLog(
             QStringLiteral("Unable to merge %1 and %2").arg(m_firstImagePath, m_secondImagePath));
         return;

@@ -27,6 +27,9 @@ public:
     QString extractionPath() const { return m_extractionPath; }
     void setExtractionPath(const QString &path) { m_extractionPath = path; }
 
+    /// Whether the frames have 16 bits a sample; false after creation.
+    void setSixteenBits(bool sixteenBits) { m_sixteenBits = sixteenBits; }
+
     /// Merges the pair, unless the result is already there. Blocks for the time of two readings and
     /// one writing; the result is written in full or not at all. What went wrong is only logged: a
     /// pair that can't be read is skipped.
@@ -49,6 +52,7 @@ private:
     QString m_secondImagePath;
     QString m_extractionPath;
     KeptFrame m_keptFrame;
+    bool m_sixteenBits = false;
 };
 
 } // namespace filmwright

@@ -34,6 +34,12 @@ void mergeSpreadPixels(uchar *first, const uchar *second, qsizetype stride, qsiz
     }
 }
 
+bool isDeep(const TiffBitmap &bitmap)
+{
+    return bitmap.samplesPerPixel() == colourSamples && bitmap.bitsPerSample() == 16 &&
+           bitmap.bytesPerRow() == 2 * colourSamples * bitmap.width();
+}
+
 } // namespace
 
 bool mergeBitmaps(TiffBitmap *first, const TiffBitmap &second)
@@ -53,6 +59,18 @@ bool mergeBitmaps(TiffBitmap *first, const TiffBitmap &second)
         mergePixels(first->data(), secondBytes, first->data(), std::size_t(pixels));
     else
         mergeSpreadPixels(first->data(), secondBytes, samplesPerPixel, pixels);
+    return true;
+}
+
+bool mergeDeepBitmaps(TiffBitmap *first, const TiffBitmap &second)
+{
+    if (!isDeep(*first) || !isDeep(second) || first->width() != second.width() ||
+        first->height() != second.height())
+        return false;
+    // A byte array's data is as aligned as any memory of the heap.
+    auto *samples = reinterpret_cast<std::uint16_t *>(first->data());
+    mergePixels(samples, reinterpret_cast<const std::uint16_t *>(second.bytes().constData()),
+                samples, std::size_t(first->width()) * std::size_t(first->height()));
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include "conversion/mergepixels.h"
 
 #include <cstring>
+#include <limits>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "conversion/mergepixels.cpp"
@@ -18,116 +19,133 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// The choice of colours and the order of their components are computed on whole vectors of bytes;
-// what needs fractions follows in several vectors of floats.
-using ByteTag = hn::ScalableTag<std::uint8_t>;
+// The choice of colours and the order of their components are computed on whole vectors of samples,
+// of 8 or 16 bits; what needs fractions follows in several vectors of floats.
 using FloatTag = hn::ScalableTag<float>;
 using IntTag = hn::RebindToSigned<FloatTag>;
-using FewBytesTag = hn::Rebind<std::uint8_t, FloatTag>;
 #if HWY_TARGET == HWY_SCALAR // one lane, which can't be halved
 using HalfTag = FloatTag;
 #else
 using HalfTag = hn::Half<FloatTag>;
 #endif
 using DoubleTag = hn::Rebind<double, HalfTag>;
-using Bytes = hn::Vec<ByteTag>;
 using Ints = hn::Vec<IntTag>;
 using Floats = hn::Vec<FloatTag>;
+template <typename Sample>
+using SampleTag = hn::ScalableTag<Sample>;
+template <typename Sample>
+using Samples = hn::Vec<SampleTag<Sample>>;
 
-constexpr ByteTag byteTag;
 constexpr FloatTag floatTag;
 
+template <typename Sample>
+constexpr float highest = std::numeric_limits<Sample>::max();
+
 /// One component of a vector of pixels, in memory.
-class ByteBlock
+template <typename Sample>
+class Component
 {
 public:
-    ByteBlock() = default;
-    HWY_INLINE explicit ByteBlock(Bytes values) { hn::Store(values, byteTag, m_bytes); }
+    Component() = default;
+    HWY_INLINE explicit Component(Samples<Sample> values) { hn::Store(values, tag, m_samples); }
 
-    HWY_INLINE Bytes all() const { return hn::Load(byteTag, m_bytes); }
+    HWY_INLINE Samples<Sample> all() const { return hn::Load(tag, m_samples); }
     HWY_INLINE Ints intsFrom(std::size_t lane) const
     {
-        return hn::PromoteTo(IntTag(), hn::LoadU(FewBytesTag(), m_bytes + lane));
+        return hn::PromoteTo(IntTag(), hn::LoadU(FewTag(), m_samples + lane));
     }
     HWY_INLINE Floats floatsFrom(std::size_t lane) const
     {
         return hn::ConvertTo(floatTag, intsFrom(lane));
     }
-    /// Stores 0 to 1 as 0 to 255, truncated.
+    /// Stores 0 to 1 as 0 to the highest sample, truncated.
     HWY_INLINE void storeFrom(std::size_t lane, Floats values)
     {
-        const Ints scaled = hn::ConvertTo(IntTag(), hn::Mul(values, hn::Set(floatTag, 255)));
-        hn::StoreU(hn::DemoteTo(FewBytesTag(), scaled), FewBytesTag(), m_bytes + lane);
+        const Floats scaled = hn::Mul(values, hn::Set(floatTag, highest<Sample>));
+        hn::StoreU(hn::DemoteTo(FewTag(), hn::ConvertTo(IntTag(), scaled)), FewTag(),
+                   m_samples + lane);
     }
 
 private:
-    HWY_ALIGN std::uint8_t m_bytes[hn::MaxLanes(ByteTag())];
+    using FewTag = hn::Rebind<Sample, FloatTag>;
+    static constexpr SampleTag<Sample> tag{};
+
+    HWY_ALIGN Sample m_samples[hn::MaxLanes(SampleTag<Sample>())];
 };
 
+template <typename Sample>
 struct Pixels
 {
-    Bytes red;
-    Bytes green;
-    Bytes blue;
-    Bytes top;
-    Bytes low;
+    Samples<Sample> red;
+    Samples<Sample> green;
+    Samples<Sample> blue;
+    Samples<Sample> top;
+    Samples<Sample> low;
 };
 
-HWY_INLINE Pixels load(const std::uint8_t *bytes)
+template <typename Sample>
+HWY_INLINE Pixels<Sample> load(const Sample *samples)
 {
-    Pixels pixels;
-    hn::LoadInterleaved3(byteTag, bytes, pixels.red, pixels.green, pixels.blue);
+    Pixels<Sample> pixels;
+    hn::LoadInterleaved3(SampleTag<Sample>(), samples, pixels.red, pixels.green, pixels.blue);
     pixels.top = hn::Max(hn::Max(pixels.red, pixels.green), pixels.blue);
     pixels.low = hn::Min(hn::Min(pixels.red, pixels.green), pixels.blue);
     return pixels;
 }
 
-HWY_INLINE hn::Mask<ByteTag> atLeast(Bytes value, Bytes bound)
+template <class V>
+HWY_INLINE auto atLeast(V value, V bound)
 {
     return hn::Eq(hn::Max(value, bound), value);
 }
 
 /// a × b > c × d
-HWY_INLINE hn::Mask<ByteTag> productIsGreater(Bytes a, Bytes b, Bytes c, Bytes d)
+template <typename Sample>
+HWY_INLINE hn::Mask<SampleTag<Sample>> productIsGreater(Samples<Sample> a, Samples<Sample> b,
+                                                        Samples<Sample> c, Samples<Sample> d)
 {
+    constexpr SampleTag<Sample> tag{};
 #if HWY_TARGET == HWY_SCALAR
-    const bool greater = hn::GetLane(a) * hn::GetLane(b) > hn::GetLane(c) * hn::GetLane(d);
-    return hn::MaskFromVec(hn::Set(byteTag, greater ? 0xff : 0));
+    const auto lane = [](Samples<Sample> value) { return std::uint32_t{hn::GetLane(value)}; };
+    return hn::Gt(hn::Set(tag, lane(a) * lane(b) > lane(c) * lane(d) ? 1 : 0), hn::Zero(tag));
 #else
-    const hn::Repartition<std::uint16_t, ByteTag> wideTag;
-    const auto lowHalf = hn::Set(wideTag, 0x00ff);
-    const auto even = [&](Bytes bytes)
-                          HWY_ATTR { return hn::And(hn::BitCast(wideTag, bytes), lowHalf); };
-    const auto odd = [&](Bytes bytes)
-                         HWY_ATTR { return hn::ShiftRight<8>(hn::BitCast(wideTag, bytes)); };
+    const hn::Repartition<hwy::MakeWide<Sample>, SampleTag<Sample>> wideTag;
+    constexpr int bits = 8 * sizeof(Sample);
+    const auto lowHalf = hn::Set(wideTag, std::numeric_limits<Sample>::max());
+    const auto even = [&](Samples<Sample> samples)
+                          HWY_ATTR { return hn::And(hn::BitCast(wideTag, samples), lowHalf); };
+    const auto odd = [&](Samples<Sample> samples)
+                         HWY_ATTR { return hn::ShiftRight<bits>(hn::BitCast(wideTag, samples)); };
     const auto evenGreater =
         hn::VecFromMask(wideTag, hn::Gt(hn::Mul(even(a), even(b)), hn::Mul(even(c), even(d))));
     const auto oddGreater =
         hn::VecFromMask(wideTag, hn::Gt(hn::Mul(odd(a), odd(b)), hn::Mul(odd(c), odd(d))));
-    return hn::MaskFromVec(hn::BitCast(
-        byteTag, hn::Or(hn::And(evenGreater, lowHalf), hn::AndNot(lowHalf, oddGreater))));
+    return hn::MaskFromVec(
+        hn::BitCast(tag, hn::Or(hn::And(evenGreater, lowHalf), hn::AndNot(lowHalf, oddGreater))));
 #endif
 }
 
 /// The pixels whose colour is taken.
-HWY_INLINE Pixels chooseColour(const Pixels &first, const Pixels &second)
+template <typename Sample>
+HWY_INLINE Pixels<Sample> chooseColour(const Pixels<Sample> &first, const Pixels<Sample> &second)
 {
     // Saturations are compared as cross products of whole numbers instead of as quotients, which
-    // is the same: different quotients of numbers up to 255 differ by far more than their rounding.
-    // A maximum of 0, which has no quotient, is never above 63.
-    const Bytes range1 = hn::Sub(first.top, first.low);
-    const Bytes range2 = hn::Sub(second.top, second.low);
-    const Bytes dark = hn::Set(byteTag, 63);
+    // is the same for 8 bits: different quotients of numbers up to 255 differ by far more than
+    // their rounding. A maximum of 0, which has no quotient, is never above 63.
+    const auto range1 = hn::Sub(first.top, first.low);
+    const auto range2 = hn::Sub(second.top, second.low);
+    constexpr Sample darkest = 63 * (std::numeric_limits<Sample>::max() / 255);
+    const auto dark = hn::Set(SampleTag<Sample>(), darkest);
     const auto firstAfterAll =
-        hn::And(productIsGreater(range1, second.top, range2, first.top),
+        hn::And(productIsGreater<Sample>(range1, second.top, range2, first.top),
                 hn::And(atLeast(second.top, first.top), hn::Gt(first.top, dark)));
     const auto secondAfterAll =
-        hn::And(productIsGreater(range2, first.top, range1, second.top),
+        hn::And(productIsGreater<Sample>(range2, first.top, range1, second.top),
                 hn::And(atLeast(first.top, second.top), hn::Gt(second.top, dark)));
     const auto firstByGreen = atLeast(first.green, second.green);
     const auto takeFirst =
         hn::Or(hn::AndNot(secondAfterAll, firstByGreen), hn::AndNot(firstByGreen, firstAfterAll));
-    const auto choose = [&](Bytes ofFirst, Bytes ofSecond)
+    const auto choose = [&](Samples<Sample> ofFirst, Samples<Sample> ofSecond)
                             HWY_ATTR { return hn::IfThenElse(takeFirst, ofFirst, ofSecond); };
     return {choose(first.red, second.red), choose(first.green, second.green),
             choose(first.blue, second.blue), choose(first.top, second.top),
@@ -136,9 +154,11 @@ HWY_INLINE Pixels chooseColour(const Pixels &first, const Pixels &second)
 
 /// The mean of two samples, as 0 to 1. Rounding it to double precision first, as the plain
 /// computation does, would change nothing: that has more than twice the digits.
+template <typename Sample>
 HWY_INLINE Floats mean(Ints sample1, Ints sample2)
 {
-    return hn::Div(hn::ConvertTo(floatTag, hn::Add(sample1, sample2)), hn::Set(floatTag, 2 * 255));
+    return hn::Div(hn::ConvertTo(floatTag, hn::Add(sample1, sample2)),
+                   hn::Set(floatTag, 2 * highest<Sample>));
 }
 
 HWY_INLINE hn::Vec<HalfTag> luma(hn::Vec<HalfTag> red, hn::Vec<HalfTag> green,
@@ -181,39 +201,42 @@ HWY_INLINE Floats hueRamp(Floats difference, Floats range, Floats centre)
     return hn::Abs(hn::Sub(hn::Div(positive, sixth), nearest));
 }
 
-HWY_INLINE void mergeVector(const std::uint8_t *firstBytes, const std::uint8_t *secondBytes,
-                            std::uint8_t *result)
+template <typename Sample>
+HWY_INLINE void mergeVector(const Sample *firstSamples, const Sample *secondSamples, Sample *result)
 {
-    const Pixels first = load(firstBytes);
-    const Pixels second = load(secondBytes);
-    const Pixels colour = chooseColour(first, second);
+    constexpr SampleTag<Sample> tag{};
+    using Block = Component<Sample>;
+    const Pixels<Sample> first = load(firstSamples);
+    const Pixels<Sample> second = load(secondSamples);
+    const Pixels<Sample> colour = chooseColour(first, second);
     const auto redIsTop = hn::Eq(colour.red, colour.top);
     const auto greenIsTop = hn::Eq(colour.green, colour.top);
-    const auto byTop = [&](Bytes red, Bytes green, Bytes blue) HWY_ATTR {
+    const auto byTop = [&](Samples<Sample> red, Samples<Sample> green,
+                           Samples<Sample> blue) HWY_ATTR {
         return hn::IfThenElse(redIsTop, red, hn::IfThenElse(greenIsTop, green, blue));
     };
 
-    const ByteBlock red1(first.red);
-    const ByteBlock green1(first.green);
-    const ByteBlock blue1(first.blue);
-    const ByteBlock red2(second.red);
-    const ByteBlock green2(second.green);
-    const ByteBlock blue2(second.blue);
-    const ByteBlock minuend(byTop(colour.green, colour.blue, colour.red));
-    const ByteBlock subtrahend(byTop(colour.blue, colour.red, colour.green));
-    const ByteBlock centre(byTop(hn::Zero(byteTag), hn::Set(byteTag, 2), hn::Set(byteTag, 4)));
-    const ByteBlock top(colour.top);
-    const ByteBlock range(hn::Sub(colour.top, colour.low));
+    const Block red1(first.red);
+    const Block green1(first.green);
+    const Block blue1(first.blue);
+    const Block red2(second.red);
+    const Block green2(second.green);
+    const Block blue2(second.blue);
+    const Block minuend(byTop(colour.green, colour.blue, colour.red));
+    const Block subtrahend(byTop(colour.blue, colour.red, colour.green));
+    const Block centre(byTop(hn::Zero(tag), hn::Set(tag, 2), hn::Set(tag, 4)));
+    const Block top(colour.top);
+    const Block range(hn::Sub(colour.top, colour.low));
 
-    ByteBlock high;
-    ByteBlock middle;
-    ByteBlock low;
-    const std::size_t bytes = hn::Lanes(byteTag);
+    Block high;
+    Block middle;
+    Block low;
+    const std::size_t samples = hn::Lanes(tag);
     const std::size_t step = hn::Lanes(floatTag);
-    for (std::size_t i = 0; i < bytes; i += step) {
-        const Floats value = lumaOfWholeVector(mean(red1.intsFrom(i), red2.intsFrom(i)),
-                                               mean(green1.intsFrom(i), green2.intsFrom(i)),
-                                               mean(blue1.intsFrom(i), blue2.intsFrom(i)));
+    for (std::size_t i = 0; i < samples; i += step) {
+        const Floats value = lumaOfWholeVector(mean<Sample>(red1.intsFrom(i), red2.intsFrom(i)),
+                                               mean<Sample>(green1.intsFrom(i), green2.intsFrom(i)),
+                                               mean<Sample>(blue1.intsFrom(i), blue2.intsFrom(i)));
         const Floats rangeHere = range.floatsFrom(i);
         const Floats saturation =
             hn::Div(rangeHere, hn::Max(top.floatsFrom(i), hn::Set(floatTag, 1)));
@@ -228,32 +251,45 @@ HWY_INLINE void mergeVector(const std::uint8_t *firstBytes, const std::uint8_t *
     }
 
     // Where two components are equal, so are the two results they may get.
-    const auto byOrder = [&](Bytes component) HWY_ATTR {
+    const auto byOrder = [&](Samples<Sample> component) HWY_ATTR {
         return hn::IfThenElse(
             hn::Eq(component, colour.top), high.all(),
             hn::IfThenElse(hn::Eq(component, colour.low), low.all(), middle.all()));
     };
-    hn::StoreInterleaved3(byOrder(colour.red), byOrder(colour.green), byOrder(colour.blue), byteTag,
+    hn::StoreInterleaved3(byOrder(colour.red), byOrder(colour.green), byOrder(colour.blue), tag,
                           result);
 }
 
-void merge(const std::uint8_t *first, const std::uint8_t *second, std::uint8_t *result,
-           std::size_t count)
+template <typename Sample>
+HWY_INLINE void mergeAll(const Sample *first, const Sample *second, Sample *result,
+                         std::size_t count)
 {
-    const std::size_t lanes = hn::Lanes(byteTag);
+    const std::size_t lanes = hn::Lanes(SampleTag<Sample>());
     std::size_t done = 0;
     for (; count - done >= lanes; done += lanes)
         mergeVector(first + 3 * done, second + 3 * done, result + 3 * done);
     if (done == count)
         return;
-    constexpr std::size_t maxBytes = 3 * hn::MaxLanes(ByteTag());
-    std::uint8_t lastFirst[maxBytes] = {};
-    std::uint8_t lastSecond[maxBytes] = {};
-    const std::size_t bytes = 3 * (count - done);
+    constexpr std::size_t most = 3 * hn::MaxLanes(SampleTag<Sample>());
+    Sample lastFirst[most] = {};
+    Sample lastSecond[most] = {};
+    const std::size_t bytes = 3 * (count - done) * sizeof(Sample);
     std::memcpy(lastFirst, first + 3 * done, bytes);
     std::memcpy(lastSecond, second + 3 * done, bytes);
     mergeVector(lastFirst, lastSecond, lastFirst);
     std::memcpy(result + 3 * done, lastFirst, bytes);
+}
+
+void merge(const std::uint8_t *first, const std::uint8_t *second, std::uint8_t *result,
+           std::size_t count)
+{
+    mergeAll(first, second, result, count);
+}
+
+void mergeDeep(const std::uint16_t *first, const std::uint16_t *second, std::uint16_t *result,
+               std::size_t count)
+{
+    mergeAll(first, second, result, count);
 }
 
 } // namespace
@@ -264,11 +300,18 @@ HWY_AFTER_NAMESPACE();
 namespace filmwright {
 
 HWY_EXPORT(merge);
+HWY_EXPORT(mergeDeep);
 
 void mergePixels(const std::uint8_t *first, const std::uint8_t *second, std::uint8_t *result,
                  std::size_t count)
 {
     HWY_DYNAMIC_DISPATCH(merge)(first, second, result, count);
+}
+
+void mergePixels(const std::uint16_t *first, const std::uint16_t *second, std::uint16_t *result,
+                 std::size_t count)
+{
+    HWY_DYNAMIC_DISPATCH(mergeDeep)(first, second, result, count);
 }
 
 } // namespace filmwright

@@ -5,6 +5,7 @@
 
 #include <QFile>
 #include <QSaveFile>
+#include <QtEndian>
 
 #include <algorithm>
 #include <limits>
@@ -161,6 +162,23 @@ bool TiffBitmap::write(const QString &path) const
         return false;
     tiff.reset();
     return file.flush() && file.commit(); // which overlooks a failing flush of its own
+}
+
+TiffBitmap TiffBitmap::eightBits() const
+{
+    if (m_layout.bitsPerSample != 16)
+        return *this;
+    Layout layout = m_layout;
+    layout.bitsPerSample = 8;
+    layout.bytesPerRow = qsizetype(packedBytesPerRow(layout));
+    QByteArray bytes(layout.height * layout.bytesPerRow, Qt::Uninitialized);
+    for (int y = 0; y < layout.height; ++y) {
+        const char *from = m_bytes.constData() + y * m_layout.bytesPerRow;
+        char *to = bytes.data() + y * layout.bytesPerRow;
+        for (qsizetype i = 0; i < layout.bytesPerRow; ++i)
+            to[i] = char(qFromUnaligned<quint16>(from + 2 * i) >> 8);
+    }
+    return {layout, bytes};
 }
 
 QImage TiffBitmap::toImage() const

@@ -51,6 +51,10 @@ public:
     /// The same for writing; copies them first if another bitmap or image shares them.
     uchar *data() { return reinterpret_cast<uchar *>(m_bytes.data()); }
 
+    /// The same with 8 bits a sample: the upper ones of 16, without padding. Any other bitmap comes
+    /// back as it is.
+    TiffBitmap eightBits() const;
+
     /// An image that shares the bytes. Only grey, RGB and RGBA of 8 bits; otherwise a null image.
     QImage toImage() const;
 

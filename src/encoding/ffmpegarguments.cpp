@@ -41,14 +41,6 @@ const Format &formatOf(qint32 format)
 /// would be ahead of the picture.
 constexpr float highestRateOfUnnamedInput = 37;
 
-/// The frames' names as ffmpeg's sequence pattern. A "%" in the folder's name, which is that of the
-/// recording, is no part of the pattern.
-QString framePattern(QString directory)
-{
-    return directory.replace(QLatin1String("%"), QLatin1String("%%")) +
-           QStringLiteral("tmp%06d.tiff");
-}
-
 } // namespace
 
 QStringList movieExtensions()
@@ -62,6 +54,13 @@ QStringList movieExtensions()
 QString moviePathFor(const QString &mlvPath, qint32 format)
 {
     return pathWithExtension(mlvPath, formatOf(format).extension);
+}
+
+/// A "%" in the folder's name, which is that of the recording, is no part of the pattern.
+QString framePattern(QString directory)
+{
+    return directory.replace(QLatin1String("%"), QLatin1String("%%")) +
+           QStringLiteral("tmp%06d.tiff");
 }
 
 QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,

@@ -32,6 +32,9 @@ struct MovieSources
 /// The recording's path with the extension of the format.
 QString moviePathFor(const QString &mlvPath, qint32 format);
 
+/// The frames of a directory, which ends with a path separator, as ffmpeg's sequence pattern.
+QString framePattern(QString directory);
+
 /// ffmpeg's arguments for building the movie. A directory without its trailing separator is glued
 /// to the frame pattern.
 QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,

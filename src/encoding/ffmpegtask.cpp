@@ -23,13 +23,22 @@ FFmpegTask::~FFmpegTask()
     setTaskWrapperdelegate(nullptr);
 }
 
+QString FFmpegTask::moviePath() const
+{
+    if (!m_moviePath.isEmpty())
+        return m_moviePath;
+    return m_recipeMovie ? moviePathFor(m_mlvPath, m_recipeMovie->recipe)
+                         : moviePathFor(m_mlvPath, m_format);
+}
+
 void FFmpegTask::buildMovie()
 {
     const QString sound = m_tiffsDirectory + QStringLiteral("tmp.wav");
     const MovieSources sources{m_tiffsDirectory, QFile::exists(sound) ? sound : QString(), m_fps};
     // With no file in the way, ffmpeg has no reason to ask whether it may overwrite one.
     QFile::remove(moviePath());
-    setArguments(movieArguments(sources, m_format, m_quality, moviePath()));
+    setArguments(m_recipeMovie ? recipeArguments(*m_recipeMovie, sources, moviePath())
+                               : movieArguments(sources, m_format, m_quality, moviePath()));
     start();
 }
 
@@ -55,15 +64,20 @@ quint64 FFmpegTask::encodedFrames() const
 
 QMap<QString, CapabilityList> FFmpegTask::readOptions()
 {
-    QMap<QString, CapabilityList> options;
     setArguments({QStringLiteral("-pix_fmts")});
     startAndWaitUntilExit(true);
-    options[QStringLiteral("pix_fmts")] = validPixFmts();
+    const CapabilityList pixFmts = validPixFmts();
+    QMap<QString, CapabilityList> options = readEncoders();
+    options[QStringLiteral("pix_fmts")] = pixFmts;
+    return options;
+}
+
+QMap<QString, CapabilityList> FFmpegTask::readEncoders()
+{
     setArguments({QStringLiteral("-encoders")});
     startAndWaitUntilExit(true);
-    options[QStringLiteral("video_encoders")] = validVideoEncoders();
-    options[QStringLiteral("audio_encoders")] = validAudioEncoders();
-    return options;
+    return {{QStringLiteral("video_encoders"), validVideoEncoders()},
+            {QStringLiteral("audio_encoders"), validAudioEncoders()}};
 }
 
 void FFmpegTask::receivedLine(const QString &line, TaskWrapper &)

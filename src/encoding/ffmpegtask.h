@@ -3,7 +3,10 @@
 
 #include "encoding/encodercapabilities.h"
 #include "encoding/ffmpegarguments.h"
+#include "encoding/recipemovie.h"
 #include "runner/taskwrapper.h"
+
+#include <optional>
 
 namespace filmwright {
 
@@ -50,8 +53,12 @@ public:
     qint32 quality() const { return m_quality; }
     void setQuality(qint32 quality) { m_quality = quality; }
 
-    /// Where the movie is written: beside the recording.
-    QString moviePath() const { return moviePathFor(m_mlvPath, m_format); }
+    /// Has the movie made by a recipe, in place of format and quality; nothing: by those.
+    void setRecipeMovie(const std::optional<RecipeMovie> &movie) { m_recipeMovie = movie; }
+
+    /// Where the movie is written: beside the recording, unless a path is set.
+    QString moviePath() const;
+    void setMoviePath(const QString &path) { m_moviePath = path; }
 
     /// Replaces any file at moviePath() by the movie; returns at once. A missing sound file gives a
     /// movie without sound.
@@ -69,6 +76,8 @@ public:
     /// Asks ffmpeg for its lists "pix_fmts", "video_encoders" and "audio_encoders"; blocks until it
     /// has answered. A list that can't be had is empty. Not during a movie build.
     QMap<QString, CapabilityList> readOptions();
+    /// Only the last two of those lists.
+    QMap<QString, CapabilityList> readEncoders();
 
     CapabilityList validPixFmts() const { return pixFmtsIn(m_logs); }
     CapabilityList validVideoEncoders() const { return videoEncodersIn(m_logs); }
@@ -84,9 +93,11 @@ private:
     FFmpegTaskProtocol *m_delegate = nullptr;
     QString m_tiffsDirectory;
     QString m_mlvPath;
+    QString m_moviePath;
     float m_fps = 0;
     qint32 m_format = MovieFormatAVI;
     qint32 m_quality = MovieQualityMaximum;
+    std::optional<RecipeMovie> m_recipeMovie;
     QStringList m_logs;
 };
 

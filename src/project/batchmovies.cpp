@@ -2,6 +2,7 @@
 #include "project/batchmovies.h"
 
 #include "mlvdump/mlvdumparguments.h"
+#include "mlvdump/mlvdumpreport.h"
 #include "project/recordingfiles.h"
 
 #include <QCoreApplication>
@@ -32,7 +33,13 @@ QString BatchMovies::claim(const QString &recording, const ConversionSettings &s
         return text("its name doesn't end in .mlv");
     if (!settings.calibration.isEmpty() && isAverageName(QFileInfo(recording).fileName()))
         return text("an averaged calibration recording is kept under its name; rename it");
-    const QString movie = moviePathFor(recording, settings.format);
+    return settings.destination.isKnownBeforeReading()
+               ? claimMovie(moviePathFor(recording, settings, {}))
+               : QString();
+}
+
+QString BatchMovies::claimMovie(const QString &movie)
+{
     // One folder may have been reached on two ways.
     const QFileInfo file(movie);
     const QString identity =

@@ -41,6 +41,7 @@ void configure(MLVProjectController &project, const ConversionSettings &settings
 {
     project.setMovieFormat(settings.format);
     project.setMovieQuality(settings.quality);
+    project.setRecipe(settings.recipe);
     project.setDualISO(settings.mergesNeighbours);
     project.setBlendsAlternatingRows(settings.blendsAlternatingRows);
     project.setConversionWorkers(settings.workers);

@@ -2,10 +2,14 @@
 #pragma once
 
 #include "encoding/ffmpegarguments.h"
+#include "encoding/recipe.h"
 #include "mlvdump/rawcorrections.h"
+#include "project/moviedestination.h"
 
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 namespace filmwright {
 
@@ -33,6 +37,8 @@ struct ConversionSettings
 {
     qint32 format = MovieFormatMOV;
     qint32 quality = MovieQualityHigh;
+    std::optional<Recipe> recipe; ///< in place of format and quality
+    MovieDestination destination;
     CalibrationChoice calibration;
     RawCorrections corrections;
     bool mergesNeighbours = false;

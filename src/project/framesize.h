@@ -7,6 +7,7 @@
 namespace filmwright {
 
 struct MlvMetadata;
+struct Recipe;
 
 /// The pixels of a frame whose resolution is given as in a recording's report, "1920x1080"; 0 for
 /// any other text.
@@ -20,5 +21,7 @@ QSize developedSize(const MlvMetadata &metadata);
 /// Why frames of that size can't become a movie of that format (a MovieFormat), with what would
 /// help; empty when they can.
 QString sizeProblem(const QSize &size, qint32 format);
+/// The same for a recipe.
+QString sizeProblem(const QSize &size, const Recipe &recipe);
 
 } // namespace filmwright

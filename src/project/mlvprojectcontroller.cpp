@@ -3,6 +3,7 @@
 
 #include "conversion/dcrawprocess.h"
 #include "conversion/tiffbitmap.h"
+#include "project/moviefacts.h"
 #include "project/moviemark.h"
 #include "runner/files.h"
 #include "sluice/slunitprocessmanager.h"
@@ -97,6 +98,27 @@ void MLVProjectController::setConversionWorkers(int workers)
         createConversionUnits(count);
 }
 
+void MLVProjectController::setRecipe(const std::optional<Recipe> &recipe)
+{
+    const QStringList develop = m_recipe ? m_recipe->develop : QStringList();
+    m_recipe = recipe;
+    if ((m_recipe ? m_recipe->develop : QStringList()) != develop)
+        createConversionUnits(conversionWorkers());
+    m_hdrMerge.setSixteenBits(m_recipe && m_recipe->developsSixteenBits());
+}
+
+QString MLVProjectController::moviePath() const
+{
+    if (!m_moviePath.isEmpty())
+        return m_moviePath;
+    return m_recipe ? moviePathFor(m_mlvPath, *m_recipe) : moviePathFor(m_mlvPath, m_movieFormat);
+}
+
+int MLVProjectController::framesOfMovie() const
+{
+    return std::max(0, m_framesToConvert - (m_dualISO ? 1 : 0));
+}
+
 void MLVProjectController::endConversions()
 {
     createConversionUnits(conversionWorkers());
@@ -111,6 +133,8 @@ void MLVProjectController::createConversionUnits(int count)
         auto unit = std::make_shared<DCRawProcess>();
         if (i > 0)
             unit->sharePathsOf(*m_dcRawProcesses.front());
+        if (m_recipe)
+            unit->setDevelop(m_recipe->develop);
         SLOutlet *image = unit->outputForKey(QStringLiteral("Image"));
         image->setTarget(this);
         image->setSelector(&MLVProjectController::imageRGBReceived);
@@ -223,14 +247,11 @@ QStringList MLVProjectController::toolNames(bool blendsAlternatingRows)
 /// A run that died may have been asked for another format. Returns what hinders this run's.
 QString MLVProjectController::clearUnfinishedMovies() const
 {
-    QString hindrance;
     for (const QString &extension : movieExtensions()) {
-        const QString movie = pathWithExtension(m_mlvPath, extension);
-        const QString problem = MovieMark::clear(movie);
-        if (movie == moviePath())
-            hindrance = problem;
+        if (const QString movie = pathWithExtension(m_mlvPath, extension); movie != moviePath())
+            MovieMark::clear(movie);
     }
-    return hindrance;
+    return MovieMark::clear(moviePath());
 }
 
 void MLVProjectController::stop()
@@ -394,6 +415,14 @@ QString MLVProjectController::tiffsDirectory() const
     return m_dualISO ? extractionDirectory() + QStringLiteral("hdr/") : extractionDirectory();
 }
 
+std::optional<RecipeMovie> MLVProjectController::recipeMovie() const
+{
+    if (!m_recipe)
+        return std::nullopt;
+    return RecipeMovie{*m_recipe, factsOf(m_mlvPath, metadata()),
+                       static_cast<quint64>(framesOfMovie())};
+}
+
 void MLVProjectController::launchMovieExtraction()
 {
     setMode(MLVProjectModeBuildingMovie);
@@ -403,6 +432,8 @@ void MLVProjectController::launchMovieExtraction()
     m_ffmpegTask->setFps(fps());
     m_ffmpegTask->setFormat(m_movieFormat);
     m_ffmpegTask->setQuality(m_movieQuality);
+    m_ffmpegTask->setMoviePath(m_moviePath);
+    m_ffmpegTask->setRecipeMovie(recipeMovie());
     m_movieMark = std::make_shared<MovieMark>(moviePath());
     m_movieHindrance = m_movieMark->set();
     if (!m_movieHindrance.isEmpty())

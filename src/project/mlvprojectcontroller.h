@@ -13,6 +13,7 @@
 
 #include <deque>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -84,6 +85,12 @@ public:
     qint32 movieQuality() const { return m_movieQuality; }
     void setMovieQuality(qint32 quality) { m_movieQuality = quality; }
 
+    /// How the movie is made in place of format and quality; nothing after creation. Not between
+    /// launchDNGExtraction() and the end of the conversion; a recipe that develops frames in
+    /// another way waits for a frame that a stopped run is still converting.
+    const std::optional<Recipe> &recipe() const { return m_recipe; }
+    void setRecipe(const std::optional<Recipe> &recipe);
+
     /// Whether neighbouring frames are merged into HDR frames, of which the movie is then made,
     /// one frame shorter and without sound; false after creation.
     bool dualISO() const { return m_dualISO; }
@@ -140,12 +147,16 @@ public:
     MLVProjectMode mlvProjectMode() const { return m_mode; }
     QString state() const { return stateText(m_mode, m_mlvDumptask->processMode()); }
 
-    /// Where the movie of the current format goes.
-    QString moviePath() const { return moviePathFor(m_mlvPath, m_movieFormat); }
+    /// Where the movie goes: beside the recording, by the current format or recipe, unless another
+    /// path is set.
+    QString moviePath() const;
+    void setMoviePath(const QString &path) { m_moviePath = path; }
 
     /// Frames handed to the conversion in this run, and those of them that are still out.
     int framesToConvert() const { return m_framesToConvert; }
     int dngToProcess() const { return m_dngToProcess; }
+    /// Frames that the movie of this run has to have: merging neighbours costs one.
+    int framesOfMovie() const;
     /// Frames of this run that an earlier one had converted.
     int convertedBefore() const { return m_convertedBefore; }
 
@@ -212,6 +223,7 @@ private:
     void launchBlend(const QString &directory);
     void launchHDRExtraction(const QString &directory);
     void mergeNextPair();
+    std::optional<RecipeMovie> recipeMovie() const;
     void launchMovieExtraction();
 
     MLVProjectControllerProtocol *m_delegate = nullptr;
@@ -228,11 +240,13 @@ private:
     std::shared_ptr<MovieMark> m_movieMark;
     QString m_movieHindrance;
     QString m_mlvPath;
+    QString m_moviePath;
     QString m_darkPath;
     QString m_flatPath;
     qint32 m_movieFormat = MovieFormatAVI;
     qint32 m_movieQuality = MovieQualityMaximum;
     MLVProjectMode m_mode = MLVProjectModeIdle;
+    std::optional<Recipe> m_recipe;
     bool m_dualISO = false;
     bool m_blendsAlternatingRows = false;
     bool m_keepsTmpFiles = false;

@@ -206,7 +206,9 @@ void ProjectMonitor::checkImage(const QImage &image)
         // The frames that follow would fail, too, each after all its work.
         if (isTemporaryDirectoryFull(m_project))
             fail(failureOf(dcraw, tr("dcraw could not write a frame")));
-    } else if (const QString problem = sizeProblem(image.size(), m_project.movieFormat());
+    } else if (const QString problem =
+                   m_project.recipe() ? sizeProblem(image.size(), *m_project.recipe())
+                                      : sizeProblem(image.size(), m_project.movieFormat());
                !problem.isEmpty()) {
         fail({problem});
     }
@@ -275,8 +277,7 @@ Failure ProjectMonitor::encodingFailure() const
     const auto frames = framesOfFinishedMovie(encoder.moviePath());
     if (!frames)
         return failureOf(ffmpeg, tr("ffmpeg left its movie unfinished"));
-    // Merging neighbours costs a frame.
-    const int wanted = m_project.framesToConvert() - (m_project.dualISO() ? 1 : 0);
+    const int wanted = m_project.framesOfMovie();
     const auto encoded = static_cast<qint64>(*frames);
     if (encoded == wanted)
         return {};

@@ -30,11 +30,12 @@ struct RecordingOutcome
         Interrupted, ///< it was stopped while it was being converted
         Failed,
         Finished, ///< its movie is there
+        Skipped,  ///< its movie was there before
     };
 
     QString recording;
     Result result = NotBegun;
-    QString movie;                        ///< its path; only when finished
+    QString movie;                        ///< its path; only when finished or skipped
     int frames = 0;                       ///< of the movie; 0 without one
     std::chrono::milliseconds duration{}; ///< from its beginning to its end
     Failure failure;

@@ -2,6 +2,7 @@
 #include "project/recordingrun.h"
 
 #include "project/framesize.h"
+#include "project/movieorigin.h"
 #include "project/recordingfiles.h"
 #include "project/spacecheck.h"
 #include "project/worknote.h"
@@ -41,6 +42,7 @@ void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies
 {
     reset();
     m_settings = settings;
+    m_movies = &movies;
     m_refusal = settings.calibration.isReady()
                     ? movies.claim(m_recording, settings)
                     : tr("the average of its calibration recordings isn't there");
@@ -120,8 +122,18 @@ void RecordingRun::launch()
 {
     m_launchAhead = false;
     configure(m_project, m_settings);
+    if (const QString problem = chooseMovie(); !problem.isEmpty()) {
+        endLater(problem);
+        return;
+    }
+    if (isMade()) {
+        skip();
+        return;
+    }
     const QSize size = developedSize(m_project.metadata());
-    if (const QString problem = sizeProblem(size, m_settings.format); !problem.isEmpty()) {
+    if (const QString problem = m_settings.recipe ? sizeProblem(size, *m_settings.recipe)
+                                                  : sizeProblem(size, m_settings.format);
+        !problem.isEmpty()) {
         endLater(problem);
         return;
     }
@@ -137,6 +149,33 @@ void RecordingRun::launch()
     if (m_project.mlvProjectMode() != MLVProjectModePending)
         m_project.readyToGo();
     m_project.launchDNGExtraction();
+}
+
+/// Returns why its path can't be this recording's.
+QString RecordingRun::chooseMovie()
+{
+    const MovieDestination &destination = m_settings.destination;
+    QString movie = moviePathFor(m_recording, m_settings, m_project.metadata());
+    if (destination.existing == ExistingMovie::Keep)
+        movie = freeMoviePath(movie);
+    m_project.setMoviePath(movie);
+    m_origin = movieOrigin(m_recording, m_settings);
+    return destination.isKnownBeforeReading() ? QString() : m_movies->claimMovie(movie);
+}
+
+/// Whether there is nothing to be done, as the person wants it.
+bool RecordingRun::isMade() const
+{
+    const quint64 frames = m_project.videoFrames() - (m_settings.mergesNeighbours ? 1 : 0);
+    return m_settings.destination.existing == ExistingMovie::Skip &&
+           isFinishedMovie(m_project.moviePath(), m_origin, frames);
+}
+
+void RecordingRun::skip()
+{
+    m_outcome.result = RecordingOutcome::Skipped;
+    m_outcome.movie = m_project.moviePath();
+    endLater({});
 }
 
 void RecordingRun::controllerUpdated(MLVProjectController &controller)
@@ -205,14 +244,14 @@ void RecordingRun::noteOutcome(const Failure &failure)
     m_outcome.duration = std::chrono::milliseconds(m_time.elapsed());
     if (!failure.isEmpty())
         m_outcome.toolLines = m_project.lastToolLines();
-    if (!m_forMovie)
+    if (!m_forMovie || m_outcome.result == RecordingOutcome::Skipped)
         return;
     m_outcome.result = failure.isEmpty() ? RecordingOutcome::Finished : RecordingOutcome::Failed;
     if (!failure.isEmpty())
         return;
     m_outcome.movie = m_project.moviePath();
-    // Merging neighbours costs a frame.
-    m_outcome.frames = m_project.framesToConvert() - (m_settings.mergesNeighbours ? 1 : 0);
+    m_outcome.frames = m_project.framesOfMovie();
+    noteOrigin(m_outcome.movie, m_origin);
 }
 
 void RecordingRun::stop()

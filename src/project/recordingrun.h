@@ -72,6 +72,9 @@ private:
     void launchWhenIdle();
     void launchWaiting();
     void launch();
+    QString chooseMovie();
+    bool isMade() const;
+    void skip();
     void endLater(const QString &reason);
     void end(const Failure &failure);
     void noteOutcome(const Failure &failure);
@@ -82,8 +85,10 @@ private:
     std::unique_ptr<ProjectMonitor> m_monitor;
     ConversionSettings m_settings;
     QString m_refusal;
+    BatchMovies *m_movies = nullptr;
     RecordingOutcome m_outcome;
     Failure m_readFailure;
+    QByteArray m_origin;       ///< of the movie that is launched
     QByteArray m_readIdentity; ///< of the files whose metadata the project has
     QElapsedTimer m_time;
     Phase m_phase = Idle;

@@ -24,8 +24,16 @@ namespace {
 /// beside the frames.
 constexpr double bytesBesideSamples = 8192;
 
-/// dcraw writes TIFFs of three channels with 8 bits each.
-constexpr double tiffBytesOfPixel = 3;
+/// dcraw writes TIFFs of three channels with 8 bits each; a recipe may ask for 16 bits, or for a
+/// quarter of the pixels.
+double tiffBytesOfPixel(const MLVProjectController &project)
+{
+    constexpr double usualBytes = 3;
+    const auto &recipe = project.recipe();
+    const double depth = recipe && recipe->developsSixteenBits() ? 2 : 1;
+    const double size = recipe && recipe->developsHalfSize() ? 0.25 : 1;
+    return usualBytes * depth * size;
+}
 
 /// DNG frames are packed like the recording. Recordings have 14 bits where they don't say it.
 double dngBytesOfPixel(int bitsPerSample)
@@ -84,7 +92,7 @@ SpaceNeed spaceNeed(const MLVProjectController &project)
         return {};
     const double tiffs = project.dualISO() ? 2 : 1; // merged frames are TIFFs, too
     const double frame = pixels * dngBytesOfPixel(project.bitsPerSample()) + bytesBesideSamples +
-                         tiffs * (pixels * tiffBytesOfPixel + bytesBesideSamples);
+                         tiffs * (pixels * tiffBytesOfPixel(project) + bytesBesideSamples);
     SpaceNeed need;
     need.frames = static_cast<double>(project.videoFrames()) * frame;
     const QFileInfoList files = QDir(project.extractionDirectory()).entryInfoList(QDir::Files);
@@ -112,7 +120,7 @@ QString spaceProblem(const MLVProjectController &project)
 bool isTemporaryDirectoryFull(const MLVProjectController &project)
 {
     return freeSpace(temporaryDirectory()) <
-           std::max(leastSpace, pixelsOf(project.resolution()) * tiffBytesOfPixel);
+           std::max(leastSpace, pixelsOf(project.resolution()) * tiffBytesOfPixel(project));
 }
 
 QString withFullDisk(const QString &reason, const MLVProjectController &project)

@@ -3,6 +3,7 @@
 
 #include "encoding/ffmpegarguments.h"
 
+#include <QMap>
 #include <QThread>
 
 #include <algorithm>
@@ -30,10 +31,26 @@ constexpr std::initializer_list<WorkStage> countedStages{WorkStage::Extracting, 
                                                          WorkStage::Converting, WorkStage::Merging,
                                                          WorkStage::Encoding};
 
+/// The encoders' seconds in a recipe; one that isn't known is taken for one in the middle.
+double recipeSeconds(const Recipe &recipe)
+{
+    static const QMap<QString, double> seconds{
+        {QStringLiteral("prores_ks"), 0.06}, {QStringLiteral("dnxhd"), 0.02},
+        {QStringLiteral("libx265"), 0.9},    {QStringLiteral("ffv1"), 0.15},
+        {QStringLiteral("libx264"), 0.06},
+    };
+    const double size = recipe.developsHalfSize() ? 0.25 : 1;
+    return size * seconds.value(recipe.videoEncoder(), 0.1);
+}
+
 /// Seconds of one core for a megapixel, measured by running the tools on 1920x1080 frames on one
 /// machine. What counts is the ratio of the stages.
-double encodingSeconds(qint32 format, qint32 quality)
+double encodingSeconds(const ConversionSettings &settings)
 {
+    if (settings.recipe)
+        return recipeSeconds(*settings.recipe);
+    const qint32 format = settings.format;
+    const qint32 quality = settings.quality;
     if (format == MovieFormatAVI)
         return quality == MovieQualityMaximum ? 0.004 : 0.008;
     return quality == MovieQualityMaximum ? 0.2 : 0.055;
@@ -53,8 +70,7 @@ double usualSeconds(WorkStage stage, const RecordingWork &work)
     case WorkStage::Merging:
         return work.settings.mergesNeighbours ? work.megapixels * 0.005 : 0;
     case WorkStage::Encoding:
-        return work.megapixels * encodingSeconds(work.settings.format, work.settings.quality) /
-               cores;
+        return work.megapixels * encodingSeconds(work.settings) / cores;
     default:
         return 0;
     }

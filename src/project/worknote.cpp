@@ -40,15 +40,23 @@ QByteArray correctionsNote(const RawCorrections &corrections)
 
 } // namespace
 
+QByteArray frameOrigin(const QString &recording, const ConversionSettings &settings)
+{
+    QByteArray origin = recordingIdentity(recording);
+    const CalibrationChoice &calibration = settings.calibration;
+    for (const QString &path : {calibration.dark, calibration.flat, calibration.flatDark})
+        origin += path.isEmpty() ? QByteArrayLiteral("\n") : recordingIdentity(path);
+    origin += settings.blendsAlternatingRows ? "blended\n" : "as recorded\n";
+    origin += correctionsNote(settings.corrections);
+    if (settings.recipe && !settings.recipe->develop.isEmpty())
+        origin += "developed " + settings.recipe->develop.join(QLatin1Char(' ')).toUtf8() + '\n';
+    return origin;
+}
+
 void claimUnfinishedWork(const QString &recording, const ConversionSettings &settings,
                          const QString &workingFolder)
 {
-    QByteArray note = recordingIdentity(recording);
-    const CalibrationChoice &calibration = settings.calibration;
-    for (const QString &path : {calibration.dark, calibration.flat, calibration.flatDark})
-        note += path.isEmpty() ? QByteArrayLiteral("\n") : recordingIdentity(path);
-    note += settings.blendsAlternatingRows ? "blended\n" : "as recorded\n";
-    note += correctionsNote(settings.corrections);
+    const QByteArray note = frameOrigin(recording, settings);
     QFile existing(notePath(workingFolder));
     const bool same = existing.open(QIODevice::ReadOnly) && existing.readAll() == note;
     if (same && !(settings.blendsAlternatingRows && mayBeHalfBlended(workingFolder)))

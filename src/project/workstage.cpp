@@ -29,8 +29,7 @@ quint64 blendedFrames(const CR2HDRTask &blender)
 
 quint64 framesOfMovie(const MLVProjectController &project)
 {
-    const auto frames = static_cast<quint64>(project.framesToConvert());
-    return project.dualISO() && frames > 0 ? frames - 1 : frames; // merging costs a frame
+    return static_cast<quint64>(project.framesOfMovie());
 }
 
 } // namespace
@@ -70,6 +69,7 @@ RecordingWork workOf(const MLVProjectController &project)
     work.settings.mergesNeighbours = project.dualISO();
     work.settings.format = project.movieFormat();
     work.settings.quality = project.movieQuality();
+    work.settings.recipe = project.recipe();
     work.settings.workers = project.conversionWorkers();
     return work;
 }

@@ -52,6 +52,7 @@ FakeWindow::FakeWindow(int frames)
     : FakeTools(frames)
 {
     qputenv("TMPDIR", m_temporary.path().toUtf8());
+    qputenv("XDG_CONFIG_HOME", m_preferences.path().toUtf8());
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_preferences.path());
     setBaseTemporaryDirectory(QString());
 }
@@ -76,6 +77,16 @@ void FakeWindow::quit()
     if (delegate)
         delegate->applicationWillTerminate();
     delegate.reset();
+}
+
+QString FakeWindow::addRecipe(const QString &name, const QByteArray &video) const
+{
+    const QString folder = m_preferences.filePath(QStringLiteral("filmwright/recipes"));
+    QDir().mkpath(folder);
+    QFile file(QStringLiteral("%1/%2.recipe").arg(folder, name));
+    if (file.open(QIODevice::WriteOnly))
+        file.write("[Recipe]\nExtension=mp4\nVideo=" + video + "\nSuffix=." + name.toUtf8() + '\n');
+    return file.fileName();
 }
 
 QStringList FakeWindow::makeRecordings(const QStringList &names)

@@ -48,6 +48,9 @@ public:
 
     /// Makes files of these names (with folders as needed) and answers their paths.
     QStringList makeRecordings(const QStringList &names);
+    /// Writes a recipe of that name into the person's folder and answers its path; its movies are
+    /// named "clip.NAME.mp4".
+    QString addRecipe(const QString &name, const QByteArray &video) const;
     QString recordings() const { return m_recordings.path(); }
     /// Chooses these in the chooser of the toolbar's button.
     void open(const QStringList &paths);

@@ -297,7 +297,8 @@ void TestAccessibilityWindow::everyMenuAndLabelHasItsOwnLetter()
     for (const QAction *menu : window.widget<QMenuBar>(QStringLiteral("menuBar"))->actions())
         letters << QKeySequence::mnemonic(menu->text()).toString();
     QVERIFY(!letters.contains(QString()));
-    for (const char *label : {"movieFormatLabel", "movieQualityLabel"}) {
+    for (const char *label :
+         {"movieFormatLabel", "movieQualityLabel", "movieRecipeLabel", "movieFolderLabel"}) {
         letters << QKeySequence::mnemonic(window.widget<QLabel>(QLatin1String(label))->text())
                        .toString();
         QVERIFY(window.widget<QLabel>(QLatin1String(label))->buddy());
@@ -336,7 +337,9 @@ void TestAccessibilityWindow::tabReachesEveryControl()
                          QStringLiteral("movieFormatPopUpButton"),
                          QStringLiteral("movieQualityPopUpButton"),
                          QStringLiteral("repairPixelsCheckBox"),
-                         QStringLiteral("repairColumnsCheckBox")};
+                         QStringLiteral("repairColumnsCheckBox"),
+                         QStringLiteral("movieRecipePopUpButton"),
+                         QStringLiteral("movieFolderPopUpButton")};
     for (const QString &name : expected)
         QVERIFY2(stops.contains(name), qPrintable(name));
     QCOMPARE(tabStops(*window.delegate->window(), Qt::ShiftModifier), stops);

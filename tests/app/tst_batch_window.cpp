@@ -37,6 +37,8 @@ private Q_SLOTS:
     void startAfterStopTakesTheWholeList();
     void repairIsChosenForTheBatch();
     void controlsAreLockedWhileWorking();
+    void recipeTakesThePlaceOfFormatAndQuality();
+    void recipeThatCantBeUsedIsToldBeforeTheBatch();
     void anyOtherPopUpItemStandsForTheSecond_data();
     void anyOtherPopUpItemStandsForTheSecond();
     void averagesGivenToTheRecordings_data();
@@ -257,6 +259,53 @@ void TestBatchWindow::controlsAreLockedWhileWorking()
     window.pressStart();
     QCOMPARE(enabled(), QList<bool>({true, true, true, true, true, true}));
     QVERIFY(shows("Encode"));
+}
+
+void TestBatchWindow::recipeTakesThePlaceOfFormatAndQuality()
+{
+    FakeWindow window;
+    window.addRecipe(QStringLiteral("mine"), "-c:v x");
+    window.setEncoding(QStringLiteral("case $1 in -encoders) printf ' ------\\n V..... x X\\n' ;; "
+                                      "*) cp \"$film\" \"$movie\" ;; esac"));
+    window.launch();
+    auto *recipe = window.widget<QComboBox>(QStringLiteral("movieRecipePopUpButton"));
+    const auto formatsAreEnabled = [&window] {
+        return window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled() &&
+               window.widget<QComboBox>(QStringLiteral("movieQualityPopUpButton"))->isEnabled();
+    };
+    window.add({a});
+    QVERIFY(formatsAreEnabled());
+    recipe->setCurrentIndex(recipe->findData(QStringLiteral("mine")));
+    QVERIFY(!formatsAreEnabled());
+    window.pressStart();
+    QVERIFY(!recipe->isEnabled());
+    window.waitForEnd();
+    QVERIFY(recipe->isEnabled() && !formatsAreEnabled());
+    QVERIFY(QFile::exists(window.recordings() + QStringLiteral("/a.mine.mp4")));
+    recipe->setCurrentIndex(0);
+    QVERIFY(formatsAreEnabled());
+    window.pressStart();
+    window.waitForEnd();
+    QVERIFY(QFile::exists(window.recordings() + QStringLiteral("/a.avi")));
+}
+
+void TestBatchWindow::recipeThatCantBeUsedIsToldBeforeTheBatch()
+{
+    FakeWindow window;
+    const QString path = window.addRecipe(QStringLiteral("mine"), "-c:v missing");
+    window.setEncoding(QStringLiteral("printf ' ------\\n V..... x X\\n'"));
+    window.launch();
+    auto *recipe = window.widget<QComboBox>(QStringLiteral("movieRecipePopUpButton"));
+    recipe->setCurrentIndex(recipe->findData(QStringLiteral("mine")));
+    window.add({a});
+    window.pressStart();
+    QVERIFY(!window.delegate->isWorking());
+    QVERIFY(window.alerts.shown.constLast().contains(
+        QStringLiteral("ffmpeg has no encoder \"missing\"")));
+    window.addRecipe(QStringLiteral("mine"), "what -c:v x, with another length");
+    window.pressStart();
+    QVERIFY(!window.delegate->isWorking());
+    QVERIFY(window.alerts.shown.constLast().contains(path + QStringLiteral(":3: \"what\"")));
 }
 
 void TestBatchWindow::anyOtherPopUpItemStandsForTheSecond_data()

@@ -116,6 +116,8 @@ private Q_SLOTS:
     void columnsAreRemembered();
     void formatAndQualityAreRemembered();
     void repairIsRemembered();
+    void recipeIsRememberedWhileItIsThere();
+    void folderOfTheMoviesIsRemembered();
 };
 
 void TestStartupWindow::firstStart()
@@ -569,6 +571,61 @@ void TestStartupWindow::repairIsRemembered()
     window.launch();
     for (const QString &box : boxes)
         QVERIFY(window.widget<QCheckBox>(box)->isChecked());
+}
+
+void TestStartupWindow::recipeIsRememberedWhileItIsThere()
+{
+    FakeWindow window;
+    const QString path = window.addRecipe(QStringLiteral("mine"), "-c:v x");
+    window.launch();
+    const auto popUp = [&window] {
+        return window.widget<QComboBox>(QStringLiteral("movieRecipePopUpButton"));
+    };
+    QCOMPARE(popUp()->currentIndex(), 0);
+    QCOMPARE(popUp()->currentText(), QStringLiteral("None"));
+    popUp()->setCurrentIndex(popUp()->findData(QStringLiteral("mine")));
+    QCOMPARE(popUp()->currentIndex(), 1);
+    window.launch();
+    QCOMPARE(popUp()->currentData().toString(), QStringLiteral("mine"));
+    QVERIFY(!window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled());
+    QVERIFY(QFile::remove(path));
+    window.launch();
+    QCOMPARE(popUp()->currentIndex(), 0);
+    QVERIFY(window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled());
+}
+
+void TestStartupWindow::folderOfTheMoviesIsRemembered()
+{
+    FakeWindow window;
+    const QTemporaryDir folder;
+    window.launch();
+    const auto popUp = [&window] {
+        return window.widget<QComboBox>(QStringLiteral("movieFolderPopUpButton"));
+    };
+    const auto choose = [&popUp](int index) {
+        popUp()->setCurrentIndex(index);
+        Q_EMIT popUp()->activated(index);
+    };
+    QCOMPARE(popUp()->currentText(), QStringLiteral("beside the recordings"));
+    choose(1); // and cancelled
+    QCOMPARE(popUp()->currentIndex(), 0);
+    window.panel.chosen = QStringList{folder.path()};
+    choose(1);
+    QCOMPARE(popUp()->currentText(),
+             QStringLiteral("in %1…").arg(QFileInfo(folder.path()).fileName()));
+    window.panel.chosen.clear();
+    choose(1); // cancelled: the folder stays
+    window.launch();
+    QCOMPARE(popUp()->currentIndex(), 1);
+    QCOMPARE(popUp()->toolTip(), folder.path());
+    window.add({QStringLiteral("a.MLV")});
+    window.pressStart();
+    window.waitForEnd();
+    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("a.avi"))));
+    QVERIFY(!QFile::exists(window.recordings() + QStringLiteral("/a.avi")));
+    choose(0);
+    window.launch();
+    QCOMPARE(popUp()->currentIndex(), 0);
 }
 
 QTEST_MAIN(TestStartupWindow)

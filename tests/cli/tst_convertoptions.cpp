@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/convertoptions.h"
+#include "mlvdump/mlvdumpreport.h"
 
 #include <QDir>
 #include <QFile>
@@ -36,6 +37,7 @@ private Q_SLOTS:
         QVERIFY(!options.keepTemporary);
         QVERIFY(!options.quiet);
         QCOMPARE(options.settings.workers, 1);
+        QVERIFY(!options.settings.recipe);
     }
 
     void everyOption()
@@ -112,6 +114,27 @@ private Q_SLOTS:
         QCOMPARE(options.settings.workers, std::clamp(QThread::idealThreadCount(), 1, 64));
     }
 
+    void recipeTakesThePlaceOfFormatAndQuality()
+    {
+        QFile recipe(m_folder.filePath(QStringLiteral("mine.recipe")));
+        QVERIFY(recipe.open(QIODevice::WriteOnly));
+        recipe.write("[Recipe]\nExtension=mp4\nVideo=-c:v libx264\n");
+        recipe.close();
+        ConvertOptions options;
+        const QStringList chosen{QStringLiteral("--recipe"), recipe.fileName(), m_clip};
+        QVERIFY(!readConvertOptions(chosen, options));
+        QVERIFY(options.settings.recipe);
+        QCOMPARE(moviePathFor(m_clip, options.settings, {}),
+                 m_folder.filePath(QStringLiteral("clip.mp4")));
+        for (const char *other : {"--format", "--quality"}) {
+            const QString value =
+                other == QByteArray("--format") ? QStringLiteral("mov") : QStringLiteral("high");
+            QCOMPARE(
+                readConvertOptions(QStringList{QString::fromUtf8(other), value} + chosen, options),
+                std::optional(ExitUnusable));
+        }
+    }
+
     void pathThatBeginsWithADash()
     {
         ConvertOptions options;
@@ -148,6 +171,11 @@ private Q_SLOTS:
         QTest::newRow("unknown format") << "--format mp4 CLIP";
         QTest::newRow("unknown quality") << "--quality low CLIP";
         QTest::newRow("unknown progress") << "--progress xml CLIP";
+        QTest::newRow("unknown recipe") << "--recipe none CLIP";
+        QTest::newRow("missing recipe") << "--recipe /no/such.recipe CLIP";
+        QTest::newRow("unknown treatment of a movie") << "--existing ask CLIP";
+        QTest::newRow("name with a folder") << "--name a/b CLIP";
+        QTest::newRow("empty output folder") << "--output= CLIP";
         QTest::newRow("no jobs") << "--jobs 0 CLIP";
         QTest::newRow("too many jobs") << "--jobs 65 CLIP";
         QTest::newRow("jobs that are no number") << "--jobs many CLIP";

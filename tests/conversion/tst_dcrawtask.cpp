@@ -54,6 +54,7 @@ private Q_SLOTS:
     void init();
 
     void argumentsAtTheDefaultExposure();
+    void furtherArgumentsStandInFront();
     void brightnessText_data();
     void brightnessText();
     void tiffPath_data();
@@ -100,6 +101,16 @@ void tst_DCRawTask::argumentsAtTheDefaultExposure()
 {
     QCOMPARE(dcRawArguments(QStringLiteral("/a b/c.dng"), 1.0F),
              expectedArguments(QStringLiteral("4.000000"), QStringLiteral("/a b/c.dng")));
+}
+
+void tst_DCRawTask::furtherArgumentsStandInFront()
+{
+    m_task->setDevelop({QStringLiteral("-6"), QStringLiteral("-m"), QStringLiteral("2")});
+    m_task->convertDNG();
+    QCOMPARE(m_tools->calls(dcraw),
+             (QList<QStringList>{m_task->develop() +
+                                 expectedArguments(QStringLiteral("4.000000"),
+                                                   path(QStringLiteral("tmp000012.dng")))}));
 }
 
 void tst_DCRawTask::brightnessText_data()

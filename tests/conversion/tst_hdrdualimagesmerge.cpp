@@ -37,6 +37,9 @@ private Q_SLOTS:
     void paddedRowsDrift();
     void paddingOfAPixelMovesEveryRow();
     void wideSamplesAreReadAsBytes();
+    void deepBitmapsAreMergedBySample();
+    void unfitDeepBitmapsAreLeftAlone();
+    void deepFramesAreMergedWhenAskedFor();
     void largerSecondIsReadAtTheSameOffsets();
     void unfitBitmapsAreLeftAlone_data();
     void unfitBitmapsAreLeftAlone();
@@ -295,6 +298,52 @@ void tst_HDRDualImagesMerge::wideSamplesAreReadAsBytes()
     QVERIFY(mergeBitmaps(&first, second));
     QCOMPARE(first.bytes().left(12), referenceOf(before.left(12), second.bytes().left(12)));
     QCOMPARE(first.bytes().mid(12), before.mid(12));
+}
+
+void tst_HDRDualImagesMerge::deepBitmapsAreMergedBySample()
+{
+    TiffBitmap first({2, 2, 3, 16, 12}, countingBytes(24, 10, 9));
+    const TiffBitmap second({2, 2, 3, 16, 12}, countingBytes(24, 100, 4));
+    QByteArray expected(24, 0);
+    mergeReference(reinterpret_cast<const std::uint16_t *>(first.bytes().constData()),
+                   reinterpret_cast<const std::uint16_t *>(second.bytes().constData()),
+                   reinterpret_cast<std::uint16_t *>(expected.data()), 4);
+    QVERIFY(mergeDeepBitmaps(&first, second));
+    QCOMPARE(first.bytes(), expected);
+}
+
+void tst_HDRDualImagesMerge::unfitDeepBitmapsAreLeftAlone()
+{
+    const TiffBitmap deep({2, 2, 3, 16, 12}, countingBytes(24, 10, 9));
+    for (const TiffBitmap &other : {TiffBitmap(), TiffBitmap({2, 2, 3, 8, 6}, QByteArray(12, 'a')),
+                                    TiffBitmap({2, 1, 3, 16, 12}, QByteArray(12, 'a')),
+                                    TiffBitmap({2, 2, 3, 16, 14}, QByteArray(28, 'a'))}) {
+        TiffBitmap first = deep;
+        QVERIFY(!mergeDeepBitmaps(&first, other));
+        QCOMPARE(first.bytes(), deep.bytes());
+    }
+}
+
+void tst_HDRDualImagesMerge::deepFramesAreMergedWhenAskedFor()
+{
+    const QTemporaryDir folder;
+    const QString hdr = folder.filePath(QStringLiteral("hdr"));
+    QVERIFY(QDir().mkpath(hdr));
+    const QString one = folder.filePath(QStringLiteral("1.tiff"));
+    const QString two = folder.filePath(QStringLiteral("2.tiff"));
+    TiffBitmap first({2, 2, 3, 16, 12}, countingBytes(24, 10, 9));
+    const TiffBitmap second({2, 2, 3, 16, 12}, countingBytes(24, 100, 4));
+    QVERIFY(first.write(one) && second.write(two));
+    HDRDualImagesMerge merge;
+    merge.setSixteenBits(true);
+    merge.setExtractionPath(hdr);
+    merge.setFirstImagePath(one);
+    merge.setSecondImagePath(two);
+    merge.hdrMerge();
+    QVERIFY(mergeDeepBitmaps(&first, second));
+    const TiffBitmap merged = TiffBitmap::read(hdr + QStringLiteral("/1.tiff"));
+    QCOMPARE(merged.bitsPerSample(), 16);
+    QCOMPARE(merged.bytes(), first.bytes());
 }
 
 void tst_HDRDualImagesMerge::largerSecondIsReadAtTheSameOffsets()

@@ -16,6 +16,7 @@
 using filmwright::mergePixels;
 using Pixel = std::array<std::uint8_t, 3>;
 using Bytes = std::vector<std::uint8_t>;
+using DeepSamples = std::vector<std::uint16_t>;
 
 class tst_MergePixels : public QObject
 {
@@ -33,6 +34,11 @@ private Q_SLOTS:
     void everyCountEqualsTheReference_data() { addInstructionSets(); }
     void everyCountEqualsTheReference();
     void resultMayBeTheFirst();
+    void deepPixelsEqualTheReference_data() { addInstructionSets(); }
+    void deepPixelsEqualTheReference();
+    void everyCountOfDeepPixelsEqualsTheReference_data() { addInstructionSets(); }
+    void everyCountOfDeepPixelsEqualsTheReference();
+    void deepPixelsHaveTheLookOfShallowOnes();
 
     void identicalPixelsKeepHueAndSaturation();
     void greysGiveTheirMeanRoundedDown();
@@ -55,19 +61,20 @@ Pixel merged(const Pixel &first, const Pixel &second)
 }
 
 // Fails at the first pixel that differs from the reference.
-void compareWithReference(const Bytes &first, const Bytes &second)
+template <typename Samples>
+void compareWithReference(const Samples &first, const Samples &second)
 {
     const std::size_t count = first.size() / 3;
-    Bytes expected(first.size());
-    Bytes result(first.size(), 77);
+    Samples expected(first.size());
+    Samples result(first.size(), 77);
     mergeReference(first.data(), second.data(), expected.data(), count);
     mergePixels(first.data(), second.data(), result.data(), count);
     const auto [wrong, right] = std::mismatch(result.begin(), result.end(), expected.begin());
     if (wrong == result.end())
         return;
     const auto pixel = (wrong - result.begin()) / 3 * 3;
-    const auto text = [pixel](const Bytes &bytes) {
-        const std::uint8_t *p = bytes.data() + pixel;
+    const auto text = [pixel](const Samples &samples) {
+        const auto *p = samples.data() + pixel;
         return QStringLiteral("(%1, %2, %3)").arg(p[0]).arg(p[1]).arg(p[2]);
     };
     QFAIL(qPrintable(text(first) + QStringLiteral(" and ") + text(second) +
@@ -182,6 +189,58 @@ void tst_MergePixels::resultMayBeTheFirst()
     mergePixels(first.data(), second.data(), expected.data(), 1001);
     mergePixels(first.data(), second.data(), first.data(), 1001);
     QCOMPARE(first, expected);
+}
+
+// Random ones, and pairs of nearly the same colour, where the choice hangs by one step.
+void tst_MergePixels::deepPixelsEqualTheReference()
+{
+    useInstructionSet();
+    std::mt19937 generator(11);
+    DeepSamples first(3000000);
+    DeepSamples second(first.size());
+    std::generate(first.begin(), first.end(), [&] { return std::uint16_t(generator()); });
+    std::generate(second.begin(), second.end(), [&] { return std::uint16_t(generator()); });
+    compareWithReference(first, second);
+    for (std::size_t i = 0; i < first.size(); ++i)
+        second[i] = std::uint16_t(std::clamp(int(first[i]) + int(generator() & 3) - 1, 0, 65535));
+    compareWithReference(first, second);
+}
+
+void tst_MergePixels::everyCountOfDeepPixelsEqualsTheReference()
+{
+    useInstructionSet();
+    std::mt19937 generator(13);
+    for (std::size_t count = 0; count <= 100; ++count) {
+        DeepSamples first(3 * count);
+        DeepSamples second(3 * count);
+        std::generate(first.begin(), first.end(), [&] { return std::uint16_t(generator()); });
+        std::generate(second.begin(), second.end(), [&] { return std::uint16_t(generator()); });
+        compareWithReference(first, second);
+        if (QTest::currentTestFailed())
+            return;
+    }
+}
+
+void tst_MergePixels::deepPixelsHaveTheLookOfShallowOnes()
+{
+    std::mt19937 generator(17);
+    Bytes first(30000);
+    Bytes second(first.size());
+    std::generate(first.begin(), first.end(), [&] { return std::uint8_t(generator()); });
+    std::generate(second.begin(), second.end(), [&] { return std::uint8_t(generator()); });
+    const auto deepened = [](const Bytes &bytes) {
+        DeepSamples samples(bytes.size());
+        std::transform(bytes.begin(), bytes.end(), samples.begin(),
+                       [](std::uint8_t byte) { return std::uint16_t(257 * byte); });
+        return samples;
+    };
+    const DeepSamples deepFirst = deepened(first);
+    const DeepSamples deepSecond = deepened(second);
+    DeepSamples deep(first.size());
+    mergePixels(deepFirst.data(), deepSecond.data(), deep.data(), first.size() / 3);
+    mergePixels(first.data(), second.data(), first.data(), first.size() / 3);
+    for (std::size_t i = 0; i < deep.size(); ++i)
+        QVERIFY(std::abs(int(deep[i]) - 257 * int(first[i])) <= 257);
 }
 
 void tst_MergePixels::identicalPixelsKeepHueAndSaturation()

@@ -39,6 +39,8 @@ private Q_SLOTS:
     void imageOutlivesTheBitmap();
     void imageFormats_data();
     void imageFormats();
+    void deepSamplesKeepTheirUpperBits();
+    void otherBitmapsComeBackAsTheyAre();
 
 private:
     QString path(const QString &name = QStringLiteral("a.tiff")) const
@@ -339,6 +341,25 @@ void tst_TiffBitmap::imageFormats()
     const qsizetype row = qsizetype(2) * samples * bits / 8;
     QCOMPARE(TiffBitmap({2, 2, samples, bits, row}, QByteArray(2 * row, 'a')).toImage().format(),
              format);
+}
+
+void tst_TiffBitmap::deepSamplesKeepTheirUpperBits()
+{
+    const std::uint16_t rows[] = {0x0000, 0x00ff, 0x0100, 0x7fff, 0x8000, 0xffff, // and padding
+                                  0x5555, 0x1234, 0xabcd, 0xfeff, 0x0001, 0x0203, 0x0405, 0x5555};
+    const QByteArray bytes(reinterpret_cast<const char *>(rows), sizeof rows);
+    const TiffBitmap shallow = TiffBitmap({2, 2, 3, 16, 14}, bytes).eightBits();
+    QCOMPARE(shallow.bitsPerSample(), 8);
+    QCOMPARE(shallow.bytesPerRow(), 6);
+    QCOMPARE(shallow.bytes(), QByteArray::fromHex("0000017f80ff12abfe000204"));
+    QCOMPARE(shallow.toImage().pixelColor(1, 0), QColor(0x7f, 0x80, 0xff));
+}
+
+void tst_TiffBitmap::otherBitmapsComeBackAsTheyAre()
+{
+    const TiffBitmap bitmap = countingBitmap(5, 3);
+    QCOMPARE(bitmap.eightBits().bytes().constData(), bitmap.bytes().constData());
+    QVERIFY(TiffBitmap().eightBits().isEmpty());
 }
 
 QTEST_GUILESS_MAIN(tst_TiffBitmap)

@@ -3,6 +3,7 @@
 
 #include "encoding/ffmpegarguments.h"
 #include "encoding/finishedmovie.h"
+#include "encoding/recipemovie.h"
 #include "support/fakemovie.h"
 
 #include <QDir>
@@ -30,6 +31,8 @@ private Q_SLOTS:
     void movieThatIsCutOffAnywhere();
     void movieWhoseWriterWasKilled_data() { framesOfEachFormat_data(); }
     void movieWhoseWriterWasKilled();
+    void framesOfAnMp4_data();
+    void framesOfAnMp4();
     void longMovieOfSeveralParts();
     void atomOfAHugeLength();
     void noMovie_data();
@@ -140,6 +143,41 @@ void TestFinishedMovie::movieWhoseWriterWasKilled()
     ffmpeg.kill();
     QVERIFY(ffmpeg.waitForFinished());
     QCOMPARE(framesOfFinishedMovie(movie), std::nullopt);
+}
+
+void TestFinishedMovie::framesOfAnMp4_data()
+{
+    QTest::addColumn<bool>("fastStart");
+    QTest::newRow("index at the end") << false;
+    QTest::newRow("index at the beginning") << true;
+}
+
+/// With a track of timecode besides picture and sound.
+void TestFinishedMovie::framesOfAnMp4()
+{
+    QFETCH(bool, fastStart);
+    RecipeMovie movie;
+    movie.recipe.extension = QStringLiteral("mp4");
+    movie.recipe.video = QStringList{QStringLiteral("-c:v"), QStringLiteral("libx264")};
+    movie.recipe.sound = QStringList{QStringLiteral("-c:a"), QStringLiteral("aac")};
+    movie.recipe.fastStart = fastStart;
+    movie.facts.timecode = QStringLiteral("01:02:03:04");
+    movie.frames = frames;
+    const QString folder = m_folder.path() + QLatin1Char('/');
+    const QString path = file(QStringLiteral("clip.mp4"));
+    const MovieSources sources{folder, folder + QStringLiteral("tmp.wav"), 25};
+    QCOMPARE(QProcess::execute(
+                 QStringLiteral("ffmpeg"),
+                 QStringList{QStringLiteral("-y"), QStringLiteral("-v"), QStringLiteral("error")} +
+                     recipeArguments(movie, sources, path)),
+             0);
+    QFile written(path);
+    QVERIFY(written.open(QIODevice::ReadOnly));
+    const QByteArray content = written.readAll();
+    QCOMPARE(framesOfFinishedMovie(path), std::optional<quint64>(frames));
+    QCOMPARE(content.indexOf("moov") < content.indexOf("mdat"), fastStart);
+    for (qsizetype length = 0; length < content.size(); length += 1 + content.size() / 500)
+        QCOMPARE(framesOfFinishedMovie(write(content.left(length))), std::nullopt);
 }
 
 void TestFinishedMovie::longMovieOfSeveralParts()

@@ -55,6 +55,8 @@ private Q_SLOTS:
     void frameThatIsNotConverted();
     void frameThatIsConvertedToRubbish();
     void frameThatIsCutShort();
+    void recipeThatHoldsNoOddFrames_data();
+    void recipeThatHoldsNoOddFrames();
     void failingBlend();
     void pairThatIsNotMerged();
     void frameWithoutANeighbour();
@@ -166,6 +168,41 @@ void TestProjectMonitor::frameThatIsCutShort()
     project.monitor();
     project.launch();
     QTRY_COMPARE(project.endings, one("dcraw converted only 1 of 2 frames"));
+}
+
+void TestProjectMonitor::recipeThatHoldsNoOddFrames_data()
+{
+    QTest::addColumn<QStringList>("develop");
+    QTest::addColumn<QString>("format");
+    QTest::addColumn<QString>("reason");
+    const QString refused = QStringLiteral("one holds no frames of 5x2 pixels: odd sides need a "
+                                           "recipe of 4:4:4 or RGB, such as prores-4444 or ffv1");
+    QTest::newRow("4:2:0") << QStringList() << "yuv420p10le" << refused;
+    QTest::newRow("4:2:2") << QStringList() << "yuv422p" << refused;
+    QTest::newRow("4:4:4") << QStringList() << "yuv444p10le" << QString();
+    QTest::newRow("RGB") << QStringList() << "gbrp16le" << QString();
+    QTest::newRow("half the size, which is cut")
+        << QStringList{QStringLiteral("-h")} << "yuv420p" << QString();
+}
+
+void TestProjectMonitor::recipeThatHoldsNoOddFrames()
+{
+    QFETCH(QStringList, develop);
+    QFETCH(QString, format);
+    QFETCH(QString, reason);
+    MonitoredProject project(1);
+    project.read();
+    Recipe recipe;
+    recipe.name = QStringLiteral("one");
+    recipe.extension = QStringLiteral("mov");
+    recipe.develop = develop;
+    recipe.video = QStringList{QStringLiteral("-pix_fmt"), format};
+    project.controller->setRecipe(recipe);
+    FakeTools::writeTiff(project.path(QStringLiteral("whole.tiff")), 5);
+    project.monitor();
+    project.launch();
+    QTRY_COMPARE(project.endings, QStringList{reason});
+    project.controller->stop();
 }
 
 void TestProjectMonitor::failingBlend()

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void framesThatAreThereCountAsSpace();
     void needFollowsTheReport();
     void mergedFramesNeedSpaceToo();
+    void recipesNeedWhatTheirFramesNeed();
     void unknownResolutionNeedsNothing();
     void hugeCountsAreRefused();
 };
@@ -84,6 +85,24 @@ void TestSpaceCheck::mergedFramesNeedSpaceToo()
     const double plain = spaceNeed(*fake.controller).frames;
     fake.controller->setDualISO(true);
     QVERIFY(spaceNeed(*fake.controller).frames - plain >= 10 * 3.0 * 1920 * 1080);
+}
+
+void TestSpaceCheck::recipesNeedWhatTheirFramesNeed()
+{
+    FakeProject fake(10);
+    fake.setRawInformation(QStringLiteral("1920x1080"), 14);
+    fake.read();
+    const double plain = spaceNeed(*fake.controller).frames;
+    const double samples = 10 * 3.0 * 1920 * 1080;
+    Recipe recipe;
+    recipe.develop = QStringList{QStringLiteral("-6")};
+    fake.controller->setRecipe(recipe);
+    QCOMPARE(spaceNeed(*fake.controller).frames - plain, samples);
+    recipe.develop = QStringList{QStringLiteral("-h")};
+    fake.controller->setRecipe(recipe);
+    QCOMPARE(plain - spaceNeed(*fake.controller).frames, samples * 3 / 4);
+    fake.controller->setRecipe(std::nullopt);
+    QCOMPARE(spaceNeed(*fake.controller).frames, plain);
 }
 
 void TestSpaceCheck::unknownResolutionNeedsNothing()

@@ -25,6 +25,8 @@ private Q_SLOTS:
     void workWithOtherBlendingIsRemoved();
     void workWithOtherCorrectionsIsRemoved();
     void workWithAChangedMapIsRemoved();
+    void framesDevelopedInAnotherWayAreRemoved();
+    void framesOfTwoRecipesThatDevelopAlikeAreKept();
     void workThatMayBeHalfBlendedIsRemoved();
     void blendedWorkIsKept();
     void workWithoutANoteIsRemoved();
@@ -50,6 +52,14 @@ private:
     {
         ConversionSettings settings;
         settings.blendsAlternatingRows = true;
+        claimUnfinishedWork(m_clip, settings, m_work);
+    }
+    void claimWith(const QString &id, const QStringList &develop) const
+    {
+        ConversionSettings settings;
+        settings.recipe.emplace();
+        settings.recipe->id = id;
+        settings.recipe->develop = develop;
         claimUnfinishedWork(m_clip, settings, m_work);
     }
     void putWork() const { write(QStringLiteral("tmp/clip.MLV/tmp000000.dng"), "frame"); }
@@ -150,6 +160,28 @@ void TestWorkNote::workWithAChangedMapIsRemoved()
     write(QStringLiteral("a.fpm"), "8 9\n10 11\n");
     claimUnfinishedWork(m_clip, settings, m_work);
     QVERIFY(!hasWork());
+}
+
+void TestWorkNote::framesDevelopedInAnotherWayAreRemoved()
+{
+    claimWith(QStringLiteral("hq"), {QStringLiteral("-6")});
+    QVERIFY(!hasWork()); // an 8-bit frame is not taken for a 16-bit one
+    putWork();
+    claim(m_clip);
+    QVERIFY(!hasWork()); // nor the other way round
+}
+
+void TestWorkNote::framesOfTwoRecipesThatDevelopAlikeAreKept()
+{
+    claimWith(QStringLiteral("hq"), {QStringLiteral("-6")});
+    putWork();
+    claimWith(QStringLiteral("lt"), {QStringLiteral("-6")});
+    QVERIFY(hasWork());
+    claimWith(QStringLiteral("web"), {});
+    QVERIFY(!hasWork());
+    putWork();
+    claim(m_clip);
+    QVERIFY(hasWork());
 }
 
 void TestWorkNote::workThatMayBeHalfBlendedIsRemoved()

@@ -1,0 +1,263 @@
+// SPDX-License-Identifier: MIT
+// A recipe's file is an INI file as QSettings reads it. QSettings tells no lines and takes some
+// slips for something else, so the lines are looked at before.
+#include "encoding/recipe.h"
+#include "encoding/recipearguments.h"
+#include "encoding/shellwords.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QSettings>
+#include <QStringDecoder>
+
+#include <algorithm>
+
+namespace filmwright {
+
+namespace {
+
+constexpr qint64 mostBytes = 65536;
+
+QString text(const char *source)
+{
+    return QCoreApplication::translate("RecipeFile", source);
+}
+
+/// What is wrong on a line; line 0: with the file.
+struct LineProblem
+{
+    QString reason{};
+    int line = 0;
+};
+
+const QStringList &fields()
+{
+    static const QStringList names{QStringLiteral("Name"),      QStringLiteral("Description"),
+                                   QStringLiteral("Extension"), QStringLiteral("Suffix"),
+                                   QStringLiteral("Develop"),   QStringLiteral("Video"),
+                                   QStringLiteral("Sound"),     QStringLiteral("FastStart")};
+    return names;
+}
+
+/// A value that QSettings takes as it stands: quotes stand around the whole of it or nowhere.
+QString quotingProblem(const QString &value)
+{
+    bool quoted = false;
+    for (qsizetype i = 0; i < value.size(); ++i) {
+        const QChar character = value.at(i);
+        if (character == QLatin1Char('\\')) {
+            if (++i == value.size())
+                return text("a value can't go on in the next line");
+        } else if (character == QLatin1Char(';') && !quoted) {
+            return {}; // a comment follows
+        } else if (character == QLatin1Char('"')) {
+            const bool atEdge =
+                quoted ? value.mid(i + 1).section(QLatin1Char(';'), 0, 0).trimmed().isEmpty()
+                       : i == 0;
+            if (!atEdge) {
+                return text("bad quoting: inside a value write ' instead of \", or the whole value "
+                            "in \" with \\\" inside");
+            }
+            quoted = !quoted;
+        }
+    }
+    return quoted ? text("bad quoting: a \" is not closed") : QString();
+}
+
+/// The lines of the fields, by their names.
+using FieldLines = QMap<QString, int>;
+
+QString fieldProblem(const QString &line, const FieldLines &lines)
+{
+    const qsizetype equals = line.indexOf(QLatin1Char('='));
+    if (equals < 0)
+        return text("neither a section, a comment nor a field with its value");
+    const QString name = line.left(equals).trimmed();
+    if (!fields().contains(name))
+        return text("unknown field \"%1\"; there are %2")
+            .arg(name, fields().join(QStringLiteral(", ")));
+    if (lines.contains(name))
+        return text("%1 is there twice").arg(name);
+    const QString value = line.mid(equals + 1).trimmed();
+    // QSettings would make a value of another type of it.
+    if (value.startsWith(QLatin1Char('@')))
+        return text("a value can't begin with @");
+    return quotingProblem(value);
+}
+
+LineProblem problemOfLines(const QString &content, FieldLines &lines)
+{
+    bool inSection = false;
+    int number = 0;
+    const QStringList all = content.split(QLatin1Char('\n'));
+    for (const QString &raw : all) {
+        ++number;
+        const QString line = raw.trimmed();
+        if (line.isEmpty() || line.startsWith(QLatin1Char(';')) ||
+            line.startsWith(QLatin1Char('#')))
+            continue;
+        if (line.startsWith(QLatin1Char('['))) {
+            if (line != QLatin1String("[Recipe]") || inSection)
+                return {text("the only section is [Recipe]"), number};
+            inSection = true;
+            continue;
+        }
+        if (!inSection)
+            return {text("[Recipe] is missing above"), number};
+        if (const QString problem = fieldProblem(line, lines); !problem.isEmpty())
+            return {problem, number};
+        lines.insert(line.section(QLatin1Char('='), 0, 0).trimmed(), number);
+    }
+    return inSection ? LineProblem{} : LineProblem{text("[Recipe] is missing"), 0};
+}
+
+/// QSettings makes a list of a value with commas.
+QString valueOf(const QSettings &settings, const QString &field)
+{
+    const QString comma =
+        field == QLatin1String("Description") ? QStringLiteral(", ") : QStringLiteral(",");
+    return settings.value(QStringLiteral("Recipe/") + field).toStringList().join(comma);
+}
+
+bool hasControlCharacter(const QString &value)
+{
+    return std::any_of(value.cbegin(), value.cend(),
+                       [](QChar character) { return !character.isPrint(); });
+}
+
+QString extensionProblem(const QString &extension)
+{
+    const QStringList known{QStringLiteral("mov"), QStringLiteral("mp4"), QStringLiteral("avi")};
+    if (known.contains(extension))
+        return {};
+    return text("Extension is one of %1, not \"%2\"")
+        .arg(known.join(QStringLiteral(", ")), extension);
+}
+
+QString suffixProblem(const QString &suffix)
+{
+    constexpr qsizetype longest = 40;
+    return suffix.contains(QLatin1Char('/')) || suffix.size() > longest
+               ? text("Suffix is a part of a file's name, at most %1 letters").arg(longest)
+               : QString();
+}
+
+/// Takes the values over, field by field; the first that is wrong is told.
+class FieldReader
+{
+public:
+    FieldReader(const QSettings &settings, const FieldLines &lines)
+        : m_settings(settings)
+        , m_lines(lines)
+    {
+    }
+
+    LineProblem read(Recipe &recipe)
+    {
+        recipe.name = take(QStringLiteral("Name"));
+        recipe.description = take(QStringLiteral("Description"));
+        recipe.extension = take(QStringLiteral("Extension"));
+        fail(QStringLiteral("Extension"), extensionProblem(recipe.extension));
+        recipe.suffix = take(QStringLiteral("Suffix"));
+        fail(QStringLiteral("Suffix"), suffixProblem(recipe.suffix));
+        recipe.develop = takeWords(QStringLiteral("Develop"));
+        fail(QStringLiteral("Develop"), developmentProblem(recipe.develop));
+        recipe.video = takeWords(QStringLiteral("Video"));
+        fail(QStringLiteral("Video"), encodingProblem(recipe.video, QLatin1Char('v')));
+        recipe.sound = takeWords(QStringLiteral("Sound"));
+        if (!recipe.sound.isEmpty())
+            fail(QStringLiteral("Sound"), encodingProblem(recipe.sound, QLatin1Char('a')));
+        recipe.fastStart = takeSwitch(QStringLiteral("FastStart"));
+        return m_problem;
+    }
+
+private:
+    void fail(const QString &field, const QString &reason)
+    {
+        if (m_problem.reason.isEmpty() && !reason.isEmpty())
+            m_problem = {reason, m_lines.value(field)};
+    }
+
+    QString take(const QString &field)
+    {
+        QString value = valueOf(m_settings, field);
+        if (hasControlCharacter(value))
+            fail(field, text("%1 has a control character").arg(field));
+        return value;
+    }
+
+    QStringList takeWords(const QString &field)
+    {
+        const auto words = shellWords(take(field));
+        if (!words)
+            fail(field, text("bad quoting: a ' or \" is not closed"));
+        return words.value_or(QStringList());
+    }
+
+    bool takeSwitch(const QString &field)
+    {
+        const QString value = take(field);
+        if (!value.isEmpty() && value != QLatin1String("true") && value != QLatin1String("false"))
+            fail(field, text("%1 is true or false, not \"%2\"").arg(field, value));
+        return value == QLatin1String("true");
+    }
+
+    const QSettings &m_settings;
+    const FieldLines &m_lines;
+    LineProblem m_problem;
+};
+
+/// The file's text; a problem when it can't be one.
+LineProblem readContent(const QString &path, QString &content)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile())
+        return {text("there is no such file")};
+    if (!file.open(QIODevice::ReadOnly))
+        return {text("it can't be read: %1").arg(file.errorString())};
+    const QByteArray bytes = file.read(mostBytes + 1);
+    if (bytes.size() > mostBytes)
+        return {text("it is too long for a recipe")};
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    content = decoder(bytes);
+    // QSettings takes a lone carriage return for the end of a line.
+    const bool isText = !decoder.hasError() && !content.contains(QChar(0)) &&
+                        !QString(content).remove(QLatin1String("\r\n")).contains(QLatin1Char('\r'));
+    return isText ? LineProblem{} : LineProblem{text("it is no text in UTF-8")};
+}
+
+LineProblem readFields(const QString &path, Recipe &recipe)
+{
+    QString content;
+    LineProblem problem = readContent(path, content);
+    FieldLines lines;
+    if (problem.reason.isEmpty())
+        problem = problemOfLines(content, lines);
+    if (!problem.reason.isEmpty())
+        return problem;
+    const QSettings settings(path, QSettings::IniFormat);
+    if (settings.status() != QSettings::NoError)
+        return {text("it is no INI file")};
+    return FieldReader(settings, lines).read(recipe);
+}
+
+} // namespace
+
+RecipeFile readRecipe(const QString &path)
+{
+    RecipeFile file;
+    file.recipe.path = path;
+    file.recipe.id = QFileInfo(path).completeBaseName();
+    const LineProblem problem = readFields(path, file.recipe);
+    if (file.recipe.name.isEmpty())
+        file.recipe.name = file.recipe.id;
+    if (problem.reason.isEmpty())
+        return file;
+    const QString place =
+        problem.line > 0 ? QStringLiteral("%1:%2").arg(path).arg(problem.line) : path;
+    file.problem = QStringLiteral("%1: %2").arg(place, problem.reason);
+    return file;
+}
+
+} // namespace filmwright

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "encoding/recipemovie.h"
+#include "mlvdump/mlvdumpreport.h"
+
+namespace filmwright {
+
+/// What a recording's movie tells of it. The camera's clock has no zone: what it showed is taken
+/// for both the timecode and the time of creation. The reel is the recording's name.
+MovieFacts factsOf(const QString &recording, const MlvMetadata &metadata);
+
+} // namespace filmwright

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "project/movieorigin.h"
+
+#include "encoding/finishedmovie.h"
+#include "project/moviemark.h"
+#include "project/worknote.h"
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sys/xattr.h>
+
+namespace filmwright {
+
+namespace {
+
+constexpr char attribute[] = "user.filmwright.origin";
+
+/// Empty where there is none.
+QByteArray notedOrigin(const QString &movie)
+{
+    constexpr qsizetype longest = 128;
+    QByteArray noted(longest, '\0');
+    const ssize_t size =
+        getxattr(QFile::encodeName(movie).constData(), attribute, noted.data(), longest);
+    return noted.left(size < 0 ? 0 : size);
+}
+
+} // namespace
+
+QByteArray movieOrigin(const QString &recording, const ConversionSettings &settings)
+{
+    QByteArray choices = frameOrigin(recording, settings);
+    choices += settings.mergesNeighbours ? "merged\n" : "single\n";
+    if (settings.recipe) {
+        const Recipe &recipe = *settings.recipe;
+        const QStringList words =
+            recipe.video + QStringList{QString()} + recipe.sound + QStringList{recipe.extension};
+        choices += words.join(QChar(0)).toUtf8() + (recipe.fastStart ? "fast\n" : "\n");
+    } else {
+        choices += QByteArray::number(settings.format) + ' ' + QByteArray::number(settings.quality);
+    }
+    return QCryptographicHash::hash(choices, QCryptographicHash::Sha256).toHex();
+}
+
+void noteOrigin(const QString &movie, const QByteArray &origin)
+{
+    setxattr(QFile::encodeName(movie).constData(), attribute, origin.constData(),
+             static_cast<std::size_t>(origin.size()), 0);
+}
+
+bool isFinishedMovie(const QString &movie, const QByteArray &origin, quint64 frames)
+{
+    if (QFileInfo::exists(MovieMark::pathFor(movie)))
+        return false; // another run writes it, or has died over it
+    const auto finished = framesOfFinishedMovie(movie);
+    const QByteArray noted = notedOrigin(movie);
+    return finished && (noted.isEmpty() ? *finished >= frames : noted == origin);
+}
+
+} // namespace filmwright
