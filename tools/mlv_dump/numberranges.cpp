@@ -22,9 +22,11 @@ std::string NumberRanges::text() const
         if (&range - m_ranges.data() == mostRanges) {
             return text + " and " + std::to_string(m_count - told) + " more";
         }
-        text += (text.empty() ? "" : ", ") + std::to_string(range.first);
+        text += text.empty() ? "" : ", ";
+        text += std::to_string(range.first);
         if (range.last > range.first) {
-            text += "-" + std::to_string(range.last);
+            text += '-';
+            text += std::to_string(range.last);
         }
         told += range.last - range.first + 1;
     }
