@@ -35,9 +35,9 @@ constexpr std::initializer_list<WorkStage> countedStages{WorkStage::Extracting, 
 double recipeSeconds(const Recipe &recipe)
 {
     static const QMap<QString, double> seconds{
-        {QStringLiteral("prores_ks"), 0.06}, {QStringLiteral("dnxhd"), 0.02},
-        {QStringLiteral("libx265"), 0.9},    {QStringLiteral("ffv1"), 0.15},
-        {QStringLiteral("libx264"), 0.06},
+        {QStringLiteral("prores_ks"), 0.13}, {QStringLiteral("dnxhd"), 0.09},
+        {QStringLiteral("libx265"), 0.13},   {QStringLiteral("ffv1"), 0.24},
+        {QStringLiteral("libx264"), 0.062},
     };
     const double size = recipe.developsHalfSize() ? 0.25 : 1;
     return size * seconds.value(recipe.videoEncoder(), 0.1);
