@@ -64,8 +64,12 @@ bool printFindings(const Options &options, const mlv::Recording &recording, Outp
     for (const auto &loss : findings.losses) {
         output.loss(loss);
     }
-    const auto tags = tagRemarks(options, recording);
-    findings.remarks.insert(findings.remarks.end(), tags.begin(), tags.end());
+    try {
+        const auto tags = tagRemarks(options, recording);
+        findings.remarks.insert(findings.remarks.end(), tags.begin(), tags.end());
+    } catch (const mlv::ReadError &) {
+        findings.remarks.push_back("what the disk can't read is not judged");
+    }
     for (const auto &remark : findings.remarks) {
         output.note(remark);
     }
