@@ -71,6 +71,12 @@ bool isSameShape(const RawInfo &a, const RawInfo &b)
     return a.width == b.width && a.height == b.height && a.bitsPerSample == b.bitsPerSample;
 }
 
+bool hasSameLevels(const RawInfo &a, const RawInfo &b)
+{
+    return a.blackLevel == b.blackLevel && a.whiteLevel == b.whiteLevel &&
+           a.colourMatrix == b.colourMatrix;
+}
+
 } // namespace
 
 Recording::Recording(const std::filesystem::path &path)
@@ -159,9 +165,7 @@ void Recording::visit(BlockWalk &walk, const Block &block, std::uint16_t chunk)
     } else if (type == blocktype::audioFrame) {
         addData<AudioFrame>(walk, block, chunk, m_audio);
     } else if (type == blocktype::rawInfo) {
-        const auto rawInfo = walk.layout<RawInfo>();
-        m_changesFormat = m_changesFormat || (m_rawInfo && !isSameShape(*m_rawInfo, rawInfo));
-        m_rawInfo = m_rawInfo.value_or(rawInfo);
+        addRawInfo(walk.layout<RawInfo>());
     } else if (type == blocktype::rawCapture) {
         m_rawCapture = m_rawCapture.value_or(walk.layout<RawCapture>());
     } else if (type == blocktype::waveInfo) {
@@ -189,6 +193,13 @@ void Recording::readInfo(const Block &block, std::uint16_t chunk)
                                 std::as_writable_bytes(std::span(m_info)));
 }
 
+void Recording::addRawInfo(const RawInfo &rawInfo)
+{
+    m_rawInfo = m_rawInfo.value_or(rawInfo);
+    m_changesFormat = m_changesFormat || !isSameShape(*m_rawInfo, rawInfo);
+    m_expectsOther = !hasSameLevels(*m_rawInfo, rawInfo);
+}
+
 template <typename Layout>
 void Recording::addData(BlockWalk &walk, const Block &block, std::uint16_t chunk, DataIndex &index)
 {
@@ -201,6 +212,13 @@ void Recording::addData(BlockWalk &walk, const Block &block, std::uint16_t chunk
     const std::uint32_t head = headSize + layout.frameSpace;
     index.push_back({block.offset + head, block.header.timestamp, block.header.size - head,
                      layout.number, chunk});
+    if constexpr (std::is_same_v<Layout, VideoFrame>) {
+        index.back().cropX = layout.cropX;
+        index.back().cropY = layout.cropY;
+        if (m_expectsOther) {
+            m_otherNumber = std::min(m_otherNumber.value_or(layout.number), layout.number);
+        }
+    }
 }
 
 void Recording::finishIndex()
@@ -250,6 +268,12 @@ void Recording::warnOfLosses(std::size_t repeatedFrames, std::size_t repeatedSou
     if (m_damagedBlocks > 0) {
         m_warnings.push_back(std::to_string(m_damagedBlocks) +
                              " damaged frame or sound blocks are left out");
+    }
+    if (m_otherNumber && !m_changesFormat && !m_video.empty()) {
+        // Numbered as the frames are when they are written.
+        const auto frame = *m_otherNumber - std::min(*m_otherNumber, m_video.front().number);
+        m_warnings.push_back("from frame " + std::to_string(frame) +
+                             " on other levels or colours are recorded; the first ones hold");
     }
     if (repeatedFrames > 0) {
         m_warnings.push_back(std::to_string(repeatedFrames) +

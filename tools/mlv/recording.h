@@ -20,6 +20,8 @@ struct DataBlock
     std::uint32_t size;      ///< of the data, bytes
     std::uint32_t number;    ///< of the frame, counted apart for video and audio
     std::uint16_t chunk;     ///< index into Recording::chunks()
+    std::uint16_t cropX = 0; ///< of the frame's corner in the sensor's read-out; video only
+    std::uint16_t cropY = 0;
 };
 
 /// The blocks of one kind, ascending by number, each number once.
@@ -73,6 +75,7 @@ private:
     void scan(std::uint16_t chunk);
     void visit(BlockWalk &walk, const Block &block, std::uint16_t chunk);
     void readInfo(const Block &block, std::uint16_t chunk);
+    void addRawInfo(const RawInfo &rawInfo);
     template <typename Layout>
     void addData(BlockWalk &walk, const Block &block, std::uint16_t chunk, DataIndex &index);
     void dropShortFrames();
@@ -85,6 +88,8 @@ private:
     DataIndex m_audio;
     std::optional<RawInfo> m_rawInfo;
     bool m_changesFormat = false;
+    bool m_expectsOther = false;                ///< the last RAWI block isn't as the first one
+    std::optional<std::uint32_t> m_otherNumber; ///< of the first frame behind such a block
     std::optional<RawCapture> m_rawCapture;
     std::optional<WaveInfo> m_waveInfo;
     std::optional<Identity> m_identity;

@@ -50,7 +50,7 @@ std::size_t Extraction::run()
 /// Frames at the start that cannot be decoded have none before them; the first good one stands in.
 void Extraction::replaceLeadingDamage()
 {
-    FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags);
+    FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags, m_job.repair);
     for (std::size_t i = 0; i < m_frames.size(); ++i) {
         try {
             static_cast<void>(encoder.encode(m_frames[i]));
@@ -75,7 +75,7 @@ void Extraction::replaceLeadingDamage()
 void Extraction::work()
 {
     try {
-        FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags);
+        FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags, m_job.repair);
         for (std::size_t i = m_next++; i < m_frames.size(); i = m_next++) {
             extract(encoder, i);
         }

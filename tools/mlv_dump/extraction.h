@@ -31,7 +31,8 @@ public:
         const FrameTags &tags;
         const SourceFiles &sources;
         std::filesystem::path prefix;
-        unsigned threads; ///< at least 1
+        unsigned threads;               ///< at least 1
+        const Repair *repair = nullptr; ///< none: samples stay what the calibration makes of them
     };
 
     /// `frames` are at least one. What the job refers to and the output outlive the extraction.

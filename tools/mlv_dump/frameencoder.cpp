@@ -2,17 +2,21 @@
 #include "mlv_dump/frameencoder.h"
 
 #include "dng/filehead.h"
+#include "mlv_dump/repairsurvey.h"
 
 #include <algorithm>
 
 namespace mlvdump {
 
 FrameEncoder::FrameEncoder(const mlv::Recording &recording, const Calibration &calibration,
-                           const FrameTags &tags)
+                           const FrameTags &tags, const Repair *repair)
     : m_calibration(calibration)
     , m_tags(tags)
     , m_decoder(recording)
 {
+    if (repair != nullptr && !repair->isEmpty()) {
+        m_repairer.emplace(*repair);
+    }
 }
 
 std::span<const std::byte> FrameEncoder::encode(const PlannedFrame &frame)
@@ -20,7 +24,7 @@ std::span<const std::byte> FrameEncoder::encode(const PlannedFrame &frame)
     const auto &format = m_decoder.format();
     const bool isLossless = m_decoder.compression() == mlv::Compression::LosslessJpeg;
     const bool rowsEndWithWords = format.width * format.bitsPerSample % 16 == 0;
-    if (m_calibration.isEmpty() && !isLossless && rowsEndWithWords) {
+    if (m_calibration.isEmpty() && !m_repairer && !isLossless && rowsEndWithWords) {
         encodePacked(frame);
     } else {
         encodeSamples(frame);
@@ -54,6 +58,9 @@ void FrameEncoder::encodeSamples(const PlannedFrame &frame)
 {
     const auto samples = m_decoder.decode(*frame.block);
     m_calibration.apply(samples);
+    if (m_repairer) {
+        m_repairer->apply(samples, cropOf(*frame.block));
+    }
     const auto &format = m_decoder.format();
     const auto width = static_cast<std::size_t>(format.width);
     const auto order =

@@ -4,9 +4,11 @@
 #include "mlv/framedecoder.h"
 #include "mlv_dump/calibration.h"
 #include "mlv_dump/frameplan.h"
+#include "mlv_dump/framerepairer.h"
 #include "mlv_dump/frametags.h"
 
 #include <cstddef>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -18,9 +20,9 @@ namespace mlvdump {
 class FrameEncoder
 {
 public:
-    /// The arguments outlive the encoder.
+    /// The arguments outlive the encoder. Frames are repaired after they are calibrated.
     FrameEncoder(const mlv::Recording &recording, const Calibration &calibration,
-                 const FrameTags &tags);
+                 const FrameTags &tags, const Repair *repair = nullptr);
 
     /// The whole file. It stays until the next call. Throws mlv::Error when the frame is damaged.
     [[nodiscard]] std::span<const std::byte> encode(const PlannedFrame &frame);
@@ -34,6 +36,7 @@ private:
     const Calibration &m_calibration;
     const FrameTags &m_tags;
     mlv::FrameDecoder m_decoder;
+    std::optional<FrameRepairer> m_repairer; ///< none where nothing is repaired
     std::vector<std::byte> m_file;
 };
 

@@ -3,6 +3,7 @@
 
 #include "mlv/error.h"
 #include "mlv_dump/parallelframes.h"
+#include "mlv_dump/spreadframes.h"
 
 #include <algorithm>
 #include <array>
@@ -137,17 +138,6 @@ std::array<Histogram, 4> histograms(std::span<const std::uint16_t> samples,
     return colours;
 }
 
-/// The frames to look at, evenly spread.
-std::vector<mlv::DataBlock> spread(const mlv::DataIndex &frames)
-{
-    const std::size_t count = std::min(frames.size(), maxSurveyedFrames);
-    std::vector<mlv::DataBlock> chosen;
-    for (std::size_t i = 0; i < count; ++i) {
-        chosen.push_back(frames[i * frames.size() / count]);
-    }
-    return chosen;
-}
-
 } // namespace
 
 FrameExtremes frameExtremes(std::span<const std::uint16_t> samples, const mlv::FrameFormat &format)
@@ -183,7 +173,7 @@ std::optional<LevelSurvey> surveyLevels(const mlv::Recording &recording, unsigne
     std::mutex mutex;
     std::vector<FrameExtremes> frames; // guarded by mutex
     int width = 0;                     // guarded by mutex
-    forEachFrame(recording, spread(recording.videoFrames()), threads,
+    forEachFrame(recording, spreadFrames(recording.videoFrames(), maxSurveyedFrames), threads,
                  [&](mlv::FrameDecoder &decoder, const mlv::DataBlock &block) {
                      try {
                          const auto found = frameExtremes(decoder.decodeRowPairs(block, pairStep),

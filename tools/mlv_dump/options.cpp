@@ -106,6 +106,10 @@ private:
             m_options.white = level(option);
         } else if (option == "--matrix") {
             setMatrix(value(option));
+        } else if (option == "--repair-pixels") {
+            setPixelRepair(value(option));
+        } else if (option == "--repair-columns") {
+            m_options.repair.columns = true;
         } else if (option == "--threads") {
             setThreads(value(option));
         } else if (option == "--help" || option == "-h") {
@@ -157,6 +161,18 @@ private:
             fail("the matrix is neither auto nor recorded");
         }
         m_options.keepsRecordedMatrix = text == "recorded";
+    }
+
+    /// "./auto" is a map of that name.
+    void setPixelRepair(std::string_view text)
+    {
+        using Pixels = RepairChoice::Pixels;
+        if (text.empty()) {
+            fail("the pixels to repair are neither auto nor off nor a map");
+        }
+        auto &repair = m_options.repair;
+        repair.pixels = text == "auto" ? Pixels::Auto : text == "off" ? Pixels::Off : Pixels::Map;
+        repair.map = repair.pixels == Pixels::Map ? text : std::string_view();
     }
 
     void setThreads(std::string_view text)
@@ -243,6 +259,11 @@ Reads an MLV recording with all its chunks (.MLV, .M00, .M01, ...).
                  samples show that they can't be true
   --matrix recorded|auto
                  the colour matrix; auto: the recorded one, unless it is known to be wrong
+  --repair-pixels auto|MAP|off
+                 with --dng: replace pixels that don't measure the scene; auto: those that deviate in
+                 all frames, and a map beside the recording; MAP: those of a file of places
+  --repair-columns
+                 with --dng: even out the gains of columns, which repeat every eight
   --no-cs        accepted without effect: chroma is never smoothed
   --threads N    use N threads instead of as many as there are processors
   --help         print this text

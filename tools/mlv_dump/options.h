@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mlv_dump/framelevels.h"
+#include "mlv_dump/repairsurvey.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -48,6 +49,7 @@ struct Options
     LevelChoice black;
     LevelChoice white;
     bool keepsRecordedMatrix = false;
+    RepairChoice repair;  ///< of Frames alone: averages are what the sensor measured
     unsigned threads = 0; ///< 0: as many as the machine has
 };
 

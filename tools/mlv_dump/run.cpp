@@ -6,7 +6,10 @@
 #include "mlv_dump/extraction.h"
 #include "mlv_dump/framelevels.h"
 #include "mlv_dump/knownmatrix.h"
+#include "mlv_dump/levelsurvey.h"
+#include "mlv_dump/pixelmap.h"
 #include "mlv_dump/recordingwriter.h"
+#include "mlv_dump/repairsurvey.h"
 #include "mlv_dump/report.h"
 #include "mlv_dump/sound.h"
 #include "mlv_dump/verification.h"
@@ -28,7 +31,7 @@ unsigned threadCount(const Options &options)
 std::vector<std::filesystem::path> references(const Options &options)
 {
     std::vector<std::filesystem::path> paths;
-    for (const auto &path : {options.dark, options.flat}) {
+    for (const auto &path : {options.dark, options.flat, options.repair.map}) {
         if (!path.empty()) {
             paths.push_back(path);
         }
@@ -108,8 +111,9 @@ public:
 
         const FrameTags tags(m_recording, m_levels.format, matrix(),
                              m_options.input.stem().string());
-        const Extraction::Job job{m_recording, m_calibration,    tags,
-                                  m_sources,   m_options.output, threadCount(m_options)};
+        const Repair repair = wantedRepair();
+        const Extraction::Job job{m_recording,      m_calibration,          tags,   m_sources,
+                                  m_options.output, threadCount(m_options), &repair};
         return Extraction(job, std::move(plan.frames), m_output).run();
     }
 
@@ -148,6 +152,31 @@ private:
         }
         return frameLevels(m_recording, m_decoder.format(), m_options.black, m_options.white,
                            threadCount(m_options));
+    }
+
+    Repair wantedRepair()
+    {
+        auto found = findRepair(m_recording, m_options.input, m_options.repair, sensorFormat(),
+                                m_calibration, threadCount(m_options));
+        for (const auto &remark : found.remarks) {
+            m_output.line(remark);
+        }
+        m_output.flush();
+        return std::move(found.repair);
+    }
+
+    /// Columns are evened out up to the level at which the sensor is full, whatever frames are
+    /// tagged with.
+    [[nodiscard]] mlv::FrameFormat sensorFormat() const
+    {
+        auto format = m_levels.format;
+        if (m_options.repair.columns && m_options.white.kind != LevelChoice::Kind::Auto) {
+            const auto survey = surveyLevels(m_recording, threadCount(m_options));
+            if (survey && survey->clip && *survey->clip > format.blackLevel) {
+                format.whiteLevel = std::min(format.whiteLevel, *survey->clip);
+            }
+        }
+        return format;
     }
 
     ColourMatrix matrix()
@@ -245,6 +274,10 @@ std::optional<Failure> failureOf(Work work)
     } catch (const ShapeMismatch &error) {
         return Failure{error.what(), true};
     } catch (const CalibrationError &error) {
+        return Failure{error.what(), false};
+    } catch (const ForeignMap &error) {
+        return Failure{error.what(), true};
+    } catch (const MapError &error) {
         return Failure{error.what(), false};
     } catch (const std::bad_alloc &) {
         return Failure{"There is not enough memory for the recording", true};

@@ -3,6 +3,7 @@
 
 #include "mlv_sample/camera.h"
 #include "mlv_sample/random.h"
+#include "mlv_sample/scenery.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,6 +35,7 @@ FrameMaker::FrameMaker(const Settings &settings)
     : m_settings(settings)
     , m_scene(settings.width, settings.height)
     , m_sensor(settings.width, settings.height)
+    , m_faults(m_settings)
     , m_light(static_cast<std::size_t>(settings.width) * static_cast<std::size_t>(settings.height))
     , m_samples(m_light.size())
 {
@@ -49,9 +51,14 @@ const std::vector<std::uint16_t> &FrameMaker::make(int number)
                  static_cast<int>(std::ceil(area.right * m_settings.width)),
                  static_cast<int>(std::ceil(area.bottom * m_settings.height)), momentOf(number));
         }
+    } else if (isMoving(m_settings.subject)) {
+        draw(0, 0, m_settings.width, m_settings.height, momentOf(number));
     }
 
     ReadOut readOut{levelsFor(m_settings.bits)};
+    if (m_settings.clip > 0) {
+        readOut.levels.white = m_settings.clip >> (14 - std::min(14, m_settings.bits));
+    }
     readOut.perfect = m_settings.perfect;
     readOut.noise = mixed(mixed(m_settings.seed) + static_cast<std::uint64_t>(number) * 4 +
                           static_cast<std::uint64_t>(m_settings.subject));
@@ -62,6 +69,7 @@ const std::vector<std::uint16_t> &FrameMaker::make(int number)
         m_sensor.readRow(y, std::span(m_light).subspan(start, width), readOut,
                          std::span(m_samples).subspan(start, width));
     }
+    m_faults.apply(m_samples, readOut.levels, number);
     return m_samples;
 }
 
@@ -91,6 +99,9 @@ float FrameMaker::lightAt(int x, int y, const Moment &moment) const
         break;
     case Subject::Dark:
         break;
+    default:
+        light = cameraColour(sceneryColour(m_settings.subject, x, y, moment.frame))[filter] /
+                whiteGreen * chartExposure;
     }
     // The person who films closes the aperture as far as a higher sensitivity asks for.
     light *= static_cast<double>(baseIso) / m_settings.iso;

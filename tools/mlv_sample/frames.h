@@ -2,6 +2,7 @@
 // The frames of a recording, made one at a time in any order.
 #pragma once
 
+#include "mlv_sample/faults.h"
 #include "mlv_sample/scene.h"
 #include "mlv_sample/sensor.h"
 #include "mlv_sample/settings.h"
@@ -20,6 +21,8 @@ class FrameMaker
 {
 public:
     explicit FrameMaker(const Settings &settings);
+    FrameMaker(const FrameMaker &) = delete; // parts look at its settings
+    FrameMaker &operator=(const FrameMaker &) = delete;
 
     /// The samples of frame `number`, row by row; valid until the next call.
     const std::vector<std::uint16_t> &make(int number);
@@ -33,6 +36,7 @@ private:
     Settings m_settings;
     Scene m_scene;
     Sensor m_sensor;
+    Faults m_faults;
     std::vector<float> m_light;
     std::vector<std::uint16_t> m_samples;
 };

@@ -31,6 +31,16 @@ std::string_view subjectName(Subject subject)
         return "dark frames";
     case Subject::Flat:
         return "flat field";
+    case Subject::Stars:
+        return "star field";
+    case Subject::Texture:
+        return "fine textures";
+    case Subject::Specular:
+        return "specular points";
+    case Subject::Grain:
+        return "moving grain";
+    case Subject::Landscape:
+        return "moving landscape";
     case Subject::Chart:
         break;
     }
@@ -67,10 +77,10 @@ mlv::RawInfo rawInfo(const Settings &settings)
     info.width = static_cast<std::uint16_t>(settings.width);
     info.height = static_cast<std::uint16_t>(settings.height);
     info.apiVersion = 1;
-    info.bufferHeight = settings.height;
-    info.bufferWidth = settings.width;
-    const auto width = static_cast<std::size_t>(settings.width);
-    const auto height = static_cast<std::size_t>(settings.height);
+    info.bufferHeight = settings.crop.y + settings.height;
+    info.bufferWidth = settings.crop.x + settings.width;
+    const auto width = static_cast<std::size_t>(info.bufferWidth);
+    const auto height = static_cast<std::size_t>(info.bufferHeight);
     info.bufferPitch = static_cast<std::int32_t>(mlv::packedSize(width, levels.bits));
     info.bufferSize = static_cast<std::int32_t>(mlv::packedSize(width * height, levels.bits));
     info.bitsPerSample = levels.bits;
@@ -83,7 +93,9 @@ mlv::RawInfo rawInfo(const Settings &settings)
     info.calibrationIlluminant = 1;
     for (std::size_t i = 0; i < 9; ++i) {
         info.colourMatrix[2 * i] =
-            static_cast<std::int32_t>(std::lround(xyzToCamera[i / 3][i % 3] * 10000));
+            settings.recordedMatrix == std::array<int, 9>{}
+                ? static_cast<std::int32_t>(std::lround(xyzToCamera[i / 3][i % 3] * 10000))
+                : settings.recordedMatrix[i];
         info.colourMatrix[2 * i + 1] = 10000;
     }
     info.dynamicRange = 1100;
@@ -104,9 +116,17 @@ mlv::RawCapture rawCapture(const Settings &settings)
             0};
 }
 
-mlv::Identity identity()
+mlv::RawInfo laterRawInfo(const Settings &settings)
 {
-    return {text<32>("Filmwright Sample"), 0x80F10001, text<32>("F1A3000001")};
+    mlv::RawInfo info = rawInfo(settings);
+    info.blackLevel = settings.laterBlack;
+    info.whiteLevel = settings.laterWhite;
+    return info;
+}
+
+mlv::Identity identity(const Settings &settings)
+{
+    return {text<32>("Filmwright Sample"), settings.cameraModel, text<32>("F1A3000001")};
 }
 
 // Any recording of one seed is the same file, so the clock stands still.

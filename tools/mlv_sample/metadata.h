@@ -14,8 +14,9 @@ namespace sample {
 /// Of file `chunk`, from 0, with frame counts of 0: they are set when the file is closed.
 mlv::FileHeader fileHeader(const Settings &settings, int chunk);
 mlv::RawInfo rawInfo(const Settings &settings);
+mlv::RawInfo laterRawInfo(const Settings &settings); ///< for settings with levels for halfway
 mlv::RawCapture rawCapture(const Settings &settings);
-mlv::Identity identity();
+mlv::Identity identity(const Settings &settings);
 mlv::Clock clock();
 mlv::Lens lens(int focalLength); ///< mm
 mlv::WhiteBalance whiteBalance();

@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_sample/options.h"
 
+#include "mlv_sample/faultoptions.h"
+#include "mlv_sample/optionvalues.h"
+
 #include "mlv/samples.h"
 
-#include <charconv>
 #include <cmath>
-#include <functional>
-#include <limits>
-#include <map>
-#include <string>
 #include <tuple>
-#include <vector>
 
 namespace sample {
 
@@ -25,6 +22,8 @@ sync can be judged. The same options give the same file.
   --fps F              frames a second: 24, 23.976, 30000/1001 (24)
   --sound, --no-sound  with or without sound (with)
   --dark, --flat       film the lens cap, or an evenly lit wall, instead of the chart; without sound
+  --scene NAME         film stars, texture, specular points, moving grain or a moving landscape;
+                       without sound
   --seed N             chooses the noise (1)
   --iso N              sensitivity (100)
   --perfect            a camera without noise, hot pixels and offsets
@@ -42,7 +41,10 @@ What cameras and damaged cards make:
   --sampling LxC       each line was read of L lines of the sensor, each column of C (1x1)
   --recorded-white N   the white level that is noted, whatever the samples reach
   --recorded-black N   the black level that is noted, whatever the samples hold
+  --later-levels B/W   other levels are noted halfway
   --split N            N files: OUT.MLV, OUT.M00, OUT.M01 ...
+  --lose LIST          of the files OUT.M00 and so on leave out these numbers
+  --lower-case         their names are OUT.m00, OUT.m01 ...
   --shuffle            blocks out of order
   --drop LIST          leave frames out, for example 0,3,5-7
   --drop-sound LIST    leave pieces of sound out
@@ -55,67 +57,26 @@ What cameras and damaged cards make:
   --zero-counts        frame counts of 0 in the header
   --cut BYTES          the last file ends so many bytes early
 
+What is wrong with the camera; places are those of the sensor's read-out:
+  --hot N, --cold N, --stuck N
+                       so many pixels that add to the light, miss it, or stand still
+  --lattice CxL:X/Y,...
+                       these places of every C columns and L lines follow the light in a measure of
+                       their own; given again, another lattice lies over it
+  --lattice-light R/B  their measure, where they are red and where they are blue (0.88/1.1)
+  --lattice-lines A-B  only on these lines
+  --column-gains G,... the gains of eight columns in turn
+  --clip N             the sensor is full at this level of 14 bits
+  --model CODE         the camera's code, 0x and hexadecimal digits
+  --recorded-matrix N,...
+                       the nine numbers, times 10000, that are noted for its colours
+  --crop XxY           where the frame lies in the read-out
+  --pan                it wanders
+
   --help, --version
 )";
 
 namespace {
-
-template <typename Number>
-Number number(std::string_view option, std::string_view text,
-              Number least = std::numeric_limits<Number>::lowest(),
-              Number most = std::numeric_limits<Number>::max())
-{
-    Number value{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !(value >= least) ||
-        !(value <= most)) {
-        throw UsageError(std::string(option) + " cannot be \"" + std::string(text) + "\"");
-    }
-    return value;
-}
-
-/// The parts of `text` around the first `separator`; the second is empty without one.
-std::pair<std::string_view, std::string_view> halves(std::string_view text, char separator)
-{
-    const std::size_t at = text.find(separator);
-    if (at == std::string_view::npos) {
-        return {text, {}};
-    }
-    return {text.substr(0, at), text.substr(at + 1)};
-}
-
-std::pair<int, int> numberPair(std::string_view option, std::string_view text, char separator,
-                               int least, int most)
-{
-    const auto [first, second] = halves(text, separator);
-    return {number(option, first, least, most), number(option, second, least, most)};
-}
-
-std::vector<std::string_view> listItems(std::string_view text)
-{
-    std::vector<std::string_view> items;
-    while (!text.empty()) {
-        const auto [item, rest] = halves(text, ',');
-        items.push_back(item);
-        text = rest;
-    }
-    return items;
-}
-
-std::set<int> numberList(std::string_view option, std::string_view text)
-{
-    constexpr int most = 1000000;
-    std::set<int> numbers;
-    for (const std::string_view item : listItems(text)) {
-        const auto [first, last] = halves(item, '-');
-        const int from = number(option, first, 0, most);
-        const int to = last.empty() ? from : number(option, last, from, most);
-        for (int i = from; i <= to; ++i) {
-            numbers.insert(i);
-        }
-    }
-    return numbers;
-}
 
 void setRate(Settings &settings, std::string_view text)
 {
@@ -130,19 +91,7 @@ void setRate(Settings &settings, std::string_view text)
     }
 }
 
-template <typename Choice>
-Choice choice(std::string_view option, std::string_view text,
-              const std::map<std::string_view, Choice> &choices)
-{
-    const auto found = choices.find(text);
-    if (found == choices.end()) {
-        throw UsageError(std::string(option) + " cannot be \"" + std::string(text) + "\"");
-    }
-    return found->second;
-}
-
 using Flag = std::function<void(Options &)>;
-using Setter = std::function<void(Settings &, std::string_view)>;
 
 const std::map<std::string_view, Flag> &flags()
 {
@@ -154,6 +103,8 @@ const std::map<std::string_view, Flag> &flags()
         {"--dark", [](Options &o) { o.settings.subject = Subject::Dark; }},
         {"--flat", [](Options &o) { o.settings.subject = Subject::Flat; }},
         {"--perfect", [](Options &o) { o.settings.perfect = true; }},
+        {"--lower-case", [](Options &o) { o.settings.lowerCaseParts = true; }},
+        {"--pan", [](Options &o) { o.settings.pans = true; }},
         {"--shuffle", [](Options &o) { o.settings.shuffle = true; }},
         {"--padding", [](Options &o) { o.settings.cameraPadding = true; }},
         {"--change", [](Options &o) { o.settings.changeSettings = true; }},
@@ -173,6 +124,15 @@ const std::map<std::string_view, Setter> &setters()
          [](Settings &s, std::string_view t) { s.frames = number("--frames", t, 1, 1000000); }},
         {"--bits", [](Settings &s, std::string_view t) { s.bits = number<int>("--bits", t); }},
         {"--fps", setRate},
+        {"--scene",
+         [](Settings &s, std::string_view t) {
+             s.subject = choice<Subject>("--scene", t,
+                                         {{"stars", Subject::Stars},
+                                          {"texture", Subject::Texture},
+                                          {"specular", Subject::Specular},
+                                          {"grain", Subject::Grain},
+                                          {"landscape", Subject::Landscape}});
+         }},
         {"--seed",
          [](Settings &s, std::string_view t) { s.seed = number<std::uint64_t>("--seed", t); }},
         {"--iso", [](Settings &s, std::string_view t) { s.iso = number("--iso", t, 50, 51200); }},
@@ -240,6 +200,16 @@ const std::map<std::string_view, Setter> &setters()
     return table;
 }
 
+const Setter *setterOf(std::string_view option)
+{
+    for (const auto *table : {&setters(), &faultSetters()}) {
+        if (const auto found = table->find(option); found != table->end()) {
+            return &found->second;
+        }
+    }
+    return nullptr;
+}
+
 void checkSettings(const Settings &settings)
 {
     if (settings.path.empty()) {
@@ -253,6 +223,9 @@ void checkSettings(const Settings &settings)
     }
     if (settings.highIso != 0 && settings.highIso <= settings.iso) {
         throw UsageError("--dual-iso needs the lower sensitivity first");
+    }
+    if (settings.crop.x % 8 != 0 || settings.crop.y % 2 != 0) {
+        throw UsageError("--crop must be a multiple of 8 by a multiple of 2");
     }
     const std::size_t dot = settings.path.rfind('.');
     if (settings.chunks > 1 && (dot == std::string::npos || settings.path.size() - dot != 4)) {
@@ -269,11 +242,11 @@ Options parseOptions(std::span<const char *const> arguments)
         const std::string_view argument = arguments[i];
         if (const auto flag = flags().find(argument); flag != flags().end()) {
             flag->second(options);
-        } else if (const auto setter = setters().find(argument); setter != setters().end()) {
+        } else if (const Setter *setter = setterOf(argument)) {
             if (++i == arguments.size()) {
                 throw UsageError(std::string(argument) + " needs a value");
             }
-            setter->second(options.settings, arguments[i]);
+            (*setter)(options.settings, arguments[i]);
         } else if (argument.starts_with('-')) {
             throw UsageError("unknown option: " + std::string(argument));
         } else if (options.settings.path.empty()) {

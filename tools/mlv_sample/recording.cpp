@@ -32,6 +32,9 @@ std::vector<std::string> chunkPaths(const Settings &settings)
         path.replace(
             path.size() - 2, 2,
             {static_cast<char>('0' + (chunk - 1) / 10), static_cast<char>('0' + (chunk - 1) % 10)});
+        if (settings.lowerCaseParts) {
+            path[path.size() - 3] = 'm';
+        }
         paths.push_back(path);
     }
     return paths;
@@ -91,7 +94,7 @@ private:
         put(writer, type::exposure, exposure(m_settings, 0));
         put(writer, type::lens, lens(focalLength));
         put(writer, type::clock, clock());
-        put(writer, type::identity, identity());
+        put(writer, type::identity, identity(m_settings));
         put(writer, type::whiteBalance, whiteBalance());
         if (m_settings.highIso > 0) {
             put(writer, type::dualIso, dualIso(m_settings));
@@ -127,6 +130,9 @@ private:
             put(writer, mlv::blocktype::exposure, exposure(m_settings, event.stops),
                 event.timestamp);
             break;
+        case Event::Kind::RawInfo:
+            put(writer, mlv::blocktype::rawInfo, laterRawInfo(m_settings), event.timestamp);
+            break;
         case Event::Kind::Lens:
             put(writer, mlv::blocktype::lens, lens(2 * focalLength), event.timestamp);
             break;
@@ -139,6 +145,9 @@ private:
         mlv::VideoFrame frame{};
         frame.number = static_cast<std::uint32_t>(event.number);
         frame.frameSpace = static_cast<std::uint32_t>(padding.size());
+        const Place crop = cropOf(m_settings, event.number);
+        frame.cropX = frame.panX = static_cast<std::uint16_t>(crop.x);
+        frame.cropY = frame.panY = static_cast<std::uint16_t>(crop.y);
         writer.write(mlv::blocktype::videoFrame, event.timestamp,
                      {mlv::encodeLayout(frame), padding, payload(m_frames.make(event.number))});
         ++m_header.videoFrames;
@@ -193,6 +202,11 @@ void writeFiles(const Settings &settings, const std::vector<std::string> &paths)
                             std::span(events).subspan(first, next - first));
     }
     cutEnd(paths.back(), settings.cutBytes);
+    for (const int lost : settings.lostChunks) {
+        if (lost >= 0 && lost + 1 < settings.chunks) {
+            std::filesystem::remove(paths[static_cast<std::size_t>(lost) + 1]);
+        }
+    }
 }
 
 /// The same scene as a perfect camera would record it at one sensitivity.
@@ -206,6 +220,8 @@ Settings truthOf(const Settings &settings)
     truth.rateNumerator = settings.rateNumerator;
     truth.rateDenominator = settings.rateDenominator;
     truth.subject = settings.subject;
+    truth.crop = settings.crop;
+    truth.pans = settings.pans;
     truth.seed = settings.seed;
     truth.iso = settings.iso;
     truth.bits = 16;

@@ -66,6 +66,13 @@ void addChanges(std::vector<Event> &events, const Settings &settings)
     events.push_back({Event::Kind::Lens, 0, half});
 }
 
+/// Right before the frame in the middle.
+void addLaterLevels(std::vector<Event> &events, const Settings &settings)
+{
+    const int frame = settings.frames / 2;
+    events.push_back({Event::Kind::RawInfo, 0, timestampOf(frame / settings.frameRate())});
+}
+
 void disorder(std::vector<Event> &events, std::uint64_t seed)
 {
     Random random(seed);
@@ -81,6 +88,9 @@ std::vector<Event> schedule(const Settings &settings)
     std::vector<Event> events;
     if (settings.changeSettings) {
         addChanges(events, settings);
+    }
+    if (settings.laterBlack >= 0) {
+        addLaterLevels(events, settings);
     }
     addFrames(events, settings);
     if (settings.sound) {

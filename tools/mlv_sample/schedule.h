@@ -13,7 +13,7 @@ namespace sample {
 /// One block after the head of the recording.
 struct Event
 {
-    enum class Kind { Frame, Sound, Exposure, Lens };
+    enum class Kind { Frame, Sound, Exposure, Lens, RawInfo };
 
     Kind kind;
     int number = 0; ///< of the frame or the piece of sound

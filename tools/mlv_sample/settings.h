@@ -2,16 +2,65 @@
 // What a recording shall be like.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace sample {
 
 enum class Subject {
-    Chart, ///< the moving chart
-    Dark,  ///< lens cap on
-    Flat,  ///< an evenly lit wall
+    Chart,     ///< the moving chart
+    Dark,      ///< lens cap on
+    Flat,      ///< an evenly lit wall
+    Stars,     ///< a night sky on a tripod
+    Texture,   ///< fine fabrics on a tripod
+    Specular,  ///< glittering points on a tripod
+    Grain,     ///< fine grain that moves
+    Landscape, ///< a bright sky over a moving meadow
+};
+
+/// Whether everything of the scene may move from frame to frame.
+constexpr bool isMoving(Subject subject)
+{
+    return subject == Subject::Grain || subject == Subject::Landscape;
+}
+
+/// A place in the sensor's read-out, of which the frame is a part.
+struct Place
+{
+    int x;
+    int y;
+    bool operator==(const Place &) const = default;
+};
+
+/// Places of the read-out that repeat every so many columns and lines.
+struct Lattice
+{
+    int columns = 1;
+    int lines = 1;
+    std::vector<Place> cell; ///< within the first columns and lines
+};
+
+/// What is wrong with the sensor.
+struct SensorFaults
+{
+    int hotPixels = 0;
+    int coldPixels = 0;
+    int stuckPixels = 0;
+    std::vector<Lattice> lattices{};
+    double latticeRed = 0.88; ///< of the light is what a red sample of a lattice measures
+    double latticeBlue = 1.1;
+    int firstLatticeLine = 0; ///< of the read-out
+    int lastLatticeLine = 65535;
+    std::array<double, 8> columnGains{1, 1, 1, 1, 1, 1, 1, 1}; ///< from column 0 of the read-out on
+
+    bool any() const
+    {
+        return hotPixels + coldPixels + stuckPixels > 0 || !lattices.empty() ||
+               columnGains != SensorFaults().columnGains;
+    }
 };
 
 enum class Compression { None, Lossless, Lzma };
@@ -50,8 +99,18 @@ struct Settings
     int sampledColumns = 1; ///< of the sensor, for each column of the frame
     int recordedWhite = 0;  ///< white level that the recording states; 0: where its samples clip
     int recordedBlack = -1; ///< black level that the recording states; -1: that of its samples
+    int clip = 0;           ///< level of 14 bits at which the sensor is full; 0: the usual one
+    int laterBlack = -1;    ///< black level that is noted halfway; -1: nothing is
+    int laterWhite = 0;     ///< white level that is noted with it
+    std::uint32_t cameraModel = 0x80F10001; ///< the camera's code
+    std::array<int, 9> recordedMatrix{};    ///< times 10000; all 0: the true one
+    SensorFaults faults;
+    Place crop{0, 0};  ///< of the frame's corner in the read-out
+    bool pans = false; ///< the frame wanders over the read-out
 
     int chunks = 1;
+    std::set<int> lostChunks;    ///< of the continuations, which aren't written
+    bool lowerCaseParts = false; ///< the names of continuations, as some systems copy them
     bool shuffle = false;
     std::set<int> droppedFrames;
     std::set<int> droppedSound;

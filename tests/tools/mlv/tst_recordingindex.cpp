@@ -42,7 +42,10 @@ private Q_SLOTS:
     void ofRepeatedNumbersTheLastFrameCounts();
     void soundBlocksComeByNumber();
     void firstRawInfoHolds();
+    void otherLevelsOnTheWayAreTold_data();
+    void otherLevelsOnTheWayAreTold();
     void anotherFrameSizeIsNoticed();
+    void framesTellTheirPlaceInTheReadOut();
     void shortBlockIsReadAsFarAsItGoes();
     void longerFileHeaderIsSteppedOver();
     void unknownBlocksAndFillersAreSteppedOver();
@@ -117,6 +120,52 @@ void TestRecordingIndex::firstRawInfoHolds()
         open(RecordingBuilder().addRawInfo().add(blocktype::rawInfo, later).addFrame(0, 1));
     QCOMPARE(recording.rawInfo()->blackLevel, 2048);
     QVERIFY(!recording.changesFormat());
+}
+
+void TestRecordingIndex::otherLevelsOnTheWayAreTold_data()
+{
+    QTest::addColumn<int>("field");
+    QTest::newRow("black") << 0;
+    QTest::newRow("white") << 1;
+    QTest::newRow("matrix") << 2;
+    QTest::newRow("the same again") << 3;
+}
+
+void TestRecordingIndex::otherLevelsOnTheWayAreTold()
+{
+    QFETCH(const int, field);
+    auto later = RecordingBuilder::rawInfo();
+    later.blackLevel += field == 0 ? 1 : 0;
+    later.whiteLevel += field == 1 ? 1 : 0;
+    later.colourMatrix[4] += field == 2 ? 1 : 0;
+    // Frames are numbered from the first one on when they are written.
+    const auto recording = open(RecordingBuilder()
+                                    .addRawInfo()
+                                    .addFrame(10, 1)
+                                    .addFrame(11, 1)
+                                    .add(blocktype::rawInfo, later)
+                                    .addFrame(13, 1)
+                                    .addFrame(12, 1));
+    QCOMPARE(warns(recording, "from frame 2 on other levels or colours are recorded; the first "
+                              "ones hold"),
+             field < 3);
+    QCOMPARE(recording.warnings().size(), std::size_t{field < 3 ? 1U : 0U});
+    QCOMPARE(recording.rawInfo()->blackLevel, 2048);
+    // Without a frame behind it, it says nothing of any.
+    const auto last =
+        open(RecordingBuilder().addRawInfo().addFrame(0, 1).add(blocktype::rawInfo, later));
+    QVERIFY(last.warnings().empty());
+}
+
+void TestRecordingIndex::framesTellTheirPlaceInTheReadOut()
+{
+    mlv::VideoFrame frame{};
+    frame.cropX = 72;
+    frame.cropY = 28;
+    const auto recording = open(RecordingBuilder().addRawInfo().add(
+        blocktype::videoFrame, frame, 1, RecordingBuilder::frameOf(3000)));
+    QCOMPARE(recording.videoFrames().at(0).cropX, quint16{72});
+    QCOMPARE(recording.videoFrames().at(0).cropY, quint16{28});
 }
 
 void TestRecordingIndex::anotherFrameSizeIsNoticed()

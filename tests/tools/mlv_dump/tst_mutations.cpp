@@ -25,7 +25,13 @@ enum class Kind {
     Report,
     Frames,
     Average,
+    RepairedFrames,
 };
+
+bool writesFrames(Kind kind)
+{
+    return kind == Kind::Frames || kind == Kind::RepairedFrames;
+}
 
 QByteArray contentOf(const QString &path)
 {
@@ -96,7 +102,7 @@ void TestMutations::everyRunEndsInOrder()
         undamaged.write(original);
         undamaged.close();
 
-        const auto kind = static_cast<Kind>(seed / m_recordings.size() % 3);
+        const auto kind = static_cast<Kind>(seed / m_recordings.size() % 4);
         const bool damagedReference = seed % 7 == 0;
         const auto run =
             runMeasured(QStringLiteral("mlv_dump"), arguments(kind, damagedReference), hang);
@@ -128,6 +134,14 @@ QStringList TestMutations::arguments(Kind kind, bool damagedReference) const
                     QStringLiteral("-t"),    damaged, QStringLiteral("-o"), out("out/tmp")};
         }
         return {QStringLiteral("--dng"), damaged, QStringLiteral("-o"), out("out/tmp")};
+    case Kind::RepairedFrames:
+        return {QStringLiteral("--dng"),
+                damaged,
+                QStringLiteral("--repair-pixels"),
+                QStringLiteral("auto"),
+                QStringLiteral("--repair-columns"),
+                QStringLiteral("-o"),
+                out("out/tmp")};
     case Kind::Average:
         return {QStringLiteral("-a"), damaged, QStringLiteral("-o"), out("out/a.mlv")};
     }
@@ -159,7 +173,7 @@ void TestMutations::check(const MeasuredRun &run, Kind kind, bool damagedReferen
     if (run.status != 0) {
         checkWord(errors.first(), kind, damagedReference);
     }
-    if (run.status != 0 && kind == Kind::Frames) {
+    if (run.status != 0 && writesFrames(kind)) {
         QVERIFY(!run.output.contains("Done"));
         QVERIFY(!run.output.contains("Processed"));
         return;
@@ -168,7 +182,7 @@ void TestMutations::check(const MeasuredRun &run, Kind kind, bool damagedReferen
     QCOMPARE(run.output.count("Done"), 1);
     if (run.status != 0) {
         QCOMPARE(match.captured(1), QStringLiteral("0"));
-    } else if (kind == Kind::Frames) {
+    } else if (writesFrames(kind)) {
         checkFrames(match.captured(1));
     }
 }
@@ -178,7 +192,7 @@ void TestMutations::checkWord(const QByteArray &error, Kind kind, bool damagedRe
 {
     if (kind == Kind::Average) {
         QVERIFY(error.startsWith("[ERROR] "));
-    } else if (kind == Kind::Report || !damagedReference) {
+    } else if (kind == Kind::Report || kind == Kind::RepairedFrames || !damagedReference) {
         QVERIFY(error.startsWith("[UNUSABLE] "));
     } else {
         QVERIFY(error.startsWith(error.contains(", but the recording is ") ? "[UNUSABLE] The "

@@ -34,6 +34,7 @@ private Q_SLOTS:
     void rangeOfFrames_data();
     void rangeOfFrames();
     void levelsAndMatrix();
+    void repairOfPixelsAndColumns();
     void wrongArgumentsAreRefused_data();
     void wrongArgumentsAreRefused();
     void refusalKnowsOfFrameRuns();
@@ -131,6 +132,24 @@ void TestOptions::levelsAndMatrix()
             Kind::Auto);
 }
 
+void TestOptions::repairOfPixelsAndColumns()
+{
+    using Pixels = mlvdump::RepairChoice::Pixels;
+    QVERIFY(parsed({"--dng", "a.MLV"}).repair.isNothing());
+    const auto automatic =
+        parsed({"--dng", "a.MLV", "--repair-pixels", "auto", "--repair-columns"}).repair;
+    QVERIFY(automatic.pixels == Pixels::Auto);
+    QVERIFY(automatic.columns);
+    const auto map = parsed({"--dng", "a.MLV", "--repair-pixels", "/maps/my.fpm"}).repair;
+    QVERIFY(map.pixels == Pixels::Map);
+    QVERIFY(map.map == "/maps/my.fpm");
+    QVERIFY(!map.columns);
+    const auto off =
+        parsed({"--dng", "a.MLV", "--repair-pixels", "my.fpm", "--repair-pixels", "off"}).repair;
+    QVERIFY(off.isNothing());
+    QVERIFY(off.map.empty());
+}
+
 void TestOptions::wrongArgumentsAreRefused_data()
 {
     QTest::addColumn<QByteArrayList>("arguments");
@@ -146,6 +165,7 @@ void TestOptions::wrongArgumentsAreRefused_data()
     for (const char *level : {"", "-1", "65536", "15e3", "automatic"}) {
         QTest::addRow("white level %s", level) << QByteArrayList{"--white-level", level, "a.MLV"};
     }
+    QTest::newRow("no map") << QByteArrayList{"--repair-pixels", "", "a.MLV"};
     QTest::newRow("matrix") << QByteArrayList{"--matrix", "mine", "a.MLV"};
     for (const char *threads : {"0", "-1", "x", "100000"}) {
         QTest::addRow("threads %s", threads) << QByteArrayList{"--threads", threads, "a.MLV"};
