@@ -153,8 +153,7 @@ std::uint16_t FrameRepairer::replacement(std::span<const std::uint16_t> samples,
         sum += above + below;
         count += (step.above ? 1 : 0) + (step.below ? 1 : 0);
     }
-    return count == 0 ? samples[step.index]
-                      : static_cast<std::uint16_t>((sum + count / 2) / count);
+    return count == 0 ? samples[step.index] : static_cast<std::uint16_t>((sum + count / 2) / count);
 }
 
 } // namespace mlvdump
