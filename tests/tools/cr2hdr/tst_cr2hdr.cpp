@@ -263,7 +263,7 @@ private Q_SLOTS:
         QCOMPARE(dng::RawFile(frames.last().toStdString()).format().bitsPerSample, 16);
     }
 
-    void losslessFramesAreBlendedToTheSameResult()
+    void framesOfLosslessRecordingsAreBlendedToTheSameResult()
     {
         const QString plain = dualFrames(1).first();
         const QString lossless =
@@ -272,7 +272,6 @@ private Q_SLOTS:
                        QStringLiteral("--compress"), QStringLiteral("lossless")},
                       1)
                 .first();
-        QVERIFY(QFileInfo(lossless).size() < QFileInfo(plain).size());
         QCOMPARE(cr2hdr({plain}).status, 0);
         QCOMPARE(cr2hdr({lossless}).status, 0);
         QVERIFY(dng::RawFile(lossless.toStdString()).samples() ==
