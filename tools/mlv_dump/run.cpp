@@ -159,7 +159,7 @@ private:
         auto found = findRepair(m_recording, m_options.input, m_options.repair, sensorFormat(),
                                 m_calibration, threadCount(m_options));
         for (const auto &remark : found.remarks) {
-            m_output.line(remark);
+            m_output.note(remark);
         }
         m_output.flush();
         return std::move(found.repair);

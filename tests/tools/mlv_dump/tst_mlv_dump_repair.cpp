@@ -184,10 +184,10 @@ void TestMlvDumpRepair::whatIsRepairedIsTold()
                words(wall) + words("--hot 12 --cold 3 --lattice 8x10:1/3,5/1,2/6,6/8 "
                                    "--column-gains 1.004,0.996,1,1,1,1,1,1"));
     const auto run = extract(faulty, QStringLiteral("tmp"), {pixels, automatic, columns});
-    QVERIFY(run.lines.contains(QStringLiteral(
-        "Repaired pixels: a lattice of 7680, repeated every 8 columns and 10 lines, on lines 28 to "
-        "347 of the sensor")));
-    QVERIFY(run.lines.contains(QStringLiteral("Repaired pixels: 12 hot, 3 cold, 0 stuck")));
+    QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: a lattice of 7680, repeated "
+                                              "every 8 columns and 10 lines, on lines 28 to "
+                                              "347 of the sensor")));
+    QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: 12 hot, 3 cold, 0 stuck")));
     QVERIFY(run.hasLineWith(QStringLiteral("Repaired columns: gains from 0.99")));
 }
 
@@ -197,8 +197,9 @@ void TestMlvDumpRepair::framesWithoutFaultsAreWrittenAsEver()
         const auto clean = sample(QStringLiteral("a.MLV"), words(wall) + words(compression));
         extract(clean, QStringLiteral("plain"), {});
         const auto run = extract(clean, QStringLiteral("repaired"), {pixels, automatic, columns});
-        QVERIFY(run.lines.contains(QStringLiteral("Repaired pixels: 0 hot, 0 cold, 0 stuck")));
-        QVERIFY(run.lines.contains(QStringLiteral("Repaired columns: none")));
+        QVERIFY(
+            run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: 0 hot, 0 cold, 0 stuck")));
+        QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired columns: none")));
         QCOMPARE(bytes(QStringLiteral("repaired000003.dng")),
                  bytes(QStringLiteral("plain000003.dng")));
     }
@@ -275,7 +276,7 @@ void TestMlvDumpRepair::placesOfAMapAreThoseOfTheReadOut()
     extract(clip, QStringLiteral("plain"), {});
     const auto run =
         extract(clip, QStringLiteral("repaired"), {pixels, path(QStringLiteral("map.fpm"))});
-    QVERIFY(run.lines.contains(QStringLiteral("Repaired pixels: 6 of the map")));
+    QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: 6 of the map")));
     const auto plain = frame(QStringLiteral("plain"), 2);
     const auto repaired = frame(QStringLiteral("repaired"), 2);
     QVERIFY(differing(plain, repaired) <= 3);
@@ -292,8 +293,8 @@ void TestMlvDumpRepair::mapBesideTheRecordingIsUsedToo()
     const auto clip = sample(QStringLiteral("a.MLV"), words(wall) + words("--hot 5"));
     write(QStringLiteral("80f10001_552x348.fpm"), "100 100\n102 100\n");
     const auto run = extract(clip, QStringLiteral("tmp"), {pixels, automatic});
-    QVERIFY(run.lines.contains(QStringLiteral("Repaired pixels: 2 of the map")));
-    QVERIFY(run.lines.contains(QStringLiteral("Repaired pixels: 5 hot, 0 cold, 0 stuck")));
+    QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: 2 of the map")));
+    QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: 5 hot, 0 cold, 0 stuck")));
 }
 
 void TestMlvDumpRepair::mapThatCantBeUsedEndsTheRun_data()
