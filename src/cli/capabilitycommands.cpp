@@ -78,8 +78,9 @@ public:
         counts.clear();
         previous = qInstallMessageHandler(take);
     }
+    UnreadableLines(const UnreadableLines &) = delete;
+    UnreadableLines &operator=(const UnreadableLines &) = delete;
     ~UnreadableLines() { qInstallMessageHandler(previous); }
-    Q_DISABLE_COPY_MOVE(UnreadableLines)
 
     static int of(const QString &list) { return counts.value(list); }
 
