@@ -98,7 +98,8 @@ public:
         }
         require(field->type == dng::FieldType::Ascii, "has a field of an unusual type");
         std::string text(field->data.size(), '\0');
-        std::memcpy(text.data(), field->data.data(), text.size());
+        std::transform(field->data.begin(), field->data.end(), text.begin(),
+                       [](std::byte value) { return static_cast<char>(value); });
         return text;
     }
 

@@ -177,6 +177,8 @@ void TestDcrawNegative::whatIsDeveloped_data()
         [](NegativeWriter &dng) { dng.exif.setLongs(tag::isoSpeedRatings, {100}); });
     row("make without an end", handedOver,
         [](NegativeWriter &dng) { addText(dng.image, tag::make, "Canon"); });
+    row("make without a byte", handedOver,
+        [](NegativeWriter &dng) { addText(dng.image, tag::make, ""); });
     row("description without an end", handedOver,
         [](NegativeWriter &dng) { addText(dng.image, tag::imageDescription, "words"); });
     row("description of 600 bytes", ours, [](NegativeWriter &dng) {
