@@ -157,14 +157,15 @@ private:
     void fillRecentMenu();
     void showAbout();
 
-    bool checkTools(const QStringList &names);
-
     void chooseMovieFolder(int index);
     void showMovieFolder();
     bool checkMovieFolder();
     void fillRecipes();
     bool takeRecipe();
     void enableFormats();
+
+    bool checkTools(const QStringList &names);
+
     void startBatch();
     void stopBatch();
     void launch(MLVProjectController &controller);

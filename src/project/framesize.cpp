@@ -2,7 +2,6 @@
 #include "project/framesize.h"
 
 #include "encoding/ffmpegarguments.h"
-#include "encoding/recipe.h"
 #include "mlvdump/mlvdumpreport.h"
 
 #include <QCoreApplication>
@@ -12,6 +11,38 @@
 #include <cmath>
 
 namespace filmwright {
+
+namespace {
+
+QString formatProblem(const QSize &size, qint32 format)
+{
+    if (format == MovieFormatAVI || (size.width() % 2 == 0 && size.height() % 2 == 0))
+        return {};
+    return QCoreApplication::translate(
+               "FrameSize", "MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
+        .arg(size.width())
+        .arg(size.height());
+}
+
+/// Formats with fewer samples of colour than of luma share one among two columns, or two rows, too.
+QString recipeProblem(const QSize &size, const Recipe &recipe)
+{
+    const QString format = recipe.pixelFormat();
+    const bool shareRows = format.contains(QLatin1String("420"));
+    const bool shareColumns = shareRows || format.contains(QLatin1String("422"));
+    if (recipe.developsHalfSize()) // cut to even sides
+        return {};
+    if ((!shareColumns || size.width() % 2 == 0) && (!shareRows || size.height() % 2 == 0))
+        return {};
+    return QCoreApplication::translate(
+               "FrameSize", "%1 holds no frames of %2x%3 pixels: odd sides need a recipe of "
+                            "4:4:4 or RGB, such as prores-4444 or ffv1")
+        .arg(recipe.name)
+        .arg(size.width())
+        .arg(size.height());
+}
+
+} // namespace
 
 double pixelsOf(const QString &resolution)
 {
@@ -45,33 +76,11 @@ QSize developedSize(const MlvMetadata &metadata)
     return size;
 }
 
-QString sizeProblem(const QSize &size, qint32 format)
+QString sizeProblem(const QSize &size, qint32 format, const std::optional<Recipe> &recipe)
 {
-    if (format == MovieFormatAVI || size.isEmpty() ||
-        (size.width() % 2 == 0 && size.height() % 2 == 0))
+    if (size.isEmpty())
         return {};
-    return QCoreApplication::translate(
-               "FrameSize", "MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
-        .arg(size.width())
-        .arg(size.height());
-}
-
-/// Formats with fewer samples of colour than of luma share one among two columns, or two rows, too.
-QString sizeProblem(const QSize &size, const Recipe &recipe)
-{
-    const QString format = recipe.pixelFormat();
-    const bool shareRows = format.contains(QLatin1String("420"));
-    const bool shareColumns = shareRows || format.contains(QLatin1String("422"));
-    if (recipe.developsHalfSize()) // cut to even sides
-        return {};
-    if ((!shareColumns || size.width() % 2 == 0) && (!shareRows || size.height() % 2 == 0))
-        return {};
-    return QCoreApplication::translate(
-               "FrameSize", "%1 holds no frames of %2x%3 pixels: odd sides need a recipe of "
-                            "4:4:4 or RGB, such as prores-4444 or ffv1")
-        .arg(recipe.name)
-        .arg(size.width())
-        .arg(size.height());
+    return recipe ? recipeProblem(size, *recipe) : formatProblem(size, format);
 }
 
 } // namespace filmwright

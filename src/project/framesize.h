@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "encoding/recipe.h"
+
 #include <QSize>
 #include <QString>
+
+#include <optional>
 
 namespace filmwright {
 
 struct MlvMetadata;
-struct Recipe;
 
 /// The pixels of a frame whose resolution is given as in a recording's report, "1920x1080"; 0 for
 /// any other text.
@@ -18,10 +21,8 @@ double pixelsOf(const QString &resolution);
 /// when it isn't known.
 QSize developedSize(const MlvMetadata &metadata);
 
-/// Why frames of that size can't become a movie of that format (a MovieFormat), with what would
-/// help; empty when they can.
-QString sizeProblem(const QSize &size, qint32 format);
-/// The same for a recipe.
-QString sizeProblem(const QSize &size, const Recipe &recipe);
+/// Why frames of that size can't become a movie by that recipe, or of that format (a MovieFormat)
+/// where there is none, with what would help; empty when they can, or when the size isn't known.
+QString sizeProblem(const QSize &size, qint32 format, const std::optional<Recipe> &recipe = {});
 
 } // namespace filmwright

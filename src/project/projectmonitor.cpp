@@ -206,9 +206,8 @@ void ProjectMonitor::checkImage(const QImage &image)
         // The frames that follow would fail, too, each after all its work.
         if (isTemporaryDirectoryFull(m_project))
             fail(failureOf(dcraw, tr("dcraw could not write a frame")));
-    } else if (const QString problem = m_project.recipe()
-                                           ? sizeProblem(image.size(), *m_project.recipe())
-                                           : sizeProblem(image.size(), m_project.movieFormat());
+    } else if (const QString problem =
+                   sizeProblem(image.size(), m_project.movieFormat(), m_project.recipe());
                !problem.isEmpty()) {
         fail({problem});
     }

@@ -131,8 +131,7 @@ void RecordingRun::launch()
         return;
     }
     const QSize size = developedSize(m_project.metadata());
-    if (const QString problem = m_settings.recipe ? sizeProblem(size, *m_settings.recipe)
-                                                  : sizeProblem(size, m_settings.format);
+    if (const QString problem = sizeProblem(size, m_settings.format, m_settings.recipe);
         !problem.isEmpty()) {
         endLater(problem);
         return;

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void repairIsChosenForTheBatch();
     void controlsAreLockedWhileWorking();
     void recipeTakesThePlaceOfFormatAndQuality();
+    void recipeLeavesTheRepairsToChoose();
     void recipeThatCantBeUsedIsToldBeforeTheBatch();
     void anyOtherPopUpItemStandsForTheSecond_data();
     void anyOtherPopUpItemStandsForTheSecond();
@@ -287,6 +288,17 @@ void TestBatchWindow::recipeTakesThePlaceOfFormatAndQuality()
     window.pressStart();
     window.waitForEnd();
     QVERIFY(QFile::exists(window.recordings() + QStringLiteral("/a.avi")));
+}
+
+void TestBatchWindow::recipeLeavesTheRepairsToChoose()
+{
+    FakeWindow window;
+    window.addRecipe(QStringLiteral("mine"), "-c:v x");
+    window.launch();
+    auto *recipe = window.widget<QComboBox>(QStringLiteral("movieRecipePopUpButton"));
+    recipe->setCurrentIndex(recipe->findData(QStringLiteral("mine")));
+    QVERIFY(window.widget<QCheckBox>(QStringLiteral("repairPixelsCheckBox"))->isEnabled());
+    QVERIFY(window.widget<QCheckBox>(QStringLiteral("repairColumnsCheckBox"))->isEnabled());
 }
 
 void TestBatchWindow::recipeThatCantBeUsedIsToldBeforeTheBatch()

@@ -7,16 +7,13 @@
 #include "support/logcapture.h"
 #include "support/ordinaryuser.h"
 
-#include <QCheckBox>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDir>
-#include <QHeaderView>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QSplitter>
 #include <QThread>
 
 using namespace filmwright;
@@ -112,12 +109,6 @@ private Q_SLOTS:
     void framesConvertedAtOnceReachTheBatch();
     void framesConvertedAtOnceAreRemembered();
     void framesConvertedAtOnceFitTheProcessor();
-    void windowIsRemembered();
-    void columnsAreRemembered();
-    void formatAndQualityAreRemembered();
-    void repairIsRemembered();
-    void recipeIsRememberedWhileItIsThere();
-    void folderOfTheMoviesIsRemembered();
 };
 
 void TestStartupWindow::firstStart()
@@ -517,115 +508,6 @@ void TestStartupWindow::framesConvertedAtOnceFitTheProcessor()
     QCOMPARE(field->value(), 1);
     field->setValue(0);
     QCOMPARE(field->value(), 1);
-}
-
-void TestStartupWindow::windowIsRemembered()
-{
-    FakeWindow window;
-    window.launch();
-    window.delegate->window()->resize(777, 555);
-    auto *splitter = window.widget<QSplitter>(QStringLiteral("splitter"));
-    splitter->setSizes({400, 350});
-    const QList<int> sizes = splitter->sizes();
-    const QSize size = window.delegate->window()->size();
-    window.launch();
-    QCOMPARE(window.delegate->window()->size(), size);
-    QTRY_COMPARE(window.widget<QSplitter>(QStringLiteral("splitter"))->sizes(), sizes);
-}
-
-void TestStartupWindow::columnsAreRemembered()
-{
-    FakeWindow window;
-    window.launch();
-    window.table()->horizontalHeader()->resizeSection(1, 77);
-    window.launch();
-    QCOMPARE(window.table()->columnWidth(1), 77);
-}
-
-void TestStartupWindow::formatAndQualityAreRemembered()
-{
-    FakeWindow window;
-    const auto indexes = [&window] {
-        return QList<int>{
-            window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->currentIndex(),
-            window.widget<QComboBox>(QStringLiteral("movieQualityPopUpButton"))->currentIndex()};
-    };
-    window.launch();
-    QCOMPARE(indexes(), QList<int>({0, 0}));
-    window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->setCurrentIndex(1);
-    window.widget<QComboBox>(QStringLiteral("movieQualityPopUpButton"))->setCurrentIndex(1);
-    window.launch();
-    QCOMPARE(indexes(), QList<int>({1, 1}));
-}
-
-void TestStartupWindow::repairIsRemembered()
-{
-    FakeWindow window;
-    const QStringList boxes{QStringLiteral("repairPixelsCheckBox"),
-                            QStringLiteral("repairColumnsCheckBox")};
-    window.launch();
-    for (const QString &box : boxes) {
-        QVERIFY(!window.widget<QCheckBox>(box)->isChecked());
-        window.widget<QCheckBox>(box)->click();
-    }
-    window.launch();
-    for (const QString &box : boxes)
-        QVERIFY(window.widget<QCheckBox>(box)->isChecked());
-}
-
-void TestStartupWindow::recipeIsRememberedWhileItIsThere()
-{
-    FakeWindow window;
-    const QString path = window.addRecipe(QStringLiteral("mine"), "-c:v x");
-    window.launch();
-    const auto popUp = [&window] {
-        return window.widget<QComboBox>(QStringLiteral("movieRecipePopUpButton"));
-    };
-    QCOMPARE(popUp()->currentIndex(), 0);
-    QCOMPARE(popUp()->currentText(), QStringLiteral("None"));
-    popUp()->setCurrentIndex(popUp()->findData(QStringLiteral("mine")));
-    QCOMPARE(popUp()->currentIndex(), 1);
-    window.launch();
-    QCOMPARE(popUp()->currentData().toString(), QStringLiteral("mine"));
-    QVERIFY(!window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled());
-    QVERIFY(QFile::remove(path));
-    window.launch();
-    QCOMPARE(popUp()->currentIndex(), 0);
-    QVERIFY(window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"))->isEnabled());
-}
-
-void TestStartupWindow::folderOfTheMoviesIsRemembered()
-{
-    FakeWindow window;
-    const QTemporaryDir folder;
-    window.launch();
-    const auto popUp = [&window] {
-        return window.widget<QComboBox>(QStringLiteral("movieFolderPopUpButton"));
-    };
-    const auto choose = [&popUp](int index) {
-        popUp()->setCurrentIndex(index);
-        Q_EMIT popUp()->activated(index);
-    };
-    QCOMPARE(popUp()->currentText(), QStringLiteral("beside the recordings"));
-    choose(1); // and cancelled
-    QCOMPARE(popUp()->currentIndex(), 0);
-    window.panel.chosen = QStringList{folder.path()};
-    choose(1);
-    QCOMPARE(popUp()->currentText(),
-             QStringLiteral("in %1…").arg(QFileInfo(folder.path()).fileName()));
-    window.panel.chosen.clear();
-    choose(1); // cancelled: the folder stays
-    window.launch();
-    QCOMPARE(popUp()->currentIndex(), 1);
-    QCOMPARE(popUp()->toolTip(), folder.path());
-    window.add({QStringLiteral("a.MLV")});
-    window.pressStart();
-    window.waitForEnd();
-    QVERIFY(QFile::exists(folder.filePath(QStringLiteral("a.avi"))));
-    QVERIFY(!QFile::exists(window.recordings() + QStringLiteral("/a.avi")));
-    choose(0);
-    window.launch();
-    QCOMPARE(popUp()->currentIndex(), 0);
 }
 
 QTEST_MAIN(TestStartupWindow)

@@ -68,6 +68,36 @@ private Q_SLOTS:
         QCOMPARE(sizeProblem(QSize(4, 2), MovieFormatMOV), QString());
         QCOMPARE(sizeProblem(QSize(), MovieFormatMOV), QString());
     }
+
+    void oddSidesNeedARecipeThatSharesNoColour_data()
+    {
+        QTest::addColumn<QString>("pixelFormat");
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<bool>("fits");
+        QTest::newRow("4:2:0, even") << "yuv420p10le" << QSize(4, 2) << true;
+        QTest::newRow("4:2:0, odd width") << "yuv420p10le" << QSize(5, 2) << false;
+        QTest::newRow("4:2:0, odd height") << "yuv420p10le" << QSize(4, 3) << false;
+        QTest::newRow("4:2:0, not known") << "yuv420p10le" << QSize() << true;
+        QTest::newRow("4:2:2, odd width") << "yuv422p10le" << QSize(5, 2) << false;
+        QTest::newRow("4:2:2, odd height") << "yuv422p10le" << QSize(4, 3) << true;
+        QTest::newRow("4:4:4") << "yuv444p10le" << QSize(5, 3) << true;
+        QTest::newRow("RGB") << "gbrp16le" << QSize(5, 3) << true;
+    }
+
+    void oddSidesNeedARecipeThatSharesNoColour()
+    {
+        QFETCH(QString, pixelFormat);
+        QFETCH(QSize, size);
+        Recipe recipe;
+        recipe.name = QStringLiteral("Mine");
+        recipe.video = QStringList{QStringLiteral("-pix_fmt"), pixelFormat};
+        const QString problem = sizeProblem(size, MovieFormatMOV, recipe);
+        QTEST(problem.isEmpty(), "fits");
+        if (!problem.isEmpty())
+            QVERIFY(problem.startsWith(QStringLiteral("Mine holds no frames of %1x%2 pixels")
+                                           .arg(size.width())
+                                           .arg(size.height())));
+    }
 };
 
 QTEST_APPLESS_MAIN(TestFrameSize)
