@@ -11,22 +11,6 @@
 
 namespace {
 
-QByteArray recordingBytes(const char *name)
-{
-    QFile file(testData(QStringLiteral("recordings/%1.MLV").arg(QLatin1String(name))));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-/// Where the data of the frame with that place in the file start.
-qsizetype frameData(const QByteArray &recording, int place)
-{
-    qsizetype at = -1;
-    for (int i = 0; i <= place; ++i) {
-        at = recording.indexOf("VIDF", at + 1);
-    }
-    return at + 32;
-}
-
 QString number(int frame)
 {
     return QStringLiteral("%1").arg(frame, 6, 10, QLatin1Char('0'));

@@ -28,22 +28,6 @@ QStringList losses(const ProgramRun &run)
     return marked(run, "[LOST]");
 }
 
-QByteArray recordingBytes(const char *name)
-{
-    QFile file(testData(QStringLiteral("recordings/%1.MLV").arg(QLatin1String(name))));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-/// Where the data of the frame with that place in the file start.
-qsizetype frameData(const QByteArray &recording, int place)
-{
-    qsizetype at = -1;
-    for (int i = 0; i <= place; ++i) {
-        at = recording.indexOf("VIDF", at + 1);
-    }
-    return at + 32;
-}
-
 } // namespace
 
 /// What a person is told of a recording before the card is wiped.

@@ -65,8 +65,7 @@ private:
 void TestMutations::initTestCase()
 {
     for (const char *name : {"plain14", "bits10", "lossless14", "lzma14", "dropped", "shuffled"}) {
-        m_recordings.append(
-            contentOf(testData(QStringLiteral("recordings/%1.MLV").arg(QLatin1String(name)))));
+        m_recordings.append(recordingBytes(name));
     }
     const QString common = QStringLiteral("--size 64x32 --frames 5 --sound --padding --change ");
     for (const char *more : {"--bits 14", "--bits 12 --compress lossless --shape camera",

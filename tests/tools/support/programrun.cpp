@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "programrun.h"
 
+#include <QFile>
 #include <QProcess>
 
 namespace {
@@ -50,4 +51,19 @@ QByteArray outputOf(const QString &program, const QStringList &arguments)
 QString testData(const QString &name)
 {
     return qEnvironmentVariable("FILMWRIGHT_TEST_DATA") + QLatin1Char('/') + name;
+}
+
+QByteArray recordingBytes(const char *name)
+{
+    QFile file(testData(QStringLiteral("recordings/%1.MLV").arg(QLatin1String(name))));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+qsizetype frameData(const QByteArray &recording, int place)
+{
+    qsizetype at = -1;
+    for (int i = 0; i <= place; ++i) {
+        at = recording.indexOf("VIDF", at + 1);
+    }
+    return at + 32;
 }

@@ -28,3 +28,8 @@ QByteArray outputOf(const QString &program, const QStringList &arguments);
 
 /// The path of a file of the tests' data.
 QString testData(const QString &name);
+/// What a recording of the tests' data holds, by its name without the extension.
+QByteArray recordingBytes(const char *name);
+
+/// Where in a recording the data of its frame with that place in the file start.
+qsizetype frameData(const QByteArray &recording, int place);
