@@ -266,7 +266,8 @@ void WindowScene::happen()
 
 bool WindowScene::isResting() const
 {
-    if (m_window->delegate->isWorking() || !runningChildren().isEmpty() ||
+    const bool isReading = !m_window->action(QStringLiteral("sourceItem"))->isEnabled();
+    if (isReading || m_window->delegate->isWorking() || !runningChildren().isEmpty() ||
         m_window->widget<QDialog>(QStringLiteral("preprocessPanel"))->isVisible())
         return false;
     // A finished movie is brought to the disk after its batch.
