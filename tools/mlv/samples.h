@@ -37,6 +37,85 @@ void unpackSamples(std::span<const std::byte> packed, int bitsPerSample, WordOrd
 void packSamples(std::span<const std::uint16_t> samples, int bitsPerSample, WordOrder order,
                  std::span<std::byte> packed);
 
+/// Single samples of a packed stream as a DNG stores it.
+class PackedSamples
+{
+public:
+    /// `stream` outlives this.
+    PackedSamples(std::span<std::byte> stream, int bitsPerSample)
+        : m_stream(stream)
+        , m_bits(static_cast<unsigned>(bitsPerSample))
+    {
+    }
+
+    /// `index` is below the number of samples in the stream.
+    [[nodiscard]] std::uint16_t operator[](std::size_t index) const
+    {
+        const Place place = placeOf(index);
+        return static_cast<std::uint16_t>((load(place) >> place.shift) & mask());
+    }
+
+    /// `sample` is below 2^bitsPerSample.
+    void set(std::size_t index, std::uint16_t sample)
+    {
+        const Place place = placeOf(index);
+        const auto others = load(place) & ~(mask() << place.shift);
+        store(place, others | (static_cast<std::uint32_t>(sample) << place.shift));
+    }
+
+private:
+    /// The bytes that a sample lies in, two or three, and how far from their end it stops.
+    struct Place
+    {
+        std::byte *bytes;
+        bool three;
+        unsigned shift;
+    };
+
+    [[nodiscard]] Place placeOf(std::size_t index) const
+    {
+        const std::size_t bit = index * m_bits;
+        const auto end = static_cast<unsigned>(bit % 8) + m_bits;
+        return {m_stream.data() + bit / 8, end > 16, (end > 16 ? 24 : 16) - end};
+    }
+
+    [[nodiscard]] std::uint32_t load(const Place &place) const
+    {
+        const auto byte = [&](int number) {
+            return std::to_integer<std::uint32_t>(place.bytes[number]);
+        };
+        if (isLittleEndian()) {
+            return byte(1) << 8U | byte(0);
+        }
+        const auto two = byte(0) << 8U | byte(1);
+        return place.three ? two << 8U | byte(2) : two;
+    }
+
+    void store(const Place &place, std::uint32_t bits) const
+    {
+        const auto put = [&](int number, std::uint32_t byte) {
+            place.bytes[number] = static_cast<std::byte>(byte & 0xffU);
+        };
+        if (isLittleEndian()) {
+            put(0, bits);
+            put(1, bits >> 8U);
+            return;
+        }
+        if (place.three) {
+            put(2, bits);
+            bits >>= 8U;
+        }
+        put(1, bits);
+        put(0, bits >> 8U);
+    }
+
+    [[nodiscard]] std::uint32_t mask() const { return (1U << m_bits) - 1; }
+    [[nodiscard]] bool isLittleEndian() const { return m_bits == 16; }
+
+    std::span<std::byte> m_stream;
+    unsigned m_bits;
+};
+
 /// Exchanges the two bytes of every 16-bit word in place; a last single byte stays.
 void swapWordBytes(std::span<std::byte> words);
 

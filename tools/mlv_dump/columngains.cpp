@@ -2,7 +2,7 @@
 #include "mlv_dump/columngains.h"
 
 #include <algorithm>
-#include <cmath>
+#include <vector>
 
 namespace mlvdump {
 
@@ -19,26 +19,28 @@ double ColumnGains::most() const
 void ColumnGains::evenOut(std::span<std::uint16_t> samples, const mlv::FrameFormat &format,
                           int cropX, int cropY) const
 {
-    constexpr int fraction = 16; // bits
     const int black = format.blackLevel;
     const int clip = format.whiteLevel;
     const int nearBlack = black + (64 >> std::max(0, 14 - format.bitsPerSample));
     const auto width = static_cast<std::size_t>(format.width);
-    for (std::size_t y = 0; y < samples.size() / width; ++y) {
-        std::array<std::int64_t, period> factors{};
-        for (std::size_t column = 0; column < period; ++column) {
-            const auto place = (column + static_cast<std::size_t>(cropX)) % period;
-            factors[column] = std::llround((1 << fraction) /
-                                           gains[(y + static_cast<std::size_t>(cropY)) % 2][place]);
+    // One for each column, so that the compiler evens out many of them at once.
+    std::array<std::vector<float>, 2> factors;
+    for (std::size_t parity = 0; parity < factors.size(); ++parity) {
+        const auto &ofRow = gains[(parity + static_cast<std::size_t>(cropY)) % 2];
+        for (std::size_t x = 0; x < width; ++x) {
+            factors[parity].push_back(
+                static_cast<float>(1 / ofRow[(x + static_cast<std::size_t>(cropX)) % period]));
         }
-        const auto row = samples.subspan(y * width, width);
+    }
+    for (std::size_t y = 0; y < samples.size() / width; ++y) {
+        std::uint16_t *const row = samples.data() + y * width;
+        const float *const factor = factors[y % 2].data();
         for (std::size_t x = 0; x < width; ++x) {
             const int sample = row[x];
-            const auto light = (sample - black) * factors[x % period];
-            const auto even = black + static_cast<int>((light + (1 << (fraction - 1))) >> fraction);
-            if (sample >= nearBlack && sample < clip) {
-                row[x] = static_cast<std::uint16_t>(std::min(even, clip));
-            }
+            const float light = static_cast<float>(sample - black) * factor[x];
+            const int even = std::min(black + static_cast<int>(light + 0.5F), clip);
+            const bool isMeasured = (sample >= nearBlack) & (sample < clip);
+            row[x] = static_cast<std::uint16_t>(isMeasured ? even : sample);
         }
     }
 }

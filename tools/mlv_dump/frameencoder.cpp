@@ -24,7 +24,8 @@ std::span<const std::byte> FrameEncoder::encode(const PlannedFrame &frame)
     const auto &format = m_decoder.format();
     const bool isLossless = m_decoder.compression() == mlv::Compression::LosslessJpeg;
     const bool rowsEndWithWords = format.width * format.bitsPerSample % 16 == 0;
-    if (m_calibration.isEmpty() && !m_repairer && !isLossless && rowsEndWithWords) {
+    const bool onlyPixels = !m_repairer || m_repairer->leavesColumns();
+    if (m_calibration.isEmpty() && onlyPixels && !isLossless && rowsEndWithWords) {
         encodePacked(frame);
     } else {
         encodeSamples(frame);
@@ -51,6 +52,10 @@ void FrameEncoder::encodePacked(const PlannedFrame &frame)
     m_decoder.decodePacked(*frame.block, strip);
     if (m_decoder.format().bitsPerSample != 16) {
         mlv::swapWordBytes(strip);
+    }
+    if (m_repairer) {
+        m_repairer->apply(mlv::PackedSamples(strip, m_decoder.format().bitsPerSample),
+                          cropOf(*frame.block));
     }
 }
 

@@ -30,6 +30,16 @@ void FrameRepairer::apply(std::span<std::uint16_t> samples, const Place &crop)
     }
 }
 
+void FrameRepairer::apply(mlv::PackedSamples samples, const Place &crop)
+{
+    if (crop != m_crop) {
+        prepare(crop);
+    }
+    for (const auto &step : m_steps) {
+        samples.set(step.index, replacement(samples, step));
+    }
+}
+
 bool FrameRepairer::isGood(int x, int y) const
 {
     return x >= 0 && x < m_format.width && y >= 0 && y < m_format.height &&
@@ -119,8 +129,8 @@ void FrameRepairer::prepare(const Place &crop)
     m_states.clear();
 }
 
-std::uint16_t FrameRepairer::replacement(std::span<const std::uint16_t> samples,
-                                         const Step &step) const
+template <typename Samples>
+std::uint16_t FrameRepairer::replacement(const Samples &samples, const Step &step) const
 {
     const auto rows =
         static_cast<std::size_t>(m_repair.rowStep) * static_cast<std::size_t>(m_format.width);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "mlv/samples.h"
 #include "mlv_dump/repair.h"
 
 #include <cstdint>
@@ -17,10 +18,16 @@ public:
     /// The repair outlives this.
     explicit FrameRepairer(const Repair &repair);
 
+    [[nodiscard]] bool leavesColumns() const { return !m_repair.columns; }
+
     /// Repairs a frame in place, whose corner is at `crop` in the read-out. Columns first; then
     /// each bad pixel becomes the mean of the nearest good ones of its colour, along the direction
     /// in which they change least where one changes much less. Clusters are filled from their rims.
     void apply(std::span<std::uint16_t> samples, const Place &crop);
+
+    /// The same for the packed samples of a DNG, when no column is to be repaired: some percent of
+    /// the samples aren't worth unpacking all.
+    void apply(mlv::PackedSamples samples, const Place &crop);
 
 private:
     enum class State : std::uint8_t { Good, Bad, Waiting };
@@ -35,8 +42,8 @@ private:
     void markBad();
     [[nodiscard]] Step stepOf(std::uint32_t index) const;
     [[nodiscard]] bool isGood(int x, int y) const;
-    [[nodiscard]] std::uint16_t replacement(std::span<const std::uint16_t> samples,
-                                            const Step &step) const;
+    template <typename Samples>
+    [[nodiscard]] std::uint16_t replacement(const Samples &samples, const Step &step) const;
 
     const Repair &m_repair;
     mlv::FrameFormat m_format;

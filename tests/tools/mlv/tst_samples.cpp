@@ -46,6 +46,8 @@ private Q_SLOTS:
     void bytesOfADngAreTheSameWordsBigEndian();
     void everyCountSurvivesARoundTrip_data();
     void everyCountSurvivesARoundTrip();
+    void singlePackedSamples_data();
+    void singlePackedSamples();
     void unusedBitsOfTheLastWordAreZero();
     void swappingLeavesALastSingleByte();
 };
@@ -104,6 +106,29 @@ void TestSamples::everyCountSurvivesARoundTrip()
         for (const auto order : {WordOrder::LittleEndian, WordOrder::BigEndian}) {
             QCOMPARE(unpacked(packed(samples, bits, order), bits, order, count), samples);
         }
+    }
+}
+
+void TestSamples::singlePackedSamples_data()
+{
+    everyCountSurvivesARoundTrip_data();
+}
+
+void TestSamples::singlePackedSamples()
+{
+    QFETCH(int, bits);
+    const auto most = static_cast<std::uint16_t>((1U << bits) - 1);
+    Samples samples{most, 0, 1, 2, most, most, 0, 5, 6, most, 7};
+    const auto order = bits == 16 ? WordOrder::LittleEndian : WordOrder::BigEndian;
+    QByteArray stream = packed(samples, bits, order);
+    mlv::PackedSamples single(
+        std::as_writable_bytes(std::span(stream.data(), static_cast<std::size_t>(stream.size()))),
+        bits);
+    for (std::size_t index = 0; index < samples.size(); ++index) {
+        QCOMPARE(single[index], samples[index]);
+        samples[index] = static_cast<std::uint16_t>(most - samples[index]);
+        single.set(index, samples[index]);
+        QCOMPARE(stream.toHex(), packed(samples, bits, order).toHex());
     }
 }
 

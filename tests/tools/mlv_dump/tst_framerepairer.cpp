@@ -63,6 +63,7 @@ private Q_SLOTS:
     void latticeIsRepairedOnItsLinesAlone();
     void rowsOfAnotherSensitivityAreStrangers();
     void nothingElseIsTouched();
+    void packedSamplesAreRepairedAlike();
 };
 
 void TestFrameRepairer::pixelBecomesWhatItsNeighboursSay_data()
@@ -217,6 +218,24 @@ void TestFrameRepairer::nothingElseIsTouched()
     FrameRepairer(repair).apply(samples, {0, 0});
     samples[8 * 32 + 10] = before[8 * 32 + 10];
     QCOMPARE(samples, before);
+}
+
+void TestFrameRepairer::packedSamplesAreRepairedAlike()
+{
+    Repair repair = repairOf({{8, 10}, {8, 12}, {9, 12}, {0, 0}, {23, 31}});
+    Samples samples =
+        drawn([](int x, int y) { return slope(x, y) + (x * 7919 + y * 104729) % 900; });
+    std::vector<std::byte> stream(mlv::packedSize(samples.size(), format.bitsPerSample));
+    const auto pack = [&] {
+        mlv::packSamples(samples, format.bitsPerSample, mlv::WordOrder::BigEndian, stream);
+    };
+    pack();
+    auto repaired = stream;
+    FrameRepairer(repair).apply(mlv::PackedSamples(repaired, format.bitsPerSample), {0, 0});
+    FrameRepairer(repair).apply(samples, {0, 0});
+    QVERIFY(repaired != stream);
+    pack();
+    QVERIFY(repaired == stream);
 }
 
 QTEST_APPLESS_MAIN(TestFrameRepairer)
