@@ -19,6 +19,7 @@ double ColumnGains::most() const
 void ColumnGains::evenOut(std::span<std::uint16_t> samples, const mlv::FrameFormat &format,
                           int cropX, int cropY) const
 {
+    constexpr float half = 0.5F; // for rounding: what is evened out is never negative
     const int black = format.blackLevel;
     const int clip = format.whiteLevel;
     const int nearBlack = black + (64 >> std::max(0, 14 - format.bitsPerSample));
@@ -38,7 +39,7 @@ void ColumnGains::evenOut(std::span<std::uint16_t> samples, const mlv::FrameForm
         for (std::size_t x = 0; x < width; ++x) {
             const int sample = row[x];
             const float light = static_cast<float>(sample - black) * factor[x];
-            const int even = std::min(black + static_cast<int>(light + 0.5F), clip);
+            const int even = std::min(black + static_cast<int>(light + half), clip);
             const bool isMeasured = (sample >= nearBlack) & (sample < clip);
             row[x] = static_cast<std::uint16_t>(isMeasured ? even : sample);
         }
