@@ -187,7 +187,7 @@ private:
     /// Raw frames are neither developed nor encoded.
     void refuseOtherFields()
     {
-        const QStringList all = fields();
+        const QStringList &all = fields();
         for (const QString &field : all.mid(all.indexOf(QStringLiteral("Extension")) + 1)) {
             if (!take(field).isEmpty())
                 fail(field, text("with Extension=dng there is no %1").arg(field));
