@@ -150,7 +150,7 @@ private:
 /// Before the work, not after hours of it.
 bool checkRecipe(const std::optional<Recipe> &recipe)
 {
-    if (!recipe)
+    if (!recipe || recipe->keepsRawFrames())
         return true;
     const QString lack = lackOf(FFmpegTask::ffmpegTask()->readEncoders(), *recipe);
     if (!lack.isEmpty())
@@ -174,8 +174,10 @@ int runConvert(const QStringList &arguments)
     ConvertOptions options;
     if (const auto ending = readConvertOptions(arguments, options))
         return *ending;
-    if (!checkTools(MLVProjectController::toolNames(options.settings.blendsAlternatingRows)) ||
-        !checkRecipe(options.settings.recipe))
+    const ConversionSettings &settings = options.settings;
+    if (!checkTools(
+            MLVProjectController::toolNames(settings.blendsAlternatingRows, settings.recipe)) ||
+        !checkRecipe(settings.recipe))
         return ExitUnusable;
     QList<Unreachable> unreachable;
     // The averages and frames of an earlier run are no recordings.

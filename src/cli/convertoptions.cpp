@@ -249,6 +249,8 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     options.paths = parser.positionalArguments();
     if (options.paths.isEmpty())
         problem = text("name at least one recording or folder");
+    if (problem.isEmpty())
+        problem = contradictionIn(settings);
     const QString unreadable = unreadablePath(options);
     if (problem.isEmpty() && !unreadable.isEmpty())
         problem = text("%1 can't be read").arg(unreadable);

@@ -26,6 +26,11 @@ bool hasName(const CapabilityList &records, const QString &name)
 
 } // namespace
 
+bool Recipe::keepsRawFrames() const
+{
+    return extension == QLatin1String("dng");
+}
+
 bool Recipe::developsSixteenBits() const
 {
     return develop.contains(QLatin1String("-6"));
@@ -61,6 +66,8 @@ bool Recipe::keepsRgb() const
 
 QString lackOf(const QMap<QString, CapabilityList> &encoders, const Recipe &recipe)
 {
+    if (recipe.keepsRawFrames())
+        return {};
     const QString lack = text("ffmpeg has no encoder \"%1\"");
     if (!hasName(encoders.value(QStringLiteral("video_encoders")), recipe.videoEncoder()))
         return lack.arg(recipe.videoEncoder());
@@ -74,7 +81,8 @@ QString moviePathFor(const QString &mlvPath, const Recipe &recipe)
 {
     const QString movie = pathWithExtension(mlvPath, recipe.extension);
     const qsizetype stem = movie.size() - recipe.extension.size() - 1;
-    return movie.left(stem) + recipe.suffix + movie.mid(stem);
+    return movie.left(stem) + recipe.suffix +
+           (recipe.keepsRawFrames() ? QString() : movie.mid(stem));
 }
 
 } // namespace filmwright

@@ -17,7 +17,7 @@ struct Recipe
     QString path; ///< of its file
     QString name; ///< for people
     QString description;
-    QString extension;      ///< of the movie: mov, mp4 or avi
+    QString extension;      ///< of the movie: mov, mp4 or avi; dng: see keepsRawFrames()
     QString suffix;         ///< between the recording's name and the extension; empty: none
     QStringList develop;    ///< dcraw's arguments in front of the usual ones
     QStringList video;      ///< ffmpeg's arguments of the picture
@@ -26,6 +26,8 @@ struct Recipe
 
     bool operator==(const Recipe &) const = default;
 
+    /// Whether nothing is developed: the movie is a folder of raw frames and their sound.
+    bool keepsRawFrames() const;
     bool developsSixteenBits() const;
     /// Whether a developed frame has half the width and half the height.
     bool developsHalfSize() const;
@@ -50,10 +52,11 @@ struct RecipeFile
 RecipeFile readRecipe(const QString &path);
 
 /// Which of the recipe's encoders ffmpeg lacks, going by the lists that FFmpegTask::readEncoders()
-/// answers: a sentence, or an empty string.
+/// answers: a sentence, or an empty string. Raw frames need none.
 QString lackOf(const QMap<QString, CapabilityList> &encoders, const Recipe &recipe);
 
-/// Beside the recording: clip.MLV gives clip.mov, with the suffix ".draft" clip.draft.mov.
+/// Beside the recording: clip.MLV gives clip.mov, with the suffix ".draft" clip.draft.mov, and the
+/// folder clip where raw frames are kept.
 QString moviePathFor(const QString &mlvPath, const Recipe &recipe);
 
 } // namespace filmwright

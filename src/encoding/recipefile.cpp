@@ -128,7 +128,8 @@ bool hasControlCharacter(const QString &value)
 
 QString extensionProblem(const QString &extension)
 {
-    const QStringList known{QStringLiteral("mov"), QStringLiteral("mp4"), QStringLiteral("avi")};
+    const QStringList known{QStringLiteral("mov"), QStringLiteral("mp4"), QStringLiteral("avi"),
+                            QStringLiteral("dng")};
     if (known.contains(extension))
         return {};
     return text("Extension is one of %1, not \"%2\"")
@@ -159,6 +160,10 @@ public:
         recipe.description = take(QStringLiteral("Description"));
         recipe.extension = take(QStringLiteral("Extension"));
         fail(QStringLiteral("Extension"), extensionProblem(recipe.extension));
+        if (recipe.keepsRawFrames()) {
+            refuseOtherFields();
+            return m_problem;
+        }
         recipe.suffix = take(QStringLiteral("Suffix"));
         fail(QStringLiteral("Suffix"), suffixProblem(recipe.suffix));
         recipe.develop = takeWords(QStringLiteral("Develop"));
@@ -177,6 +182,16 @@ private:
     {
         if (m_problem.reason.isEmpty() && !reason.isEmpty())
             m_problem = {reason, m_lines.value(field)};
+    }
+
+    /// Raw frames are neither developed nor encoded.
+    void refuseOtherFields()
+    {
+        const QStringList &all = fields();
+        for (const QString &field : all.mid(all.indexOf(QStringLiteral("Extension")) + 1)) {
+            if (!take(field).isEmpty())
+                fail(field, text("with Extension=dng there is no %1").arg(field));
+        }
     }
 
     QString take(const QString &field)

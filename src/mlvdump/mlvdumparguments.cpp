@@ -12,7 +12,7 @@ QStringList metaArguments(const QString &mlvPath)
 
 QStringList frameArguments(const QString &mlvPath, qint64 index, const QString &darkPath,
                            const QString &flatPath, const QString &directory,
-                           const QStringList &corrections)
+                           const QStringList &more)
 {
     if (mlvPath.isNull())
         throw std::invalid_argument("No recording to extract frames from");
@@ -22,7 +22,7 @@ QStringList frameArguments(const QString &mlvPath, qint64 index, const QString &
         arguments << QStringLiteral("-s") << darkPath;
     if (!flatPath.isEmpty())
         arguments << QStringLiteral("-t") << flatPath;
-    arguments << corrections;
+    arguments << more;
     arguments << QStringLiteral("-o") << directory + QStringLiteral("tmp");
     return arguments;
 }

@@ -67,6 +67,11 @@ QString MlvDumpTask::mlvPath() const
 
 QString MlvDumpTask::extractionDirectory() const
 {
+    return m_clipFolder.isEmpty() ? workingFolder() : m_clipFolder;
+}
+
+QString MlvDumpTask::workingFolder() const
+{
     const QString name = QFileInfo(m_mlvPath).fileName();
     const QString base = temporaryDirectory();
     return (name.isEmpty() ? base : QDir(base).filePath(name)) + QLatin1Char('/');
@@ -115,20 +120,27 @@ void MlvDumpTask::cancelPendingReport()
 void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)
 {
     beginRun(MlvDumpModeDNG);
-    const QString directory = extractionDirectory();
-    if (QFileInfo::exists(directory)) {
-        const bool knowsFrames = index == 0 && m_metadata.videoFrames != 0;
-        if (!knowsFrames || allFramesExist(directory)) {
-            m_processMode = MlvDumpModeNone;
-            tellLater(&MlvDumpTaskProtocol::dngExtractionFinished);
-            return;
-        }
-        removeFolder(directory);
+    QStringList options = m_corrections.arguments();
+    if (!m_clipFolder.isEmpty()) {
+        options << QStringLiteral("--cinema-dng");
+    } else if (framesExist(index)) {
+        m_processMode = MlvDumpModeNone;
+        tellLater(&MlvDumpTaskProtocol::dngExtractionFinished);
+        return;
+    } else {
+        removeFolder(workingFolder());
+        createPrivateFolder(workingFolder());
     }
-    createPrivateFolder(directory);
-    setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, directory,
-                                m_corrections.arguments()));
+    setArguments(
+        frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, extractionDirectory(), options));
     startAndWaitUntilExit(andWaitUntilExit);
+}
+
+bool MlvDumpTask::framesExist(qint64 index) const
+{
+    const QString directory = workingFolder();
+    const bool knowsFrames = index == 0 && m_metadata.videoFrames != 0;
+    return QFileInfo::exists(directory) && (!knowsFrames || allFramesExist(directory));
 }
 
 bool MlvDumpTask::allFramesExist(const QString &directory) const
@@ -227,7 +239,8 @@ void MlvDumpTask::handleEndOfWork()
     case MlvDumpModeDNG:
         stop(false);
         m_processMode = MlvDumpModeNone;
-        checkForSkippedFrame();
+        if (m_clipFolder.isEmpty())
+            checkForSkippedFrame();
         tell(&MlvDumpTaskProtocol::dngExtractionFinished);
         break;
     case MlvDumpModeDark:

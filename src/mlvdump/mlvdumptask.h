@@ -87,10 +87,16 @@ public:
     QString resolution() const { return m_metadata.resolution; }
     int bitsPerSample() const { return m_metadata.bitsPerSample; }
 
-    /// Where the runs write, ending with a path separator: the recording's own folder in the
-    /// temporary directory, or that directory itself for a task without a recording. Derived anew
-    /// at each call.
+    /// Has frames and sound made into a CinemaDNG clip in that folder, which is there when they are
+    /// extracted and ends with a path separator; empty: none.
+    void setClipFolder(const QString &folder) { m_clipFolder = folder; }
+
+    /// Where the runs write, ending with a path separator: the clip's folder, else the recording's
+    /// own folder in the temporary directory, or that directory itself for a task without a
+    /// recording. Derived anew at each call.
     QString extractionDirectory() const;
+    /// The same without regard to a clip.
+    QString workingFolder() const;
 
     /// Reads the recording's metadata, when other recordings are read maybe only after some of
     /// them; ends with metaExtractionFinished().
@@ -124,6 +130,7 @@ protected:
 private:
     void beginRun(MlvDumpMode mode);
     void average(MlvDumpMode mode, const QString &recording);
+    bool framesExist(qint64 index) const;
     bool allFramesExist(const QString &directory) const;
     void checkForSkippedFrame();
     void takeSentence(const QString &line);
@@ -142,6 +149,7 @@ private:
     QString m_darkPath;
     QString m_flatPath;
     QString m_flatDarkPath;
+    QString m_clipFolder;
     RawCorrections m_corrections;
     QString m_error;
     QString m_unusableReason;

@@ -5,6 +5,7 @@
 #include "project/mlvprojectcontroller.h"
 #include "runner/temporarydirectory.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -35,6 +36,22 @@ bool CalibrationChoice::isReady() const
 {
     return (dark.isEmpty() || QFileInfo::exists(darkAverage())) &&
            (flat.isEmpty() || QFileInfo::exists(flatAverage()));
+}
+
+MovieKind ConversionSettings::movieKind() const
+{
+    return recipe && recipe->keepsRawFrames() ? MovieKind::Folder : MovieKind::File;
+}
+
+QString contradictionIn(const ConversionSettings &settings)
+{
+    if (settings.movieKind() == MovieKind::Folder && settings.mergesNeighbours) {
+        return QCoreApplication::translate("ConversionSettings",
+                                           "the recipe %1 keeps the frames raw, and only developed "
+                                           "neighbours can be merged")
+            .arg(settings.recipe->id);
+    }
+    return {};
 }
 
 void configure(MLVProjectController &project, const ConversionSettings &settings)

@@ -46,7 +46,12 @@ struct ConversionSettings
     int workers = 1;                  ///< frames converted at once
     bool keepsFinishedWork = false;   ///< the working folder of a movie that is written
     bool keepsUnfinishedWork = false; ///< that of a recording without its movie, for the next run
+
+    MovieKind movieKind() const;
 };
+
+/// Which two choices don't go together, a sentence; empty when all do.
+QString contradictionIn(const ConversionSettings &settings);
 
 /// Hands a project all of the settings that are its own.
 void configure(MLVProjectController &project, const ConversionSettings &settings);

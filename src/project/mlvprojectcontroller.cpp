@@ -3,6 +3,7 @@
 
 #include "conversion/dcrawprocess.h"
 #include "conversion/tiffbitmap.h"
+#include "project/framefolder.h"
 #include "project/moviefacts.h"
 #include "project/moviemark.h"
 #include "runner/files.h"
@@ -112,6 +113,16 @@ QString MLVProjectController::moviePath() const
     if (!m_moviePath.isEmpty())
         return m_moviePath;
     return m_recipe ? moviePathFor(m_mlvPath, *m_recipe) : moviePathFor(m_mlvPath, m_movieFormat);
+}
+
+MovieKind MLVProjectController::movieKind() const
+{
+    return m_recipe && m_recipe->keepsRawFrames() ? MovieKind::Folder : MovieKind::File;
+}
+
+QString MLVProjectController::extractionDirectory() const
+{
+    return movieKind() == MovieKind::Folder ? unfinishedFolder(moviePath()) : workingFolder();
 }
 
 int MLVProjectController::framesOfMovie() const
@@ -230,15 +241,36 @@ void MLVProjectController::launchDNGExtraction()
     m_mlvDumptask->setFlatPath(m_flatPath);
     m_movieMark.reset(); // of an earlier run; nobody writes that movie any more
     m_movieHindrance = clearUnfinishedMovies();
+    const bool keepsRaw = movieKind() == MovieKind::Folder;
+    m_mlvDumptask->setClipFolder(keepsRaw ? extractionDirectory() : QString());
+    if (m_movieHindrance.isEmpty() && keepsRaw)
+        m_movieHindrance = beginFrameFolder();
     if (m_movieHindrance.isEmpty())
         m_mlvDumptask->extractDNGAtIndex(0);
     setMode(MLVProjectModeExtracting);
 }
 
-QStringList MLVProjectController::toolNames(bool blendsAlternatingRows)
+/// Marked before the first frame, so that of two runs one leaves the folder alone.
+QString MLVProjectController::beginFrameFolder()
 {
-    QStringList names{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
-                      QStringLiteral("ffmpeg")};
+    m_movieMark = std::make_shared<MovieMark>(moviePath());
+    QString problem = m_movieMark->set();
+    if (!problem.isEmpty())
+        return problem;
+    problem = makeUnfinishedFolder(moviePath());
+    if (problem.isEmpty())
+        m_writesFrameFolder = true;
+    else
+        m_movieMark->remove();
+    return problem;
+}
+
+QStringList MLVProjectController::toolNames(bool blendsAlternatingRows,
+                                            const std::optional<Recipe> &recipe)
+{
+    QStringList names{QStringLiteral("mlv_dump")};
+    if (!recipe || !recipe->keepsRawFrames())
+        names << QStringLiteral("dcraw") << QStringLiteral("ffmpeg");
     if (blendsAlternatingRows)
         names << QStringLiteral("cr2hdr");
     return names;
@@ -251,7 +283,7 @@ QString MLVProjectController::clearUnfinishedMovies() const
         if (const QString movie = pathWithExtension(m_mlvPath, extension); movie != moviePath())
             MovieMark::clear(movie);
     }
-    return MovieMark::clear(moviePath());
+    return MovieMark::clear(moviePath(), movieKind());
 }
 
 void MLVProjectController::stop()
@@ -267,12 +299,23 @@ void MLVProjectController::stop()
     m_cr2hdrTask->abort();
     if (m_ffmpegTask->isRunning())
         m_ffmpegTask->abort();
+    if (std::exchange(m_writesFrameFolder, false))
+        removeMovie();
     setMode(MLVProjectModeIdle);
+}
+
+void MLVProjectController::removeMovie()
+{
+    if (movieKind() == MovieKind::Folder)
+        removeUnfinishedFolder(moviePath());
+    else
+        QFile::remove(moviePath());
+    m_movieMark->remove();
 }
 
 void MLVProjectController::cleanTmpFiles()
 {
-    removeFolder(extractionDirectory());
+    removeFolder(workingFolder());
 }
 
 void MLVProjectController::metaExtractionFinished(MlvDumpTask &)
@@ -285,7 +328,7 @@ void MLVProjectController::dngExtractionFinished(MlvDumpTask &task)
     if (m_blendsAlternatingRows)
         launchBlend(task.extractionDirectory());
     else
-        launchRGBExtraction(task.extractionDirectory());
+        takeFrames(task.extractionDirectory());
 }
 
 void MLVProjectController::launchBlend(const QString &directory)
@@ -300,7 +343,7 @@ void MLVProjectController::launchBlend(const QString &directory)
 void MLVProjectController::blendFinished(CR2HDRTask &task)
 {
     if (task.terminationStatus() == 0)
-        launchRGBExtraction(extractionDirectory());
+        takeFrames(extractionDirectory());
     else
         setMode(MLVProjectModeRGBConversion);
 }
@@ -314,6 +357,28 @@ void MLVProjectController::error(const QString &error, MlvDumpTask &)
 {
     if (m_delegate)
         m_delegate->controllerWorkError(error);
+}
+
+void MLVProjectController::takeFrames(const QString &directory)
+{
+    if (movieKind() == MovieKind::Folder)
+        finishFrameFolder(directory);
+    else
+        launchRGBExtraction(directory);
+}
+
+/// Frames that stay raw are neither developed nor encoded: with the last one the movie is written.
+void MLVProjectController::finishFrameFolder(const QString &directory)
+{
+    m_framesToConvert = static_cast<int>(extractedFrames(directory).size());
+    m_convertedBefore = 0;
+    m_dngToProcess = 0;
+    setMode(MLVProjectModeRGBConversion);
+    if (!std::exchange(m_writesFrameFolder, false))
+        return; // whoever was told has stopped the work
+    setMode(MLVProjectModeFinished);
+    if (m_delegate)
+        m_delegate->controllerWorkFinished(*this);
 }
 
 void MLVProjectController::launchRGBExtraction(const QString &directory)

@@ -23,6 +23,7 @@ namespace filmwright {
 
 class DCRawProcess;
 class MovieMark;
+enum class MovieKind;
 
 /// The stage that a project is in.
 enum MLVProjectMode : qint32 {
@@ -31,7 +32,7 @@ enum MLVProjectMode : qint32 {
     MLVProjectModeReady = 1,         ///< metadata read
     MLVProjectModePending = 2,       ///< queued for a batch run, not started
     MLVProjectModeExtracting = 3,    ///< mlv_dump extracts the frames
-    MLVProjectModeRGBConversion = 4, ///< dcraw converts the frames
+    MLVProjectModeRGBConversion = 4, ///< dcraw converts the frames; passed by raw ones
     MLVProjectModeBuildingMovie = 5, ///< ffmpeg builds the movie
     MLVProjectModeFinished = 6,      ///< the movie is written, the working folder removed
 };
@@ -57,7 +58,8 @@ public:
     static std::unique_ptr<MLVProjectController> projectWithMLVFile(const QString &path);
 
     /// The tools that make a movie of a recording, to be looked for before the work.
-    static QStringList toolNames(bool blendsAlternatingRows);
+    static QStringList toolNames(bool blendsAlternatingRows,
+                                 const std::optional<Recipe> &recipe = std::nullopt);
 
     MLVProjectController();
     /// Ends a running frame conversion and waits for it; other tools end with the application.
@@ -141,8 +143,11 @@ public:
     QStringList notes() const { return m_mlvDumptask->notes(); }
     /// Why the recording can't be used, as mlv_dump's last run told; empty when it can.
     QString unusableReason() const { return m_mlvDumptask->unusableReason(); }
-    /// The project's working folder, ending with a path separator.
-    QString extractionDirectory() const { return m_mlvDumptask->extractionDirectory(); }
+    /// Where the frames are extracted, ending with a path separator: the working folder, or where
+    /// they stay raw the unfinished movie.
+    QString extractionDirectory() const;
+    /// The project's folder in the temporary directory, ending with a path separator.
+    QString workingFolder() const { return m_mlvDumptask->workingFolder(); }
 
     MLVProjectMode mlvProjectMode() const { return m_mode; }
     QString state() const { return stateText(m_mode, m_mlvDumptask->processMode()); }
@@ -151,6 +156,7 @@ public:
     /// path is set.
     QString moviePath() const;
     void setMoviePath(const QString &path) { m_moviePath = path; }
+    MovieKind movieKind() const;
 
     /// Frames handed to the conversion in this run, and those of them that are still out.
     int framesToConvert() const { return m_framesToConvert; }
@@ -168,8 +174,10 @@ public:
     /// be; the stage's tool is then not started.
     QString movieHindrance() const { return m_movieHindrance; }
     /// The mark of the movie that was begun last, null before. It is removed with an aborted movie;
-    /// whoever judges a movie that ffmpeg has finished settles it.
+    /// whoever judges a movie that is finished settles it.
     std::shared_ptr<MovieMark> movieMark() const { return m_movieMark; }
+    /// Removes a finished movie that isn't whole, with its mark.
+    void removeMovie();
 
     /// Whether a stage's tool runs or its report is still to come (the conversion not counted).
     bool isToolBusy() const;
@@ -216,6 +224,9 @@ private:
     void setMode(MLVProjectMode mode);
     void createConversionUnits(int count);
     QString clearUnfinishedMovies() const;
+    QString beginFrameFolder();
+    void takeFrames(const QString &directory);
+    void finishFrameFolder(const QString &directory);
     void replaceMlvDumpTask();
     void launchRGBExtraction(const QString &directory);
     void endOldConversions();
@@ -250,6 +261,7 @@ private:
     bool m_dualISO = false;
     bool m_blendsAlternatingRows = false;
     bool m_keepsTmpFiles = false;
+    bool m_writesFrameFolder = false;
     int m_framesToConvert = 0;
     int m_convertedBefore = 0;
     int m_dngToProcess = 0;

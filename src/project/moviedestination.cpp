@@ -122,9 +122,10 @@ QString moviePathFor(const QString &recording, const ConversionSettings &setting
                            : moviePathFor(stem, settings.format);
 }
 
-QString freeMoviePath(const QString &moviePath)
+QString freeMoviePath(const QString &moviePath, MovieKind kind)
 {
-    const QString extension = QLatin1Char('.') + QFileInfo(moviePath).suffix();
+    const QString extension =
+        kind == MovieKind::Folder ? QString() : QLatin1Char('.') + QFileInfo(moviePath).suffix();
     const QString stem = moviePath.chopped(extension.size());
     QString free = moviePath;
     for (int number = 2; QFileInfo::exists(free); ++number)

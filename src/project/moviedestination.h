@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "project/moviemark.h"
+
 #include <QString>
 
 namespace filmwright {
@@ -36,7 +38,8 @@ QString patternProblem(const QString &pattern);
 QString moviePathFor(const QString &recording, const ConversionSettings &settings,
                      const MlvMetadata &metadata);
 
-/// That path, or where it is taken the first free one of clip-2.mov, clip-3.mov …
-QString freeMoviePath(const QString &moviePath);
+/// That path, or where it is taken the first free one of clip-2.mov, clip-3.mov …; of a folder's,
+/// which has no extension, clip-2, clip-3 …
+QString freeMoviePath(const QString &moviePath, MovieKind kind = MovieKind::File);
 
 } // namespace filmwright

@@ -94,14 +94,14 @@ QString MovieMark::pathFor(const QString &moviePath)
     return movie.dir().filePath(name);
 }
 
-QString MovieMark::clear(const QString &moviePath)
+QString MovieMark::clear(const QString &moviePath, MovieKind kind)
 {
     const QByteArray path = QFile::encodeName(pathFor(moviePath));
     const int descriptor = openMark(path, 0);
     if (descriptor >= 0) {
         QString problem = lock(descriptor);
         if (problem.isEmpty() && isStillAt(descriptor, path)) {
-            if (!saysWhole(descriptor))
+            if (kind == MovieKind::File && !saysWhole(descriptor))
                 QFile::remove(moviePath);
             unlink(path.constData());
         }
@@ -111,7 +111,7 @@ QString MovieMark::clear(const QString &moviePath)
     } else if (errno != ENOENT) {
         return text("the mark of its unfinished movie can't be read: %1").arg(lastError());
     }
-    if (QFileInfo(moviePath).isDir())
+    if (kind == MovieKind::File && QFileInfo(moviePath).isDir())
         return text("a folder has the name of its movie");
     const QByteArray folder = QFile::encodeName(QFileInfo(moviePath).path());
     if (faccessat(AT_FDCWD, folder.constData(), W_OK | X_OK, AT_EACCESS) != 0)

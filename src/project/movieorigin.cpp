@@ -2,6 +2,7 @@
 #include "project/movieorigin.h"
 
 #include "encoding/finishedmovie.h"
+#include "project/framefolder.h"
 #include "project/moviemark.h"
 #include "project/worknote.h"
 
@@ -27,6 +28,17 @@ QByteArray notedOrigin(const QString &movie)
     return noted.left(size < 0 ? 0 : size);
 }
 
+/// A folder that has lost its last frames, or its sound, is not what it was made as.
+QByteArray contentOf(const QString &movie)
+{
+    return QFileInfo(movie).isDir() ? ' ' + QByteArray::number(filesOfFolder(movie)) : QByteArray();
+}
+
+std::optional<quint64> framesOf(const QString &movie)
+{
+    return QFileInfo(movie).isDir() ? framesOfFolder(movie) : framesOfFinishedMovie(movie);
+}
+
 } // namespace
 
 QByteArray movieOrigin(const QString &recording, const ConversionSettings &settings)
@@ -46,17 +58,18 @@ QByteArray movieOrigin(const QString &recording, const ConversionSettings &setti
 
 void noteOrigin(const QString &movie, const QByteArray &origin)
 {
-    setxattr(QFile::encodeName(movie).constData(), attribute, origin.constData(),
-             static_cast<std::size_t>(origin.size()), 0);
+    const QByteArray note = origin + contentOf(movie);
+    setxattr(QFile::encodeName(movie).constData(), attribute, note.constData(),
+             static_cast<std::size_t>(note.size()), 0);
 }
 
 bool isFinishedMovie(const QString &movie, const QByteArray &origin, quint64 frames)
 {
     if (QFileInfo::exists(MovieMark::pathFor(movie)))
         return false; // another run writes it, or has died over it
-    const auto finished = framesOfFinishedMovie(movie);
+    const auto finished = framesOf(movie);
     const QByteArray noted = notedOrigin(movie);
-    return finished && (noted.isEmpty() ? *finished >= frames : noted == origin);
+    return finished && (noted.isEmpty() ? *finished >= frames : noted == origin + contentOf(movie));
 }
 
 } // namespace filmwright

@@ -3,6 +3,7 @@
 
 #include "conversion/tiffbitmap.h"
 #include "encoding/finishedmovie.h"
+#include "project/framefolder.h"
 #include "project/framesize.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/moviemark.h"
@@ -236,7 +237,7 @@ void ProjectMonitor::checkMergedFrames(int pairs)
 void ProjectMonitor::checkMovie()
 {
     if (m_ended) { // it is made of less than the recording
-        removeMovie();
+        m_project.removeMovie();
         return;
     }
     const Failure failure = encodingFailure();
@@ -245,8 +246,12 @@ void ProjectMonitor::checkMovie()
         return;
     }
     // Not on this thread: a disk may be busy with a movie for seconds.
-    m_settling.setFuture(
-        QtConcurrent::run([mark = m_project.movieMark()] { return mark->settle(); }));
+    const bool isFolder = m_project.movieKind() == MovieKind::Folder;
+    const auto settle = [isFolder, movie = m_project.moviePath(), mark = m_project.movieMark()] {
+        const QString problem = isFolder ? finishFrameFolder(movie) : QString();
+        return problem.isEmpty() ? mark->settle() : problem;
+    };
+    m_settling.setFuture(QtConcurrent::run(settle));
 }
 
 /// A movie that isn't whole must not look like one.
@@ -256,18 +261,14 @@ void ProjectMonitor::endWithMovie(const Failure &failure)
         end({});
         return;
     }
-    fail(failure); // sees the disk as ffmpeg left it
-    removeMovie();
-}
-
-void ProjectMonitor::removeMovie()
-{
-    QFile::remove(m_project.moviePath());
-    m_project.movieMark()->remove();
+    fail(failure); // sees the disk as it was left
+    m_project.removeMovie();
 }
 
 Failure ProjectMonitor::encodingFailure() const
 {
+    if (m_project.movieKind() == MovieKind::Folder)
+        return {}; // mlv_dump writes frames that are whole, or says why not
     const FFmpegTask &encoder = m_project.encoder();
     if (encoder.terminationStatus() != 0)
         return endOf(ffmpeg, encoder.terminationStatus(), encoder.logs());

@@ -59,7 +59,6 @@ private:
     void checkMovie();
     Failure encodingFailure() const;
     void endWithMovie(const Failure &failure);
-    void removeMovie();
     Failure failureOf(const QString &tool, const QString &reason) const;
     Failure endOf(const QString &tool, int status, const QStringList &lines) const;
     void fail(Failure failure);

@@ -43,9 +43,12 @@ void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies
     reset();
     m_settings = settings;
     m_movies = &movies;
-    m_refusal = settings.calibration.isReady()
-                    ? movies.claim(m_recording, settings)
-                    : tr("the average of its calibration recordings isn't there");
+    m_refusal = contradictionIn(settings);
+    if (m_refusal.isEmpty()) {
+        m_refusal = settings.calibration.isReady()
+                        ? movies.claim(m_recording, settings)
+                        : tr("the average of its calibration recordings isn't there");
+    }
     m_forMovie = true;
     m_launchAhead = true;
     if (m_phase == Idle)
@@ -137,8 +140,8 @@ void RecordingRun::launch()
         return;
     }
     m_hasWork = true;
-    if (m_settings.keepsUnfinishedWork)
-        claimUnfinishedWork(m_recording, m_settings, m_project.extractionDirectory());
+    if (m_settings.keepsUnfinishedWork && m_settings.movieKind() == MovieKind::File)
+        claimUnfinishedWork(m_recording, m_settings, m_project.workingFolder());
     if (const QString problem = spaceProblem(m_project); !problem.isEmpty()) {
         endLater(problem);
         return;
@@ -156,7 +159,7 @@ QString RecordingRun::chooseMovie()
     const MovieDestination &destination = m_settings.destination;
     QString movie = moviePathFor(m_recording, m_settings, m_project.metadata());
     if (destination.existing == ExistingMovie::Keep)
-        movie = freeMoviePath(movie);
+        movie = freeMoviePath(movie, m_settings.movieKind());
     m_project.setMoviePath(movie);
     m_origin = movieOrigin(m_recording, m_settings);
     return destination.isKnownBeforeReading() ? QString() : m_movies->claimMovie(movie);
@@ -197,7 +200,8 @@ void RecordingRun::imageRGBReceived(const QImage &image, MLVProjectController &f
 void RecordingRun::controllerWorkFinished(MLVProjectController &controller)
 {
     m_phase = Settling;
-    forgetUnfinishedWork(controller.extractionDirectory());
+    if (m_settings.movieKind() == MovieKind::File)
+        forgetUnfinishedWork(controller.workingFolder());
     if (m_shell)
         m_shell->controllerWorkFinished(controller);
 }
@@ -288,7 +292,7 @@ void RecordingRun::discardWork()
         return;
     m_project.endConversions();
     m_project.cleanTmpFiles();
-    forgetUnfinishedWork(m_project.extractionDirectory());
+    forgetUnfinishedWork(m_project.workingFolder());
 }
 
 } // namespace filmwright

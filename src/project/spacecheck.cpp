@@ -3,6 +3,7 @@
 
 #include "project/framesize.h"
 #include "project/mlvprojectcontroller.h"
+#include "project/moviemark.h"
 #include "runner/temporarydirectory.h"
 
 #include <QCoreApplication>
@@ -15,6 +16,7 @@
 #include <filesystem>
 #include <limits>
 #include <system_error>
+#include <utility>
 
 namespace filmwright {
 
@@ -35,10 +37,14 @@ double tiffBytesOfPixel(const MLVProjectController &project)
     return usualBytes * depth * size;
 }
 
-/// DNG frames are packed like the recording. Recordings have 14 bits where they don't say it.
-double dngBytesOfPixel(int bitsPerSample)
+/// DNG frames are packed like the recording until they are blended. Recordings have 14 bits where
+/// they don't say it.
+double dngBytesOfPixel(const MLVProjectController &project)
 {
     constexpr int usualBits = 14;
+    constexpr int blendedBits = 16;
+    const int bitsPerSample =
+        project.blendsAlternatingRows() ? blendedBits : project.bitsPerSample();
     return (bitsPerSample > 0 ? bitsPerSample : usualBits) / 8.0;
 }
 
@@ -74,6 +80,11 @@ double freeSpace(const QString &folder)
     return error ? std::numeric_limits<double>::infinity() : static_cast<double>(space.available);
 }
 
+QString movieFolder(const MLVProjectController &project)
+{
+    return QFileInfo(project.moviePath()).absolutePath();
+}
+
 /// The texts of ENOSPC and EDQUOT, which all the tools print as the system has them.
 bool tellsOfFullDisk(const QStringList &lines)
 {
@@ -90,8 +101,10 @@ SpaceNeed spaceNeed(const MLVProjectController &project)
     const double pixels = pixelsOf(project.resolution());
     if (pixels <= 0)
         return {};
-    const double tiffs = project.dualISO() ? 2 : 1; // merged frames are TIFFs, too
-    const double frame = pixels * dngBytesOfPixel(project.bitsPerSample()) + bytesBesideSamples +
+    double tiffs = project.dualISO() ? 2 : 1; // merged frames are TIFFs, too
+    if (project.movieKind() == MovieKind::Folder)
+        tiffs = 0;
+    const double frame = pixels * dngBytesOfPixel(project) + bytesBesideSamples +
                          tiffs * (pixels * tiffBytesOfPixel(project) + bytesBesideSamples);
     SpaceNeed need;
     need.frames = static_cast<double>(project.videoFrames()) * frame;
@@ -111,8 +124,27 @@ QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)
         .arg(text(missing), text(free), folder);
 }
 
+namespace {
+
+QString folderProblem(const MLVProjectController &project)
+{
+    const SpaceNeed need = spaceNeed(project);
+    const QString folder = movieFolder(project);
+    const double missing = need.frames - need.there;
+    const double free = freeSpace(folder);
+    if (missing <= free)
+        return {};
+    return translated("its frames need %1, but only %2 are free in the folder %3; make room there "
+                      "or choose another folder for the movies")
+        .arg(text(missing), text(free), folder);
+}
+
+} // namespace
+
 QString spaceProblem(const MLVProjectController &project)
 {
+    if (project.movieKind() == MovieKind::Folder)
+        return folderProblem(project);
     const QString folder = temporaryDirectory();
     return spaceProblem(spaceNeed(project), freeSpace(folder), folder);
 }
@@ -126,15 +158,17 @@ bool isTemporaryDirectoryFull(const MLVProjectController &project)
 QString withFullDisk(const QString &reason, const MLVProjectController &project)
 {
     QMap<QString, QStringList> lines = project.lastToolLines();
-    const QString movies = QFileInfo(project.moviePath()).absolutePath();
-    const bool encoderTells = tellsOfFullDisk(lines.take(QStringLiteral("ffmpeg")));
-    if (encoderTells || freeSpace(movies) < leastSpace)
+    const QString movies = movieFolder(project);
+    bool movieIsFull = tellsOfFullDisk(lines.take(QStringLiteral("ffmpeg")));
+    bool framesAreFull = tellsOfFullDisk({reason}) ||
+                         std::any_of(lines.cbegin(), lines.cend(), [](const QStringList &printed) {
+                             return tellsOfFullDisk(printed);
+                         });
+    if (project.movieKind() == MovieKind::Folder)
+        movieIsFull = std::exchange(framesAreFull, false); // the frames are the movie
+    if (movieIsFull || freeSpace(movies) < leastSpace)
         return translated("no space left in the movie's folder %1: %2").arg(movies, reason);
-    const bool otherTells =
-        tellsOfFullDisk({reason}) ||
-        std::any_of(lines.cbegin(), lines.cend(),
-                    [](const QStringList &printed) { return tellsOfFullDisk(printed); });
-    if (otherTells || isTemporaryDirectoryFull(project)) {
+    if (framesAreFull || isTemporaryDirectoryFull(project)) {
         return translated("no space left in the temporary folder %1: %2")
             .arg(temporaryDirectory(), reason);
     }

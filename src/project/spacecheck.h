@@ -7,23 +7,23 @@ namespace filmwright {
 
 class MLVProjectController;
 
-/// The bytes that the project's frames take in the temporary directory, and those of them that are
-/// there already.
+/// The bytes that the project's frames take where they are extracted, the temporary directory or
+/// the movie's folder, and those of them that are there already.
 struct SpaceNeed
 {
-    double frames = 0; ///< of the whole recording: DNG and TIFF files, merged frames
+    double frames = 0; ///< of the whole recording: DNG files, TIFF files, merged frames
     double there = 0;
 };
 
 /// Needs the metadata; 0 where the report doesn't tell resolution or frame count.
 SpaceNeed spaceNeed(const MLVProjectController &project);
 
-/// Whether the project's frames fit into the temporary directory's file system: asked before the
+/// Whether the project's frames fit into the file system where they are extracted: asked before the
 /// extraction is launched. An empty string when they do, else a sentence for a person with both
 /// figures and what to do. Main thread only.
 QString spaceProblem(const MLVProjectController &project);
 
-/// The same for a need and a space, in bytes.
+/// The same for a need and a space in the temporary directory, in bytes.
 QString spaceProblem(const SpaceNeed &need, double free, const QString &folder);
 
 /// A failure's reason, with the full file system named in front of it that lies behind it: by what

@@ -34,6 +34,8 @@ constexpr std::initializer_list<WorkStage> countedStages{WorkStage::Extracting, 
 /// The encoders' seconds in a recipe; one that isn't known is taken for one in the middle.
 double recipeSeconds(const Recipe &recipe)
 {
+    if (recipe.keepsRawFrames())
+        return 0;
     static const QMap<QString, double> seconds{
         {QStringLiteral("prores_ks"), 0.13}, {QStringLiteral("dnxhd"), 0.09},
         {QStringLiteral("libx265"), 0.13},   {QStringLiteral("ffv1"), 0.24},
@@ -56,6 +58,11 @@ double encodingSeconds(const ConversionSettings &settings)
     return quality == MovieQualityMaximum ? 0.2 : 0.055;
 }
 
+bool developsFrames(const RecordingWork &work)
+{
+    return work.settings.movieKind() == MovieKind::File;
+}
+
 /// What a frame usually takes in a stage.
 double usualSeconds(WorkStage stage, const RecordingWork &work)
 {
@@ -66,7 +73,7 @@ double usualSeconds(WorkStage stage, const RecordingWork &work)
     case WorkStage::Blending:
         return work.settings.blendsAlternatingRows ? work.megapixels * 0.1 / cores : 0;
     case WorkStage::Converting:
-        return work.megapixels * 0.012 / cores; // each frame uses all of them
+        return developsFrames(work) ? work.megapixels * 0.012 / cores : 0; // each uses all of them
     case WorkStage::Merging:
         return work.settings.mergesNeighbours ? work.megapixels * 0.005 : 0;
     case WorkStage::Encoding:
@@ -161,14 +168,18 @@ double TimeEstimate::slowness(WorkStage stage) const
     return all.measured / all.usual;
 }
 
-/// All that was measured but the extraction: a slow disk says nothing of the processor.
+/// All that was measured but the extraction: a slow disk says nothing of the processor. Frames that
+/// stay raw have nothing else.
 TimeEstimate::Experience TimeEstimate::computing() const
 {
+    const auto counts = [this](WorkStage stage) {
+        return stage != WorkStage::Extracting || !developsFrames(m_work);
+    };
     Experience all;
-    if (m_position.stage != WorkStage::Extracting)
+    if (counts(m_position.stage))
         all = wholeStage();
     for (const WorkStage stage : countedStages) {
-        if (stage == WorkStage::Extracting)
+        if (!counts(stage))
             continue;
         all.measured += m_earlier.at(static_cast<std::size_t>(stage)).measured;
         all.usual += m_earlier.at(static_cast<std::size_t>(stage)).usual;

@@ -14,8 +14,8 @@ namespace filmwright {
 ///
 /// A stage that is running goes on as fast as it went lately; one that is still to come takes as
 /// long as it took in earlier recordings of the batch, or else its usual share of the time. Nothing
-/// is foretold from the extraction alone, which depends on the disk; the estimate is steady from
-/// the moment on at which some frames are converted.
+/// is foretold from the extraction alone, which depends on the disk, unless the frames stay raw;
+/// the estimate is steady from the moment on at which some frames are converted.
 class TimeEstimate
 {
 public:

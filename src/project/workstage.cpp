@@ -108,13 +108,18 @@ StagePosition StageCounter::conversion()
         return {WorkStage::Blending, blendedFrames(blender),
                 static_cast<quint64>(blender.arguments().size())};
     }
+    const int frames = m_project.framesToConvert();
+    if (m_project.movieKind() == MovieKind::Folder) {
+        const auto all = static_cast<quint64>(frames);
+        return {m_project.blendsAlternatingRows() ? WorkStage::Blending : WorkStage::Extracting,
+                all, all};
+    }
     const auto pairs = static_cast<quint64>(m_project.pairsToMerge());
     m_merging = m_merging || pairs > 0;
     if (m_merging) {
         const quint64 all = framesOfMovie(m_project);
         return {WorkStage::Merging, all - std::min(all, pairs), all};
     }
-    const int frames = m_project.framesToConvert();
     return {WorkStage::Converting,
             static_cast<quint64>(std::max(0, frames - m_project.dngToProcess())),
             static_cast<quint64>(frames), static_cast<quint64>(m_project.convertedBefore())};

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void repairIsChosenForTheBatch();
     void controlsAreLockedWhileWorking();
     void recipeTakesThePlaceOfFormatAndQuality();
+    void recipeOfRawFramesMakesAFolder();
     void recipeLeavesTheRepairsToChoose();
     void recipeThatCantBeUsedIsToldBeforeTheBatch();
     void anyOtherPopUpItemStandsForTheSecond_data();
@@ -288,6 +289,27 @@ void TestBatchWindow::recipeTakesThePlaceOfFormatAndQuality()
     window.pressStart();
     window.waitForEnd();
     QVERIFY(QFile::exists(window.recordings() + QStringLiteral("/a.avi")));
+}
+
+void TestBatchWindow::recipeOfRawFramesMakesAFolder()
+{
+    FakeWindow window;
+    QFile file(window.addRecipe(QStringLiteral("raw"), "-c:v x"));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("[Recipe]\nExtension=dng\n");
+    file.close();
+    window.launch();
+    auto *recipe = window.widget<QComboBox>(QStringLiteral("movieRecipePopUpButton"));
+    recipe->setCurrentIndex(recipe->findData(QStringLiteral("raw")));
+    window.add({a});
+    window.pressStart();
+    window.waitForEnd();
+    const QDir folder(window.recordings() + QStringLiteral("/a"));
+    QTRY_VERIFY(QFile::exists(folder.filePath(QStringLiteral("a_000000.dng"))));
+    QVERIFY(!QFile::exists(window.recordings() + QStringLiteral("/a.unfinished")));
+    QVERIFY(window.tools.calls(QStringLiteral("dcraw")).isEmpty());
+    window.select(a);
+    QVERIFY(window.action(QStringLiteral("playMovieMenuItem"))->isEnabled());
 }
 
 void TestBatchWindow::recipeLeavesTheRepairsToChoose()

@@ -182,6 +182,10 @@ void TestRecipe::slips_data()
     row("field in another case", good + "name=x\n",
         "one.recipe:9: unknown field \"name\"; there are Name, Description, Extension, Suffix, "
         "Develop, Video, Sound, FastStart");
+    row("raw frames that are encoded", "[Recipe]\nExtension=dng\nSuffix=\nVideo=-c:v ffv1\n",
+        "one.recipe:4: with Extension=dng there is no Video");
+    row("raw frames that are developed", "[Recipe]\nDevelop=-6\nExtension=dng\n",
+        "one.recipe:2: with Extension=dng there is no Develop");
     row("field twice", good + "Name=again\n", "one.recipe:9: Name is there twice");
     row("no field", good + "what\n",
         "one.recipe:9: neither a section, a comment nor a field with its value");
@@ -199,9 +203,9 @@ void TestRecipe::slips_data()
     row("control character", "[Recipe]\nExtension=mov\nName=a\\nb\nVideo=-c:v x\n",
         "one.recipe:3: Name has a control character");
     row("no extension", "[Recipe]\nVideo=-c:v x\n",
-        "one.recipe: Extension is one of mov, mp4, avi, not \"\"");
+        "one.recipe: Extension is one of mov, mp4, avi, dng, not \"\"");
     row("other container", "[Recipe]\nName=x\nExtension=mkv\nVideo=-c:v x\n",
-        "one.recipe:3: Extension is one of mov, mp4, avi, not \"mkv\"");
+        "one.recipe:3: Extension is one of mov, mp4, avi, dng, not \"mkv\"");
     row("suffix with a folder", "[Recipe]\nExtension=mov\nSuffix=/../x\nVideo=-c:v x\n",
         "one.recipe:3: Suffix is a part of a file's name, at most 40 letters");
     row("no picture", "[Recipe]\nExtension=mov\n",
@@ -325,7 +329,7 @@ void TestRecipe::randomFilesDoNoHarm()
             content[qsizetype(generator() % quint32(content.size()))] = char(generator());
         const RecipeFile file = read(content);
         if (file.problem.isEmpty()) {
-            QVERIFY(!file.recipe.videoEncoder().isEmpty());
+            QVERIFY(file.recipe.keepsRawFrames() != !file.recipe.videoEncoder().isEmpty());
         } else {
             ++refused;
             QVERIFY(file.problem.startsWith(file.recipe.path + QLatin1Char(':')));
@@ -343,6 +347,7 @@ void TestRecipe::bundledRecipesAreInOrder_data()
     QTest::newRow("ffv1") << true << "avi";
     QTest::newRow("web") << false << "mp4";
     QTest::newRow("draft") << false << "mov";
+    QTest::newRow("cinema-dng") << false << "dng";
 }
 
 void TestRecipe::bundledRecipesAreInOrder()
@@ -353,7 +358,7 @@ void TestRecipe::bundledRecipesAreInOrder()
     QVERIFY(!file.recipe.description.isEmpty());
     QTEST(file.recipe.developsSixteenBits(), "deep");
     QTEST(file.recipe.extension, "extension");
-    QCOMPARE(QDir(QStringLiteral(RECIPES)).entryList(QDir::Files).size(), 8);
+    QCOMPARE(QDir(QStringLiteral(RECIPES)).entryList(QDir::Files).size(), 9);
 }
 
 void TestRecipe::ownRecipeWinsAndIsListed()
@@ -401,6 +406,7 @@ void TestRecipe::missingEncoderIsTold()
              QStringLiteral("ffmpeg has no encoder \"prores_ks\""));
     QCOMPARE(lackOf({{video, named("prores_ks")}}, recipe),
              QStringLiteral("ffmpeg has no encoder \"pcm_s16le\""));
+    QCOMPARE(lackOf({}, read("[Recipe]\nExtension=dng\n").recipe), QString());
 }
 
 void TestRecipe::moviePath()
@@ -410,6 +416,8 @@ void TestRecipe::moviePath()
     recipe.suffix = QStringLiteral(".draft");
     QCOMPARE(moviePathFor(QStringLiteral("/a/b.c.MLV"), recipe),
              QStringLiteral("/a/b.c.draft.mov"));
+    const Recipe raw = read("[Recipe]\nExtension=dng\n").recipe;
+    QCOMPARE(moviePathFor(QStringLiteral("/a/b.c.MLV"), raw), QStringLiteral("/a/b.c"));
 }
 
 QTEST_GUILESS_MAIN(TestRecipe)

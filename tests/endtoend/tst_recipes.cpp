@@ -364,7 +364,8 @@ void TestRecipes::listOfRecipes()
         QVERIFY(value.toObject().value(QStringLiteral("problem")).isNull());
     }
     QCOMPARE(names.join(QLatin1Char(' ')),
-             QStringLiteral("dnxhr-hqx draft ffv1 hevc-10 prores-4444 prores-hq prores-lt web"));
+             QStringLiteral(
+                 "cinema-dng dnxhr-hqx draft ffv1 hevc-10 prores-4444 prores-hq prores-lt web"));
     QVERIFY(cli.run({QStringLiteral("recipes")}));
     QCOMPARE(cli.output().constLast(),
              QStringLiteral("web            H.264 for the web (mp4): 8 bits 4:2:0, plays "

@@ -15,6 +15,8 @@ namespace {
 
 const QString smallClip = QStringLiteral("--size 320x192 --frames 4 --no-sound");
 
+const QStringList rawFrames{QStringLiteral("--recipe"), QStringLiteral("cinema-dng")};
+
 /// Writes until nothing is free any more.
 const QString fill = QStringLiteral("head -c 80M /dev/zero > %1/fill 2>/dev/null");
 
@@ -33,6 +35,9 @@ private Q_SLOTS:
     void fullWhileFramesAreExtracted();
     void fullWhileTheMovieIsWritten_data();
     void fullWhileTheMovieIsWritten();
+    void rawFramesThatDoNotFitAreRefused();
+    void rawFramesNeedNoTemporarySpace();
+    void fullWhileRawFramesAreWritten();
 
 private:
     QString clip(const QString &name, const QString &options)
@@ -181,6 +186,53 @@ void TestSpace::fullWhileTheMovieIsWritten()
     const QStringList failures = cli.messages().filter(QStringLiteral("failed: "));
     QCOMPARE(failures.size(), 1);
     QVERIFY2(failures.first().startsWith(start), qPrintable(failures.first()));
+}
+
+void TestSpace::rawFramesThatDoNotFitAreRefused()
+{
+    const QString folder = m_folder->filePath(QStringLiteral("small"));
+    const QString recording =
+        clip(QStringLiteral("a.MLV"), QStringLiteral("--size 1920x1080 --frames 20 --no-sound"));
+    CommandLine cli;
+    QVERIFY(
+        run(cli, rawFrames + QStringList{QStringLiteral("--output"), folder, recording}, folder));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), QStringList());
+    QCOMPARE(
+        cli.messages().constLast(),
+        QStringLiteral("a.MLV: failed: its frames need 69.4 MiB, but only 50.0 MiB are free in "
+                       "the folder %1; make room there or choose another folder for the "
+                       "movies")
+            .arg(folder));
+}
+
+void TestSpace::rawFramesNeedNoTemporarySpace()
+{
+    const QString recording =
+        clip(QStringLiteral("a.MLV"), QStringLiteral("--size 1920x1080 --frames 20 --no-sound"));
+    CommandLine cli;
+    QVERIFY(run(cli, rawFrames + QStringList{recording}));
+    QCOMPARE(cli.status(), 0);
+    QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("a"))});
+    QCOMPARE(QDir(movie(QStringLiteral("a"))).entryList(QDir::Files).size(), 20);
+}
+
+void TestSpace::fullWhileRawFramesAreWritten()
+{
+    const QString folder = m_folder->filePath(QStringLiteral("small"));
+    ToolFolder tools;
+    tools.addTool(QStringLiteral("mlv_dump"),
+                  QStringLiteral("case $* in *--dng*) %1; truncate -s -400K %2/fill;; esac; "
+                                 "exec %3 \"$@\"")
+                      .arg(fill.arg(folder), folder, realTool(QStringLiteral("mlv_dump"))));
+    CommandLine cli;
+    QVERIFY(run(cli, rawFrames + QStringList{folder + QStringLiteral("/a.MLV")}, folder,
+                clip(QStringLiteral("a.MLV"), smallClip)));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), (QStringList{QStringLiteral("a.MLV"), QStringLiteral("fill")}));
+    const QString start =
+        QStringLiteral("a.MLV: failed: no space left in the movie's folder %1: ").arg(folder);
+    QVERIFY2(cli.messages().constLast().startsWith(start), qPrintable(cli.messages().constLast()));
 }
 
 QTEST_GUILESS_MAIN(TestSpace)

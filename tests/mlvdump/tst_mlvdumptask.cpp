@@ -83,6 +83,7 @@ private Q_SLOTS:
     void newRunForgetsTheOldOnesLines();
 
     void framesWithoutCalibration();
+    void framesOfAClip();
     void framesWithDark();
     void framesWithCorrections();
     void framesWithFlat();
@@ -354,6 +355,24 @@ void TestMlvDumpTask::framesWithoutCalibration()
              QList<QStringList>({{QStringLiteral("--dng"), clip, QStringLiteral("--no-cs"),
                                   QStringLiteral("-f"), QStringLiteral("0-0"), QStringLiteral("-o"),
                                   m_task->extractionDirectory() + QStringLiteral("tmp")}}));
+}
+
+/// Into a folder that is there, whose place and permissions are somebody else's concern.
+void TestMlvDumpTask::framesOfAClip()
+{
+    const QTemporaryDir clips;
+    const QString folder = clips.path() + QLatin1Char('/');
+    m_task->setCorrections({{}, {}, {}, QStringLiteral("auto"), false});
+    m_task->setClipFolder(folder);
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump),
+             QList<QStringList>(
+                 {{QStringLiteral("--dng"), clip, QStringLiteral("--no-cs"), QStringLiteral("-f"),
+                   QStringLiteral("0-0"), QStringLiteral("--repair-pixels"), QStringLiteral("auto"),
+                   QStringLiteral("--cinema-dng"), QStringLiteral("-o"),
+                   folder + QStringLiteral("tmp")}}));
+    QVERIFY(!QFileInfo::exists(m_task->workingFolder()));
 }
 
 void TestMlvDumpTask::framesWithDark()

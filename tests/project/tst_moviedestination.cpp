@@ -133,6 +133,13 @@ void TestMovieDestination::freePath()
     QCOMPARE(freeMoviePath(path), m_folder.filePath(QStringLiteral("free.x-2.mov")));
     write(QStringLiteral("free.x-2.mov"), "a");
     QCOMPARE(freeMoviePath(path), m_folder.filePath(QStringLiteral("free.x-3.mov")));
+
+    // A folder's name has no extension.
+    const QString folder = m_folder.filePath(QStringLiteral("free.x"));
+    QCOMPARE(freeMoviePath(folder, MovieKind::Folder), folder);
+    QVERIFY(QDir().mkdir(folder));
+    QCOMPARE(freeMoviePath(folder, MovieKind::Folder),
+             m_folder.filePath(QStringLiteral("free.x-2")));
 }
 
 void TestMovieDestination::moviesOfOneNameInOneFolder()

@@ -159,6 +159,20 @@ private Q_SLOTS:
         QCOMPARE(fake.mlvDumpRuns(), QString());
     }
 
+    void rawFramesAreNotMerged()
+    {
+        FakeRun fake;
+        fake.settings.mergesNeighbours = true;
+        fake.settings.recipe.emplace().extension = QStringLiteral("dng");
+        fake.settings.recipe->id = QStringLiteral("raw");
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().failure.reason,
+                 QStringLiteral("the recipe raw keeps the frames raw, and only developed "
+                                "neighbours can be merged"));
+        QCOMPARE(fake.mlvDumpRuns(), QString());
+    }
+
     void failureSaysWhichToolAndItsLines()
     {
         FakeRun fake;

@@ -101,6 +101,14 @@ void TestSpaceCheck::recipesNeedWhatTheirFramesNeed()
     recipe.develop = QStringList{QStringLiteral("-h")};
     fake.controller->setRecipe(recipe);
     QCOMPARE(plain - spaceNeed(*fake.controller).frames, samples * 3 / 4);
+    recipe.develop.clear();
+    recipe.extension = QStringLiteral("dng");
+    fake.controller->setRecipe(recipe);
+    const double raw = 10 * (1920.0 * 1080 * 14 / 8 + 8192);
+    QCOMPARE(spaceNeed(*fake.controller).frames, raw);
+    fake.controller->setBlendsAlternatingRows(true); // frames have 16 bits then
+    QCOMPARE(spaceNeed(*fake.controller).frames - raw, 10 * 1920.0 * 1080 * 2 / 8);
+    fake.controller->setBlendsAlternatingRows(false);
     fake.controller->setRecipe(std::nullopt);
     QCOMPARE(spaceNeed(*fake.controller).frames, plain);
 }

@@ -149,6 +149,7 @@ private Q_SLOTS:
     void steadyAfterTheFirstTenth();
     void steadyInRecordedRuns_data();
     void steadyInRecordedRuns();
+    void rawFramesAreForetoldFromTheirExtraction();
     void followsAMachineThatGetsSlower();
     void laterRecordingsAreKnownFromEarlierOnes();
     void recordingWithoutFrameCountIsNotEstimated();
@@ -261,6 +262,23 @@ void TestTimeEstimate::steadyInRecordedRuns()
     QVERIFY2(worst < 0.2, qPrintable(QStringLiteral("%1 % off").arg(100 * worst)));
     // Nearly all but the first tenth.
     QVERIFY(foretellings > 0.8 * static_cast<double>(moments.size()));
+}
+
+/// They have no other stage.
+void TestTimeEstimate::rawFramesAreForetoldFromTheirExtraction()
+{
+    RecordingWork work;
+    work.frames = 1000;
+    work.settings.recipe.emplace().extension = QStringLiteral("dng");
+    TimeEstimate estimate;
+    TimeEstimate::TimePoint now;
+    for (quint64 done = 0; done <= 250; done += 50) { // 100 a second
+        estimate.update(work, {WorkStage::Extracting, done, work.frames}, now);
+        now += 500ms;
+    }
+    QVERIFY(estimate.timeLeft());
+    QCOMPARE(estimate.timeLeft()->count(), 7.5);
+    QCOMPARE(estimate.timeFor(work)->count(), 10.0);
 }
 
 void TestTimeEstimate::followsAMachineThatGetsSlower()

@@ -49,6 +49,11 @@ void Ifd::setBytes(std::uint16_t tag, std::initializer_list<std::uint8_t> values
     setValues<std::uint8_t>(tag, FieldType::Byte, values);
 }
 
+void Ifd::setBytes(std::uint16_t tag, std::span<const std::uint8_t> values)
+{
+    setValues(tag, FieldType::Byte, values);
+}
+
 void Ifd::setUndefined(std::uint16_t tag, std::string_view bytes)
 {
     setValues<char>(tag, FieldType::Undefined, bytes);

@@ -57,6 +57,7 @@ public:
     void set(std::uint16_t tag, Field field);
 
     void setBytes(std::uint16_t tag, std::initializer_list<std::uint8_t> values);
+    void setBytes(std::uint16_t tag, std::span<const std::uint8_t> values);
     void setUndefined(std::uint16_t tag, std::string_view bytes);
     /// The text ends at its first NUL; an empty one leaves the tag out, because readers refuse
     /// files with empty names.

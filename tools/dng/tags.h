@@ -58,6 +58,7 @@ inline constexpr Tag isoSpeedRatings = 34855;
 inline constexpr Tag exifVersion = 36864;
 inline constexpr Tag dateTimeOriginal = 36867;
 inline constexpr Tag focalLength = 37386;
+inline constexpr Tag subSecTimeOriginal = 37521;
 inline constexpr Tag lensModel = 42036;
 inline constexpr Tag lensSerialNumber = 42037;
 

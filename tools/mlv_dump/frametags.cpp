@@ -2,13 +2,13 @@
 #include "mlv_dump/frametags.h"
 
 #include "dng/tags.h"
+#include "mlv_dump/cameraclock.h"
 #include "mlv_dump/text.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <limits>
-#include <optional>
 
 namespace mlvdump {
 namespace {
@@ -32,40 +32,12 @@ dng::SRational signedRatio(double value)
     return {static_cast<std::int32_t>(std::lround(value * denominator)), denominator};
 }
 
-std::uint8_t binaryCodedDecimal(std::uint64_t number)
-{
-    return static_cast<std::uint8_t>(number / 10 % 10 * 16 + number % 10);
-}
-
-/// What stands in a text tag: printable, and ASCII as TIFF wants it.
-std::string asciiText(const std::string &text)
-{
-    std::string ascii;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) {
-            ascii += c;
-        } else if (byte >= 0xc0) {
-            ascii += '?'; // one for each character, not for its further bytes
-        }
-    }
-    const auto end = ascii.find_last_not_of(' ');
-    return ascii.substr(0, end == std::string::npos ? 0 : end + 1);
-}
-
-/// What the camera's clock shows; nothing when that is no time.
-std::optional<std::chrono::sys_seconds> timeOf(const mlv::Clock &clock)
+/// The digits of the second's fraction.
+std::string milliseconds(const CameraTime &time)
 {
     using namespace std::chrono;
-    // Judged before <chrono> takes them, which keeps less of a number than a block holds. A day
-    // later the year still has the four digits of a tag.
-    const bool fits = clock.year + 1900 < 9999 && clock.month < 12 && clock.day <= 31 &&
-                      clock.hour < 24 && clock.minute < 60 && clock.second < 60;
-    const year_month_day date(year(clock.year + 1900), month(clock.month + 1U), day(clock.day));
-    if (!fits || !date.ok()) {
-        return std::nullopt;
-    }
-    return sys_days(date) + hours(clock.hour) + minutes(clock.minute) + seconds(clock.second);
+    const auto fraction = floor<std::chrono::milliseconds>(time - floor<seconds>(time));
+    return format("%03d", static_cast<int>(fraction.count()));
 }
 
 /// How much higher than wide the pixels are, as the sensor was sampled. Movies of the common kinds
@@ -92,9 +64,11 @@ dng::Rational pixelHeight(const mlv::RawCapture &capture, std::uint32_t width, s
 } // namespace
 
 FrameTags::FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
-                     const ColourMatrix &matrix, const std::string &reelName)
+                     const ColourMatrix &matrix, const std::string &reelName,
+                     const std::optional<Slate> &slate)
     : m_recording(recording)
     , m_matrix(matrix)
+    , m_slate(slate)
 {
     m_common.setBytes(tag::dngVersion, {1, 4, 0, 0});
     m_common.setBytes(tag::dngBackwardVersion, {1, 1, 0, 0});
@@ -150,9 +124,15 @@ void FrameTags::setLevels(const mlv::FrameFormat &format)
     m_common.setLongs(tag::whiteLevel, {static_cast<std::uint32_t>(format.whiteLevel)});
     const std::int32_t denominator = rawInfo.exposureBiasDenominator;
     if (denominator > 0) {
-        const dng::SRational bias{rawInfo.exposureBiasNumerator, denominator};
-        m_common.setSRationals(tag::baselineExposure, {&bias, 1});
+        setBias({rawInfo.exposureBiasNumerator, denominator});
+    } else if (m_slate) {
+        setBias({0, 1});
     }
+}
+
+void FrameTags::setBias(const dng::SRational &bias)
+{
+    m_common.setSRationals(tag::baselineExposure, {&bias, 1});
 }
 
 void FrameTags::setColour()
@@ -189,6 +169,12 @@ void FrameTags::setAreas(const mlv::FrameFormat &format)
 
 void FrameTags::setRate()
 {
+    if (m_slate) {
+        const dng::SRational exact{static_cast<std::int32_t>(m_slate->rate.numerator),
+                                   static_cast<std::int32_t>(m_slate->rate.denominator)};
+        m_common.setSRationals(tag::frameRate, {&exact, 1});
+        return;
+    }
     const auto &header = m_recording.header();
     constexpr std::uint32_t largest = std::numeric_limits<std::int32_t>::max();
     if (m_recording.framesPerSecond() > 0 && header.frameRateNumerator <= largest &&
@@ -210,17 +196,24 @@ dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block) con
                                               ratio(neutral[2])};
     image.setRationals(tag::asShotNeutral, ratios);
 
-    // A time code has two decimal digits of two and four bits for the frame in its second.
+    setTimeCode(image, number);
+    return image;
+}
+
+void FrameTags::setTimeCode(dng::Ifd &image, std::uint32_t number) const
+{
+    if (m_slate) {
+        if (const auto bytes = m_slate->timeCode(number)) {
+            image.setBytes(tag::timeCodes, *bytes);
+        }
+        return;
+    }
+    // The frame in its second has two decimal digits, of two and four bits.
     const auto rate = static_cast<std::uint64_t>(
         std::lround(std::clamp(m_recording.framesPerSecond(), 0.0, 1000.0)));
     if (rate > 0 && rate < 40) {
-        const std::uint64_t seconds = number / rate;
-        image.setBytes(tag::timeCodes,
-                       {binaryCodedDecimal(number % rate), binaryCodedDecimal(seconds % 60),
-                        binaryCodedDecimal(seconds / 60 % 60),
-                        binaryCodedDecimal(seconds / 3600 % 24), 0, 0, 0, 0});
+        image.setBytes(tag::timeCodes, timeCodeBytes(number / rate, number % rate));
     }
-    return image;
 }
 
 dng::Ifd FrameTags::exif(const mlv::DataBlock &block) const
@@ -228,6 +221,9 @@ dng::Ifd FrameTags::exif(const mlv::DataBlock &block) const
     dng::Ifd exif;
     exif.setUndefined(tag::exifVersion, "0230");
     exif.setText(tag::dateTimeOriginal, dateTime(block.timestamp));
+    if (const auto time = cameraTime(m_recording, block.timestamp); time && m_slate) {
+        exif.setText(tag::subSecTimeOriginal, milliseconds(*time));
+    }
     if (const auto *entry = m_recording.exposure().at(block.timestamp)) {
         const auto &exposure = entry->value;
         const auto shutter = static_cast<std::uint32_t>(
@@ -256,24 +252,8 @@ dng::Ifd FrameTags::exif(const mlv::DataBlock &block) const
 
 std::string FrameTags::dateTime(std::uint64_t timestamp) const
 {
-    using namespace std::chrono;
-    const auto *entry = m_recording.clock().at(timestamp);
-    if (entry == nullptr) {
-        return {};
-    }
-    const auto start = timeOf(entry->value);
-    if (!start) {
-        return {};
-    }
-    constexpr std::uint64_t longest = 24ULL * 3600 * 1000000;
-    const auto passed = timestamp > entry->timestamp ? timestamp - entry->timestamp : 0;
-    const auto time = *start + seconds(static_cast<long>(std::min(passed, longest) / 1000000));
-    const auto date = floor<days>(time);
-    const year_month_day today(date);
-    const hh_mm_ss<seconds> now(time - date);
-    return format("%04d:%02u:%02u %02d:%02d:%02d", int{today.year()}, unsigned{today.month()},
-                  unsigned{today.day()}, static_cast<int>(now.hours().count()),
-                  static_cast<int>(now.minutes().count()), static_cast<int>(now.seconds().count()));
+    const auto time = cameraTime(m_recording, timestamp);
+    return time ? timeText(*time, ':') : std::string();
 }
 
 } // namespace mlvdump

@@ -5,7 +5,9 @@
 #include "mlv/frameformat.h"
 #include "mlv/recording.h"
 #include "mlv_dump/colour.h"
+#include "mlv_dump/slate.h"
 
+#include <optional>
 #include <string>
 
 namespace mlvdump {
@@ -16,9 +18,12 @@ class FrameTags
 {
 public:
     /// `matrix` leads from XYZ to the camera's colours; `reelName` is what the recording is called.
-    /// The recording has a RAWI block; it outlives the tags.
+    /// The recording has a RAWI block; it outlives the tags. With a slate the frames are those of a
+    /// CinemaDNG clip: its rate and timecodes in place of the recorded rate and of timecodes that
+    /// begin at 0, and the fraction of the second.
     FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
-              const ColourMatrix &matrix, const std::string &reelName);
+              const ColourMatrix &matrix, const std::string &reelName,
+              const std::optional<Slate> &slate = {});
 
     /// The image directory of the frame of that number from `block`, but for the strip.
     [[nodiscard]] dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block) const;
@@ -28,13 +33,16 @@ private:
     void setShape(const mlv::FrameFormat &format);
     void setCamera();
     void setLevels(const mlv::FrameFormat &format);
+    void setBias(const dng::SRational &bias);
     void setColour();
     void setAreas(const mlv::FrameFormat &format);
     void setRate();
+    void setTimeCode(dng::Ifd &image, std::uint32_t number) const;
     [[nodiscard]] std::string dateTime(std::uint64_t timestamp) const;
 
     const mlv::Recording &m_recording;
     ColourMatrix m_matrix;
+    std::optional<Slate> m_slate;
     dng::Ifd m_common; ///< what is the same in all frames
 };
 

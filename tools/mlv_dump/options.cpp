@@ -110,6 +110,8 @@ private:
             setPixelRepair(value(option));
         } else if (option == "--repair-columns") {
             m_options.repair.columns = true;
+        } else if (option == "--cinema-dng") {
+            m_options.cinemaDng = true;
         } else if (option == "--threads") {
             setThreads(value(option));
         } else if (option == "--help" || option == "-h") {
@@ -264,6 +266,8 @@ Reads an MLV recording with all its chunks (.MLV, .M00, .M01, ...).
                  all frames, and a map beside the recording; MAP: those of a file of places
   --repair-columns
                  with --dng: even out the gains of columns, which repeat every eight
+  --cinema-dng   with --dng: frames and sound as an editor takes them for one clip: exact rate,
+                 timecode from the camera's clock, sound as long as the picture
   --no-cs        accepted without effect: chroma is never smoothed
   --threads N    use N threads instead of as many as there are processors
   --help         print this text

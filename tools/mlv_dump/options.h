@@ -49,8 +49,9 @@ struct Options
     LevelChoice black;
     LevelChoice white;
     bool keepsRecordedMatrix = false;
-    RepairChoice repair;  ///< of Frames alone: averages are what the sensor measured
-    unsigned threads = 0; ///< 0: as many as the machine has
+    bool cinemaDng = false; ///< of Frames alone: frames and sound make a clip
+    RepairChoice repair;    ///< of Frames alone: averages are what the sensor measured
+    unsigned threads = 0;   ///< 0: as many as the machine has
 };
 
 /// The arguments make no sense. Knows whether they ask for a frame run, which ends without the last

@@ -107,10 +107,12 @@ public:
         // The sound comes first, so that it is there when the frames are.
         auto soundPath = m_options.output;
         soundPath += ".wav";
-        writeSound(m_recording, pictureTime(plan), m_sources, soundPath, m_output);
+        const std::string reelName = m_options.input.stem().string();
+        const auto slate =
+            m_options.cinemaDng ? std::optional(slateOf(m_recording, reelName)) : std::nullopt;
+        writeSound(m_recording, pictureTime(plan), slate, m_sources, soundPath, m_output);
 
-        const FrameTags tags(m_recording, m_levels.format, matrix(),
-                             m_options.input.stem().string());
+        const FrameTags tags(m_recording, m_levels.format, matrix(), reelName, slate);
         const Repair repair = wantedRepair();
         const Extraction::Job job{m_recording,      m_calibration,          tags,   m_sources,
                                   m_options.output, threadCount(m_options), &repair};
@@ -212,7 +214,7 @@ private:
         const auto behind =
             static_cast<std::uint64_t>(1e6 * std::min(seconds(plan.startsBehind), aDay));
         return {plan.frames.front().block->timestamp + behind, seconds(plan.frames.size()),
-                !plan.reachesEnd};
+                !plan.reachesEnd, plan.frames.front().number, plan.frames.size()};
     }
 
     const Options &m_options;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/sound.h"
 
+#include "mlv_dump/clipchunks.h"
 #include "mlv_dump/soundplan.h"
 #include "output/outputfile.h"
 
@@ -15,21 +16,26 @@ namespace {
 
 constexpr std::uint16_t pcm = 1;
 
-/// The 44 bytes before the samples of a WAV file.
-struct WavHead
+/// The first bytes of a WAV file.
+struct FileHead
 {
     std::array<char, 4> riff{'R', 'I', 'F', 'F'};
     std::uint32_t riffBytes = 0; ///< behind this field
     std::array<char, 4> wave{'W', 'A', 'V', 'E'};
+};
+
+/// What stands before the samples.
+struct SampleHead
+{
     std::array<char, 4> fmt{'f', 'm', 't', ' '};
     std::uint32_t fmtBytes = sizeof(mlv::WaveInfo);
     mlv::WaveInfo info{};
     std::array<char, 4> data{'d', 'a', 't', 'a'};
     std::uint32_t dataBytes = 0;
 };
-static_assert(sizeof(WavHead) == 44);
+static_assert(sizeof(FileHead) + sizeof(SampleHead) == 44);
 
-constexpr std::uint64_t maxDataBytes = std::numeric_limits<std::uint32_t>::max() - sizeof(WavHead);
+constexpr std::uint64_t maxFileBytes = std::numeric_limits<std::uint32_t>::max();
 
 bool isReadable(const mlv::WaveInfo &info)
 {
@@ -57,9 +63,13 @@ std::int64_t leadBytes(std::uint64_t soundStart, std::uint64_t pictureStart,
     return std::llround(microseconds * info.samplesPerSecond / 1e6) * info.blockAlign;
 }
 
-/// Where the sound of a picture that is cut ends.
-std::uint64_t mostBytes(const PictureTime &picture, const mlv::WaveInfo &info)
+/// Where the sound of a clip, or of a picture that is cut, ends.
+std::uint64_t mostBytes(const PictureTime &picture, const std::optional<Slate> &slate,
+                        const mlv::WaveInfo &info)
 {
+    if (slate) {
+        return slate->rate.samplesOf(picture.frames, info.samplesPerSecond) * info.blockAlign;
+    }
     if (!picture.isCut || picture.seconds <= 0) {
         return endless;
     }
@@ -79,6 +89,22 @@ void writeSilence(output::OutputFile &file, std::uint64_t bytes, const mlv::Wave
     }
 }
 
+/// Writes what stands before the samples; `chunks` belong between the two heads.
+void writeHead(const mlv::WaveInfo &info, const std::string &chunks, std::uint64_t bytes,
+               output::OutputFile &file)
+{
+    SampleHead samples;
+    samples.info = info;
+    samples.dataBytes = static_cast<std::uint32_t>(bytes);
+    constexpr std::uint64_t uncounted = 8;
+    FileHead head;
+    head.riffBytes = static_cast<std::uint32_t>(sizeof head + chunks.size() + sizeof samples +
+                                                bytes + bytes % 2 - uncounted);
+    file.write(mlv::encodeLayout(head));
+    file.write(std::as_bytes(std::span(chunks)));
+    file.write(mlv::encodeLayout(samples));
+}
+
 void writePlan(const mlv::Recording &recording, const SoundPlan &plan, const mlv::WaveInfo &info,
                output::OutputFile &file)
 {
@@ -94,7 +120,8 @@ void writePlan(const mlv::Recording &recording, const SoundPlan &plan, const mlv
 } // namespace
 
 void writeSound(const mlv::Recording &recording, const PictureTime &picture,
-                const SourceFiles &sources, const std::filesystem::path &path, Output &output)
+                const std::optional<Slate> &slate, const SourceFiles &sources,
+                const std::filesystem::path &path, Output &output)
 {
     if (recording.audioBlocks().empty()) {
         return;
@@ -116,25 +143,22 @@ void writeSound(const mlv::Recording &recording, const PictureTime &picture,
         mostSilence += block.size;
     }
     const auto lead = leadBytes(blocks.front().timestamp, picture.start, info);
-    auto plan =
-        planSound(blocks, lead, std::min(mostSilence, maxDataBytes), mostBytes(picture, info));
+    const std::uint64_t most = mostBytes(picture, slate, info);
+    const auto plan = planSound(blocks, lead, std::min(mostSilence, maxFileBytes), most);
     for (const auto &warning : plan.warnings) {
         output.warning(warning);
     }
-    const std::uint64_t padding = plan.bytes % 2; // chunks of a RIFF file have an even size
-    if (plan.bytes + padding > maxDataBytes) {
+    const std::uint64_t bytes = slate ? most : plan.bytes;
+    const auto chunks = slate ? clipChunks(*slate, picture.firstFrame, info) : std::string();
+    // Chunks have an even size.
+    if (bytes + bytes % 2 > maxFileBytes - sizeof(FileHead) - chunks.size() - sizeof(SampleHead)) {
         throw RefusedOutput("The sound is too long for a WAV file");
     }
-
-    WavHead head;
-    head.info = info;
-    head.dataBytes = static_cast<std::uint32_t>(plan.bytes);
-    head.riffBytes = static_cast<std::uint32_t>(sizeof head - 8 + plan.bytes + padding);
     sources.requireOther(path);
     output::OutputFile file(path);
-    file.write(mlv::encodeLayout(head));
+    writeHead(info, chunks, bytes, file);
     writePlan(recording, plan, info, file);
-    writeSilence(file, padding, info);
+    writeSilence(file, bytes - plan.bytes + bytes % 2, info);
     file.commit();
 }
 

@@ -88,4 +88,19 @@ std::string harmless(std::string_view text)
     return result;
 }
 
+std::string asciiText(std::string_view text)
+{
+    std::string ascii;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x80) {
+            ascii += c;
+        } else if (byte >= 0xc0) {
+            ascii += '?'; // one for each character, not for its further bytes
+        }
+    }
+    const auto end = ascii.find_last_not_of(' ');
+    return ascii.substr(0, end == std::string::npos ? 0 : end + 1);
+}
+
 } // namespace mlvdump

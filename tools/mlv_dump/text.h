@@ -15,7 +15,11 @@ namespace mlvdump {
 /// "[UNUSABLE]" and "Done", are changed so that they are none. Trailing NULs are left out.
 [[nodiscard]] std::string harmless(std::string_view text);
 
-/// The same for a field of fixed size, whose text ends at the first NUL or with the field.
+/// The ASCII part of a text in UTF-8, as tags want it: another character becomes "?", blanks at the
+/// end are left out.
+[[nodiscard]] std::string asciiText(std::string_view text);
+
+/// harmless() for a field of fixed size, whose text ends at the first NUL or with the field.
 template <std::size_t size>
 [[nodiscard]] std::string harmless(const std::array<char, size> &field)
 {
