@@ -92,9 +92,11 @@ dng::Rational pixelHeight(const mlv::RawCapture &capture, std::uint32_t width, s
 } // namespace
 
 FrameTags::FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
-                     const ColourMatrix &matrix, const std::string &reelName)
+                     const ColourMatrix &matrix, const std::string &reelName,
+                     const Choices &choices)
     : m_recording(recording)
     , m_matrix(matrix)
+    , m_choices(choices)
 {
     m_common.setBytes(tag::dngVersion, {1, 4, 0, 0});
     m_common.setBytes(tag::dngBackwardVersion, {1, 1, 0, 0});
@@ -149,8 +151,14 @@ void FrameTags::setLevels(const mlv::FrameFormat &format)
     m_common.setLongs(tag::blackLevel, {static_cast<std::uint32_t>(format.blackLevel)});
     m_common.setLongs(tag::whiteLevel, {static_cast<std::uint32_t>(format.whiteLevel)});
     const std::int32_t denominator = rawInfo.exposureBiasDenominator;
-    if (denominator > 0) {
-        const dng::SRational bias{rawInfo.exposureBiasNumerator, denominator};
+    dng::SRational bias{rawInfo.exposureBiasNumerator, denominator};
+    if (m_choices.exposure != 0) {
+        constexpr double most = 100; // of what a hostile recording may say
+        const double recorded =
+            denominator > 0 ? 1.0 * rawInfo.exposureBiasNumerator / denominator : 0;
+        bias = signedRatio(std::clamp(recorded, -most, most) + m_choices.exposure);
+    }
+    if (denominator > 0 || m_choices.exposure != 0) {
         m_common.setSRationals(tag::baselineExposure, {&bias, 1});
     }
 }
@@ -205,7 +213,8 @@ dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block) con
     image.setText(tag::dateTime, dateTime(block.timestamp));
 
     const auto *balance = m_recording.whiteBalance().at(block.timestamp);
-    const auto neutral = asShotNeutral(balance == nullptr ? nullptr : &balance->value, m_matrix);
+    const auto neutral = m_choices.neutral.value_or(
+        asShotNeutral(balance == nullptr ? nullptr : &balance->value, m_matrix));
     const std::array<dng::Rational, 3> ratios{ratio(neutral[0]), ratio(neutral[1]),
                                               ratio(neutral[2])};
     image.setRationals(tag::asShotNeutral, ratios);

@@ -6,6 +6,7 @@
 #include "mlv/recording.h"
 #include "mlv_dump/colour.h"
 
+#include <optional>
 #include <string>
 
 namespace mlvdump {
@@ -15,10 +16,22 @@ namespace mlvdump {
 class FrameTags
 {
 public:
+    /// What a person may choose for all frames.
+    struct Choices
+    {
+        std::optional<Neutral> neutral{}; ///< none: the camera's
+        double exposure = 0;              ///< beside the recorded bias, EV
+    };
+
     /// `matrix` leads from XYZ to the camera's colours; `reelName` is what the recording is called.
     /// The recording has a RAWI block; it outlives the tags.
     FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
-              const ColourMatrix &matrix, const std::string &reelName);
+              const ColourMatrix &matrix, const std::string &reelName, const Choices &choices);
+    FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
+              const ColourMatrix &matrix, const std::string &reelName)
+        : FrameTags(recording, format, matrix, reelName, Choices{})
+    {
+    }
 
     /// The image directory of the frame of that number from `block`, but for the strip.
     [[nodiscard]] dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block) const;
@@ -35,6 +48,7 @@ private:
 
     const mlv::Recording &m_recording;
     ColourMatrix m_matrix;
+    Choices m_choices;
     dng::Ifd m_common; ///< what is the same in all frames
 };
 

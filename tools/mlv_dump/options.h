@@ -3,6 +3,7 @@
 
 #include "mlv_dump/framelevels.h"
 #include "mlv_dump/repairsurvey.h"
+#include "mlv_dump/whitebalance.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -49,8 +50,11 @@ struct Options
     LevelChoice black;
     LevelChoice white;
     bool keepsRecordedMatrix = false;
-    RepairChoice repair;  ///< of Frames alone: averages are what the sensor measured
-    unsigned threads = 0; ///< 0: as many as the machine has
+    BalanceChoice balance;
+    double exposure = 0;    ///< that Frames ask for beside the recorded bias, EV
+    bool renumbers = false; ///< Frames are numbered from 0 wherever `range` begins
+    RepairChoice repair;    ///< of Frames alone: averages are what the sensor measured
+    unsigned threads = 0;   ///< 0: as many as the machine has
 };
 
 /// The arguments make no sense. Knows whether they ask for a frame run, which ends without the last

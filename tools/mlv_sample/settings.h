@@ -104,6 +104,8 @@ struct Settings
     int laterWhite = 0;     ///< white level that is noted with it
     std::uint32_t cameraModel = 0x80F10001; ///< the camera's code
     std::array<int, 9> recordedMatrix{};    ///< times 10000; all 0: the true one
+    std::array<double, 3> light{1, 1, 1};   ///< its colour, linear sRGB
+    int setKelvin = 0; ///< the camera's white balance; 0: a white card in daylight
     SensorFaults faults;
     Place crop{0, 0};  ///< of the frame's corner in the read-out
     bool pans = false; ///< the frame wanders over the read-out
