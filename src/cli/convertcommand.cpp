@@ -152,7 +152,7 @@ bool checkRecipe(const std::optional<Recipe> &recipe)
 {
     if (!recipe)
         return true;
-    const QString lack = lackOf(FFmpegTask::ffmpegTask()->readEncoders(), *recipe);
+    const QString lack = FFmpegTask::ffmpegTask()->lackFor(*recipe);
     if (!lack.isEmpty())
         printProblem(text("the recipe %1 can't be used: %2").arg(recipe->id, lack));
     return lack.isEmpty();
