@@ -60,6 +60,7 @@ QJsonObject describe(const QString &path, const MlvMetadata &metadata, const QSt
         {QStringLiteral("path"), path},
         {QStringLiteral("fps"), shortest(metadata.fps)},
         {QStringLiteral("videoFrames"), static_cast<qint64>(metadata.videoFrames)},
+        {QStringLiteral("movieFrames"), static_cast<qint64>(metadata.movieFrames())},
         {QStringLiteral("audioFrames"), static_cast<qint64>(metadata.audioFrames)},
         {QStringLiteral("iso"), static_cast<qint64>(metadata.iso)},
         {QStringLiteral("shutter"), metadata.shutter},

@@ -127,13 +127,20 @@ void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)
     }
     createPrivateFolder(directory);
     setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, directory,
-                                m_corrections.arguments()));
+                                m_corrections.arguments(), m_selection));
     startAndWaitUntilExit(andWaitUntilExit);
+}
+
+/// Of a whole recording those that were recorded; filled gaps come on top.
+quint64 MlvDumpTask::framesToExtract() const
+{
+    return m_selection.isWhole() ? m_metadata.videoFrames
+                                 : m_selection.countOf(m_metadata.movieFrames());
 }
 
 bool MlvDumpTask::allFramesExist(const QString &directory) const
 {
-    for (quint64 number = 0; number < m_metadata.videoFrames; ++number) {
+    for (quint64 number = 0; number < framesToExtract(); ++number) {
         if (!QFileInfo::exists(directory + frameName(number)))
             return false;
     }

@@ -37,6 +37,12 @@ bool CalibrationChoice::isReady() const
            (flat.isEmpty() || QFileInfo::exists(flatAverage()));
 }
 
+bool ConversionSettings::isUsualDevelopment() const
+{
+    return corrections.whiteBalance.isEmpty() && corrections.exposure == 0 && frames.isWhole() &&
+           lut.isEmpty();
+}
+
 void configure(MLVProjectController &project, const ConversionSettings &settings)
 {
     project.setMovieFormat(settings.format);
@@ -48,6 +54,8 @@ void configure(MLVProjectController &project, const ConversionSettings &settings
     project.setDarkPath(settings.calibration.darkAverage());
     project.setFlatPath(settings.calibration.flatAverage());
     project.setRawCorrections(settings.corrections);
+    project.setFrameSelection(settings.frames);
+    project.setLut(settings.lut);
     project.setKeepsTmpFiles(settings.keepsFinishedWork);
 }
 
