@@ -82,7 +82,7 @@ QMap<QString, CapabilityList> FFmpegTask::readEncoders()
 
 QString FFmpegTask::lackFor(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders)
 {
-    const QString lack = lackOf(encoders, recipe);
+    QString lack = lackOf(encoders, recipe);
     if (!lack.isEmpty() || recipe.pixelFormat().isEmpty())
         return lack;
     setArguments({QStringLiteral("-hide_banner"), QStringLiteral("-h"),

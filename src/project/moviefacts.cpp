@@ -37,7 +37,8 @@ QString timecode(const QTime &time, quint64 frames, float framesPerSecond)
 {
     const auto rate = static_cast<quint64>(
         std::max<qint64>(1, std::llround(static_cast<double>(framesPerSecond))));
-    const auto seconds = static_cast<int>(frames / rate % (24 * 60 * 60));
+    constexpr quint64 secondsOfADay = 86400;
+    const auto seconds = static_cast<int>(frames / rate % secondsOfADay);
     return time.addSecs(seconds).toString(QStringLiteral("hh:mm:ss")) +
            QStringLiteral(":%1").arg(frames % rate, 2, 10, QLatin1Char('0'));
 }

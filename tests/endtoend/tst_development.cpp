@@ -338,6 +338,14 @@ void TestDevelopment::gapsCountAsFrames()
     const QString recording =
         sample(QStringLiteral("--size 320x192 --frames 10 --drop 3-5 --no-sound"));
     QCOMPARE(Movie::probe(convert(QStringLiteral("--frames 8-10"), recording)).frames(), 3);
+    CommandLine info;
+    QVERIFY(info.run({QStringLiteral("info"), QStringLiteral("--json"), recording}));
+    const QJsonObject told = QJsonDocument::fromJson(info.output().join(QLatin1Char('\n')).toUtf8())
+                                 .array()
+                                 .at(0)
+                                 .toObject();
+    QCOMPARE(told.value(QStringLiteral("videoFrames")).toInt(), 7);
+    QCOMPARE(told.value(QStringLiteral("movieFrames")).toInt(), 10);
     QVERIFY(convert(QStringLiteral("--frames 8-11"), recording)
                 .contains(QLatin1String("the frames 8-11 are asked for, but it has only 10")));
 }
