@@ -263,7 +263,7 @@ FrameSelection framesOf(const QCommandLineParser &parser, QString &problem)
 QString lutOf(const QCommandLineParser &parser, const std::optional<Recipe> &chosen,
               QString &problem)
 {
-    const QString path = absolutePath(parser.value(lut));
+    QString path = absolutePath(parser.value(lut));
     if (!parser.isSet(lut))
         return {};
     if (!parser.isSet(recipe) || (chosen && chosen->extension == QLatin1String("dng")))
