@@ -61,6 +61,9 @@ _filmwright_cli()
             _filmwright_cli_words "$word" recorded auto
             return
             ;;
+        convert:--white-balance) _filmwright_cli_words "$word" camera auto; return ;;
+        convert:--lut) _filmwright_cli_paths "$word" '*.cube'; return ;;
+        convert:--exposure | convert:--frames) return ;;
         convert:--repair-pixels)
             _filmwright_cli_paths "$word" '*.@(fpm|bpm|txt)'
             mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W 'auto off' -- "$word")

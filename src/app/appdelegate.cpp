@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The window's widgets and what each of its controls does.
 #include "app/appdelegate.h"
+#include "app/developmentdialog.h"
 #include "app/queuetableview.h"
 #include "app/readablepalette.h"
 #include "encoding/ffmpegarguments.h"
@@ -49,6 +50,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     , m_calibrationHelpUi(std::make_unique<Ui::CalibrationHelp>())
     , m_preprocessPanel(std::make_unique<QDialog>(m_window.get()))
     , m_preprocessUi(std::make_unique<Ui::Preprocessing>())
+    , m_developmentDialog(std::make_unique<DevelopmentDialog>(m_window.get()))
     , m_memory(*m_window, *m_ui)
 {
     registerImages();
@@ -96,6 +98,8 @@ void AppDelegate::connectWindow()
     connect(m_ui->stopVerifyingMenuItem, &QAction::triggered, &m_verifications,
             &VerificationQueue::stop);
     connect(&m_verifications, &VerificationQueue::changed, this, &AppDelegate::verificationChanged);
+    command(m_ui->developmentMenuItem, &AppDelegate::chooseDevelopment);
+    connect(m_developmentDialog.get(), &QDialog::accepted, this, &AppDelegate::takeDevelopment);
     command(m_ui->removeMenuItem, &AppDelegate::removeSelectedProjects);
     // Delete is the table's alone: elsewhere it is pressed for something else.
     m_ui->queueTableView->addAction(m_ui->removeMenuItem);

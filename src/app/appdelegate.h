@@ -34,6 +34,8 @@ class Preprocessing;
 
 namespace filmwright {
 
+class DevelopmentDialog;
+
 /// The window and everything that a person does with it: the queue, the batch that runs through it,
 /// the calibration recordings, the preferences. Each of these is a source file of its own.
 ///
@@ -201,6 +203,8 @@ private:
     QString stateText(const MLVProjectController &project) const;
     std::vector<MLVProjectController *> selectedProjects() const;
     void updateRecordingMenu();
+    void chooseDevelopment();
+    void takeDevelopment();
     void playMovie();
     void showSelected();
     void verifySelected();
@@ -216,6 +220,7 @@ private:
     std::unique_ptr<Ui::CalibrationHelp> m_calibrationHelpUi;
     std::unique_ptr<QDialog> m_preprocessPanel;
     std::unique_ptr<Ui::Preprocessing> m_preprocessUi;
+    std::unique_ptr<DevelopmentDialog> m_developmentDialog;
 
     WindowMemory m_memory;
 

@@ -135,6 +135,8 @@ ConversionSettings AppDelegate::settingsFor(const MLVProjectController &controll
     if (m_ui->repairPixelsCheckBox->isChecked())
         settings.corrections.pixelRepair = QStringLiteral("auto");
     settings.corrections.repairsColumns = m_ui->repairColumnsCheckBox->isChecked();
+    settings.corrections.exposure = controller.rawCorrections().exposure;
+    settings.corrections.whiteBalance = controller.rawCorrections().whiteBalance;
     settings.mergesNeighbours = controller.dualISO();
     settings.blendsAlternatingRows = controller.blendsAlternatingRows();
     settings.workers = m_prefUi->prefWorkersField->value();

@@ -72,9 +72,8 @@ bool AppDelegate::takeRecipe()
     if (chosen.isEmpty())
         return true;
     const RecipeFile file = findRecipe(chosen);
-    const QString problem = file.problem.isEmpty()
-                                ? lackOf(FFmpegTask::ffmpegTask()->readEncoders(), file.recipe)
-                                : file.problem;
+    const QString problem =
+        file.problem.isEmpty() ? FFmpegTask::ffmpegTask()->lackFor(file.recipe) : file.problem;
     if (problem.isEmpty())
         m_recipe = file.recipe;
     else

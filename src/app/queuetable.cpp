@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the queue table shows, newest recording first, and what can be done with its rows.
 #include "app/appdelegate.h"
+#include "app/developmentdialog.h"
 #include "app/progressindicator.h"
 #include "app/progresstablecellview.h"
 #include "app/queuetableview.h"
@@ -21,6 +22,20 @@ namespace filmwright {
 
 namespace {
 
+/// "+1", "-0.5".
+QString signedExposureText(double exposure)
+{
+    return (exposure > 0 ? QStringLiteral("+") : QString()) + exposureValueText(exposure);
+}
+
+/// "5600 K", "WB auto", "WB 2.1,1,1.4".
+QString whiteBalanceText(const QString &choice)
+{
+    bool isTemperature = false;
+    choice.toDouble(&isTemperature);
+    return isTemperature ? choice + QStringLiteral(" K") : QStringLiteral("WB ") + choice;
+}
+
 QString exposureText(const MLVProjectController &project)
 {
     const double seconds = project.shutter();
@@ -32,9 +47,14 @@ QString exposureText(const MLVProjectController &project)
         shutter = QStringLiteral("1/%1 sec").arg(static_cast<int>(parts));
     }
     // No decimals: f/2.8 shows as f/3.
+    const RawCorrections &chosen = project.rawCorrections();
+    if (chosen.exposure != 0)
+        shutter += QStringLiteral(", %1 EV").arg(signedExposureText(chosen.exposure));
+    QString iso = QString::number(project.iso());
+    if (!chosen.whiteBalance.isEmpty())
+        iso += QStringLiteral(", ") + whiteBalanceText(chosen.whiteBalance);
     return QStringLiteral("%1\nISO %2\n%3 f/%4")
-        .arg(shutter, QString::number(project.iso()), project.focal(),
-             fixedText(static_cast<double>(project.aperture()), 0));
+        .arg(shutter, iso, project.focal(), fixedText(static_cast<double>(project.aperture()), 0));
 }
 
 QString fileText(const MLVProjectController &project)
@@ -223,8 +243,34 @@ void AppDelegate::updateRecordingMenu()
     m_ui->removeMenuItem->setEnabled(any && !m_working);
     m_ui->mergeNeighboursMenuItem->setEnabled(any && !m_working);
     m_ui->mergeNeighboursMenuItem->setChecked(all(&MLVProjectController::dualISO));
+    m_ui->developmentMenuItem->setEnabled(any && !m_working);
     m_ui->blendRowsMenuItem->setEnabled(any && !m_working);
     m_ui->blendRowsMenuItem->setChecked(all(&MLVProjectController::blendsAlternatingRows));
+}
+
+/// Shows the choices of the first of the selected recordings.
+void AppDelegate::chooseDevelopment()
+{
+    const std::vector<MLVProjectController *> selected = selectedProjects();
+    if (selected.empty() || m_working)
+        return;
+    const RawCorrections &chosen = selected.front()->rawCorrections();
+    m_developmentDialog->setChoices(chosen.exposure, chosen.whiteBalance);
+    m_developmentDialog->open();
+}
+
+/// The queue may have changed while the dialog was open.
+void AppDelegate::takeDevelopment()
+{
+    if (m_working)
+        return;
+    for (MLVProjectController *project : selectedProjects()) {
+        RawCorrections corrections = project->rawCorrections();
+        corrections.exposure = m_developmentDialog->exposure();
+        corrections.whiteBalance = m_developmentDialog->whiteBalance();
+        project->setRawCorrections(corrections);
+    }
+    m_ui->queueTableView->reloadData();
 }
 
 void AppDelegate::playMovie()

@@ -102,15 +102,24 @@ QStringList outcomeTable(const QList<RecordingOutcome> &outcomes)
     return textTable(rows, {2, 3});
 }
 
-QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status, const QString &recipe)
+QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status,
+                         const ConversionSettings &settings)
 {
     QJsonArray recordings;
     for (const RecordingOutcome &outcome : outcomes)
         recordings.append(objectOf(outcome));
     QJsonObject report{{QStringLiteral("status"), status},
                        {QStringLiteral("recordings"), recordings}};
-    if (!recipe.isEmpty())
-        report.insert(QStringLiteral("recipe"), recipe);
+    const auto add = [&report](const QString &name, const QString &choice) {
+        if (!choice.isEmpty())
+            report.insert(name, choice);
+    };
+    add(QStringLiteral("recipe"), settings.recipe ? settings.recipe->id : QString());
+    add(QStringLiteral("whiteBalance"), settings.corrections.whiteBalance);
+    add(QStringLiteral("lut"), settings.lut);
+    add(QStringLiteral("framesAskedFor"), settings.frames.text());
+    if (settings.corrections.exposure != 0)
+        report.insert(QStringLiteral("exposure"), settings.corrections.exposure);
     return QJsonDocument(report).toJson();
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "project/conversionsettings.h"
 #include "project/recordingoutcome.h"
 
 #include <QList>
@@ -11,14 +12,14 @@ namespace filmwright {
 /// the folder on that they have in common; what a terminal would take for a command is replaced.
 QStringList outcomeTable(const QList<RecordingOutcome> &outcomes);
 
-/// The same as JSON: an object with the run's exit status ("status"), the recipe's id ("recipe",
-/// only when there is one) and an array ("recordings") of
-/// objects with "recording", "result" ("finished", "skipped", "failed", "interrupted", "not
-/// begun"), "movie"
-/// (null without one), "frames", "seconds", "reason" and "tool", the one that failed (null without
-/// one), "warnings" (an array) and "tools" (an object: for each tool its last lines).
+/// The same as JSON: an object with the run's exit status ("status"), what was chosen for it, each
+/// only when it was ("recipe", its id, "exposure", EV, "whiteBalance", "lut", a path,
+/// "framesAskedFor"), and an array ("recordings") of objects with "recording", "result"
+/// ("finished", "skipped", "failed", "interrupted", "not begun"), "movie" (null without one),
+/// "frames", "seconds", "reason" and "tool", the one that failed (null without one), "warnings" (an
+/// array) and "tools" (an object: for each tool its last lines).
 QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status,
-                         const QString &recipe = {});
+                         const ConversionSettings &settings = {});
 
 /// Returns why a file can't be written there, or an empty string. What is there stays as it is.
 QString reportHindrance(const QString &path);

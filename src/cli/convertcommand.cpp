@@ -120,14 +120,12 @@ private:
         if (m_options.report.isEmpty())
             return status;
         const QString problem =
-            writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status, recipeName()));
+            writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status, m_settings));
         if (problem.isEmpty())
             return status;
         tellProblem(problem);
         return status == ExitSuccess ? ExitFailed : status;
     }
-
-    QString recipeName() const { return m_settings.recipe ? m_settings.recipe->id : QString(); }
 
     bool isForScripts() const { return m_options.progress == ProgressStyle::Json; }
 
@@ -152,7 +150,7 @@ bool checkRecipe(const std::optional<Recipe> &recipe)
 {
     if (!recipe || recipe->keepsRawFrames())
         return true;
-    const QString lack = lackOf(FFmpegTask::ffmpegTask()->readEncoders(), *recipe);
+    const QString lack = FFmpegTask::ffmpegTask()->lackFor(*recipe);
     if (!lack.isEmpty())
         printProblem(text("the recipe %1 can't be used: %2").arg(recipe->id, lack));
     return lack.isEmpty();

@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "cli/convertoptions.h"
 
+#include "encoding/cubelut.h"
 #include "encoding/recipes.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QThread>
 
 #include <algorithm>
+#include <cmath>
 
 namespace filmwright {
 
@@ -42,7 +45,8 @@ QString unreadablePath(const ConvertOptions &options)
     QStringList paths = options.paths;
     const CalibrationChoice &chosen = options.settings.calibration;
     const QString map = options.settings.corrections.pixelMap();
-    for (const QString &file : {chosen.dark, chosen.flat, chosen.flatDark, map}) {
+    for (const QString &file :
+         {chosen.dark, chosen.flat, chosen.flatDark, map, options.settings.lut}) {
         if (!file.isEmpty())
             paths << file;
     }
@@ -107,6 +111,10 @@ const QString blackLevel = QStringLiteral("black-level");
 const QString matrix = QStringLiteral("matrix");
 const QString repairPixels = QStringLiteral("repair-pixels");
 const QString repairColumns = QStringLiteral("repair-columns");
+const QString exposure = QStringLiteral("exposure");
+const QString whiteBalance = QStringLiteral("white-balance");
+const QString lut = QStringLiteral("lut");
+const QString frames = QStringLiteral("frames");
 const QString temporaryBase = QStringLiteral("temp-dir");
 const QString keepTemporary = QStringLiteral("keep-temp");
 const QString report = QStringLiteral("report");
@@ -158,6 +166,23 @@ void describe(QCommandLineParser &parser)
               "the recording, a file lists them; off (default) changes nothing."),
          text("auto|file|off"), QStringLiteral("off")},
         {repairColumns, text("Even out stripes of columns that repeat every eight columns.")},
+        {exposure,
+         text("Develop the frames so much brighter, from -%1 to %1 EV; 1 doubles the light.")
+             .arg(mostExposure),
+         text("ev"), QStringLiteral("0")},
+        {whiteBalance,
+         text("What is white: as the camera was set (camera, default), one white for the whole "
+              "recording that is found in its frames (auto), daylight of so many kelvin, or the "
+              "multipliers of red, green and blue."),
+         text("camera|auto|kelvin|r,g,b"), QStringLiteral("camera")},
+        {lut,
+         text("Send the frames of a recipe through this table of colours, a .cube file, whose "
+              "input and output are BT.709."),
+         file},
+        {frames,
+         text("Make the movie of these frames alone, counted from 1 as the whole movie has them; "
+              "a- goes to the end, -b begins with the first."),
+         text("a-b")},
         {temporaryBase,
          text(
              "Work in this folder and keep what is unfinished there, so that the same command goes "
@@ -195,6 +220,59 @@ std::optional<Recipe> recipeOf(const QCommandLineParser &parser, QString &proble
     else if (parser.isSet(format) || parser.isSet(quality))
         problem = text("--recipe takes the place of --format and --quality");
     return found.recipe;
+}
+
+double exposureOf(const QString &value, QString &problem)
+{
+    static const QRegularExpression decimal(QStringLiteral("^[+-]?\\d(\\.\\d{1,3})?$"));
+    const double chosen = value.toDouble();
+    if (decimal.match(value).hasMatch() && std::abs(chosen) <= mostExposure)
+        return chosen;
+    problem =
+        text("--exposure is a number from -%1 to %1, not \"%2\"").arg(mostExposure).arg(value);
+    return 0;
+}
+
+/// Empty for what mlv_dump does without being asked.
+QString whiteBalanceOf(const QString &value, QString &problem)
+{
+    if (value == QLatin1String("camera"))
+        return {};
+    if (isWhiteBalance(value))
+        return value;
+    problem = text("--white-balance is camera, auto, a temperature from 2000 to 25000 or three "
+                   "multipliers such as 2.1,1,1.4, not \"%1\"")
+                  .arg(value);
+    return {};
+}
+
+FrameSelection framesOf(const QCommandLineParser &parser, QString &problem)
+{
+    if (!parser.isSet(frames))
+        return {};
+    const auto selection = FrameSelection::fromText(parser.value(frames));
+    if (!selection) {
+        problem = text("--frames is the first and the last frame, such as 100-250, 100- or -250, "
+                       "not \"%1\"")
+                      .arg(parser.value(frames));
+    }
+    return selection.value_or(FrameSelection());
+}
+
+/// Empty without the option; what is read here is read again when it is used.
+QString lutOf(const QCommandLineParser &parser, const std::optional<Recipe> &chosen,
+              QString &problem)
+{
+    QString path = absolutePath(parser.value(lut));
+    if (!parser.isSet(lut))
+        return {};
+    if (!parser.isSet(recipe) || (chosen && chosen->extension == QLatin1String("dng")))
+        problem = text("--lut is for movies that are made by a recipe");
+    else if (path.isEmpty())
+        problem = text("--lut names a file");
+    else if (const QString wrong = readCubeLut(path).problem; !wrong.isEmpty())
+        problem = wrong;
+    return path;
 }
 
 MovieDestination destinationOf(const QCommandLineParser &parser, QString &problem)
@@ -240,6 +318,10 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
         corrections.matrix = matrices.constLast();
     corrections.pixelRepair = pixelRepairOf(parser.value(repairPixels));
     corrections.repairsColumns = parser.isSet(repairColumns);
+    corrections.whiteBalance = whiteBalanceOf(parser.value(whiteBalance), problem);
+    corrections.exposure = exposureOf(parser.value(exposure), problem);
+    settings.frames = framesOf(parser, problem);
+    settings.lut = lutOf(parser, settings.recipe, problem);
     settings.mergesNeighbours = parser.isSet(hdr);
     settings.blendsAlternatingRows = parser.isSet(dualIso);
     options.temporaryBase = parser.value(temporaryBase);

@@ -56,7 +56,7 @@ QStringList warningsOf(const MLVProjectController &project)
 
 QJsonObject describe(const QString &path, const MlvMetadata &metadata, const QStringList &warnings)
 {
-    return {
+    QJsonObject object{
         {QStringLiteral("path"), path},
         {QStringLiteral("fps"), shortest(metadata.fps)},
         {QStringLiteral("videoFrames"), static_cast<qint64>(metadata.videoFrames)},
@@ -73,6 +73,10 @@ QJsonObject describe(const QString &path, const MlvMetadata &metadata, const QSt
         {QStringLiteral("resolution"), metadata.resolution},
         {QStringLiteral("warnings"), QJsonArray::fromStringList(warnings)},
     };
+    if (metadata.movieFrames() != metadata.videoFrames) {
+        object.insert(QStringLiteral("movieFrames"), static_cast<qint64>(metadata.movieFrames()));
+    }
+    return object;
 }
 
 void printText(const QString &path, const MlvMetadata &metadata, const QStringList &warnings)

@@ -74,10 +74,11 @@ int runRecipes(const QStringList &arguments)
     if (!checkTools({QStringLiteral("ffmpeg")}))
         return ExitUnusable;
     QList<RecipeFile> recipes = foundRecipes();
-    const QMap<QString, CapabilityList> encoders = FFmpegTask::ffmpegTask()->readEncoders();
+    const auto ffmpeg = FFmpegTask::ffmpegTask();
+    const QMap<QString, CapabilityList> encoders = ffmpeg->readEncoders();
     for (RecipeFile &file : recipes) {
         if (file.problem.isEmpty())
-            file.problem = lackOf(encoders, file.recipe);
+            file.problem = ffmpeg->lackFor(file.recipe, encoders);
     }
     if (parser.isSet(json))
         printAsJson(recipes);

@@ -64,6 +64,11 @@ void DCRawProcess::setDevelop(const QStringList &arguments)
     m_dcRawTask->setDevelop(arguments);
 }
 
+void DCRawProcess::setExposure(float exposure)
+{
+    m_dcRawTask->setExposure(exposure);
+}
+
 bool DCRawProcess::process()
 {
     // A request to end belongs to a stop: one made before this call has either been meant for an

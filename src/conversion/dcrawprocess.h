@@ -43,6 +43,9 @@ public:
     /// dcraw's arguments in front of the usual ones; none after creation. Before the manager runs.
     void setDevelop(const QStringList &arguments);
 
+    /// The brightness factor; 1 after creation. Before the manager runs.
+    void setExposure(float exposure);
+
     bool process() override;
 
     /// Ends the tool that converts the current frame; its half-written TIFF is removed.

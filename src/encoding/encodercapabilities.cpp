@@ -69,6 +69,16 @@ CapabilityList audioEncodersIn(const QStringList &lines)
     return encodersIn(lines, QLatin1Char('A'), QStringLiteral("audio"));
 }
 
+QStringList supportedPixFmtsIn(const QStringList &lines)
+{
+    const QLatin1String label("Supported pixel formats:");
+    for (const QString &line : lines) {
+        if (const QString entry = line.trimmed(); entry.startsWith(label))
+            return entry.mid(label.size()).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    }
+    return {};
+}
+
 QString removeExcessWhitespace(const QString &text)
 {
     static const QRegularExpression blanks(QStringLiteral("[ ]+"));

@@ -20,6 +20,10 @@ CapabilityList pixFmtsIn(const QStringList &lines);
 CapabilityList videoEncodersIn(const QStringList &lines);
 CapabilityList audioEncodersIn(const QStringList &lines);
 
+/// What "ffmpeg -h encoder=NAME" tells of the pixel formats that an encoder takes; nothing where it
+/// doesn't tell.
+QStringList supportedPixFmtsIn(const QStringList &lines);
+
 /// Runs of blanks become one; white space at both ends goes.
 QString removeExcessWhitespace(const QString &text);
 

@@ -80,6 +80,17 @@ QMap<QString, CapabilityList> FFmpegTask::readEncoders()
             {QStringLiteral("audio_encoders"), validAudioEncoders()}};
 }
 
+QString FFmpegTask::lackFor(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders)
+{
+    QString lack = lackOf(encoders, recipe);
+    if (!lack.isEmpty() || recipe.pixelFormat().isEmpty())
+        return lack;
+    setArguments({QStringLiteral("-hide_banner"), QStringLiteral("-h"),
+                  QStringLiteral("encoder=") + recipe.videoEncoder()});
+    startAndWaitUntilExit(true);
+    return pixelFormatLack(supportedPixFmtsIn(m_logs), recipe);
+}
+
 void FFmpegTask::receivedLine(const QString &line, TaskWrapper &)
 {
     m_logs << line;

@@ -79,6 +79,12 @@ public:
     /// Only the last two of those lists.
     QMap<QString, CapabilityList> readEncoders();
 
+    /// What ffmpeg lacks for movies by the recipe, going by those lists of encoders and by what the
+    /// recipe's own tells of itself: a sentence, or an empty string. Blocks; not during a movie
+    /// build.
+    QString lackFor(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders);
+    QString lackFor(const Recipe &recipe) { return lackFor(recipe, readEncoders()); }
+
     CapabilityList validPixFmts() const { return pixFmtsIn(m_logs); }
     CapabilityList validVideoEncoders() const { return videoEncodersIn(m_logs); }
     CapabilityList validAudioEncoders() const { return audioEncodersIn(m_logs); }

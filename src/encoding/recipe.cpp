@@ -77,6 +77,15 @@ QString lackOf(const QMap<QString, CapabilityList> &encoders, const Recipe &reci
     return {};
 }
 
+QString pixelFormatLack(const QStringList &supported, const Recipe &recipe)
+{
+    const QString format = recipe.pixelFormat();
+    if (format.isEmpty() || supported.isEmpty() || supported.contains(format))
+        return {};
+    return text("ffmpeg's encoder \"%1\" takes no pixels of the format \"%2\", but %3")
+        .arg(recipe.videoEncoder(), format, supported.join(QStringLiteral(", ")));
+}
+
 QString moviePathFor(const QString &mlvPath, const Recipe &recipe)
 {
     const QString movie = pathWithExtension(mlvPath, recipe.extension);

@@ -55,8 +55,9 @@ RecipeFile readRecipe(const QString &path);
 /// answers: a sentence, or an empty string. Raw frames need none.
 QString lackOf(const QMap<QString, CapabilityList> &encoders, const Recipe &recipe);
 
+/// Why the recipe's encoder doesn't take its pixel format, going by those that it takes, which
+/// aren't known where there are none: a sentence, or an empty string.
+QString pixelFormatLack(const QStringList &supported, const Recipe &recipe);
+
 /// Beside the recording: clip.MLV gives clip.mov, with the suffix ".draft" clip.draft.mov, and the
 /// folder clip where raw frames are kept.
-QString moviePathFor(const QString &mlvPath, const Recipe &recipe);
-
-} // namespace filmwright

@@ -21,12 +21,36 @@ QString colourFilter(const Recipe &recipe)
            primaries;
 }
 
-/// Half of an even side may be odd, which most encoders don't take.
-QString pictureFilter(const Recipe &recipe)
+/// With a backslash before every character that could mean something.
+QString escapedOnce(const QString &value)
 {
-    const QString colour = colourFilter(recipe);
-    return recipe.developsHalfSize() ? QStringLiteral("crop=floor(iw/2)*2:floor(ih/2)*2,") + colour
-                                     : colour;
+    QString escaped;
+    for (const QChar c : value) {
+        const bool isPlain =
+            c.unicode() >= 0x80 || c.isLetterOrNumber() || QStringLiteral("_./-").contains(c);
+        if (!isPlain)
+            escaped += QLatin1Char('\\');
+        escaped += c;
+    }
+    return escaped;
+}
+
+/// A value as it stands in a graph of filters, which ffmpeg takes apart twice: into filters, and
+/// these into their options.
+QString escaped(const QString &value)
+{
+    return escapedOnce(escapedOnce(value));
+}
+
+QString pictureFilter(const Recipe &recipe, const QString &lut)
+{
+    QString filter;
+    // Half of an even side may be odd, which most encoders don't take.
+    if (recipe.developsHalfSize())
+        filter += QStringLiteral("crop=floor(iw/2)*2:floor(ih/2)*2,");
+    if (!lut.isEmpty())
+        filter += QStringLiteral("lut3d=file=%1:interp=tetrahedral,").arg(escaped(lut));
+    return filter + colourFilter(recipe);
 }
 
 /// Samples a second, as the head of mlv_dump's sound file has it; 0 when it is another kind of
@@ -98,7 +122,7 @@ QStringList recipeArguments(const RecipeMovie &movie, const MovieSources &source
     const bool hasSound = !sources.soundPath.isEmpty() && !recipe.sound.isEmpty();
     if (hasSound)
         arguments << QStringLiteral("-i") << sources.soundPath;
-    arguments << QStringLiteral("-vf") << pictureFilter(recipe) << recipe.video;
+    arguments << QStringLiteral("-vf") << pictureFilter(recipe, movie.lut) << recipe.video;
     if (hasSound)
         arguments << recipe.sound << lengthArguments(sources, movie.frames);
     return arguments << containerArguments(recipe) << factArguments(movie.facts, sources.fps)

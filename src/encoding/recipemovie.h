@@ -23,6 +23,7 @@ struct RecipeMovie
     Recipe recipe;
     MovieFacts facts;
     quint64 frames = 0;
+    QString lut; ///< a table of colours that the frames go through, a .cube file; empty: none
 };
 
 /// ffmpeg's arguments for a movie by a recipe: the exact rate, the matrix, range and tags of BT.709

@@ -12,17 +12,20 @@ QStringList metaArguments(const QString &mlvPath)
 
 QStringList frameArguments(const QString &mlvPath, qint64 index, const QString &darkPath,
                            const QString &flatPath, const QString &directory,
-                           const QStringList &more)
+                             const QStringList &more, const FrameSelection &selection)
 {
     if (mlvPath.isNull())
         throw std::invalid_argument("No recording to extract frames from");
-    QStringList arguments{QStringLiteral("--dng"), mlvPath, QStringLiteral("--no-cs"),
-                          QStringLiteral("-f"), QStringLiteral("%1-%1").arg(index)};
+    QStringList arguments{
+        QStringLiteral("--dng"), mlvPath, QStringLiteral("--no-cs"), QStringLiteral("-f"),
+        selection.isWhole() ? QStringLiteral("%1-%1").arg(index) : selection.range()};
     if (!darkPath.isEmpty())
         arguments << QStringLiteral("-s") << darkPath;
     if (!flatPath.isEmpty())
         arguments << QStringLiteral("-t") << flatPath;
     arguments << more;
+    if (!selection.isWhole())
+        arguments << QStringLiteral("--renumber");
     arguments << QStringLiteral("-o") << directory + QStringLiteral("tmp");
     return arguments;
 }

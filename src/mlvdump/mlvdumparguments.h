@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "mlvdump/frameselection.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -10,11 +12,12 @@ namespace filmwright {
 
 QStringList metaArguments(const QString &mlvPath);
 
-/// Frames from `index` on, written as `directory` + "tmp%06d.dng". Empty calibration paths are left
-/// out; `more` are further options. Throws std::invalid_argument when `mlvPath` is null.
+/// Frames from `index` on, or those of a selection, written as `directory` + "tmp%06d.dng". Empty
+/// calibration paths are left out; `more` are further options. Throws std::invalid_argument when
+/// `mlvPath` is null.
 QStringList frameArguments(const QString &mlvPath, qint64 index, const QString &darkPath,
                            const QString &flatPath, const QString &directory,
-                           const QStringList &more = {});
+                           const QStringList &more = {}, const FrameSelection &selection = {});
 
 /// All frames of `recording` averaged into the one-frame recording `output`.
 QStringList averageArguments(const QString &recording, const QString &output);

@@ -162,6 +162,17 @@ void readSampling(const QStringList &lines, MlvMetadata &metadata)
     metadata.sampling = QSize(limited(sides.constLast()), limited(sides.constFirst()));
 }
 
+/// "Frames with filled gaps: 12", behind the blocks of a recording with gaps.
+void readFilledFrames(const QStringList &lines, MlvMetadata &metadata)
+{
+    const QString label = QStringLiteral("Frames with filled gaps:");
+    const auto line = std::find_if(lines.cbegin(), lines.cend(), [&label](const QString &text) {
+        return text.startsWith(label);
+    });
+    metadata.filledFrames =
+        line == lines.cend() ? 0 : line->mid(label.size()).trimmed().toULongLong();
+}
+
 struct BlockReader
 {
     QLatin1String header;
@@ -216,6 +227,7 @@ void readReport(const QStringList &lines, MlvMetadata &metadata)
             systemLog(reader.missingMessage);
     }
     readSampling(lines, metadata);
+    readFilledFrames(lines, metadata);
 }
 
 } // namespace filmwright

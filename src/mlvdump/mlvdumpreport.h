@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace filmwright {
 
 /// What the report of a recording says about it. Texts are as printed; a value whose block is
@@ -28,6 +30,10 @@ struct MlvMetadata
     QString resolution = QLatin1String("");
     QRect activeArea; ///< pixels; of the sensor's read-out, which may be larger than the frame
     QSize sampling;   ///< columns and lines of the sensor that a sample stands for; empty: unknown
+    quint64 filledFrames = 0; ///< with those that fill gaps; 0: there are no gaps
+
+    /// Frames of a movie of the whole recording.
+    quint64 movieFrames() const { return std::max(videoFrames, filledFrames); }
 };
 
 /// Reads mlv_dump's report, given as the lines it printed. The reading is positional: a block is

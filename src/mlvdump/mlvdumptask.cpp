@@ -131,8 +131,8 @@ void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)
         removeFolder(workingFolder());
         createPrivateFolder(workingFolder());
     }
-    setArguments(
-        frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, extractionDirectory(), options));
+    setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, extractionDirectory(),
+                                options, m_selection));
     startAndWaitUntilExit(andWaitUntilExit);
 }
 
@@ -143,9 +143,16 @@ bool MlvDumpTask::framesExist(qint64 index) const
     return QFileInfo::exists(directory) && (!knowsFrames || allFramesExist(directory));
 }
 
+/// Of a whole recording those that were recorded; filled gaps come on top.
+quint64 MlvDumpTask::framesToExtract() const
+{
+    return m_selection.isWhole() ? m_metadata.videoFrames
+                                 : m_selection.countOf(m_metadata.movieFrames());
+}
+
 bool MlvDumpTask::allFramesExist(const QString &directory) const
 {
-    for (quint64 number = 0; number < m_metadata.videoFrames; ++number) {
+    for (quint64 number = 0; number < framesToExtract(); ++number) {
         if (!QFileInfo::exists(directory + frameName(number)))
             return false;
     }

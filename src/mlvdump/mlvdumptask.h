@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "mlvdump/frameselection.h"
 #include "mlvdump/mlvdumpreport.h"
 #include "mlvdump/mlvdumptaskprotocol.h"
 #include "mlvdump/rawcorrections.h"
@@ -55,6 +56,11 @@ public:
 
     /// What is done to the frames of later extractions beside their calibration.
     void setCorrections(const RawCorrections &corrections) { m_corrections = corrections; }
+
+    /// Which frames later extractions are of; all after creation.
+    void setFrameSelection(const FrameSelection &selection) { m_selection = selection; }
+    /// How many frames the report lets expect of an extraction.
+    quint64 framesToExtract() const;
 
     MlvDumpMode processMode() const { return m_processMode; }
     /// The last error line of the current run; null without one.
@@ -151,6 +157,7 @@ private:
     QString m_flatDarkPath;
     QString m_clipFolder;
     RawCorrections m_corrections;
+    FrameSelection m_selection;
     QString m_error;
     QString m_unusableReason;
     QStringList m_warnings;

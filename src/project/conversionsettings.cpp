@@ -43,6 +43,12 @@ MovieKind ConversionSettings::movieKind() const
     return recipe && recipe->keepsRawFrames() ? MovieKind::Folder : MovieKind::File;
 }
 
+bool ConversionSettings::isUsualDevelopment() const
+{
+    return corrections.whiteBalance.isEmpty() && corrections.exposure == 0 && frames.isWhole() &&
+           lut.isEmpty();
+}
+
 QString contradictionIn(const ConversionSettings &settings)
 {
     if (settings.movieKind() == MovieKind::Folder && settings.mergesNeighbours) {
@@ -65,6 +71,8 @@ void configure(MLVProjectController &project, const ConversionSettings &settings
     project.setDarkPath(settings.calibration.darkAverage());
     project.setFlatPath(settings.calibration.flatAverage());
     project.setRawCorrections(settings.corrections);
+    project.setFrameSelection(settings.frames);
+    project.setLut(settings.lut);
     project.setKeepsTmpFiles(settings.keepsFinishedWork);
 }
 

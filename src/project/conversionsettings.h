@@ -3,6 +3,7 @@
 
 #include "encoding/ffmpegarguments.h"
 #include "encoding/recipe.h"
+#include "mlvdump/frameselection.h"
 #include "mlvdump/rawcorrections.h"
 #include "project/moviedestination.h"
 
@@ -41,6 +42,8 @@ struct ConversionSettings
     MovieDestination destination;
     CalibrationChoice calibration;
     RawCorrections corrections;
+    FrameSelection frames;
+    QString lut; ///< a table of colours, a .cube file, that a recipe's frames go through; or empty
     bool mergesNeighbours = false;
     bool blendsAlternatingRows = false;
     int workers = 1;                  ///< frames converted at once
@@ -48,6 +51,8 @@ struct ConversionSettings
     bool keepsUnfinishedWork = false; ///< that of a recording without its movie, for the next run
 
     MovieKind movieKind() const;
+    /// Whether nothing of the frames and their look is chosen beside the movie's kind.
+    bool isUsualDevelopment() const;
 };
 
 /// Which two choices don't go together, a sentence; empty when all do.

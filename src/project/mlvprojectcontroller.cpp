@@ -3,6 +3,7 @@
 
 #include "conversion/dcrawprocess.h"
 #include "conversion/tiffbitmap.h"
+#include "encoding/cubelut.h"
 #include "project/framefolder.h"
 #include "project/moviefacts.h"
 #include "project/moviemark.h"
@@ -12,9 +13,11 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSaveFile>
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 
 using namespace std::chrono_literals;
 
@@ -108,6 +111,19 @@ void MLVProjectController::setRecipe(const std::optional<Recipe> &recipe)
     m_hdrMerge.setSixteenBits(m_recipe && m_recipe->developsSixteenBits());
 }
 
+void MLVProjectController::setRawCorrections(const RawCorrections &corrections)
+{
+    m_mlvDumptask->setCorrections(corrections);
+    if (std::exchange(m_corrections, corrections).exposure != corrections.exposure)
+        createConversionUnits(conversionWorkers());
+}
+
+void MLVProjectController::setFrameSelection(const FrameSelection &selection)
+{
+    m_frames = selection;
+    m_mlvDumptask->setFrameSelection(selection);
+}
+
 QString MLVProjectController::moviePath() const
 {
     if (!m_moviePath.isEmpty())
@@ -146,6 +162,7 @@ void MLVProjectController::createConversionUnits(int count)
             unit->sharePathsOf(*m_dcRawProcesses.front());
         if (m_recipe)
             unit->setDevelop(m_recipe->develop);
+        unit->setExposure(static_cast<float>(std::exp2(m_corrections.exposure)));
         SLOutlet *image = unit->outputForKey(QStringLiteral("Image"));
         image->setTarget(this);
         image->setSelector(&MLVProjectController::imageRGBReceived);
@@ -174,6 +191,8 @@ void MLVProjectController::replaceMlvDumpTask()
     m_mlvDumptask.release()->deleteLater();
     m_mlvDumptask = MlvDumpTask::mlvDumpTask();
     m_mlvDumptask->setMlvPath(m_mlvPath);
+    m_mlvDumptask->setCorrections(m_corrections);
+    m_mlvDumptask->setFrameSelection(m_frames);
     m_mlvDumptask->setDelegate(this);
 }
 
@@ -484,8 +503,32 @@ std::optional<RecipeMovie> MLVProjectController::recipeMovie() const
 {
     if (!m_recipe)
         return std::nullopt;
-    return RecipeMovie{*m_recipe, factsOf(m_mlvPath, metadata()),
-                       static_cast<quint64>(framesOfMovie())};
+    return RecipeMovie{*m_recipe, factsOf(m_mlvPath, metadata(), m_frames.first),
+                       static_cast<quint64>(framesOfMovie()), lutCopy()};
+}
+
+/// ffmpeg reads a copy: in the one form that all versions know, and under a name with the extension
+/// that tells them what it is. Empty without a table.
+QString MLVProjectController::lutCopy() const
+{
+    return m_lut.isEmpty() || !m_recipe ? QString()
+                                        : extractionDirectory() + QStringLiteral("colours.cube");
+}
+
+/// Returns what hinders it.
+QString MLVProjectController::copyLut() const
+{
+    const QString path = lutCopy();
+    if (path.isEmpty())
+        return {};
+    const CubeLut lut = readCubeLut(m_lut);
+    QSaveFile copy(path);
+    // commit() overlooks a failing flush of its own.
+    if (lut.problem.isEmpty() &&
+        !(copy.open(QIODevice::WriteOnly) && copy.write(lut.text) == lut.text.size() &&
+          copy.flush() && copy.commit()))
+        return QStringLiteral("%1: %2").arg(path, copy.errorString());
+    return lut.problem;
 }
 
 void MLVProjectController::launchMovieExtraction()
@@ -500,7 +543,9 @@ void MLVProjectController::launchMovieExtraction()
     m_ffmpegTask->setMoviePath(m_moviePath);
     m_ffmpegTask->setRecipeMovie(recipeMovie());
     m_movieMark = std::make_shared<MovieMark>(moviePath());
-    m_movieHindrance = m_movieMark->set();
+    m_movieHindrance = copyLut();
+    if (m_movieHindrance.isEmpty())
+        m_movieHindrance = m_movieMark->set();
     if (!m_movieHindrance.isEmpty())
         return;
     m_ffmpegTask->buildMovie();

@@ -103,11 +103,18 @@ public:
     bool blendsAlternatingRows() const { return m_blendsAlternatingRows; }
     void setBlendsAlternatingRows(bool blends) { m_blendsAlternatingRows = blends; }
 
-    /// What is done to extracted frames beside their calibration; nothing after creation.
-    void setRawCorrections(const RawCorrections &corrections)
-    {
-        m_mlvDumptask->setCorrections(corrections);
-    }
+    /// What is done to frames beside their calibration; nothing after creation. Not between
+    /// launchDNGExtraction() and the end of the conversion; another exposure waits for a frame that
+    /// a stopped run is still converting.
+    const RawCorrections &rawCorrections() const { return m_corrections; }
+    void setRawCorrections(const RawCorrections &corrections);
+
+    /// Which frames later extractions are of; all after creation.
+    void setFrameSelection(const FrameSelection &selection);
+
+    /// A table of colours that the frames of a recipe go through, a .cube file; none after
+    /// creation. Before the movie is begun.
+    void setLut(const QString &path) { m_lut = path; }
 
     /// Whether the working folder of a finished movie stays, for whoever wants to look into it.
     bool keepsTmpFiles() const { return m_keepsTmpFiles; }
@@ -124,6 +131,8 @@ public:
     const MlvMetadata &metadata() const { return m_mlvDumptask->metadata(); }
     float fps() const { return m_mlvDumptask->fps(); }
     quint64 videoFrames() const { return m_mlvDumptask->videoFrames(); }
+    /// Those of them that the movie is made of, as far as the report tells.
+    quint64 framesToExtract() const { return m_mlvDumptask->framesToExtract(); }
     quint64 audioFrames() const { return m_mlvDumptask->audioFrames(); }
     quint64 iso() const { return m_mlvDumptask->iso(); }
     double shutter() const { return m_mlvDumptask->shutter(); }
@@ -169,9 +178,9 @@ public:
     /// Pairs of neighbouring frames that are still to be merged.
     int pairsToMerge() const { return static_cast<int>(m_pairsToMerge.size()); }
 
-    /// Why this run doesn't get to write its movie: another run writes it, or its folder can't be
-    /// written. Empty while nothing hinders it. Known when the extraction is launched, where it can
-    /// be; the stage's tool is then not started.
+    /// Why this run doesn't get to write its movie: another run writes it, its folder can't be
+    /// written, or its table of colours is gone. Empty while nothing hinders it. Known when the
+    /// extraction is launched, where it can be; the stage's tool is then not started.
     QString movieHindrance() const { return m_movieHindrance; }
     /// The mark of the movie that was begun last, null before. It is removed with an aborted movie;
     /// whoever judges a movie that is finished settles it.
@@ -235,6 +244,8 @@ private:
     void launchHDRExtraction(const QString &directory);
     void mergeNextPair();
     std::optional<RecipeMovie> recipeMovie() const;
+    QString lutCopy() const;
+    QString copyLut() const;
     void launchMovieExtraction();
 
     MLVProjectControllerProtocol *m_delegate = nullptr;
@@ -258,6 +269,9 @@ private:
     qint32 m_movieQuality = MovieQualityMaximum;
     MLVProjectMode m_mode = MLVProjectModeIdle;
     std::optional<Recipe> m_recipe;
+    FrameSelection m_frames;
+    QString m_lut;
+    RawCorrections m_corrections;
     bool m_dualISO = false;
     bool m_blendsAlternatingRows = false;
     bool m_keepsTmpFiles = false;

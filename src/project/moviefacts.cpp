@@ -6,6 +6,7 @@
 #include <QDateTime>
 #include <QFileInfo>
 
+#include <algorithm>
 #include <cmath>
 
 namespace filmwright {
@@ -22,6 +23,26 @@ QString exposureTime(double seconds)
                                       : QStringLiteral("%1 s").arg(fixedText(seconds, 1));
 }
 
+/// Whole seconds; 0 while the rate isn't known.
+qint64 secondsOf(quint64 frames, float framesPerSecond)
+{
+    return framesPerSecond > 0 ? static_cast<qint64>(static_cast<double>(frames) /
+                                                     static_cast<double>(framesPerSecond))
+                               : 0;
+}
+
+/// So many frames after the time of day, at which frame 0 of a second is: a second has as many as
+/// the next whole rate says.
+QString timecode(const QTime &time, quint64 frames, float framesPerSecond)
+{
+    const auto rate = static_cast<quint64>(
+        std::max<qint64>(1, std::llround(static_cast<double>(framesPerSecond))));
+    constexpr quint64 secondsOfADay = 86400;
+    const auto seconds = static_cast<int>(frames / rate % secondsOfADay);
+    return time.addSecs(seconds).toString(QStringLiteral("hh:mm:ss")) +
+           QStringLiteral(":%1").arg(frames % rate, 2, 10, QLatin1Char('0'));
+}
+
 QString comment(const MlvMetadata &metadata)
 {
     QStringList parts{metadata.lens, metadata.focal};
@@ -36,16 +57,18 @@ QString comment(const MlvMetadata &metadata)
 
 } // namespace
 
-MovieFacts factsOf(const QString &recording, const MlvMetadata &metadata)
+MovieFacts factsOf(const QString &recording, const MlvMetadata &metadata, quint64 firstFrame)
 {
     MovieFacts facts;
     const QDate date = QDate::fromString(metadata.date, QStringLiteral("dd.MM.yyyy"));
     const QTime time = QTime::fromString(metadata.time.section(QLatin1Char(' '), 0, 0),
                                          QStringLiteral("hh:mm:ss"));
     if (time.isValid())
-        facts.timecode = time.toString(QStringLiteral("hh:mm:ss")) + QStringLiteral(":00");
+        facts.timecode = timecode(time, firstFrame - 1, metadata.fps);
     if (date.isValid() && time.isValid())
-        facts.creationTime = QDateTime(date, time, Qt::UTC).toString(Qt::ISODate);
+        facts.creationTime = QDateTime(date, time, Qt::UTC)
+                                 .addSecs(secondsOf(firstFrame - 1, metadata.fps))
+                                 .toString(Qt::ISODate);
     // A camera's name begins with its maker's.
     facts.make = metadata.camera.section(QLatin1Char(' '), 0, 0);
     facts.model = metadata.camera;

@@ -4,6 +4,7 @@
 #include "encoding/finishedmovie.h"
 #include "project/framefolder.h"
 #include "project/moviemark.h"
+#include "project/recordingfiles.h"
 #include "project/worknote.h"
 
 #include <QCryptographicHash>
@@ -45,6 +46,8 @@ QByteArray movieOrigin(const QString &recording, const ConversionSettings &setti
 {
     QByteArray choices = frameOrigin(recording, settings);
     choices += settings.mergesNeighbours ? "merged\n" : "single\n";
+    if (!settings.lut.isEmpty())
+        choices += "colours " + recordingIdentity(settings.lut);
     if (settings.recipe) {
         const Recipe &recipe = *settings.recipe;
         const QStringList words =
@@ -63,13 +66,14 @@ void noteOrigin(const QString &movie, const QByteArray &origin)
              static_cast<std::size_t>(note.size()), 0);
 }
 
-bool isFinishedMovie(const QString &movie, const QByteArray &origin, quint64 frames)
+bool isFinishedMovie(const QString &movie, const QByteArray &origin, std::optional<quint64> frames)
 {
     if (QFileInfo::exists(MovieMark::pathFor(movie)))
         return false; // another run writes it, or has died over it
     const auto finished = framesOf(movie);
     const QByteArray noted = notedOrigin(movie);
-    return finished && (noted.isEmpty() ? *finished >= frames : noted == origin + contentOf(movie));
+    return finished && (noted.isEmpty() ? frames && *finished >= *frames
+                                        : noted == origin + contentOf(movie));
 }
 
 } // namespace filmwright

@@ -54,10 +54,10 @@ QStringList shortcomingsOf(const MLVProjectController &project)
     if (extracted == 0)
         return {};
     QStringList shortcomings = project.warnings();
-    if (extracted < project.videoFrames()) {
+    if (extracted < project.framesToExtract()) {
         shortcomings << ProjectMonitor::tr("only %1 of %2 frames could be read")
                             .arg(extracted)
-                            .arg(project.videoFrames());
+                            .arg(project.framesToExtract());
     }
     return shortcomings;
 }

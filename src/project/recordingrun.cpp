@@ -125,6 +125,11 @@ void RecordingRun::launch()
 {
     m_launchAhead = false;
     configure(m_project, m_settings);
+    if (const QString problem = m_settings.frames.problem(m_project.metadata().movieFrames());
+        !problem.isEmpty()) {
+        endLater(problem);
+        return;
+    }
     if (const QString problem = chooseMovie(); !problem.isEmpty()) {
         endLater(problem);
         return;
@@ -168,7 +173,10 @@ QString RecordingRun::chooseMovie()
 /// Whether there is nothing to be done, as the person wants it.
 bool RecordingRun::isMade() const
 {
-    const quint64 frames = m_project.videoFrames() - (m_settings.mergesNeighbours ? 1 : 0);
+    std::optional<quint64> frames;
+    // A movie of which nothing is noted doesn't tell how it was developed.
+    if (m_settings.isUsualDevelopment())
+        frames = m_project.videoFrames() - (m_settings.mergesNeighbours ? 1 : 0);
     return m_settings.destination.existing == ExistingMovie::Skip &&
            isFinishedMovie(m_project.moviePath(), m_origin, frames);
 }

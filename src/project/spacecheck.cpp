@@ -107,7 +107,7 @@ SpaceNeed spaceNeed(const MLVProjectController &project)
     const double frame = pixels * dngBytesOfPixel(project) + bytesBesideSamples +
                          tiffs * (pixels * tiffBytesOfPixel(project) + bytesBesideSamples);
     SpaceNeed need;
-    need.frames = static_cast<double>(project.videoFrames()) * frame;
+    need.frames = static_cast<double>(project.framesToExtract()) * frame;
     const QFileInfoList files = QDir(project.extractionDirectory()).entryInfoList(QDir::Files);
     for (const QFileInfo &file : files)
         need.there += static_cast<double>(file.size());

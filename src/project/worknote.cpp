@@ -48,6 +48,8 @@ QByteArray frameOrigin(const QString &recording, const ConversionSettings &setti
         origin += path.isEmpty() ? QByteArrayLiteral("\n") : recordingIdentity(path);
     origin += settings.blendsAlternatingRows ? "blended\n" : "as recorded\n";
     origin += correctionsNote(settings.corrections);
+    if (!settings.frames.isWhole())
+        origin += "frames " + settings.frames.text().toUtf8() + '\n';
     if (settings.recipe && !settings.recipe->develop.isEmpty())
         origin += "developed " + settings.recipe->develop.join(QLatin1Char(' ')).toUtf8() + '\n';
     return origin;

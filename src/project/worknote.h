@@ -9,8 +9,8 @@ namespace filmwright {
 struct ConversionSettings;
 
 /// What frames are made of: the recording and its calibration, with all their files as they are
-/// now, whether rows are blended, how samples are corrected, and
-/// how frames are developed.
+/// now, whether rows are blended, how samples are corrected, which frames they are, and how they
+/// are developed.
 QByteArray frameOrigin(const QString &recording, const ConversionSettings &settings);
 
 /// Makes sure that unfinished work in the temporary directory has this origin, see frameOrigin(): a

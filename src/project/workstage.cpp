@@ -62,7 +62,7 @@ RecordingWork workOf(const MLVProjectController &project)
     RecordingWork work;
     // What was extracted counts once it is known: a recording may be shorter than it says.
     work.frames = project.framesToConvert() > 0 ? static_cast<quint64>(project.framesToConvert())
-                                                : project.videoFrames();
+                                                : project.framesToExtract();
     if (const double pixels = pixelsOf(project.resolution()); pixels > 0)
         work.megapixels = pixels / 1e6;
     work.settings.blendsAlternatingRows = project.blendsAlternatingRows();
@@ -88,7 +88,7 @@ StagePosition StageCounter::position()
     case MLVProjectModeReadingData:
         return {WorkStage::Reading};
     case MLVProjectModeExtracting:
-        return {WorkStage::Extracting, extractedFrames(), m_project.videoFrames()};
+        return {WorkStage::Extracting, extractedFrames(), m_project.framesToExtract()};
     case MLVProjectModeRGBConversion:
         return conversion();
     case MLVProjectModeBuildingMovie:

@@ -75,6 +75,14 @@ private Q_SLOTS:
                                 << "--matrix recorded";
         QTest::newRow("repair") << "--repair-columns --repair-pixels auto CLIP"
                                 << "--repair-pixels auto --repair-columns";
+        QTest::newRow("development") << "--exposure -0.5 --white-balance auto CLIP"
+                                     << "--white-balance auto --exposure -0.5";
+        QTest::newRow("brighter") << "--exposure +1.25 --white-balance 2.1,1,1.4 CLIP"
+                                  << "--white-balance 2.1,1,1.4 --exposure 1.25";
+        QTest::newRow("temperature") << "--exposure=3 --white-balance 5600 CLIP"
+                                     << "--white-balance 5600 --exposure 3";
+        QTest::newRow("as recorded") << "--exposure 0 --white-balance camera CLIP"
+                                     << "";
         QTest::newRow("map") << "--repair-pixels CLIP CLIP"
                              << "--repair-pixels CLIP";
     }
@@ -97,6 +105,46 @@ private Q_SLOTS:
             ConvertOptions options;
             QCOMPARE(readConvertOptions(words(line), options), ExitUnusable);
         }
+    }
+
+    void selectedFrames_data()
+    {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<quint64>("first");
+        QTest::addColumn<quint64>("last");
+        QTest::newRow("all") << "CLIP" << quint64(1) << quint64(0);
+        QTest::newRow("from the middle") << "--frames 10-20 CLIP" << quint64(10) << quint64(20);
+        QTest::newRow("to the end") << "--frames 10- CLIP" << quint64(10) << quint64(0);
+        QTest::newRow("from the beginning") << "--frames -20 CLIP" << quint64(1) << quint64(20);
+    }
+
+    void selectedFrames()
+    {
+        QFETCH(QString, line);
+        ConvertOptions options;
+        QVERIFY(!readConvertOptions(words(line), options));
+        QTEST(options.settings.frames.first, "first");
+        QTEST(options.settings.frames.last, "last");
+    }
+
+    void tableOfColoursIsForRecipes()
+    {
+        const QString table = m_folder.filePath(QStringLiteral("look.cube"));
+        const QByteArray rows("0 0 0\n1 0 0\n0 1 0\n1 1 0\n0 0 1\n1 0 1\n0 1 1\n1 1 1\n");
+        writeFile(table, "LUT_3D_SIZE 2\n" + rows);
+        const QString recipe = m_folder.filePath(QStringLiteral("mine.recipe"));
+        writeFile(recipe, "[Recipe]\nExtension=mp4\nVideo=-c:v libx264\n");
+        const QStringList lut{QStringLiteral("--lut"), QDir().relativeFilePath(table)};
+        const QStringList byRecipe{QStringLiteral("--recipe"), recipe, m_clip};
+        ConvertOptions options;
+        QVERIFY(!readConvertOptions(lut + byRecipe, options));
+        QCOMPARE(options.settings.lut, table);
+        QCOMPARE(readConvertOptions(lut + QStringList{m_clip}, options),
+                 std::optional(ExitUnusable));
+        writeFile(table, "LUT_3D_SIZE 2\n0 0 0\n");
+        QCOMPARE(readConvertOptions(lut + byRecipe, options), std::optional(ExitUnusable));
+        QVERIFY(QFile::remove(table));
+        QCOMPARE(readConvertOptions(lut + byRecipe, options), std::optional(ExitUnusable));
     }
 
     void mapThatIsNamedRelativelyIsMadeAbsolute()
@@ -176,6 +224,22 @@ private Q_SLOTS:
         QTest::newRow("unknown treatment of a movie") << "--existing ask CLIP";
         QTest::newRow("name with a folder") << "--name a/b CLIP";
         QTest::newRow("empty output folder") << "--output= CLIP";
+        QTest::newRow("exposure beyond the range") << "--exposure 3.5 CLIP";
+        QTest::newRow("exposure that is no number") << "--exposure bright CLIP";
+        QTest::newRow("exposure with an exponent") << "--exposure 1e0 CLIP";
+        QTest::newRow("unknown white balance") << "--white-balance tungsten CLIP";
+        QTest::newRow("too warm") << "--white-balance 1999 CLIP";
+        QTest::newRow("too cold") << "--white-balance 25001 CLIP";
+        QTest::newRow("two multipliers") << "--white-balance 2,1 CLIP";
+        QTest::newRow("four multipliers") << "--white-balance 2,1,1,1 CLIP";
+        QTest::newRow("multiplier of 0") << "--white-balance 2,1,0 CLIP";
+        QTest::newRow("negative multiplier") << "--white-balance 2,1,-1 CLIP";
+        QTest::newRow("multipliers of no light") << "--white-balance 200,1,1 CLIP";
+        QTest::newRow("frame 0") << "--frames 0-5 CLIP";
+        QTest::newRow("frames backwards") << "--frames 5-4 CLIP";
+        QTest::newRow("a frame alone") << "--frames 5 CLIP";
+        QTest::newRow("no frames") << "--frames - CLIP";
+        QTest::newRow("frames that are no numbers") << "--frames a-b CLIP";
         QTest::newRow("no jobs") << "--jobs 0 CLIP";
         QTest::newRow("too many jobs") << "--jobs 65 CLIP";
         QTest::newRow("jobs that are no number") << "--jobs many CLIP";
@@ -198,6 +262,12 @@ private Q_SLOTS:
     }
 
 private:
+    static void writeFile(const QString &path, const QByteArray &content)
+    {
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), content.size());
+    }
     QStringList words(const QString &text) const
     {
         QStringList words = text.split(QLatin1Char(' '), Qt::SkipEmptyParts);

@@ -132,6 +132,16 @@ private Q_SLOTS:
                  (QList<QStringList>{texts({"-pix_fmts"}), texts({"-encoders"})}));
     }
 
+    void pixelFormatsOfAnEncoder()
+    {
+        QCOMPARE(supportedPixFmtsIn(
+                     texts({"Encoder x [X]:", "    General capabilities: threads ",
+                            "    Supported pixel formats: yuv420p gbrp16le", "x AVOptions:"})),
+                 texts({"yuv420p", "gbrp16le"}));
+        QCOMPARE(supportedPixFmtsIn(texts({"Codec 'x' is not recognized by FFmpeg."})),
+                 QStringList());
+    }
+
     void silentToolGivesEmptyLists()
     {
         ToolFolder tools;
@@ -155,6 +165,14 @@ private Q_SLOTS:
         for (const char *codec : {"rawvideo", "mpeg4", "libx264"})
             QVERIFY2(names("video_encoders").contains(QString::fromUtf8(codec)), codec);
         QVERIFY(names("audio_encoders").contains(QStringLiteral("pcm_s16le")));
+
+        const auto ffmpeg = FFmpegTask::ffmpegTask();
+        Recipe recipe;
+        recipe.video = texts({"-c:v", "libx264", "-pix_fmt", "yuv420p"});
+        QCOMPARE(ffmpeg->lackFor(recipe), QString());
+        recipe.video.last() = QStringLiteral("gbrp16le");
+        QVERIFY(ffmpeg->lackFor(recipe).startsWith(
+            QLatin1String("ffmpeg's encoder \"libx264\" takes no pixels of the format")));
     }
 };
 

@@ -59,6 +59,7 @@ private Q_SLOTS:
     void recipeByFile();
     void unknownRecipeNamesTheOthers();
     void missingEncoderIsTold();
+    void missingPixelFormatIsTold();
     void moviePath();
 
 private:
@@ -407,6 +408,22 @@ void TestRecipe::missingEncoderIsTold()
     QCOMPARE(lackOf({{video, named("prores_ks")}}, recipe),
              QStringLiteral("ffmpeg has no encoder \"pcm_s16le\""));
     QCOMPARE(lackOf({}, read("[Recipe]\nExtension=dng\n").recipe), QString());
+}
+
+void TestRecipe::missingPixelFormatIsTold()
+{
+    Recipe recipe = read(good).recipe;
+    recipe.video = QStringList{QStringLiteral("-c:v"), QStringLiteral("prores_ks"),
+                               QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")};
+    const QStringList supported{QStringLiteral("yuv422p10le"), QStringLiteral("yuv444p10le")};
+    QCOMPARE(pixelFormatLack(supported, recipe),
+             QStringLiteral("ffmpeg's encoder \"prores_ks\" takes no pixels of the format "
+                            "\"yuv420p\", but yuv422p10le, yuv444p10le"));
+    QCOMPARE(pixelFormatLack({}, recipe), QString());
+    recipe.video.last() = supported.constLast();
+    QCOMPARE(pixelFormatLack(supported, recipe), QString());
+    recipe.video = recipe.video.mid(0, 2); // the encoder chooses
+    QCOMPARE(pixelFormatLack(supported, recipe), QString());
 }
 
 void TestRecipe::moviePath()

@@ -49,6 +49,8 @@ private Q_SLOTS:
     void silentRecipeReadsNoSound();
     void rgbKeepsItsSamples();
     void halfSizeIsCutToEvenSides();
+    void tableOfColoursComesBeforeTheMatrix();
+    void tablesNameMeansNothingToTheFilters();
     void aviHasNoFlags();
     void fastStart();
     void factsAreTold();
@@ -182,6 +184,33 @@ void TestRecipeMovie::halfSizeIsCutToEvenSides()
         recipeArguments(movie, {QStringLiteral("/t/"), QString(), 25}, QString());
     QCOMPARE(arguments.at(arguments.indexOf(QStringLiteral("-vf")) + 1),
              QStringLiteral("crop=floor(iw/2)*2:floor(ih/2)*2,") + colours);
+}
+
+void TestRecipeMovie::tableOfColoursComesBeforeTheMatrix()
+{
+    RecipeMovie movie = plainMovie();
+    movie.recipe.develop = QStringList{QStringLiteral("-h")};
+    movie.lut = QStringLiteral("/t/colours.cube");
+    const QStringList arguments =
+        recipeArguments(movie, {QStringLiteral("/t/"), QString(), 25}, QString());
+    QCOMPARE(arguments.at(arguments.indexOf(QStringLiteral("-vf")) + 1),
+             QStringLiteral("crop=floor(iw/2)*2:floor(ih/2)*2,"
+                            "lut3d=file=/t/colours.cube:interp=tetrahedral,") +
+                 colours);
+}
+
+/// The folder has the recording's name, which is anybody's.
+void TestRecipeMovie::tablesNameMeansNothingToTheFilters()
+{
+    RecipeMovie movie = plainMovie();
+    movie.lut = QStringLiteral("/a'b, c:[d];e\\f=é%.cube");
+    const QStringList arguments =
+        recipeArguments(movie, {QStringLiteral("/t/"), QString(), 25}, QString());
+    QVERIFY(arguments.contains(
+        QStringLiteral(
+            "lut3d=file=/a\\\\\\'b\\\\\\,\\\\\\ c\\\\\\:\\\\\\[d\\\\\\]\\\\\\;e\\\\\\\\f\\\\\\=é"
+            "\\\\\\%.cube:interp=tetrahedral,") +
+        colours));
 }
 
 void TestRecipeMovie::aviHasNoFlags()

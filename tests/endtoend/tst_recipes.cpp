@@ -92,6 +92,7 @@ private Q_SLOTS:
     void reportNamesTheRecipe();
     void listOfRecipes();
     void missingEncoderIsToldBeforeTheWork();
+    void pixelFormatThatTheEncoderLacksIsToldBeforeTheWork();
     void slipIsToldBeforeTheWork();
 
 private:
@@ -316,7 +317,7 @@ void TestRecipes::interruptedWorkOfTheDefaultIsNotTaken()
     for (const char *tool : {"mlv_dump", "dcraw"})
         tools.linkTool(QString::fromUtf8(tool), realTool(QString::fromUtf8(tool)));
     tools.addTool(QStringLiteral("ffmpeg"),
-                  QStringLiteral("case $* in *encoders*) exec '%1' \"$@\";; esac; exec sleep 600")
+                  QStringLiteral("case $* in *encoder*) exec '%1' \"$@\";; esac; exec sleep 600")
                       .arg(realTool(QStringLiteral("ffmpeg"))));
     const QString recording = file(QStringLiteral("sound.MLV"));
     const auto bits = [&] {
@@ -387,6 +388,24 @@ void TestRecipes::missingEncoderIsToldBeforeTheWork()
                                  "filmwright-cli: the recipe prores-hq can't be used: ffmpeg has "
                                  "no encoder \"prores_ks\"")});
     QVERIFY(tools.calls(QStringLiteral("mlv_dump")).isEmpty());
+}
+
+void TestRecipes::pixelFormatThatTheEncoderLacksIsToldBeforeTheWork()
+{
+    const QString recipe = file(QStringLiteral("pixels.recipe"));
+    QFile written(recipe);
+    QVERIFY(written.open(QIODevice::WriteOnly));
+    written.write("[Recipe]\nExtension=mov\nVideo=-c:v prores_ks -pix_fmt yuv420p\n");
+    written.close();
+    CommandLine cli;
+    QVERIFY(cli.run({QStringLiteral("convert"), QStringLiteral("--recipe"), recipe,
+                     file(QStringLiteral("sound.MLV"))}));
+    QCOMPARE(cli.status(), 2);
+    QCOMPARE(cli.messages().size(), 1);
+    QVERIFY(cli.messages().constFirst().startsWith(
+        QStringLiteral("filmwright-cli: the recipe pixels can't be used: ffmpeg's encoder "
+                       "\"prores_ks\" takes no pixels of the format \"yuv420p\", but ")));
+    QVERIFY(cli.messages().constFirst().contains(QLatin1String("yuv422p10le")));
 }
 
 void TestRecipes::slipIsToldBeforeTheWork()

@@ -86,11 +86,14 @@ private Q_SLOTS:
     void framesOfAClip();
     void framesWithDark();
     void framesWithCorrections();
+    void framesOfASelection_data();
+    void framesOfASelection();
     void framesWithFlat();
     void framesWithDarkAndFlat();
     void frameRunCreatesAPrivateDirectory();
     void doneEndsTheFrameToolAtOnce();
     void completeExtractionIsReused();
+    void completeSelectionIsReused();
     void extractionWithAGapIsMadeAnew();
     void otherIndexUsesAnExistingDirectoryAsItIs();
     void unknownFrameCountUsesAnExistingDirectoryAsItIs();
@@ -409,6 +412,32 @@ void TestMlvDumpTask::framesWithCorrections()
     QCOMPARE(m_tools->calls(mlvDump).constLast().size(), 4); // an average is never corrected
 }
 
+void TestMlvDumpTask::framesOfASelection_data()
+{
+    QTest::addColumn<quint64>("first");
+    QTest::addColumn<quint64>("last");
+    QTest::addColumn<QString>("range");
+    QTest::newRow("in the middle") << quint64(3) << quint64(7) << "2-6";
+    QTest::newRow("to the end") << quint64(3) << quint64(0) << "2-0";
+    QTest::newRow("from the beginning") << quint64(1) << quint64(7) << "6";
+    QTest::newRow("the first one alone") << quint64(1) << quint64(1) << "0";
+}
+
+void TestMlvDumpTask::framesOfASelection()
+{
+    QFETCH(quint64, first);
+    QFETCH(quint64, last);
+    QFETCH(QString, range);
+    m_task->setFrameSelection({first, last});
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump),
+             QList<QStringList>(
+                 {{QStringLiteral("--dng"), clip, QStringLiteral("--no-cs"), QStringLiteral("-f"),
+                   range, QStringLiteral("--renumber"), QStringLiteral("-o"),
+                   m_task->extractionDirectory() + QStringLiteral("tmp")}}));
+}
+
 void TestMlvDumpTask::framesWithFlat()
 {
     m_task->setFlatPath(QStringLiteral("/x/flat.MLV"));
@@ -464,6 +493,21 @@ void TestMlvDumpTask::completeExtractionIsReused()
     QCOMPARE(m_task->processMode(), MlvDumpModeNone);
     QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
     QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+}
+
+void TestMlvDumpTask::completeSelectionIsReused()
+{
+    knowFrames(100);
+    m_task->setFrameSelection({11, 20});
+    QCOMPARE(m_task->framesToExtract(), 10U);
+    for (int number = 0; number < 10; ++number)
+        touch(frame(number));
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
+    QCOMPARE(m_tools->calls(mlvDump), QList<QStringList>());
+    m_task->setFrameSelection({11, 21});
+    m_task->extractDNGAtIndex(0);
+    QTRY_COMPARE(m_tools->calls(mlvDump).size(), 1);
 }
 
 void TestMlvDumpTask::extractionWithAGapIsMadeAnew()

@@ -185,6 +185,14 @@ void TestMovieDestination::everyChoiceChangesTheOrigin()
     note([](ConversionSettings &settings) {
         settings.recipe.emplace().sound = QStringList{QStringLiteral("x")};
     });
+    note([](ConversionSettings &settings) { settings.corrections.exposure = 1; });
+    note([](ConversionSettings &settings) {
+        settings.corrections.whiteBalance = QStringLiteral("5600");
+    });
+    note([](ConversionSettings &settings) { settings.frames = {2, 5}; });
+    note([this](ConversionSettings &settings) {
+        settings.lut = write(QStringLiteral("look.cube"), "LUT_3D_SIZE 2");
+    });
     note([](ConversionSettings &settings) {
         settings.recipe.emplace().develop = QStringList{QStringLiteral("-6")};
     });
@@ -203,6 +211,7 @@ void TestMovieDestination::finishedMovie()
     // Nothing is noted: the frames tell.
     QVERIFY(isFinishedMovie(movie, origin, 10));
     QVERIFY(!isFinishedMovie(movie, origin, 11));
+    QVERIFY(!isFinishedMovie(movie, origin, std::nullopt)); // but not of what it is made
     const QString cut = write(QStringLiteral("cut.mov"), fakeMovie(10).chopped(5));
     QVERIFY(!isFinishedMovie(cut, origin, 10));
     const QString marked = write(QStringLiteral("marked.mov"), fakeMovie(10));
@@ -213,6 +222,7 @@ void TestMovieDestination::finishedMovie()
     if (isFinishedMovie(movie, "two", 10))
         QSKIP("this file system keeps no extended attributes");
     QVERIFY(isFinishedMovie(movie, origin, 11)); // of a recording that is shorter than it says
+    QVERIFY(isFinishedMovie(movie, origin, std::nullopt));
     noteOrigin(cut, origin);
     QVERIFY(!isFinishedMovie(cut, origin, 10));
 }

@@ -13,6 +13,8 @@ private Q_SLOTS:
     void everythingIsKnown();
     void nothingIsKnown();
     void impossibleClock();
+    void timecodeOfALaterFrame_data();
+    void timecodeOfALaterFrame();
     void longExposure();
 };
 
@@ -55,6 +57,38 @@ void TestMovieFacts::impossibleClock()
     QCOMPARE(factsOf(QStringLiteral("c.MLV"), metadata).creationTime, QString());
     metadata.time = QStringLiteral("25:61:00 (GMT+0)");
     QCOMPARE(factsOf(QStringLiteral("c.MLV"), metadata).timecode, QString());
+}
+
+void TestMovieFacts::timecodeOfALaterFrame_data()
+{
+    QTest::addColumn<float>("fps");
+    QTest::addColumn<quint64>("frame");
+    QTest::addColumn<QString>("timecode");
+    QTest::addColumn<QString>("created");
+    QTest::newRow("first") << 24.0F << quint64(1) << "23:59:58:00"
+                           << "2026-05-01T23:59:58Z";
+    QTest::newRow("in the second") << 24.0F << quint64(13) << "23:59:58:12"
+                                   << "2026-05-01T23:59:58Z";
+    QTest::newRow("a second later") << 25.0F << quint64(26) << "23:59:59:00"
+                                    << "2026-05-01T23:59:59Z";
+    QTest::newRow("counted by 24, lasting a little longer")
+        << 23.976F << quint64(25) << "23:59:59:00"
+        << "2026-05-01T23:59:59Z";
+    QTest::newRow("behind midnight") << 50.0F << quint64(103) << "00:00:00:02"
+                                     << "2026-05-02T00:00:00Z";
+}
+
+void TestMovieFacts::timecodeOfALaterFrame()
+{
+    QFETCH(float, fps);
+    QFETCH(quint64, frame);
+    MlvMetadata metadata;
+    metadata.date = QStringLiteral("01.05.2026");
+    metadata.time = QStringLiteral("23:59:58 (GMT+0)");
+    metadata.fps = fps;
+    const MovieFacts facts = factsOf(QStringLiteral("c.MLV"), metadata, frame);
+    QTEST(facts.timecode, "timecode");
+    QTEST(facts.creationTime, "created");
 }
 
 void TestMovieFacts::longExposure()

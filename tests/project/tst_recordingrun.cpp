@@ -135,6 +135,81 @@ private Q_SLOTS:
         QCOMPARE(fake.run.outcome().result, RecordingOutcome::Finished);
     }
 
+    void framesThatItDoesntHaveAreRefusedBeforeAnyIsMade()
+    {
+        FakeRun fake;
+        fake.settings.frames = {2, 3};
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().result, RecordingOutcome::Failed);
+        QCOMPARE(fake.run.outcome().failure.reason,
+                 QStringLiteral("the frames 2-3 are asked for, but it has only 2"));
+        QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m"));
+    }
+
+    void movieOfSomeFramesIsWhole()
+    {
+        FakeRun fake(5);
+        fake.settings.frames = {2, 3};
+        fake.setExtraction(FakeRun::extraction(2));
+        FakeRun::writeMovie(fake.path(QStringLiteral("whole.mov")), 2);
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().problems(), QStringList());
+        QCOMPARE(fake.run.outcome().frames, 2);
+    }
+
+    void filledGapsCountAsFrames()
+    {
+        FakeRun fake;
+        fake.setBlock(QStringLiteral("LENS\nFrames with filled gaps: 4"), {});
+        fake.settings.frames = {4, 4};
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m --dng"));
+    }
+
+    void exposureIsDcrawsBrightness_data()
+    {
+        QTest::addColumn<double>("exposure");
+        QTest::addColumn<QString>("brightness");
+        QTest::newRow("none") << 0.0 << "4.000000";
+        QTest::newRow("twice") << 1.0 << "8.000000";
+        QTest::newRow("an eighth") << -3.0 << "0.500000";
+        QTest::newRow("a third of a stop") << 0.333 << "5.038520";
+    }
+
+    void exposureIsDcrawsBrightness()
+    {
+        QFETCH(double, exposure);
+        FakeRun fake;
+        fake.settings.corrections.exposure = exposure;
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        const QList<QStringList> calls = fake.tools.calls(QStringLiteral("dcraw"));
+        QCOMPARE(calls.size(), 2);
+        QCOMPARE(calls.constFirst().size(), 10);
+        QTEST(calls.constFirst().at(8), "brightness");
+        // The next movie is as bright as ever.
+        fake.settings.corrections.exposure = 0;
+        fake.start();
+        QVERIFY(fake.waitForEnds(2));
+        QCOMPARE(fake.tools.calls(QStringLiteral("dcraw")).constLast().at(8),
+                 QStringLiteral("4.000000"));
+    }
+
+    void tableOfColoursThatIsGoneFailsTheRecording()
+    {
+        FakeRun fake;
+        fake.settings.recipe.emplace().extension = QStringLiteral("mov");
+        fake.settings.lut = fake.path(QStringLiteral("none.cube"));
+        fake.start();
+        QVERIFY(fake.waitForEnds(1));
+        QCOMPARE(fake.run.outcome().failure.reason,
+                 fake.settings.lut + QStringLiteral(": No such file or directory"));
+        QVERIFY(fake.tools.calls(QStringLiteral("ffmpeg")).isEmpty());
+    }
+
     void refusedRecordingEndsAfterTheCallWithoutATool()
     {
         FakeRun fake;

@@ -21,6 +21,7 @@ private Q_SLOTS:
     void needFollowsTheReport();
     void mergedFramesNeedSpaceToo();
     void recipesNeedWhatTheirFramesNeed();
+    void selectedFramesAloneNeedSpace();
     void unknownResolutionNeedsNothing();
     void hugeCountsAreRefused();
 };
@@ -111,6 +112,16 @@ void TestSpaceCheck::recipesNeedWhatTheirFramesNeed()
     fake.controller->setBlendsAlternatingRows(false);
     fake.controller->setRecipe(std::nullopt);
     QCOMPARE(spaceNeed(*fake.controller).frames, plain);
+}
+
+void TestSpaceCheck::selectedFramesAloneNeedSpace()
+{
+    FakeProject fake(10);
+    fake.setRawInformation(QStringLiteral("1920x1080"), 14);
+    fake.read();
+    const double all = spaceNeed(*fake.controller).frames;
+    fake.controller->setFrameSelection({3, 0});
+    QCOMPARE(spaceNeed(*fake.controller).frames, all * 8 / 10);
 }
 
 void TestSpaceCheck::unknownResolutionNeedsNothing()

@@ -24,6 +24,8 @@ private Q_SLOTS:
     void workWithOtherCalibrationIsRemoved();
     void workWithOtherBlendingIsRemoved();
     void workWithOtherCorrectionsIsRemoved();
+    void workOfAnotherDevelopmentIsRemoved_data();
+    void workOfAnotherDevelopmentIsRemoved();
     void workWithAChangedMapIsRemoved();
     void framesDevelopedInAnotherWayAreRemoved();
     void framesOfTwoRecipesThatDevelopAlikeAreKept();
@@ -142,6 +144,34 @@ void TestWorkNote::workWithOtherCorrectionsIsRemoved()
 {
     ConversionSettings settings;
     settings.corrections.whiteLevel = QStringLiteral("15000");
+    claimUnfinishedWork(m_clip, settings, m_work);
+    QVERIFY(!hasWork());
+    putWork();
+    claimUnfinishedWork(m_clip, settings, m_work);
+    QVERIFY(hasWork());
+    claim(m_clip);
+    QVERIFY(!hasWork());
+}
+
+using Change = void (*)(ConversionSettings &);
+Q_DECLARE_METATYPE(Change)
+
+void TestWorkNote::workOfAnotherDevelopmentIsRemoved_data()
+{
+    QTest::addColumn<Change>("change");
+    const auto row = [](const char *name, Change change) { QTest::newRow(name) << change; };
+    row("exposure", [](ConversionSettings &settings) { settings.corrections.exposure = 0.5; });
+    row("white balance", [](ConversionSettings &settings) {
+        settings.corrections.whiteBalance = QStringLiteral("auto");
+    });
+    row("frames", [](ConversionSettings &settings) { settings.frames.last = 10; });
+}
+
+void TestWorkNote::workOfAnotherDevelopmentIsRemoved()
+{
+    QFETCH(Change, change);
+    ConversionSettings settings;
+    change(settings);
     claimUnfinishedWork(m_clip, settings, m_work);
     QVERIFY(!hasWork());
     putWork();

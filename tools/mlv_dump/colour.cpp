@@ -28,13 +28,6 @@ bool isUsable(const ColourMatrix &matrix)
     return moderate && std::abs(determinant(matrix)) > 1e-3;
 }
 
-bool isUsable(const Neutral &neutral)
-{
-    return std::all_of(neutral.begin(), neutral.end(), [](double value) {
-        return std::isfinite(value) && value >= 0.01 && value <= 100;
-    });
-}
-
 /// x of the CIE daylight locus: a/T³ + b/T² + c/T + d, each set of constants for a stretch of it.
 double daylightX(double kelvin)
 {
@@ -83,6 +76,13 @@ double kelvinOf(const mlv::WhiteBalance &balance)
 }
 
 } // namespace
+
+bool isUsable(const Neutral &neutral)
+{
+    return std::all_of(neutral.begin(), neutral.end(), [](double value) {
+        return std::isfinite(value) && value >= 0.01 && value <= 100;
+    });
+}
 
 ColourMatrix colourMatrix(const mlv::RawInfo &rawInfo)
 {

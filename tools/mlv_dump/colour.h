@@ -16,6 +16,9 @@ using Neutral = std::array<double, 3>;
 /// primaries of sRGB when the recording has none that can be used.
 [[nodiscard]] ColourMatrix colourMatrix(const mlv::RawInfo &rawInfo);
 
+/// Whether frames can be developed with it.
+[[nodiscard]] bool isUsable(const Neutral &neutral);
+
 /// The neutral of daylight of that colour temperature, limited to 2000 to 25000 K.
 [[nodiscard]] Neutral neutralOfKelvin(double kelvin, const ColourMatrix &matrix);
 

@@ -88,7 +88,7 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
 {
     const auto &frame = m_frames[index];
     auto path = m_job.prefix;
-    path += format("%06u.dng", frame.number);
+    path += format("%06u.dng", frame.number - m_job.firstNumber);
     m_job.sources.requireOther(path);
     output::OutputFile file(path);
     bool damaged = false;

@@ -33,6 +33,7 @@ public:
         std::filesystem::path prefix;
         unsigned threads;               ///< at least 1
         const Repair *repair = nullptr; ///< none: samples stay what the calibration makes of them
+        std::uint32_t firstNumber = 0;  ///< whose file is called 000000
     };
 
     /// `frames` are at least one. What the job refers to and the output outlive the extraction.

@@ -65,10 +65,10 @@ dng::Rational pixelHeight(const mlv::RawCapture &capture, std::uint32_t width, s
 
 FrameTags::FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
                      const ColourMatrix &matrix, const std::string &reelName,
-                     const std::optional<Slate> &slate)
+                     const Choices &choices)
     : m_recording(recording)
     , m_matrix(matrix)
-    , m_slate(slate)
+    , m_choices(choices)
 {
     m_common.setBytes(tag::dngVersion, {1, 4, 0, 0});
     m_common.setBytes(tag::dngBackwardVersion, {1, 1, 0, 0});
@@ -123,9 +123,14 @@ void FrameTags::setLevels(const mlv::FrameFormat &format)
     m_common.setLongs(tag::blackLevel, {static_cast<std::uint32_t>(format.blackLevel)});
     m_common.setLongs(tag::whiteLevel, {static_cast<std::uint32_t>(format.whiteLevel)});
     const std::int32_t denominator = rawInfo.exposureBiasDenominator;
-    if (denominator > 0) {
+    const double recorded =
+        denominator > 0 ? 1.0 * rawInfo.exposureBiasNumerator / denominator : 0;
+    if (m_choices.exposure != 0) {
+        constexpr double most = 100; // of what a hostile recording may say
+        setBias(signedRatio(std::clamp(recorded, -most, most) + m_choices.exposure));
+    } else if (denominator > 0) {
         setBias({rawInfo.exposureBiasNumerator, denominator});
-    } else if (m_slate) {
+    } else if (m_choices.slate) {
         setBias({0, 1});
     }
 }
@@ -169,9 +174,9 @@ void FrameTags::setAreas(const mlv::FrameFormat &format)
 
 void FrameTags::setRate()
 {
-    if (m_slate) {
-        const dng::SRational exact{static_cast<std::int32_t>(m_slate->rate.numerator),
-                                   static_cast<std::int32_t>(m_slate->rate.denominator)};
+    if (m_choices.slate) {
+        const dng::SRational exact{static_cast<std::int32_t>(m_choices.slate->rate.numerator),
+                                   static_cast<std::int32_t>(m_choices.slate->rate.denominator)};
         m_common.setSRationals(tag::frameRate, {&exact, 1});
         return;
     }
@@ -191,7 +196,8 @@ dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block) con
     image.setText(tag::dateTime, dateTime(block.timestamp));
 
     const auto *balance = m_recording.whiteBalance().at(block.timestamp);
-    const auto neutral = asShotNeutral(balance == nullptr ? nullptr : &balance->value, m_matrix);
+    const auto neutral = m_choices.neutral.value_or(
+        asShotNeutral(balance == nullptr ? nullptr : &balance->value, m_matrix));
     const std::array<dng::Rational, 3> ratios{ratio(neutral[0]), ratio(neutral[1]),
                                               ratio(neutral[2])};
     image.setRationals(tag::asShotNeutral, ratios);
@@ -202,8 +208,8 @@ dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block) con
 
 void FrameTags::setTimeCode(dng::Ifd &image, std::uint32_t number) const
 {
-    if (m_slate) {
-        if (const auto bytes = m_slate->timeCode(number)) {
+    if (m_choices.slate) {
+        if (const auto bytes = m_choices.slate->timeCode(number)) {
             image.setBytes(tag::timeCodes, *bytes);
         }
         return;
@@ -221,7 +227,7 @@ dng::Ifd FrameTags::exif(const mlv::DataBlock &block) const
     dng::Ifd exif;
     exif.setUndefined(tag::exifVersion, "0230");
     exif.setText(tag::dateTimeOriginal, dateTime(block.timestamp));
-    if (const auto time = cameraTime(m_recording, block.timestamp); time && m_slate) {
+    if (const auto time = cameraTime(m_recording, block.timestamp); time && m_choices.slate) {
         exif.setText(tag::subSecTimeOriginal, milliseconds(*time));
     }
     if (const auto *entry = m_recording.exposure().at(block.timestamp)) {

@@ -17,13 +17,25 @@ namespace mlvdump {
 class FrameTags
 {
 public:
+    /// What is the same for all frames and isn't recorded.
+    struct Choices
+    {
+        std::optional<Neutral> neutral{}; ///< none: the camera's
+        double exposure = 0;              ///< beside the recorded bias, EV
+        std::optional<Slate> slate{};     ///< of a CinemaDNG clip
+    };
+
     /// `matrix` leads from XYZ to the camera's colours; `reelName` is what the recording is called.
     /// The recording has a RAWI block; it outlives the tags. With a slate the frames are those of a
     /// CinemaDNG clip: its rate and timecodes in place of the recorded rate and of timecodes that
     /// begin at 0, and the fraction of the second.
     FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
-              const ColourMatrix &matrix, const std::string &reelName,
-              const std::optional<Slate> &slate = {});
+              const ColourMatrix &matrix, const std::string &reelName, const Choices &choices);
+    FrameTags(const mlv::Recording &recording, const mlv::FrameFormat &format,
+              const ColourMatrix &matrix, const std::string &reelName)
+        : FrameTags(recording, format, matrix, reelName, Choices{})
+    {
+    }
 
     /// The image directory of the frame of that number from `block`, but for the strip.
     [[nodiscard]] dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block) const;
@@ -42,7 +54,7 @@ private:
 
     const mlv::Recording &m_recording;
     ColourMatrix m_matrix;
-    std::optional<Slate> m_slate;
+    Choices m_choices;
     dng::Ifd m_common; ///< what is the same in all frames
 };
 

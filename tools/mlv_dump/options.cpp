@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <optional>
 
 namespace mlvdump {
@@ -106,6 +107,12 @@ private:
             m_options.white = level(option);
         } else if (option == "--matrix") {
             setMatrix(value(option));
+        } else if (option == "--white-balance") {
+            setBalance(value(option));
+        } else if (option == "--exposure") {
+            setExposure(value(option));
+        } else if (option == "--renumber") {
+            m_options.renumbers = true;
         } else if (option == "--repair-pixels") {
             setPixelRepair(value(option));
         } else if (option == "--repair-columns") {
@@ -163,6 +170,26 @@ private:
             fail("the matrix is neither auto nor recorded");
         }
         m_options.keepsRecordedMatrix = text == "recorded";
+    }
+
+    void setBalance(std::string_view text)
+    {
+        const auto balance = parseBalance(text);
+        if (!balance) {
+            fail("the white balance is neither camera nor auto nor a temperature from 2000 to "
+                 "25000 nor three multipliers R,G,B");
+        }
+        m_options.balance = *balance;
+    }
+
+    void setExposure(std::string_view text)
+    {
+        constexpr double most = 10;
+        const auto exposure = parseNumber<double>(text);
+        if (!exposure || !(std::abs(*exposure) <= most)) {
+            fail("the exposure is not between -10 and 10");
+        }
+        m_options.exposure = *exposure;
     }
 
     /// "./auto" is a map of that name.
@@ -261,6 +288,12 @@ Reads an MLV recording with all its chunks (.MLV, .M00, .M01, ...).
                  samples show that they can't be true
   --matrix recorded|auto
                  the colour matrix; auto: the recorded one, unless it is known to be wrong
+  --white-balance camera|auto|KELVIN|R,G,B
+                 with --dng: what is white; camera: as the camera was set; auto: one white for the
+                 whole recording, found in its frames; KELVIN: daylight of that temperature, 2000 to
+                 25000; R,G,B: what the camera's colours are multiplied by
+  --exposure EV  with --dng: the exposure that frames ask raw converters for
+  --renumber     with --dng: the first frame of -f has number 0
   --repair-pixels auto|MAP|off
                  with --dng: replace pixels that don't measure the scene; auto: those that deviate in
                  all frames, and a map beside the recording; MAP: those of a file of places

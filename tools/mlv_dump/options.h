@@ -3,6 +3,7 @@
 
 #include "mlv_dump/framelevels.h"
 #include "mlv_dump/repairsurvey.h"
+#include "mlv_dump/whitebalance.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -50,6 +51,9 @@ struct Options
     LevelChoice white;
     bool keepsRecordedMatrix = false;
     bool cinemaDng = false; ///< of Frames alone: frames and sound make a clip
+    BalanceChoice balance;
+    double exposure = 0;    ///< that Frames ask for beside the recorded bias, EV
+    bool renumbers = false; ///< Frames are numbered from 0 wherever `range` begins
     RepairChoice repair;    ///< of Frames alone: averages are what the sensor measured
     unsigned threads = 0;   ///< 0: as many as the machine has
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/report.h"
 
+#include "mlv_dump/frameplan.h"
 #include "mlv_dump/reportblocks.h"
 #include "mlv_dump/text.h"
 
@@ -41,6 +42,10 @@ void printReport(const mlv::Recording &recording, Output &output)
         while (const auto block = walk.next()) {
             printBlock(chunk, walk, *block, output);
         }
+    }
+    const auto frames = planFrames(recording.videoFrames(), {}).frames.size();
+    if (frames != recording.videoFrames().size()) {
+        output.line(format("Frames with filled gaps: %zu", frames));
     }
     output.flush();
 }

@@ -112,10 +112,13 @@ public:
             m_options.cinemaDng ? std::optional(slateOf(m_recording, reelName)) : std::nullopt;
         writeSound(m_recording, pictureTime(plan), slate, m_sources, soundPath, m_output);
 
-        const FrameTags tags(m_recording, m_levels.format, matrix(), reelName, slate);
+        const auto colours = matrix();
+        const FrameTags tags(m_recording, m_levels.format, colours, reelName,
+                             {neutral(colours), m_options.exposure, slate});
         const Repair repair = wantedRepair();
-        const Extraction::Job job{m_recording,      m_calibration,          tags,   m_sources,
-                                  m_options.output, threadCount(m_options), &repair};
+        const auto first = m_options.renumbers ? plan.frames.front().number : 0;
+        const Extraction::Job job{m_recording,      m_calibration,          tags,    m_sources,
+                                  m_options.output, threadCount(m_options), &repair, first};
         return Extraction(job, std::move(plan.frames), m_output).run();
     }
 
@@ -167,12 +170,25 @@ private:
         return std::move(found.repair);
     }
 
-    /// Columns are evened out up to the level at which the sensor is full, whatever frames are
-    /// tagged with.
+    /// The white that is chosen for all frames.
+    std::optional<Neutral> neutral(const ColourMatrix &matrix)
+    {
+        const auto balance = frameBalance(m_recording, m_options.balance, m_calibration,
+                                          sensorFormat(), matrix, threadCount(m_options));
+        for (const auto &remark : balance.remarks) {
+            m_output.note(remark);
+        }
+        return balance.neutral;
+    }
+
+    /// Columns are evened out, and white is looked for, up to the level at which the sensor is
+    /// full, whatever frames are tagged with.
     [[nodiscard]] mlv::FrameFormat sensorFormat() const
     {
         auto format = m_levels.format;
-        if (m_options.repair.columns && m_options.white.kind != LevelChoice::Kind::Auto) {
+        const bool looksAtFrames =
+            m_options.repair.columns || m_options.balance.kind == BalanceChoice::Kind::Auto;
+        if (looksAtFrames && m_options.white.kind != LevelChoice::Kind::Auto) {
             const auto survey = surveyLevels(m_recording, threadCount(m_options));
             if (survey && survey->clip && *survey->clip > format.blackLevel) {
                 format.whiteLevel = std::min(format.whiteLevel, *survey->clip);

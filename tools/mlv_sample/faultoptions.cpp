@@ -72,6 +72,9 @@ const std::map<std::string_view, Setter> &faultSetters()
          [](Settings &s, Text t) {
              readNumbers("--recorded-matrix", t, s.recordedMatrix, -100000, 100000);
          }},
+        {"--light", [](Settings &s, Text t) { readNumbers("--light", t, s.light, 0.0, 2.0); }},
+        {"--set-kelvin",
+         [](Settings &s, Text t) { s.setKelvin = number("--set-kelvin", t, 1000, 40000); }},
         {"--later-levels",
          [](Settings &s, Text t) {
              std::tie(s.laterBlack, s.laterWhite) =

@@ -19,6 +19,11 @@ constexpr double chartExposure = 0.55;
 constexpr double flatExposure = 0.5;
 constexpr double lampSeconds = 0.1;
 
+Rgb lit(const Rgb &surface, const Rgb &light)
+{
+    return {surface[0] * light[0], surface[1] * light[1], surface[2] * light[2]};
+}
+
 std::size_t filterAt(int x, int y) // red green / green blue
 {
     return (x & 1 ? 1U : 0U) + (y & 1 ? 1U : 0U);
@@ -89,19 +94,21 @@ float FrameMaker::lightAt(int x, int y, const Moment &moment) const
 {
     static const double whiteGreen = cameraColour({1, 1, 1})[1];
     const std::size_t filter = filterAt(x, y);
+    const auto seen = [&](const Rgb &surface) {
+        return cameraColour(lit(surface, m_settings.light))[filter] / whiteGreen;
+    };
     double light = 0;
     switch (m_settings.subject) {
     case Subject::Chart:
-        light = cameraColour(m_scene.colourAt(x, y, moment))[filter] / whiteGreen * chartExposure;
+        light = seen(m_scene.colourAt(x, y, moment)) * chartExposure;
         break;
     case Subject::Flat:
-        light = cameraNeutral()[filter] * flatExposure;
+        light = seen({1, 1, 1}) * flatExposure;
         break;
     case Subject::Dark:
         break;
     default:
-        light = cameraColour(sceneryColour(m_settings.subject, x, y, moment.frame))[filter] /
-                whiteGreen * chartExposure;
+        light = seen(sceneryColour(m_settings.subject, x, y, moment.frame)) * chartExposure;
     }
     // The person who films closes the aperture as far as a higher sensitivity asks for.
     light *= static_cast<double>(baseIso) / m_settings.iso;

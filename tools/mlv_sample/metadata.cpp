@@ -147,8 +147,17 @@ mlv::Lens lens(int focalLength)
     return lens;
 }
 
-mlv::WhiteBalance whiteBalance()
+mlv::WhiteBalance whiteBalance(const Settings &settings)
 {
+    if (settings.setKelvin != 0) {
+        return {mlv::WhiteBalanceMode::Kelvin,
+                static_cast<std::uint32_t>(settings.setKelvin),
+                0,
+                0,
+                0,
+                0,
+                0};
+    }
     const Rgb neutral = cameraNeutral();
     const auto gain = [&](std::size_t i) {
         return static_cast<std::uint32_t>(std::lround(neutral[i] * 1024));

@@ -19,7 +19,7 @@ mlv::RawCapture rawCapture(const Settings &settings);
 mlv::Identity identity(const Settings &settings);
 mlv::Clock clock();
 mlv::Lens lens(int focalLength); ///< mm
-mlv::WhiteBalance whiteBalance();
+mlv::WhiteBalance whiteBalance(const Settings &settings);
 mlv::WaveInfo waveInfo();
 mlv::DualIso dualIso(const Settings &settings); ///< for settings with a second sensitivity
 std::string versionText();

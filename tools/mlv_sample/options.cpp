@@ -26,6 +26,8 @@ sync can be judged. The same options give the same file.
                        without sound
   --seed N             chooses the noise (1)
   --iso N              sensitivity (100)
+  --light R,G,B        the light's colour in linear sRGB (1,1,1: daylight of 6500 K)
+  --set-kelvin K       the camera is set to that temperature instead of a white card in daylight
   --perfect            a camera without noise, hot pixels and offsets
 
 Two exposures in one recording:

@@ -95,7 +95,7 @@ private:
         put(writer, type::lens, lens(focalLength));
         put(writer, type::clock, clock());
         put(writer, type::identity, identity(m_settings));
-        put(writer, type::whiteBalance, whiteBalance());
+        put(writer, type::whiteBalance, whiteBalance(m_settings));
         if (m_settings.highIso > 0) {
             put(writer, type::dualIso, dualIso(m_settings));
         }

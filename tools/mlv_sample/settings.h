@@ -84,6 +84,7 @@ struct Settings
     Subject subject = Subject::Chart;
     std::uint64_t seed = 1;
     int iso = 100;
+    int setKelvin = 0; ///< the camera's white balance; 0: a white card in daylight
 
     int highIso = 0;       ///< dual ISO: the sensitivity of every other pair of rows; 0: none
     int dualIsoPhase = 0;  ///< the first row of a low pair, 0 to 3
@@ -104,6 +105,7 @@ struct Settings
     int laterWhite = 0;     ///< white level that is noted with it
     std::uint32_t cameraModel = 0x80F10001; ///< the camera's code
     std::array<int, 9> recordedMatrix{};    ///< times 10000; all 0: the true one
+    std::array<double, 3> light{1, 1, 1};   ///< its colour, linear sRGB
     SensorFaults faults;
     Place crop{0, 0};  ///< of the frame's corner in the read-out
     bool pans = false; ///< the frame wanders over the read-out

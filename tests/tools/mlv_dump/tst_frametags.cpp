@@ -77,6 +77,8 @@ private Q_SLOTS:
     void namesAreAsciiWithoutMarks();
     void cameraWithoutANameIsUnknown();
     void exposureBiasIsKept();
+    void chosenExposureIsAddedToTheBias();
+    void chosenWhiteIsThatOfEveryFrame();
     void stretchGivesEvenSides_data();
     void stretchGivesEvenSides();
 
@@ -85,12 +87,13 @@ private:
 
     /// The tags of a frame at a time, in microseconds.
     Tags tagsOf(const RecordingBuilder &builder, std::uint32_t number = 0,
-                std::uint64_t timestamp = 0, const char *reelName = "a") const
+                std::uint64_t timestamp = 0, const char *reelName = "a",
+                const FrameTags::Choices &choices = {}) const
     {
         const mlv::Recording recording(
             builder.write(m_folder.filePath(QStringLiteral("a.MLV"))).toStdString());
         const FrameTags tags(recording, mlv::frameFormat(*recording.rawInfo()),
-                             mlvdump::colourMatrix(*recording.rawInfo()), reelName);
+                             mlvdump::colourMatrix(*recording.rawInfo()), reelName, choices);
         const mlv::DataBlock block{0, timestamp, 0, number, 0};
         return {tags.image(number, block), tags.exif(block)};
     }
@@ -219,6 +222,40 @@ void TestFrameTags::exposureBiasIsKept()
     rawInfo.exposureBiasDenominator = 0; // none
     const auto plain = tagsOf(RecordingBuilder().add(blocktype::rawInfo, rawInfo)).first;
     QVERIFY(!plain.fields().contains(tag::baselineExposure));
+}
+
+void TestFrameTags::chosenExposureIsAddedToTheBias()
+{
+    auto rawInfo = RecordingBuilder::rawInfo();
+    rawInfo.exposureBiasNumerator = -1;
+    rawInfo.exposureBiasDenominator = 2;
+    const FrameTags::Choices brighter{{}, 1.25};
+    const auto biased =
+        tagsOf(RecordingBuilder().add(blocktype::rawInfo, rawInfo), 0, 0, "a", brighter).first;
+    QCOMPARE(value(biased, tag::baselineExposure), encoded<std::int32_t>({7500, 10000}));
+    rawInfo.exposureBiasDenominator = 0; // none
+    const auto plain =
+        tagsOf(RecordingBuilder().add(blocktype::rawInfo, rawInfo), 0, 0, "a", brighter).first;
+    QCOMPARE(value(plain, tag::baselineExposure), encoded<std::int32_t>({12500, 10000}));
+    rawInfo.exposureBiasNumerator = std::numeric_limits<std::int32_t>::max();
+    rawInfo.exposureBiasDenominator = 1;
+    const auto forged =
+        tagsOf(RecordingBuilder().add(blocktype::rawInfo, rawInfo), 0, 0, "a", brighter).first;
+    QCOMPARE(value(forged, tag::baselineExposure), encoded<std::int32_t>({1012500, 10000}));
+}
+
+void TestFrameTags::chosenWhiteIsThatOfEveryFrame()
+{
+    const FrameTags::Choices chosen{mlvdump::Neutral{0.5, 1, 0.25}, 0};
+    const mlv::WhiteBalance custom{mlv::WhiteBalanceMode::Custom, 0, 512, 1024, 2048, 0, 0};
+    const auto builder =
+        RecordingBuilder().addRawInfo().add(blocktype::whiteBalance, custom, 1000000);
+    for (const std::uint64_t time : {0U, 2000000U}) {
+        QCOMPARE(value(tagsOf(builder, 0, time, "a", chosen).first, tag::asShotNeutral),
+                 encoded<std::uint32_t>({500000, 1000000, 1000000, 1000000, 250000, 1000000}));
+    }
+    QCOMPARE(value(tagsOf(builder, 0, 2000000).first, tag::asShotNeutral),
+             encoded<std::uint32_t>({500000, 1000000, 1000000, 1000000, 2000000, 1000000}));
 }
 
 void TestFrameTags::stretchGivesEvenSides_data()

@@ -36,6 +36,7 @@ private Q_SLOTS:
     void uncompressedValuesAreThoseThatFfmpegReads();
     void droppedFrameRepeatsTheOneBefore();
     void rangeIsExtractedUnderItsOwnNumbers();
+    void renumberedRangeBeginsWithZero();
     void rowsThatEndWithinAWordAreReadRight_data();
     void rowsThatEndWithinAWordAreReadRight();
     void validatorFindsNothingToComplainOf_data();
@@ -197,6 +198,22 @@ void TestMlvDumpFrames::rangeIsExtractedUnderItsOwnNumbers()
                               {QStringLiteral("-f"), QStringLiteral("20-30")});
     QCOMPARE(none.status, 1);
     QVERIFY(none.hasLineWith(QStringLiteral("[UNUSABLE] The recording has none of the frames")));
+}
+
+void TestMlvDumpFrames::renumberedRangeBeginsWithZero()
+{
+    const auto bytes = [this](int number) {
+        QFile file(out(dngName(number)));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    };
+    const auto recording = testData(QStringLiteral("recordings/shuffled.MLV"));
+    const QStringList range{QStringLiteral("-f"), QStringLiteral("2-3")};
+    extract(recording, range);
+    const QByteArrayList frames{bytes(2), bytes(3)};
+    QVERIFY(QFile::remove(out(dngName(2))) && QFile::remove(out(dngName(3))));
+    QCOMPARE(extract(recording, range + QStringList{QStringLiteral("--renumber")}).status, 0);
+    QCOMPARE(dngs(), (QStringList{dngName(0), dngName(1)}));
+    QCOMPARE((QByteArrayList{bytes(0), bytes(1)}), frames); // with their own time codes
 }
 
 void TestMlvDumpFrames::rowsThatEndWithinAWordAreReadRight_data()

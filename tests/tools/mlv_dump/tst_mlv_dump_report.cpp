@@ -52,6 +52,7 @@ private Q_SLOTS:
     void settingsThatChangeAreAllPrinted();
     void chunksHaveAHeaderEach();
     void frameCountsAreThoseThatCanBeRead();
+    void framesWithFilledGapsAreCounted();
     void missingBlocksAreMissing();
     void reportEndsWithTheCountOfFrames();
     void textsAreHarmless();
@@ -206,6 +207,18 @@ void TestMlvDumpReport::frameCountsAreThoseThatCanBeRead()
         QCOMPARE(value(run, "File Header (MLVI)", 6), QStringLiteral("2"));
         QCOMPARE(value(run, "File Header (MLVI)", 7), QStringLiteral("1"));
     }
+}
+
+void TestMlvDumpReport::framesWithFilledGapsAreCounted()
+{
+    const QString label = QStringLiteral("Frames with filled gaps: ");
+    const auto gaps =
+        report(write(RecordingBuilder().addRawInfo().addFrame(3, 100).addFrame(7, 100)));
+    QCOMPARE(value(gaps, "File Header (MLVI)", 6), QStringLiteral("2"));
+    QVERIFY(gaps.lines.contains(label + QStringLiteral("5")));
+    const auto none =
+        report(write(RecordingBuilder().addRawInfo().addFrame(3, 100).addFrame(4, 100)));
+    QVERIFY(!none.hasLineWith(label));
 }
 
 void TestMlvDumpReport::missingBlocksAreMissing()

@@ -35,6 +35,7 @@ private Q_SLOTS:
     void rangeOfFrames();
     void levelsAndMatrix();
     void repairOfPixelsAndColumns();
+    void developmentOfTheFrames();
     void wrongArgumentsAreRefused_data();
     void wrongArgumentsAreRefused();
     void refusalKnowsOfFrameRuns();
@@ -150,6 +151,20 @@ void TestOptions::repairOfPixelsAndColumns()
     QVERIFY(off.map.empty());
 }
 
+void TestOptions::developmentOfTheFrames()
+{
+    using Kind = mlvdump::BalanceChoice::Kind;
+    const auto plain = parsed({"--dng", "a.MLV"});
+    QVERIFY(plain.balance.kind == Kind::Camera);
+    QCOMPARE(plain.exposure, 0.0);
+    QVERIFY(!plain.renumbers);
+    const auto chosen = parsed({"--dng", "a.MLV", "--white-balance", "3200", "--exposure", "-0.5",
+                                "-f", "3-7", "--renumber"});
+    QVERIFY(chosen.balance.kind == Kind::Kelvin);
+    QCOMPARE(chosen.exposure, -0.5);
+    QVERIFY(chosen.renumbers);
+}
+
 void TestOptions::wrongArgumentsAreRefused_data()
 {
     QTest::addColumn<QByteArrayList>("arguments");
@@ -165,6 +180,10 @@ void TestOptions::wrongArgumentsAreRefused_data()
     for (const char *level : {"", "-1", "65536", "15e3", "automatic"}) {
         QTest::addRow("white level %s", level) << QByteArrayList{"--white-level", level, "a.MLV"};
     }
+    for (const char *exposure : {"", "bright", "1EV", "11", "-11", "nan"}) {
+        QTest::addRow("exposure %s", exposure) << QByteArrayList{"--exposure", exposure, "a.MLV"};
+    }
+    QTest::newRow("white balance") << QByteArrayList{"--white-balance", "1000", "a.MLV"};
     QTest::newRow("no map") << QByteArrayList{"--repair-pixels", "", "a.MLV"};
     QTest::newRow("matrix") << QByteArrayList{"--matrix", "mine", "a.MLV"};
     for (const char *threads : {"0", "-1", "x", "100000"}) {
