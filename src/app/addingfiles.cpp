@@ -94,13 +94,13 @@ void AppDelegate::queueChanged()
     m_stopped = false;
     const auto recordings = m_projectList->size();
     m_ui->startStopItem->setEnabled(!m_readingData && recordings > 0);
-    QString status = tr("%1 recordings in the queue").arg(recordings);
+    QString status = QStringLiteral("%1 recordings in the queue").arg(recordings);
     if (m_readingData)
-        status = tr("Reading recordings…");
+        status = QStringLiteral("Reading recordings…");
     else if (recordings == 0)
-        status = tr("The queue is empty");
+        status = QStringLiteral("The queue is empty");
     else if (recordings == 1)
-        status = tr("1 recording in the queue");
+        status = QStringLiteral("1 recording in the queue");
     m_ui->statusTextField->setText(status);
 }
 

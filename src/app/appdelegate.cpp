@@ -174,19 +174,21 @@ void AppDelegate::fillRecentMenu()
         connect(action, &QAction::triggered, this, [this, path] { application({path}); });
     }
     m_ui->recentMenu->addSeparator();
-    connect(m_ui->recentMenu->addAction(tr("&Clear")), &QAction::triggered, this, [this] {
-        m_recentDocuments.clear();
-        m_recentDocuments.save();
-        fillRecentMenu();
-    });
+    connect(m_ui->recentMenu->addAction(QStringLiteral("&Clear")), &QAction::triggered, this,
+            [this] {
+                m_recentDocuments.clear();
+                m_recentDocuments.save();
+                fillRecentMenu();
+            });
 }
 
 void AppDelegate::showAbout()
 {
     m_alerts.runAlert(
-        tr("Filmwright %1").arg(QCoreApplication::applicationVersion()),
-        tr("Turns MLV raw video recordings into ordinary movies.\n\nFree software under the "
-           "MIT licence."),
+        QStringLiteral("Filmwright %1").arg(QCoreApplication::applicationVersion()),
+        QStringLiteral(
+            "Turns MLV raw video recordings into ordinary movies.\n\nFree software under the "
+            "MIT licence."),
         QStringLiteral("Ok"));
 }
 
@@ -195,7 +197,7 @@ bool AppDelegate::checkTools(const QStringList &names)
     const QStringList missing = missingTools(names);
     if (missing.isEmpty())
         return true;
-    m_alerts.runAlert(tr("A tool is missing"), missing.join(QLatin1Char('\n')),
+    m_alerts.runAlert(QStringLiteral("A tool is missing"), missing.join(QLatin1Char('\n')),
                       QStringLiteral("Ok"));
     return false;
 }

@@ -119,8 +119,6 @@ public:
     void askUserForDarkVOverwrite(const MlvDumpTask &task);
     void askUserForFlatOverwrite(const MlvDumpTask &task);
     void askUserForFlatDarkVOverwrite(const MlvDumpTask &task);
-    /// "1.50 GB": a size in bytes, in steps of 1000.
-    static QString readableFileSize(double bytes);
     void fieldDeleted(CustomTextField &field) override;
     void showPreprocessingPanel(const QString &text);
     void hidePreprocessingPanel();

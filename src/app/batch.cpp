@@ -27,7 +27,7 @@ QStringList shortened(QStringList lines)
     if (lines.size() <= longest)
         return lines;
     const auto left = lines.size() - longest;
-    return lines.mid(0, longest) << AppDelegate::tr("… and %1 more").arg(left);
+    return lines.mid(0, longest) << QStringLiteral("… and %1 more").arg(left);
 }
 
 /// A movie format or quality of a pop-up: the first item stands for 0, any other for 1.
@@ -270,7 +270,7 @@ void AppDelegate::tellStopped()
         return run->outcome().result == RecordingOutcome::Finished;
     });
     m_ui->statusTextField->setText(
-        tr("Stopped: %1 of %2 movies written").arg(written).arg(m_projectList->size()));
+        QStringLiteral("Stopped: %1 of %2 movies written").arg(written).arg(m_projectList->size()));
 }
 
 void AppDelegate::showStatus()
@@ -299,10 +299,12 @@ void AppDelegate::tellResult()
                                                      problems.constFirst());
     }
     const std::size_t recordings = std::exchange(m_batch, {}).size();
-    QString result =
-        recordings == 1 ? tr("1 movie written") : tr("%1 movies written").arg(recordings);
+    QString result = recordings == 1 ? QStringLiteral("1 movie written")
+                                     : QStringLiteral("%1 movies written").arg(recordings);
     if (!failures.isEmpty()) {
-        result = tr("%1 of %2 recordings have no whole movie").arg(failures.size()).arg(recordings);
+        result = QStringLiteral("%1 of %2 recordings have no whole movie")
+                     .arg(failures.size())
+                     .arg(recordings);
     }
     m_ui->statusTextField->setText(result);
     if (!m_window->isActiveWindow())

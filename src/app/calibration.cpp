@@ -4,7 +4,7 @@
 #include "app/appdelegate.h"
 #include "app/progressindicator.h"
 #include "mlvdump/mlvdumparguments.h"
-#include "runner/fixedtext.h"
+#include "runner/readabletext.h"
 #include "runner/systemlog.h"
 #include "runner/taskwrapper.h"
 #include "runner/temporarydirectory.h"
@@ -122,7 +122,7 @@ void AppDelegate::openFlatDarkField()
 
 void AppDelegate::openCalibration(const CalibrationKind &kind)
 {
-    const QString path = m_panel.recording(tr(kind.panelTitle.data()));
+    const QString path = m_panel.recording(kind.panelTitle);
     if (path.isEmpty() || !checkTools({QStringLiteral("mlv_dump")}))
         return;
     this->*kind.path = path;
@@ -262,24 +262,11 @@ void AppDelegate::askUserForOverwrite(const MlvDumpTask &task, const Calibration
         m_preprocessUi->preprocessTextField->setText(QStringLiteral("Replacing original file."));
         m_preprocessUi->preprocessTextField->repaint();
         if (!replaceFile(recording, average))
-            m_ui->statusTextField->setText(tr("%1 could not be replaced; it is as it was")
-                                               .arg(QFileInfo(recording).fileName()));
+            m_ui->statusTextField->setText(
+                QStringLiteral("%1 could not be replaced; it is as it was")
+                    .arg(QFileInfo(recording).fileName()));
     }
     hidePreprocessingPanel();
-}
-
-QString AppDelegate::readableFileSize(double bytes)
-{
-    static const QStringList units{
-        QStringLiteral("bytes"), QStringLiteral("KB"), QStringLiteral("MB"),
-        QStringLiteral("GB"),    QStringLiteral("TB"), QStringLiteral("PB"),
-        QStringLiteral("EB"),    QStringLiteral("ZB"), QStringLiteral("YB")};
-    qsizetype unit = 0;
-    while (bytes > 1000.0) {
-        bytes /= 1000.0;
-        ++unit;
-    }
-    return QStringLiteral("%1 %2").arg(fixedText(bytes, 2), units.at(unit));
 }
 
 void AppDelegate::fieldDeleted(CustomTextField &field)
@@ -317,7 +304,7 @@ void AppDelegate::checkPreprocessTask()
         return;
     m_alerts.whenNoneIsOpen([this] {
         m_alerts.runAlert(QStringLiteral("Process aborted"),
-                          tr("mlv_dump ended before the calibration was ready."),
+                          QStringLiteral("mlv_dump ended before the calibration was ready."),
                           QStringLiteral("Ok"));
     });
 }

@@ -23,8 +23,8 @@ CustomTextField::CustomTextField(QWidget *parent)
     m_deleteButton->setGeometry(width() - buttonSize - buttonMargin, 5, buttonSize, buttonSize);
     m_deleteButton->setCursor(Qt::ArrowCursor);
     m_deleteButton->setFocusPolicy(Qt::NoFocus); // the Delete key does the same
-    m_deleteButton->setToolTip(tr("Remove"));
-    m_deleteButton->setAccessibleName(tr("Remove"));
+    m_deleteButton->setToolTip(QStringLiteral("Remove"));
+    m_deleteButton->setAccessibleName(QStringLiteral("Remove"));
     m_deleteButton->hide();
     setTextMargins(0, 0, buttonSize + textMargin, 0);
     connect(m_deleteButton, &QToolButton::clicked, this, &CustomTextField::deleteClicked);

@@ -14,7 +14,7 @@ void AppDelegate::chooseMovieFolder(int index)
     if (index == 0) {
         m_movieFolder.clear();
     } else {
-        const QString folder = m_panel.folder(tr("Choose the folder of the movies"));
+        const QString folder = m_panel.folder(QStringLiteral("Choose the folder of the movies"));
         if (!folder.isEmpty())
             m_movieFolder = folder;
     }
@@ -26,8 +26,9 @@ void AppDelegate::showMovieFolder()
 {
     QComboBox &popUp = *m_ui->movieFolderPopUpButton;
     const bool inFolder = !m_movieFolder.isEmpty();
-    popUp.setItemText(1, inFolder ? tr("in %1…").arg(QFileInfo(m_movieFolder).fileName())
-                                  : tr("in folder…"));
+    popUp.setItemText(1, inFolder
+                             ? QStringLiteral("in %1…").arg(QFileInfo(m_movieFolder).fileName())
+                             : QStringLiteral("in folder…"));
     popUp.setToolTip(m_movieFolder);
     popUp.setCurrentIndex(inFolder ? 1 : 0);
 }
@@ -38,7 +39,7 @@ bool AppDelegate::checkMovieFolder()
     const QFileInfo folder(m_movieFolder);
     if (m_movieFolder.isEmpty() || (folder.isDir() && folder.isWritable()))
         return true;
-    m_alerts.runAlert(tr("The folder of the movies can't be written"), m_movieFolder,
+    m_alerts.runAlert(QStringLiteral("The folder of the movies can't be written"), m_movieFolder,
                       QStringLiteral("Ok"));
     return false;
 }
@@ -78,8 +79,8 @@ bool AppDelegate::takeRecipe()
     if (problem.isEmpty())
         m_recipe = file.recipe;
     else
-        m_alerts.runAlert(tr("The recipe %1 can't be used").arg(file.recipe.name), problem,
-                          QStringLiteral("Ok"));
+        m_alerts.runAlert(QStringLiteral("The recipe %1 can't be used").arg(file.recipe.name),
+                          problem, QStringLiteral("Ok"));
     return problem.isEmpty();
 }
 

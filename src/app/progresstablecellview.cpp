@@ -17,7 +17,7 @@ ProgressTableCellView::ProgressTableCellView(QWidget *parent)
     m_mark->hide();
     m_textField->setTextFormat(Qt::PlainText);
     m_textField->setMinimumWidth(1); // a narrow column cuts the text, it doesn't push the bar out
-    m_progressIndicator->setAccessibleName(tr("Progress of the recording"));
+    m_progressIndicator->setAccessibleName(QStringLiteral("Progress of the recording"));
     m_progressIndicator->setFixedHeight(fontMetrics().height() * 2 / 3);
 
     auto *grid = new QGridLayout(this);
@@ -44,9 +44,9 @@ void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure
     const QString description = failed ? failure : notes;
     const int size = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
     m_mark->setPixmap(style()->standardIcon(icon).pixmap(size, size));
-    m_mark->setAccessibleName(failed         ? tr("Failed")
-                              : movieWritten ? tr("Movie written")
-                                             : tr("Note"));
+    m_mark->setAccessibleName(failed         ? QStringLiteral("Failed")
+                              : movieWritten ? QStringLiteral("Movie written")
+                                             : QStringLiteral("Note"));
     m_mark->setAccessibleDescription(description);
     m_mark->setVisible(failed || movieWritten || isNoted);
     setToolTip(description.isEmpty() ? QString()

@@ -60,10 +60,10 @@ QStringList calibrationTexts(const CalibrationChoice &calibration)
         if (!path.isEmpty())
             texts << text.arg(QFileInfo(path).fileName());
     };
-    add(AppDelegate::tr("Dark: %1"), calibration.dark);
-    add(AppDelegate::tr("Flat: %1"), calibration.flat);
+    add(QStringLiteral("Dark: %1"), calibration.dark);
+    add(QStringLiteral("Flat: %1"), calibration.flat);
     if (!calibration.flat.isEmpty())
-        add(AppDelegate::tr("Flat dark: %1"), calibration.flatDark);
+        add(QStringLiteral("Flat dark: %1"), calibration.flatDark);
     return texts;
 }
 
@@ -251,7 +251,8 @@ void AppDelegate::verificationChanged()
     if (m_working)
         return;
     const QString status = m_verifications.statusText();
-    m_ui->statusTextField->setText(status.isEmpty() ? tr("Verification ended") : status);
+    m_ui->statusTextField->setText(status.isEmpty() ? QStringLiteral("Verification ended")
+                                                    : status);
 }
 
 void AppDelegate::showSelected()

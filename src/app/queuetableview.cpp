@@ -164,10 +164,11 @@ void QueueTableView::paintInvitation()
     const QRect middle = viewport()->rect().adjusted(16, 0, -16, 0);
     QRect written;
     painter.drawText(middle, Qt::AlignCenter | Qt::TextWordWrap,
-                     tr("Drop MLV recordings or folders here"), &written);
+                     QStringLiteral("Drop MLV recordings or folders here"), &written);
     painter.setFont(font());
     painter.drawText(middle.adjusted(0, written.bottom() + fontMetrics().lineSpacing() / 2, 0, 0),
-                     Qt::AlignHCenter | Qt::TextWordWrap, tr("or choose them with Open… (Ctrl+O)"));
+                     Qt::AlignHCenter | Qt::TextWordWrap,
+                     QStringLiteral("or choose them with Open… (Ctrl+O)"));
 }
 
 void QueueTableView::showDropHighlight(bool shown)

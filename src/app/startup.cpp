@@ -124,8 +124,9 @@ bool AppDelegate::lockTemporaryDirectory(DirectoryLock &lock)
     if (problem.isEmpty())
         return true;
     systemLog(problem);
-    m_alerts.runAlert(lock.isHeldElsewhere() ? tr("The temporary directory is in use")
-                                             : tr("The temporary directory can't be used"),
+    m_alerts.runAlert(lock.isHeldElsewhere()
+                          ? QStringLiteral("The temporary directory is in use")
+                          : QStringLiteral("The temporary directory can't be used"),
                       problem, QStringLiteral("Ok"));
     return false;
 }
@@ -238,9 +239,10 @@ void AppDelegate::quit()
 {
     if (m_working) {
         const int answer = m_alerts.runAlert(
-            tr("A batch is running"),
-            tr("The recordings that are not finished yet would get no movie. Quit all the same?"),
-            tr("Go on working"), tr("Quit"));
+            QStringLiteral("A batch is running"),
+            QStringLiteral(
+                "The recordings that are not finished yet would get no movie. Quit all the same?"),
+            QStringLiteral("Go on working"), QStringLiteral("Quit"));
         if (answer != 0)
             return;
         if (m_working)

@@ -4,18 +4,11 @@
 #include "encoding/recipearguments.h"
 #include "runner/files.h"
 
-#include <QCoreApplication>
-
 #include <algorithm>
 
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("Recipe", source);
-}
 
 bool hasName(const CapabilityList &records, const QString &name)
 {
@@ -61,7 +54,7 @@ bool Recipe::keepsRgb() const
 
 QString lackOf(const QMap<QString, CapabilityList> &encoders, const Recipe &recipe)
 {
-    const QString lack = text("ffmpeg has no encoder \"%1\"");
+    const QString lack = QStringLiteral("ffmpeg has no encoder \"%1\"");
     if (!hasName(encoders.value(QStringLiteral("video_encoders")), recipe.videoEncoder()))
         return lack.arg(recipe.videoEncoder());
     if (!recipe.sound.isEmpty() &&

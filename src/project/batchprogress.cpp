@@ -1,22 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "project/batchprogress.h"
 
-#include <QCoreApplication>
-#include <QLatin1Char>
+#include "runner/fixedtext.h"
+#include "runner/readabletext.h"
+
 #include <QStringList>
 
 #include <utility>
 
 namespace filmwright {
-
-namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("BatchProgress", source);
-}
-
-} // namespace
 
 BatchProgress::BatchProgress(Clock clock)
     : m_clock(std::move(clock))
@@ -54,25 +46,16 @@ std::optional<TimeEstimate::Seconds> BatchProgress::batchTimeLeft() const
     return sum;
 }
 
-QString timeText(TimeEstimate::Seconds time)
-{
-    const auto seconds = std::chrono::round<std::chrono::seconds>(time).count();
-    const QString minutes = QString::number(seconds / 60 % 60);
-    const QString rest = QStringLiteral(":%1").arg(seconds % 60, 2, 10, QLatin1Char('0'));
-    if (seconds < 3600)
-        return minutes + rest;
-    return QStringLiteral("%1:%2").arg(seconds / 3600).arg(minutes, 2, QLatin1Char('0')) + rest;
-}
-
 QString progressText(const Progress &progress)
 {
-    QStringList parts{text("%1 of %2 frames").arg(progress.framesDone).arg(progress.frames)};
+    QStringList parts{
+        QStringLiteral("%1 of %2 frames").arg(progress.framesDone).arg(progress.frames)};
     if (progress.framesPerSecond > 0)
-        parts << text("%1 frames/s").arg(QString::number(progress.framesPerSecond, 'f', 1));
+        parts << QStringLiteral("%1 frames/s").arg(fixedText(progress.framesPerSecond, 1));
     if (progress.timeLeft)
-        parts << text("%1 left").arg(timeText(*progress.timeLeft));
+        parts << QStringLiteral("%1 left").arg(timeText(*progress.timeLeft));
     if (progress.batchTimeLeft && progress.batchTimeLeft != progress.timeLeft)
-        parts << text("%1 in all").arg(timeText(*progress.batchTimeLeft));
+        parts << QStringLiteral("%1 in all").arg(timeText(*progress.batchTimeLeft));
     return parts.join(QStringLiteral(", "));
 }
 

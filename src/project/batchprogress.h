@@ -58,7 +58,4 @@ private:
 /// are known, that of the batch only where it is another than the recording's.
 QString progressText(const Progress &progress);
 
-/// A time for people: "0:12", "59:03", "1:00:00". Less than a second is "0:00".
-QString timeText(TimeEstimate::Seconds time);
-
 } // namespace filmwright

@@ -45,7 +45,7 @@ void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies
     m_movies = &movies;
     m_refusal = settings.calibration.isReady()
                     ? movies.claim(m_recording, settings)
-                    : tr("the average of its calibration recordings isn't there");
+                    : QStringLiteral("the average of its calibration recordings isn't there");
     m_forMovie = true;
     m_launchAhead = true;
     if (m_phase == Idle)

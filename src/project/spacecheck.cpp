@@ -3,12 +3,11 @@
 
 #include "project/framesize.h"
 #include "project/mlvprojectcontroller.h"
+#include "runner/readabletext.h"
 #include "runner/temporarydirectory.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QLocale>
 #include <QMap>
 
 #include <algorithm>
@@ -42,20 +41,8 @@ double dngBytesOfPixel(int bitsPerSample)
     return (bitsPerSample > 0 ? bitsPerSample : usualBits) / 8.0;
 }
 
-/// What a report makes up may be more than any number of bytes.
-QString text(double bytes)
-{
-    constexpr double most = 9e18;
-    return QLocale::c().formattedDataSize(static_cast<qint64>(std::min(bytes, most)), 1);
-}
-
 /// A tool hardly fails for want of space while more than this is free.
 constexpr double leastSpace = 65536;
-
-QString translated(const char *source)
-{
-    return QCoreApplication::translate("SpaceCheck", source);
-}
 
 /// The temporary directory is made when it is needed; until then its parents tell.
 QString existingFolder(QString path)
@@ -106,9 +93,9 @@ QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)
     const double missing = need.frames - need.there;
     if (missing <= free)
         return {};
-    return translated("its frames need %1, but only %2 are free in the temporary folder %3; "
-                      "make room there or choose another temporary folder")
-        .arg(text(missing), text(free), folder);
+    return QStringLiteral("its frames need %1, but only %2 are free in the temporary folder %3; "
+                          "make room there or choose another temporary folder")
+        .arg(readableFileSize(missing), readableFileSize(free), folder);
 }
 
 QString spaceProblem(const MLVProjectController &project)
@@ -129,13 +116,13 @@ QString withFullDisk(const QString &reason, const MLVProjectController &project)
     const QString movies = QFileInfo(project.moviePath()).absolutePath();
     const bool encoderTells = tellsOfFullDisk(lines.take(QStringLiteral("ffmpeg")));
     if (encoderTells || freeSpace(movies) < leastSpace)
-        return translated("no space left in the movie's folder %1: %2").arg(movies, reason);
+        return QStringLiteral("no space left in the movie's folder %1: %2").arg(movies, reason);
     const bool otherTells =
         tellsOfFullDisk({reason}) ||
         std::any_of(lines.cbegin(), lines.cend(),
                     [](const QStringList &printed) { return tellsOfFullDisk(printed); });
     if (otherTells || isTemporaryDirectoryFull(project)) {
-        return translated("no space left in the temporary folder %1: %2")
+        return QStringLiteral("no space left in the temporary folder %1: %2")
             .arg(temporaryDirectory(), reason);
     }
     return reason;
