@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The window's widgets and what each of its controls does.
 #include "app/appdelegate.h"
+#include "app/filedrop.h"
 #include "app/queuetableview.h"
 #include "app/readablepalette.h"
+#include "app/statusline.h"
 #include "encoding/ffmpegarguments.h"
 #include "mlvdump/mlvdumptask.h"
 #include "runner/notificationcenter.h"
@@ -50,6 +52,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     , m_preprocessPanel(std::make_unique<QDialog>(m_window.get()))
     , m_preprocessUi(std::make_unique<Ui::Preprocessing>())
     , m_memory(*m_window, *m_ui)
+    , m_rowMenu(std::make_unique<QMenu>(m_window.get()))
 {
     registerImages();
     keepTextReadable();
@@ -57,6 +60,8 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_prefUi->setupUi(m_prefWindow.get());
     m_calibrationHelpUi->setupUi(m_calibrationHelpPanel.get());
     m_preprocessUi->setupUi(m_preprocessPanel.get());
+    m_ui->devMenu->menuAction()->setObjectName(QStringLiteral("devMenuItem"));
+    m_rowMenu->setObjectName(QStringLiteral("rowMenu"));
     for (const QString &extension : movieExtensions())
         m_ui->movieFormatPopUpButton->addItem(extension.toUpper());
     fillRecipes();
@@ -65,6 +70,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_memory.restore();
     m_movieFolder = WindowMemory::movieFolder();
     showMovieFolder();
+    describeFormats();
     m_recentDocuments.restore();
     fillRecentMenu();
     updateRecordingMenu();
@@ -80,6 +86,7 @@ AppDelegate::~AppDelegate()
     m_ui->queueTableView->setDataSource(nullptr);
     for (const auto &[project, run] : m_runs)
         run->detach();
+    forgetRemoved();
 }
 
 void AppDelegate::connectWindow()
@@ -97,6 +104,8 @@ void AppDelegate::connectWindow()
             &VerificationQueue::stop);
     connect(&m_verifications, &VerificationQueue::changed, this, &AppDelegate::verificationChanged);
     command(m_ui->removeMenuItem, &AppDelegate::removeSelectedProjects);
+    command(m_ui->removeFinishedMenuItem, &AppDelegate::removeFinishedProjects);
+    command(m_ui->undoRemovalMenuItem, &AppDelegate::undoRemoval);
     // Delete is the table's alone: elsewhere it is pressed for something else.
     m_ui->queueTableView->addAction(m_ui->removeMenuItem);
     m_ui->removeMenuItem->setShortcutContext(Qt::WidgetShortcut);
@@ -111,10 +120,12 @@ void AppDelegate::connectWindow()
     connect(m_ui->mergeNeighboursMenuItem, &QAction::triggered, this, [this](bool checked) {
         for (MLVProjectController *project : selectedProjects())
             project->setDualISO(checked);
+        m_ui->queueTableView->reloadData();
     });
     connect(m_ui->blendRowsMenuItem, &QAction::triggered, this, [this](bool checked) {
         for (MLVProjectController *project : selectedProjects())
             project->setBlendsAlternatingRows(checked);
+        m_ui->queueTableView->reloadData();
     });
 
     connect(m_ui->darkButton, &QPushButton::clicked, this, &AppDelegate::openDark);
@@ -130,22 +141,33 @@ void AppDelegate::connectWindow()
 
     connect(m_ui->movieRecipePopUpButton, &QComboBox::currentIndexChanged, this,
             &AppDelegate::enableFormats);
+    for (const QComboBox *choice : {m_ui->movieFormatPopUpButton, m_ui->movieQualityPopUpButton,
+                                    m_ui->movieRecipePopUpButton}) {
+        connect(choice, &QComboBox::currentIndexChanged, this, &AppDelegate::tellChoice);
+        connect(choice, &QComboBox::currentIndexChanged, this, &AppDelegate::describeFormats);
+    }
     connect(m_ui->movieFolderPopUpButton, &QComboBox::activated, this,
             &AppDelegate::chooseMovieFolder);
     connect(m_prefUi->prefTempFolderPopUpButton, &QComboBox::activated, this,
             &AppDelegate::prefTempFolderPopUpButtonChanged);
+    connect(m_prefWindow.get(), &QDialog::finished, this, &AppDelegate::showStoredFolder);
     connect(m_prefUi->prefTempFolderButton, &QPushButton::clicked, this,
             &AppDelegate::prefTempFolderButtonClicked);
 
     connect(m_ui->queueTableView, &QueueTableView::selectedRowsChanged, this,
             &AppDelegate::updateRecordingMenu);
     connect(m_ui->queueTableView, &QWidget::customContextMenuRequested, this,
-            [this](const QPoint &place) {
-                m_ui->recordingMenu->popup(m_ui->queueTableView->viewport()->mapToGlobal(place));
-            });
+            &AppDelegate::showRowMenu);
+    connect(m_ui->queueTableView, &QTableView::doubleClicked, this,
+            [this](const QModelIndex &cell) { play(movieOf(projectAtRow(cell.row()))); });
     connect(m_ui->recordingMenu, &QMenu::aboutToShow, this, &AppDelegate::updateRecordingMenu);
     connect(&m_statusTimer, &QTimer::timeout, this, &AppDelegate::showStatus);
     m_window->installEventFilter(this);
+    new FileDrop(
+        *m_window, [this](const QList<QUrl> &urls) { return welcomes(urls); },
+        [this](const QList<QUrl> &urls) { return acceptDrop(urls); },
+        [this](bool over) { m_ui->queueTableView->showDropHighlight(over); });
+    takeCalibrationDrops();
 }
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
@@ -154,6 +176,9 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
         event->setAccepted(windowShouldClose());
         if (event->isAccepted())
             windowWillClose();
+        else
+            m_ui->statusTextField->tell(
+                QStringLiteral("The window stays while a batch runs: stop it, or quit"));
         return true;
     }
     if (watched == m_window.get() && event->type() == QEvent::PaletteChange)

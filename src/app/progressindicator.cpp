@@ -57,11 +57,14 @@ void ProgressIndicator::stopAnimation()
     refresh();
 }
 
-/// An empty bar is otherwise drawn in the colour of a table's rows, unseen in a dark theme.
+/// An empty bar is otherwise drawn in the colour of a table's rows, unseen in a dark theme, a full
+/// one in that of the selected rows.
 void ProgressIndicator::initStyleOption(QStyleOptionProgressBar *option) const
 {
     QProgressBar::initStyleOption(option);
     option->palette.setBrush(QPalette::Base, option->palette.window());
+    if (parentWidget() && parentWidget()->backgroundRole() == QPalette::Highlight)
+        option->palette.setBrush(QPalette::Highlight, option->palette.highlightedText());
 }
 
 void ProgressIndicator::refresh()

@@ -12,9 +12,13 @@ ProgressTableCellView::ProgressTableCellView(QWidget *parent)
     : QWidget(parent)
     , m_textField(new QLabel(this))
     , m_mark(new QLabel(this))
+    , m_choices(new QLabel(this))
     , m_progressIndicator(new ProgressIndicator(this))
 {
     m_mark->hide();
+    m_choices->hide();
+    m_choices->setTextFormat(Qt::PlainText);
+    m_choices->setMinimumWidth(1);
     m_textField->setTextFormat(Qt::PlainText);
     m_textField->setMinimumWidth(1); // a narrow column cuts the text, it doesn't push the bar out
     m_progressIndicator->setAccessibleName(QStringLiteral("Progress of the recording"));
@@ -22,13 +26,20 @@ ProgressTableCellView::ProgressTableCellView(QWidget *parent)
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(6, 2, 6, 2);
-    grid->setVerticalSpacing(4);
+    grid->setVerticalSpacing(2);
     grid->setRowStretch(0, 1);
     grid->addWidget(m_mark, 1, 0);
     grid->addWidget(m_textField, 1, 1);
     grid->addWidget(m_progressIndicator, 2, 0, 1, 2);
-    grid->setRowStretch(3, 1);
+    grid->addWidget(m_choices, 3, 0, 1, 2);
+    grid->setRowStretch(4, 1);
     grid->setColumnStretch(1, 1);
+}
+
+void ProgressTableCellView::setChoices(const QStringList &choices)
+{
+    m_choices->setText(choices.join(QStringLiteral(", ")));
+    m_choices->setVisible(!choices.isEmpty());
 }
 
 void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure,

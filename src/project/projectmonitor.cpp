@@ -54,7 +54,7 @@ QStringList shortcomingsOf(const MLVProjectController &project)
         return {};
     QStringList shortcomings = project.warnings();
     if (extracted < project.videoFrames()) {
-        shortcomings << ProjectMonitor::QStringLiteral("only %1 of %2 frames could be read")
+        shortcomings << QStringLiteral("only %1 of %2 frames could be read")
                             .arg(extracted)
                             .arg(project.videoFrames());
     }

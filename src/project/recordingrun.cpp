@@ -3,6 +3,7 @@
 
 #include "project/framesize.h"
 #include "project/movieorigin.h"
+#include "project/moviespace.h"
 #include "project/recordingfiles.h"
 #include "project/spacecheck.h"
 #include "project/worknote.h"
@@ -140,6 +141,12 @@ void RecordingRun::launch()
     if (m_settings.keepsUnfinishedWork)
         claimUnfinishedWork(m_recording, m_settings, m_project.extractionDirectory());
     if (const QString problem = spaceProblem(m_project); !problem.isEmpty()) {
+        endLater(problem);
+        return;
+    }
+    const double movie = movieBytes(m_project.metadata(), m_settings);
+    if (const QString problem = movieSpaceProblem({{m_project.moviePath(), movie}});
+        !problem.isEmpty()) {
         endLater(problem);
         return;
     }

@@ -52,15 +52,6 @@ QString existingFolder(QString path)
     return path;
 }
 
-/// Not by the table of mounts, which a container may not have.
-double freeSpace(const QString &folder)
-{
-    std::error_code error;
-    const std::filesystem::space_info space =
-        std::filesystem::space(QFile::encodeName(existingFolder(folder)).toStdString(), error);
-    return error ? std::numeric_limits<double>::infinity() : static_cast<double>(space.available);
-}
-
 /// The texts of ENOSPC and EDQUOT, which all the tools print as the system has them.
 bool tellsOfFullDisk(const QStringList &lines)
 {
@@ -71,6 +62,15 @@ bool tellsOfFullDisk(const QStringList &lines)
 }
 
 } // namespace
+
+/// Not by the table of mounts, which a container may not have.
+double freeSpace(const QString &folder)
+{
+    std::error_code error;
+    const std::filesystem::space_info space =
+        std::filesystem::space(QFile::encodeName(existingFolder(folder)).toStdString(), error);
+    return error ? std::numeric_limits<double>::infinity() : static_cast<double>(space.available);
+}
 
 SpaceNeed spaceNeed(const MLVProjectController &project)
 {
