@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The window's widgets and what each of its controls does.
 #include "app/appdelegate.h"
+#include "app/detailswindow.h"
 #include "app/filedrop.h"
 #include "app/queuetableview.h"
 #include "app/readablepalette.h"
@@ -53,6 +54,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     , m_preprocessUi(std::make_unique<Ui::Preprocessing>())
     , m_memory(*m_window, *m_ui)
     , m_rowMenu(std::make_unique<QMenu>(m_window.get()))
+    , m_details(std::make_unique<DetailsWindow>(m_window.get()))
 {
     registerImages();
     keepTextReadable();
@@ -99,6 +101,7 @@ void AppDelegate::connectWindow()
     command(m_ui->quitMenuItem, &AppDelegate::quit);
     command(m_ui->playMovieMenuItem, &AppDelegate::playMovie);
     command(m_ui->showMenuItem, &AppDelegate::showSelected);
+    command(m_ui->detailsMenuItem, &AppDelegate::showDetails);
     command(m_ui->verifyMenuItem, &AppDelegate::verifySelected);
     connect(m_ui->stopVerifyingMenuItem, &QAction::triggered, &m_verifications,
             &VerificationQueue::stop);
@@ -159,7 +162,13 @@ void AppDelegate::connectWindow()
     connect(m_ui->queueTableView, &QWidget::customContextMenuRequested, this,
             &AppDelegate::showRowMenu);
     connect(m_ui->queueTableView, &QTableView::doubleClicked, this,
-            [this](const QModelIndex &cell) { play(movieOf(projectAtRow(cell.row()))); });
+            [this](const QModelIndex &cell) {
+                const QString movie = movieOf(projectAtRow(cell.row()));
+                if (movie.isEmpty())
+                    showDetails();
+                else
+                    play(movie);
+            });
     connect(m_ui->recordingMenu, &QMenu::aboutToShow, this, &AppDelegate::updateRecordingMenu);
     connect(&m_statusTimer, &QTimer::timeout, this, &AppDelegate::showStatus);
     m_window->installEventFilter(this);

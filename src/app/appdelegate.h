@@ -38,6 +38,8 @@ class Preprocessing;
 
 namespace filmwright {
 
+class DetailsWindow;
+
 /// The window and everything that a person does with it: the queue, the batch that runs through it,
 /// the calibration recordings, the preferences. Each of these is a source file of its own.
 ///
@@ -243,6 +245,9 @@ private:
     QString movieOf(const MLVProjectController &project) const;
     void playMovie();
     void play(const QString &movie);
+    void showDetails();
+    void updateDetails();
+    QStringList logOf(const MLVProjectController &project) const;
     void showSelected();
     void verifySelected();
     void verificationChanged();
@@ -285,6 +290,7 @@ private:
     DirectoryLock m_directoryLock;
     RecentDocuments m_recentDocuments;
     std::unique_ptr<QMenu> m_rowMenu;
+    std::unique_ptr<DetailsWindow> m_details;
     VerificationQueue m_verifications;
     BatchProgress m_progress;
     SuspendInhibitor m_suspendInhibitor;

@@ -217,6 +217,7 @@ void AppDelegate::controllerUpdated(MLVProjectController &)
 {
     endReadingWhenAllAreRead();
     m_ui->queueTableView->reloadData();
+    updateDetails();
 }
 
 void AppDelegate::endReadingWhenAllAreRead()

@@ -57,13 +57,15 @@ void ProgressIndicator::stopAnimation()
     refresh();
 }
 
-/// An empty bar is otherwise drawn in the colour of a table's rows, unseen in a dark theme, a full
-/// one in that of the selected rows.
+/// An empty bar is otherwise drawn in the colour of a table's rows, unseen in a dark theme, and a
+/// full one in that of a selected row.
 void ProgressIndicator::initStyleOption(QStyleOptionProgressBar *option) const
 {
     QProgressBar::initStyleOption(option);
-    option->palette.setBrush(QPalette::Base, option->palette.window());
-    if (parentWidget() && parentWidget()->backgroundRole() == QPalette::Highlight)
+    const bool selected = parentWidget() && parentWidget()->backgroundRole() == QPalette::Highlight;
+    option->palette.setBrush(QPalette::Base,
+                             selected ? option->palette.highlight() : option->palette.window());
+    if (selected)
         option->palette.setBrush(QPalette::Highlight, option->palette.highlightedText());
 }
 

@@ -31,7 +31,7 @@ ProgressTableCellView::ProgressTableCellView(QWidget *parent)
     grid->addWidget(m_mark, 1, 0);
     grid->addWidget(m_textField, 1, 1);
     grid->addWidget(m_progressIndicator, 2, 0, 1, 2);
-    grid->addWidget(m_choices, 3, 0, 1, 2);
+    grid->addWidget(m_choices, 3, 1);
     grid->setRowStretch(4, 1);
     grid->setColumnStretch(1, 1);
 }

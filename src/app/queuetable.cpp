@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 // What the queue table shows, newest recording first, and what can be done with its rows.
 #include "app/appdelegate.h"
+#include "app/detailswindow.h"
 #include "app/progressindicator.h"
 #include "app/progresstablecellview.h"
 #include "app/queuetableview.h"
 #include "app/showinfindertablecellview.h"
 #include "app/statusline.h"
 #include "desktop/filereveal.h"
+#include "project/recordingfacts.h"
 #include "runner/fixedtext.h"
 #include "ui_mainwindow.h"
 
@@ -241,6 +243,8 @@ void AppDelegate::updateRecordingMenu()
     };
     m_ui->playMovieMenuItem->setEnabled(one && !movieOf(*selected.front()).isEmpty());
     m_ui->showMenuItem->setEnabled(one);
+    m_ui->detailsMenuItem->setEnabled(one);
+    updateDetails();
     m_ui->verifyMenuItem->setEnabled(any && !m_working);
     m_ui->stopVerifyingMenuItem->setEnabled(m_verifications.isRunning());
     m_ui->removeMenuItem->setEnabled(any && !m_working);
@@ -275,6 +279,53 @@ QString AppDelegate::movieOf(const MLVProjectController &project) const
                               ? project.moviePath()
                               : runOf(project).outcome().movie;
     return QFileInfo::exists(movie) ? movie : QString();
+}
+
+void AppDelegate::showDetails()
+{
+    m_details->show(); // before it is filled: what is hidden isn't kept up to date
+    updateDetails();
+    m_details->raise();
+}
+
+/// It follows the selection; without one it stays.
+void AppDelegate::updateDetails()
+{
+    if (!m_details->isVisible())
+        return;
+    const std::vector<MLVProjectController *> selected = selectedProjects();
+    if (selected.size() != 1)
+        return;
+    const MLVProjectController &project = *selected.front();
+    QList<RecordingFact> facts = recordingFacts(project.metadata());
+    const RecordingRun &run = runOf(project);
+    const CheckResult checked = m_verifications.result(project.mlvPath()).value_or(CheckResult());
+    QStringList warnings = run.outcome().problems() + run.outcome().notes + project.warnings() +
+                           project.notes() + checked.sentences();
+    warnings.removeDuplicates();
+    const auto add = [&facts](const QString &name, const QStringList &values) {
+        if (!values.isEmpty())
+            facts << RecordingFact{name, values.join(QLatin1Char('\n'))};
+    };
+    add(QStringLiteral("Chosen"), choicesFor(project));
+    add(QStringLiteral("Calibration"), calibrationTexts(run.settings().calibration));
+    add(QStringLiteral("Warnings"), warnings);
+    add(QStringLiteral("File"), {QDir::toNativeSeparators(project.mlvPath())});
+    m_details->showRecording(QFileInfo(project.mlvPath()).fileName(), facts, logOf(project));
+}
+
+/// The last lines of each tool, each behind the tool's name.
+QStringList AppDelegate::logOf(const MLVProjectController &project) const
+{
+    QMap<QString, QStringList> printed = runOf(project).outcome().toolLines;
+    if (printed.isEmpty())
+        printed = project.lastToolLines();
+    QStringList log;
+    for (auto tool = printed.cbegin(); tool != printed.cend(); ++tool) {
+        for (const QString &line : tool.value())
+            log << QStringLiteral("%1: %2").arg(tool.key(), line);
+    }
+    return log;
 }
 
 /// The commands for rows alone: Start would begin the whole batch.

@@ -3,6 +3,7 @@
 
 #include "app/progressindicator.h"
 #include "app/queuetableview.h"
+#include "app/readablepalette.h"
 #include "app/showinfindertablecellview.h"
 
 #include <QContextMenuEvent>
@@ -112,6 +113,7 @@ private Q_SLOTS:
     void recordingWithoutExposureSaysSo();
     void rowTellsWhatWasChosenForIt();
     void doubleClickPlaysTheMovie();
+    void fullBarOfASelectedRowIsSeen();
 
     void openUrl(const QUrl &url) { m_opened = url; }
 
@@ -644,6 +646,23 @@ void TestQueueTableWindow::rowTellsWhatWasChosenForIt()
     QVERIFY(window.stateView(0)->choices()->isVisible());
     const QString told = window.delegate->toolTipForTableColumn(QStringLiteral("State"), 0);
     QVERIFY2(told.contains(QLatin1String("\nHDR\nDual ISO")), qPrintable(told));
+}
+
+/// The middle of the bar and what is beside the bar differ as text and background do.
+void TestQueueTableWindow::fullBarOfASelectedRowIsSeen()
+{
+    FakeWindow window;
+    window.launch();
+    window.add({a});
+    window.pressStart();
+    window.waitForEnd();
+    window.select(a);
+    QTRY_VERIFY(window.stateView(0));
+    ProgressIndicator &bar = *window.stateView(0)->progressIndicator();
+    QTRY_COMPARE(bar.doubleValue(), bar.maxValue());
+    const QColor middle = bar.grab().toImage().pixelColor(bar.rect().center());
+    QVERIFY2(contrast(middle, window.table()->palette().color(QPalette::Highlight)) > 3,
+             qPrintable(middle.name()));
 }
 
 void TestQueueTableWindow::doubleClickPlaysTheMovie()
