@@ -20,7 +20,7 @@ QString lengthOf(const MlvMetadata &metadata)
 {
     if (metadata.videoFrames == 0)
         return {};
-    const QString frames = QStringLiteral("%1 frames").arg(metadata.videoFrames);
+    QString frames = QStringLiteral("%1 frames").arg(metadata.videoFrames);
     if (!(metadata.fps > 0))
         return frames;
     const std::chrono::duration<double> length(static_cast<double>(metadata.videoFrames) /
