@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// The roads on which recordings come into the queue, and the one on which they leave it.
+// The roads on which recordings come into the queue.
 #include "app/appdelegate.h"
+#include "app/progressindicator.h"
 #include "app/queuetableview.h"
+#include "app/statusline.h"
 #include "project/recordingfiles.h"
 #include "runner/files.h"
 #include "runner/temporarydirectory.h"
@@ -32,19 +34,31 @@ void AppDelegate::addMLVFile(const QString &path)
 {
     if (!isRecordingName(path))
         return;
-    if (std::any_of(m_projectList->cbegin(), m_projectList->cend(),
-                    [&path](const auto &project) { return project->mlvPath() == path; }))
+    if (isQueued(path)) {
+        ++m_duplicates;
         return;
-    m_readingData = true;
-    m_ui->sourceItem->setEnabled(false);
-    m_ui->startStopItem->setEnabled(false);
+    }
     auto project = std::make_unique<MLVProjectController>();
     auto run = std::make_unique<RecordingRun>(*project, path, this);
     connect(run.get(), &RecordingRun::ended, this, [this, ended = run.get()] { runEnded(*ended); });
-    run->read();
+    read(*run);
     m_runs[project.get()] = std::move(run);
     m_projectList->push_back(std::move(project));
     m_recentDocuments.noteNewRecentDocument(path);
+}
+
+bool AppDelegate::isQueued(const QString &path) const
+{
+    return std::any_of(m_projectList->cbegin(), m_projectList->cend(),
+                       [&path](const auto &project) { return project->mlvPath() == path; });
+}
+
+void AppDelegate::read(RecordingRun &run)
+{
+    m_readingData = true;
+    m_ui->sourceItem->setEnabled(false);
+    m_ui->startStopItem->setEnabled(false);
+    run.read();
 }
 
 /// A link that leads back to a folder above is followed like any other; the file system ends that
@@ -68,11 +82,16 @@ void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
 {
     if (!checkTools({QStringLiteral("mlv_dump")}))
         return;
-    if (!m_projectList->empty() &&
-        m_alerts.runAlert(QStringLiteral("Queue not empty"),
-                          QStringLiteral("Add to exisiting queue?"), QStringLiteral("Yes"),
-                          QStringLiteral("Replace"), otherButton) == 0)
+    int answer = 1;
+    if (!m_projectList->empty()) {
+        answer = m_alerts.runAlert(QStringLiteral("Queue not empty"),
+                                   QStringLiteral("Add to exisiting queue?"), QStringLiteral("Yes"),
+                                   QStringLiteral("Replace"), otherButton);
+    }
+    if (answer == 0)
         replaceQueue();
+    const std::size_t before = m_projectList->size();
+    m_duplicates = 0;
     for (const QString &path : paths) {
         if (QFileInfo(path).isDir())
             scanDirectoryForMLVFiles(path);
@@ -82,7 +101,28 @@ void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
     m_recentDocuments.save();
     fillRecentMenu();
     endReadingWhenAllAreRead();
+    m_ui->progressIndicator->setDoubleValue(m_ui->progressIndicator->minValue());
     queueChanged();
+    tellAdded(m_projectList->size() - before, paths, answer < 0);
+}
+
+/// What a person may not expect.
+void AppDelegate::tellAdded(std::size_t added, const QStringList &paths, bool cancelled)
+{
+    StatusLine &line = *m_ui->statusTextField;
+    if (m_duplicates > 0) {
+        line.tell(m_duplicates == 1
+                      ? QStringLiteral("1 recording is in the queue already")
+                      : QStringLiteral("%1 recordings are in the queue already").arg(m_duplicates));
+    } else if (added == 0) {
+        QStringList names;
+        for (const QString &path : paths)
+            names << QFileInfo(path).fileName();
+        line.tell(QStringLiteral("No recordings in %1").arg(names.join(QStringLiteral(", "))));
+    } else if (cancelled) {
+        line.tell(added == 1 ? QStringLiteral("1 recording was added all the same")
+                             : QStringLiteral("%1 recordings were added all the same").arg(added));
+    }
 }
 
 /// The table, the status line and Start tell the truth after every change of the queue.
@@ -94,14 +134,14 @@ void AppDelegate::queueChanged()
     m_stopped = false;
     const auto recordings = m_projectList->size();
     m_ui->startStopItem->setEnabled(!m_readingData && recordings > 0);
-    QString status = tr("%1 recordings in the queue").arg(recordings);
+    QString status = recordings == 1 ? QStringLiteral("1 recording in the queue")
+                                     : QStringLiteral("%1 recordings in the queue").arg(recordings);
+    status += describeStart();
     if (m_readingData)
-        status = tr("Reading recordings…");
+        status = QStringLiteral("Reading recordings…");
     else if (recordings == 0)
-        status = tr("The queue is empty");
-    else if (recordings == 1)
-        status = tr("1 recording in the queue");
-    m_ui->statusTextField->setText(status);
+        status = QStringLiteral("The queue is empty");
+    m_ui->statusTextField->setStatus(status);
 }
 
 void AppDelegate::openFile()
@@ -132,13 +172,22 @@ void AppDelegate::applicationOpenFiles(const QStringList &paths)
 }
 
 /// Whether a batch runs isn't looked at here; the drop tells.
-QueueTableDataSource::DragOperation AppDelegate::validateDrop(const QList<QUrl> &urls) const
+AppDelegate::DragOperation AppDelegate::validateDrop(const QList<QUrl> &urls) const
 {
     const QStringList paths = filePaths(urls);
     const bool all = std::all_of(paths.cbegin(), paths.cend(), [](const QString &path) {
         return isRecordingName(path) || QFileInfo(path).isDir();
     });
     return !paths.isEmpty() && all ? DragOperationCopy : DragOperationNone;
+}
+
+bool AppDelegate::welcomes(const QList<QUrl> &urls)
+{
+    if (validateDrop(urls) == DragOperationCopy)
+        return true;
+    m_ui->statusTextField->tell(
+        QStringLiteral("Only MLV recordings and folders can be dropped here"));
+    return false;
 }
 
 bool AppDelegate::acceptDrop(const QList<QUrl> &urls)
@@ -160,6 +209,8 @@ void AppDelegate::refuseWhileWorking()
 void AppDelegate::replaceQueue()
 {
     discard(*m_projectList);
+    forgetRemoved();
+    updateRecordingMenu();
     m_ui->queueTableView->reloadData();
 }
 
@@ -177,24 +228,6 @@ void AppDelegate::discard(ProjectList &projects)
         project.release()->deleteLater();
     }
     projects.clear();
-}
-
-void AppDelegate::removeSelectedProjects()
-{
-    if (m_working)
-        return;
-    const std::vector<MLVProjectController *> selected = selectedProjects();
-    const auto kept = std::stable_partition(
-        m_projectList->begin(), m_projectList->end(), [&selected](const auto &project) {
-            return std::find(selected.cbegin(), selected.cend(), project.get()) == selected.cend();
-        });
-    ProjectList removed(std::make_move_iterator(kept),
-                        std::make_move_iterator(m_projectList->end()));
-    m_projectList->erase(kept, m_projectList->end());
-    discard(removed);
-    endReadingWhenAllAreRead();
-    queueChanged();
-    tellResult(); // the rest of a batch may have waited for what was removed
 }
 
 } // namespace filmwright

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The window's widgets and what each of its controls does.
 #include "app/appdelegate.h"
+#include "app/detailswindow.h"
 #include "app/developmentdialog.h"
+#include "app/filedrop.h"
 #include "app/queuetableview.h"
 #include "app/readablepalette.h"
+#include "app/statusline.h"
 #include "encoding/ffmpegarguments.h"
 #include "mlvdump/mlvdumptask.h"
 #include "runner/notificationcenter.h"
@@ -52,6 +55,8 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     , m_preprocessUi(std::make_unique<Ui::Preprocessing>())
     , m_developmentDialog(std::make_unique<DevelopmentDialog>(m_window.get()))
     , m_memory(*m_window, *m_ui)
+    , m_rowMenu(std::make_unique<QMenu>(m_window.get()))
+    , m_details(std::make_unique<DetailsWindow>(m_window.get()))
 {
     registerImages();
     keepTextReadable();
@@ -59,6 +64,8 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_prefUi->setupUi(m_prefWindow.get());
     m_calibrationHelpUi->setupUi(m_calibrationHelpPanel.get());
     m_preprocessUi->setupUi(m_preprocessPanel.get());
+    m_ui->devMenu->menuAction()->setObjectName(QStringLiteral("devMenuItem"));
+    m_rowMenu->setObjectName(QStringLiteral("rowMenu"));
     for (const QString &extension : movieExtensions())
         m_ui->movieFormatPopUpButton->addItem(extension.toUpper());
     fillRecipes();
@@ -67,6 +74,7 @@ AppDelegate::AppDelegate(AlertPresenter &alerts, OpenPanel &panel)
     m_memory.restore();
     m_movieFolder = WindowMemory::movieFolder();
     showMovieFolder();
+    describeFormats();
     m_recentDocuments.restore();
     fillRecentMenu();
     updateRecordingMenu();
@@ -82,6 +90,7 @@ AppDelegate::~AppDelegate()
     m_ui->queueTableView->setDataSource(nullptr);
     for (const auto &[project, run] : m_runs)
         run->detach();
+    forgetRemoved();
 }
 
 void AppDelegate::connectWindow()
@@ -94,6 +103,7 @@ void AppDelegate::connectWindow()
     command(m_ui->quitMenuItem, &AppDelegate::quit);
     command(m_ui->playMovieMenuItem, &AppDelegate::playMovie);
     command(m_ui->showMenuItem, &AppDelegate::showSelected);
+    command(m_ui->detailsMenuItem, &AppDelegate::showDetails);
     command(m_ui->verifyMenuItem, &AppDelegate::verifySelected);
     connect(m_ui->stopVerifyingMenuItem, &QAction::triggered, &m_verifications,
             &VerificationQueue::stop);
@@ -101,6 +111,8 @@ void AppDelegate::connectWindow()
     command(m_ui->developmentMenuItem, &AppDelegate::chooseDevelopment);
     connect(m_developmentDialog.get(), &QDialog::accepted, this, &AppDelegate::takeDevelopment);
     command(m_ui->removeMenuItem, &AppDelegate::removeSelectedProjects);
+    command(m_ui->removeFinishedMenuItem, &AppDelegate::removeFinishedProjects);
+    command(m_ui->undoRemovalMenuItem, &AppDelegate::undoRemoval);
     // Delete is the table's alone: elsewhere it is pressed for something else.
     m_ui->queueTableView->addAction(m_ui->removeMenuItem);
     m_ui->removeMenuItem->setShortcutContext(Qt::WidgetShortcut);
@@ -115,10 +127,12 @@ void AppDelegate::connectWindow()
     connect(m_ui->mergeNeighboursMenuItem, &QAction::triggered, this, [this](bool checked) {
         for (MLVProjectController *project : selectedProjects())
             project->setDualISO(checked);
+        m_ui->queueTableView->reloadData();
     });
     connect(m_ui->blendRowsMenuItem, &QAction::triggered, this, [this](bool checked) {
         for (MLVProjectController *project : selectedProjects())
             project->setBlendsAlternatingRows(checked);
+        m_ui->queueTableView->reloadData();
     });
 
     connect(m_ui->darkButton, &QPushButton::clicked, this, &AppDelegate::openDark);
@@ -134,22 +148,39 @@ void AppDelegate::connectWindow()
 
     connect(m_ui->movieRecipePopUpButton, &QComboBox::currentIndexChanged, this,
             &AppDelegate::enableFormats);
+    for (const QComboBox *choice : {m_ui->movieFormatPopUpButton, m_ui->movieQualityPopUpButton,
+                                    m_ui->movieRecipePopUpButton}) {
+        connect(choice, &QComboBox::currentIndexChanged, this, &AppDelegate::tellChoice);
+        connect(choice, &QComboBox::currentIndexChanged, this, &AppDelegate::describeFormats);
+    }
     connect(m_ui->movieFolderPopUpButton, &QComboBox::activated, this,
             &AppDelegate::chooseMovieFolder);
     connect(m_prefUi->prefTempFolderPopUpButton, &QComboBox::activated, this,
             &AppDelegate::prefTempFolderPopUpButtonChanged);
+    connect(m_prefWindow.get(), &QDialog::finished, this, &AppDelegate::showStoredFolder);
     connect(m_prefUi->prefTempFolderButton, &QPushButton::clicked, this,
             &AppDelegate::prefTempFolderButtonClicked);
 
     connect(m_ui->queueTableView, &QueueTableView::selectedRowsChanged, this,
             &AppDelegate::updateRecordingMenu);
     connect(m_ui->queueTableView, &QWidget::customContextMenuRequested, this,
-            [this](const QPoint &place) {
-                m_ui->recordingMenu->popup(m_ui->queueTableView->viewport()->mapToGlobal(place));
+            &AppDelegate::showRowMenu);
+    connect(m_ui->queueTableView, &QTableView::doubleClicked, this,
+            [this](const QModelIndex &cell) {
+                const QString movie = movieOf(projectAtRow(cell.row()));
+                if (movie.isEmpty())
+                    showDetails();
+                else
+                    play(movie);
             });
     connect(m_ui->recordingMenu, &QMenu::aboutToShow, this, &AppDelegate::updateRecordingMenu);
     connect(&m_statusTimer, &QTimer::timeout, this, &AppDelegate::showStatus);
     m_window->installEventFilter(this);
+    new FileDrop(
+        *m_window, [this](const QList<QUrl> &urls) { return welcomes(urls); },
+        [this](const QList<QUrl> &urls) { return acceptDrop(urls); },
+        [this](bool over) { m_ui->queueTableView->showDropHighlight(over); });
+    takeCalibrationDrops();
 }
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
@@ -158,6 +189,9 @@ bool AppDelegate::eventFilter(QObject *watched, QEvent *event)
         event->setAccepted(windowShouldClose());
         if (event->isAccepted())
             windowWillClose();
+        else
+            m_ui->statusTextField->tell(
+                QStringLiteral("The window stays while a batch runs: stop it, or quit"));
         return true;
     }
     if (watched == m_window.get() && event->type() == QEvent::PaletteChange)
@@ -178,19 +212,21 @@ void AppDelegate::fillRecentMenu()
         connect(action, &QAction::triggered, this, [this, path] { application({path}); });
     }
     m_ui->recentMenu->addSeparator();
-    connect(m_ui->recentMenu->addAction(tr("&Clear")), &QAction::triggered, this, [this] {
-        m_recentDocuments.clear();
-        m_recentDocuments.save();
-        fillRecentMenu();
-    });
+    connect(m_ui->recentMenu->addAction(QStringLiteral("&Clear")), &QAction::triggered, this,
+            [this] {
+                m_recentDocuments.clear();
+                m_recentDocuments.save();
+                fillRecentMenu();
+            });
 }
 
 void AppDelegate::showAbout()
 {
     m_alerts.runAlert(
-        tr("Filmwright %1").arg(QCoreApplication::applicationVersion()),
-        tr("Turns MLV raw video recordings into ordinary movies.\n\nFree software under the "
-           "MIT licence."),
+        QStringLiteral("Filmwright %1").arg(QCoreApplication::applicationVersion()),
+        QStringLiteral(
+            "Turns MLV raw video recordings into ordinary movies.\n\nFree software under the "
+            "MIT licence."),
         QStringLiteral("Ok"));
 }
 
@@ -199,7 +235,7 @@ bool AppDelegate::checkTools(const QStringList &names)
     const QStringList missing = missingTools(names);
     if (missing.isEmpty())
         return true;
-    m_alerts.runAlert(tr("A tool is missing"), missing.join(QLatin1Char('\n')),
+    m_alerts.runAlert(QStringLiteral("A tool is missing"), missing.join(QLatin1Char('\n')),
                       QStringLiteral("Ok"));
     return false;
 }

@@ -11,18 +11,22 @@
 #include "desktop/suspendinhibitor.h"
 #include "mlvdump/mlvdumptask.h"
 #include "project/batchprogress.h"
+#include "project/moviespace.h"
 #include "project/recordingrun.h"
 #include "runner/directorylock.h"
 
 #include <QDialog>
+#include <QList>
 #include <QMainWindow>
 #include <QTimer>
+#include <QUrl>
 
 #include <map>
 #include <memory>
 #include <vector>
 
 class QLabel;
+class QMenu;
 class SLPipeline;
 
 namespace Ui {
@@ -34,6 +38,7 @@ class Preprocessing;
 
 namespace filmwright {
 
+class DetailsWindow;
 class DevelopmentDialog;
 
 /// The window and everything that a person does with it: the queue, the batch that runs through it,
@@ -104,10 +109,19 @@ public:
     /// Files handed over by the desktop or the command line; also before the launch has finished.
     void application(const QStringList &openFiles);
     void applicationOpenFiles(const QStringList &paths);
-    DragOperation validateDrop(const QList<QUrl> &urls) const override;
-    bool acceptDrop(const QList<QUrl> &urls) override;
-    /// Takes the selected recordings out of the queue; not during a batch.
+    /// What a drag over the window may do.
+    enum DragOperation : unsigned { DragOperationNone = 0, DragOperationCopy = 1 };
+    DragOperation validateDrop(const QList<QUrl> &urls) const;
+    /// False when the drop is refused.
+    bool acceptDrop(const QList<QUrl> &urls);
+
+    // Removing recordings (removing.cpp); not during a batch
+
     void removeSelectedProjects();
+    /// Those whose movies are written.
+    void removeFinishedProjects();
+    /// Puts those that were removed last back at their places.
+    void undoRemoval();
 
     // Calibration recordings (calibration.cpp)
 
@@ -121,8 +135,6 @@ public:
     void askUserForDarkVOverwrite(const MlvDumpTask &task);
     void askUserForFlatOverwrite(const MlvDumpTask &task);
     void askUserForFlatDarkVOverwrite(const MlvDumpTask &task);
-    /// "1.50 GB": a size in bytes, in steps of 1000.
-    static QString readableFileSize(double bytes);
     void fieldDeleted(CustomTextField &field) override;
     void showPreprocessingPanel(const QString &text);
     void hidePreprocessingPanel();
@@ -147,12 +159,20 @@ public:
 
 private:
     using ProjectList = std::vector<std::unique_ptr<MLVProjectController>>;
+    struct RemovedRecording
+    {
+        std::size_t place; // in the list before the removal
+        std::unique_ptr<MLVProjectController> project;
+        std::unique_ptr<RecordingRun> run;
+    };
     struct CalibrationKind;
 
     void connectWindow();
     void restoreWorkers();
     void restoreTemporaryFolder();
     void tellUnusableTemporaryFolder();
+    void tellTemporaryDirectory();
+    void showStoredFolder();
     bool lockTemporaryDirectory(DirectoryLock &lock);
     void removeWork(const QString &directory);
     void showDeveloperMenu();
@@ -163,8 +183,13 @@ private:
     void showMovieFolder();
     bool checkMovieFolder();
     void fillRecipes();
+    void describeFormats();
     bool takeRecipe();
     void enableFormats();
+    std::optional<Recipe> chosenRecipe() const;
+    std::vector<MovieRoom> upcomingMovies() const;
+    QString describeStart();
+    void tellChoice();
 
     bool checkTools(const QStringList &names);
 
@@ -179,17 +204,30 @@ private:
     void tellStopped();
     void tellResult();
     void showStatus();
+    void showPart(std::optional<double> part);
+    QString recordingWithError(const QString &error) const;
 
     void addFiles(const QStringList &paths, const QString &otherButton);
     void refuseWhileWorking();
+    void tellAdded(std::size_t added, const QStringList &paths, bool cancelled);
+    bool welcomes(const QList<QUrl> &urls);
+    bool isQueued(const QString &path) const;
+    void read(RecordingRun &run);
     void replaceQueue();
     void queueChanged();
     void discard(ProjectList &projects);
+
+    std::vector<MLVProjectController *> finishedProjects() const;
+    void remove(const std::vector<MLVProjectController *> &projects);
+    void select(const std::vector<MLVProjectController *> &projects);
+    void forgetRemoved();
 
     static const CalibrationKind darkKind;
     static const CalibrationKind flatKind;
     static const CalibrationKind flatDarkKind;
     void openCalibration(const CalibrationKind &kind);
+    void takeCalibration(const CalibrationKind &kind, const QString &path);
+    void takeCalibrationDrops();
     void averagingFinished(MlvDumpTask &task, const CalibrationKind &kind);
     void substractWhenComplete();
     void launchAfterCalibration();
@@ -199,13 +237,20 @@ private:
     void cancelPreprocessing();
 
     MLVProjectController &projectAtRow(int row) const;
+    int rowOf(std::size_t place) const;
     const RecordingRun &runOf(const MLVProjectController &project) const;
     QString stateText(const MLVProjectController &project) const;
     std::vector<MLVProjectController *> selectedProjects() const;
     void updateRecordingMenu();
     void chooseDevelopment();
     void takeDevelopment();
+    void showRowMenu(const QPoint &place);
+    QString movieOf(const MLVProjectController &project) const;
     void playMovie();
+    void play(const QString &movie);
+    void showDetails();
+    void updateDetails();
+    QStringList logOf(const MLVProjectController &project) const;
     void showSelected();
     void verifySelected();
     void verificationChanged();
@@ -237,15 +282,19 @@ private:
 
     const CalibrationKind *m_lastCalibration = nullptr; // the one that was chosen last
     std::map<const MLVProjectController *, std::unique_ptr<RecordingRun>> m_runs;
+    std::vector<RemovedRecording> m_removed;   // last, for an undo
     std::vector<const RecordingRun *> m_batch; // those launched, the running one last
     BatchMovies m_batchMovies;
     std::optional<Recipe> m_recipe; // of the batch
     QString m_movieFolder;          // empty: beside the recordings
     int m_batchNumber = 0;
+    qsizetype m_duplicates = 0;         // of the last adding
     bool m_stopped = false;             // the last batch was
     bool m_waitsForCalibration = false; // the next recording of the batch
     DirectoryLock m_directoryLock;
     RecentDocuments m_recentDocuments;
+    std::unique_ptr<QMenu> m_rowMenu;
+    std::unique_ptr<DetailsWindow> m_details;
     VerificationQueue m_verifications;
     BatchProgress m_progress;
     SuspendInhibitor m_suspendInhibitor;

@@ -2,10 +2,14 @@
 // The batch: every recording of the queue, one after the other, in the order of the list.
 #include "app/appdelegate.h"
 #include "app/imageview.h"
+#include "app/plaintext.h"
 #include "app/progressindicator.h"
 #include "app/queuetableview.h"
+#include "app/statusline.h"
 #include "desktop/desktopnotification.h"
 #include "desktop/displaysleep.h"
+#include "desktop/launcherprogress.h"
+#include "runner/readabletext.h"
 #include "runner/systemlog.h"
 #include "sluice/slpipeline.h"
 #include "ui_mainwindow.h"
@@ -19,16 +23,6 @@
 namespace filmwright {
 
 namespace {
-
-/// As many lines as an alert has room for on any screen; the rows of the queue have them all.
-QStringList shortened(QStringList lines)
-{
-    constexpr qsizetype longest = 15;
-    if (lines.size() <= longest)
-        return lines;
-    const auto left = lines.size() - longest;
-    return lines.mid(0, longest) << AppDelegate::tr("… and %1 more").arg(left);
-}
 
 /// A movie format or quality of a pop-up: the first item stands for 0, any other for 1.
 qint32 selectedValue(const QComboBox &popUp)
@@ -100,6 +94,7 @@ void AppDelegate::stopBatch()
     m_ui->progressIndicator->stopAnimation();
     m_statusTimer.stop();
     m_progress.setProject(nullptr);
+    showPart(std::nullopt);
     updateRecordingMenu();
     tellStopped();
 }
@@ -150,14 +145,22 @@ void AppDelegate::launch(MLVProjectController &controller)
     m_batch.push_back(&run);
     watchProgress(controller);
     run.start(settingsFor(controller), m_batchMovies);
+    m_ui->queueTableView->scrollTo(
+        m_ui->queueTableView->model()->index(rowOf(m_batch.size() - 1), 0));
     showStatus();
 }
 
 void AppDelegate::watchProgress(const MLVProjectController &controller)
 {
     std::vector<RecordingWork> upcoming;
-    for (auto project = m_projectList->size(); project > m_batch.size(); --project)
-        upcoming.push_back(workOf(*m_projectList->at(project - 1)));
+    for (auto place = m_projectList->size(); place > m_batch.size(); --place) {
+        const MLVProjectController &project = *m_projectList->at(place - 1);
+        // One that is broken takes no time, and nothing is known of it.
+        const bool broken =
+            !project.unusableReason().isEmpty() || !runOf(project).outcome().failure.isEmpty();
+        if (project.videoFrames() > 0 || !broken)
+            upcoming.push_back(workOf(project));
+    }
     m_progress.setProject(&controller);
     m_progress.setUpcoming(std::move(upcoming));
 }
@@ -171,6 +174,7 @@ void AppDelegate::endBatch()
     allowSleep();
     m_statusTimer.stop();
     m_progress.setProject(nullptr);
+    showPart(std::nullopt);
     updateRecordingMenu();
     m_ui->queueTableView->reloadData();
     tellResult();
@@ -215,6 +219,7 @@ void AppDelegate::controllerUpdated(MLVProjectController &)
 {
     endReadingWhenAllAreRead();
     m_ui->queueTableView->reloadData();
+    updateDetails();
 }
 
 void AppDelegate::endReadingWhenAllAreRead()
@@ -245,6 +250,12 @@ void AppDelegate::controllerWorkFinished(MLVProjectController &)
 /// time of the answer there may be another.
 void AppDelegate::controllerWorkError(const QString &error)
 {
+    if (const QString name = recordingWithError(error); !name.isEmpty()) {
+        const QString sentence = QStringLiteral("%1: %2").arg(name, reasonOf(error));
+        m_ui->statusTextField->tell(sentence);
+        if (m_working && !m_window->isActiveWindow())
+            showDesktopNotification(QStringLiteral("The batch stops"), sentence);
+    }
     m_alerts.whenNoneIsOpen([this, error, batch = m_batchNumber, working = m_working] {
         m_alerts.runAlert(QStringLiteral("Process aborted"), withoutDirectives(error),
                           QStringLiteral("Ok"));
@@ -253,11 +264,23 @@ void AppDelegate::controllerWorkError(const QString &error)
     });
 }
 
+/// The alert doesn't name it: its text is the tool's, which prints no paths.
+QString AppDelegate::recordingWithError(const QString &error) const
+{
+    const auto found =
+        std::find_if(m_runs.cbegin(), m_runs.cend(), [reason = reasonOf(error)](const auto &run) {
+            return run.second->isPending() && run.second->outcome().failure.reason == reason;
+        });
+    return found == m_runs.cend() ? QString()
+                                  : QFileInfo(found->second->outcome().recording).fileName();
+}
+
 /// A recording that ended without its movie costs only itself. After an error line the batch waits
 /// for the person's answer.
 void AppDelegate::runEnded(const RecordingRun &run)
 {
     m_ui->queueTableView->reloadData();
+    updateRecordingMenu();
     if (m_stopped)
         tellStopped();
     else if (!m_working)
@@ -271,8 +294,8 @@ void AppDelegate::tellStopped()
     const auto written = std::count_if(m_batch.cbegin(), m_batch.cend(), [](const auto *run) {
         return run->outcome().result == RecordingOutcome::Finished;
     });
-    m_ui->statusTextField->setText(
-        tr("Stopped: %1 of %2 movies written").arg(written).arg(m_projectList->size()));
+    m_ui->statusTextField->setStatus(
+        QStringLiteral("Stopped: %1 of %2 movies written").arg(written).arg(m_projectList->size()));
 }
 
 void AppDelegate::showStatus()
@@ -280,11 +303,26 @@ void AppDelegate::showStatus()
     if (m_batch.empty())
         return;
     const Progress progress = m_progress.update();
-    QString status = QStringLiteral("%1: %2").arg(
-        QFileInfo(m_batch.back()->outcome().recording).fileName(), stageName(progress.stage));
+    QString status =
+        QStringLiteral("%1 of %2, %3: %4")
+            .arg(QString::number(m_batch.size()), QString::number(m_projectList->size()),
+                 percentText(progress.part, 1), stageName(progress.stage));
     if (progress.frames > 0)
         status += QStringLiteral(", ") + progressText(progress);
-    m_ui->statusTextField->setText(status);
+    m_ui->statusTextField->setStatus(status,
+                                     QFileInfo(m_batch.back()->outcome().recording).fileName());
+    showPart(progress.part);
+}
+
+/// Where a window that isn't looked at can be seen all the same; without a value no batch runs.
+void AppDelegate::showPart(std::optional<double> part)
+{
+    const QString name = QStringLiteral("Filmwright");
+    const QString title = part ? QStringLiteral("%1 – %2").arg(percentText(*part, 1), name) : name;
+    if (title == m_window->windowTitle())
+        return;
+    m_window->setWindowTitle(title);
+    showLauncherProgress(part);
 }
 
 /// At the end of a batch, once the last word on each of its recordings is spoken.
@@ -301,12 +339,14 @@ void AppDelegate::tellResult()
                                                      problems.constFirst());
     }
     const std::size_t recordings = std::exchange(m_batch, {}).size();
-    QString result =
-        recordings == 1 ? tr("1 movie written") : tr("%1 movies written").arg(recordings);
+    QString result = recordings == 1 ? QStringLiteral("1 movie written")
+                                     : QStringLiteral("%1 movies written").arg(recordings);
     if (!failures.isEmpty()) {
-        result = tr("%1 of %2 recordings have no whole movie").arg(failures.size()).arg(recordings);
+        result = QStringLiteral("%1 of %2 recordings have no whole movie")
+                     .arg(failures.size())
+                     .arg(recordings);
     }
-    m_ui->statusTextField->setText(result);
+    m_ui->statusTextField->setStatus(result);
     if (!m_window->isActiveWindow())
         showDesktopNotification(QStringLiteral("Filmwright"), result);
     if (!failures.isEmpty()) {

@@ -2,9 +2,12 @@
 // The three calibration recordings, their averages in the temporary directory, and the offer to
 // put an average in the place of its recording.
 #include "app/appdelegate.h"
+#include "app/filedrop.h"
 #include "app/progressindicator.h"
+#include "app/statusline.h"
 #include "mlvdump/mlvdumparguments.h"
-#include "runner/fixedtext.h"
+#include "project/recordingfiles.h"
+#include "runner/readabletext.h"
 #include "runner/systemlog.h"
 #include "runner/taskwrapper.h"
 #include "runner/temporarydirectory.h"
@@ -122,8 +125,14 @@ void AppDelegate::openFlatDarkField()
 
 void AppDelegate::openCalibration(const CalibrationKind &kind)
 {
-    const QString path = m_panel.recording(tr(kind.panelTitle.data()));
-    if (path.isEmpty() || !checkTools({QStringLiteral("mlv_dump")}))
+    const QString path = m_panel.recording(kind.panelTitle);
+    if (!path.isEmpty())
+        takeCalibration(kind, path);
+}
+
+void AppDelegate::takeCalibration(const CalibrationKind &kind, const QString &path)
+{
+    if (!checkTools({QStringLiteral("mlv_dump")}))
         return;
     this->*kind.path = path;
     (m_ui.get()->*kind.field)->setStringValue(QFileInfo(path).fileName());
@@ -136,11 +145,28 @@ void AppDelegate::openCalibration(const CalibrationKind &kind)
     (task.get()->*kind.average)();
 }
 
+/// One recording, dropped on the field that is to have it.
+void AppDelegate::takeCalibrationDrops()
+{
+    for (const CalibrationKind *kind : {&darkKind, &flatKind, &flatDarkKind}) {
+        const auto isRecording = [](const QList<QUrl> &urls) {
+            return urls.size() == 1 && isRecordingName(urls.constFirst().toLocalFile()) &&
+                   !QFileInfo(urls.constFirst().toLocalFile()).isDir();
+        };
+        new FileDrop(*(m_ui.get()->*kind->field), isRecording,
+                     [this, kind](const QList<QUrl> &urls) {
+                         takeCalibration(*kind, urls.constFirst().toLocalFile());
+                         return true;
+                     });
+    }
+}
+
 void AppDelegate::showPreprocessingPanel(const QString &text)
 {
     m_preprocessUi->preprocessProgress->setIndeterminate(true);
     m_preprocessUi->preprocessProgress->startAnimation();
     m_preprocessUi->preprocessTextField->setText(text);
+    m_preprocessUi->preprocessButtons->show();
     m_preprocessPanel->open();
 }
 
@@ -194,6 +220,7 @@ void AppDelegate::averagingFinished(MlvDumpTask &task, const CalibrationKind &ki
         hidePreprocessingPanel();
     } else if (task.videoFrames() >= 2) {
         m_preprocessUi->preprocessProgress->stopAnimation();
+        m_preprocessUi->preprocessButtons->hide(); // too late: a question lies on the sheet
         QTimer::singleShot(pauseBeforeQuestion, this, [this, finished, &kind] {
             m_alerts.whenNoneIsOpen(
                 [this, finished, &kind] { askUserForOverwrite(*finished, kind); });
@@ -262,24 +289,10 @@ void AppDelegate::askUserForOverwrite(const MlvDumpTask &task, const Calibration
         m_preprocessUi->preprocessTextField->setText(QStringLiteral("Replacing original file."));
         m_preprocessUi->preprocessTextField->repaint();
         if (!replaceFile(recording, average))
-            m_ui->statusTextField->setText(tr("%1 could not be replaced; it is as it was")
-                                               .arg(QFileInfo(recording).fileName()));
+            m_ui->statusTextField->tell(QStringLiteral("%1 could not be replaced; it is as it was")
+                                            .arg(QFileInfo(recording).fileName()));
     }
     hidePreprocessingPanel();
-}
-
-QString AppDelegate::readableFileSize(double bytes)
-{
-    static const QStringList units{
-        QStringLiteral("bytes"), QStringLiteral("KB"), QStringLiteral("MB"),
-        QStringLiteral("GB"),    QStringLiteral("TB"), QStringLiteral("PB"),
-        QStringLiteral("EB"),    QStringLiteral("ZB"), QStringLiteral("YB")};
-    qsizetype unit = 0;
-    while (bytes > 1000.0) {
-        bytes /= 1000.0;
-        ++unit;
-    }
-    return QStringLiteral("%1 %2").arg(fixedText(bytes, 2), units.at(unit));
 }
 
 void AppDelegate::fieldDeleted(CustomTextField &field)
@@ -317,7 +330,7 @@ void AppDelegate::checkPreprocessTask()
         return;
     m_alerts.whenNoneIsOpen([this] {
         m_alerts.runAlert(QStringLiteral("Process aborted"),
-                          tr("mlv_dump ended before the calibration was ready."),
+                          QStringLiteral("mlv_dump ended before the calibration was ready."),
                           QStringLiteral("Ok"));
     });
 }

@@ -3,11 +3,14 @@
 
 #include <QKeyEvent>
 
+#include <algorithm>
+
 namespace filmwright {
 
 namespace {
 
 constexpr int buttonSize = 14;
+constexpr int buttonTop = 5;    // at least, above the button
 constexpr int buttonMargin = 2; // right of the button
 constexpr int textMargin = 4;   // between the text and the button
 
@@ -20,11 +23,12 @@ CustomTextField::CustomTextField(QWidget *parent)
     m_deleteButton->setIcon(QIcon(QStringLiteral(":/images/Delete.png")));
     m_deleteButton->setIconSize({buttonSize, buttonSize});
     m_deleteButton->setAutoRaise(true);
-    m_deleteButton->setGeometry(width() - buttonSize - buttonMargin, 5, buttonSize, buttonSize);
+    m_deleteButton->setGeometry(width() - buttonSize - buttonMargin, buttonTop, buttonSize,
+                                buttonSize);
     m_deleteButton->setCursor(Qt::ArrowCursor);
     m_deleteButton->setFocusPolicy(Qt::NoFocus); // the Delete key does the same
-    m_deleteButton->setToolTip(tr("Remove"));
-    m_deleteButton->setAccessibleName(tr("Remove"));
+    m_deleteButton->setToolTip(QStringLiteral("Remove"));
+    m_deleteButton->setAccessibleName(QStringLiteral("Remove"));
     m_deleteButton->hide();
     setTextMargins(0, 0, buttonSize + textMargin, 0);
     connect(m_deleteButton, &QToolButton::clicked, this, &CustomTextField::deleteClicked);
@@ -42,7 +46,8 @@ void CustomTextField::deleteClicked()
 void CustomTextField::resizeEvent(QResizeEvent *event)
 {
     QLineEdit::resizeEvent(event);
-    m_deleteButton->move(width() - buttonSize - buttonMargin, (height() - buttonSize) / 2);
+    m_deleteButton->move(width() - buttonSize - buttonMargin,
+                         std::max(buttonTop, (height() - buttonSize) / 2));
 }
 
 /// A field that isn't typed into is emptied as a whole.

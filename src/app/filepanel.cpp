@@ -3,7 +3,6 @@
 
 #include "runner/userdefaults.h"
 
-#include <QCoreApplication>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -13,11 +12,6 @@ namespace filmwright {
 namespace {
 
 const QString lastFolderKey = QStringLiteral("LastFolder");
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("FilePanel", source);
-}
 
 QString lastFolder()
 {
@@ -29,7 +23,7 @@ QString lastFolder()
 
 QString recordingFilter()
 {
-    return text("MLV recordings (*.mlv *.MLV *.Mlv)");
+    return QStringLiteral("MLV recordings (*.mlv *.MLV *.Mlv)");
 }
 
 /// Chooses files and folders in one go: the platform's dialogs choose one kind, and Qt's own enters
@@ -61,7 +55,7 @@ QString chosenIn(QFileDialog &dialog)
 
 QStringList FilePanel::recordingsAndFolders()
 {
-    MixedDialog dialog(m_window, text("Open recordings and folders"), lastFolder(),
+    MixedDialog dialog(m_window, QStringLiteral("Open recordings and folders"), lastFolder(),
                        recordingFilter());
     dialog.setOption(QFileDialog::DontUseNativeDialog);
     dialog.setFileMode(QFileDialog::ExistingFiles);

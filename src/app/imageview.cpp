@@ -8,7 +8,7 @@ namespace filmwright {
 ImageView::ImageView(QWidget *parent)
     : QWidget(parent)
 {
-    setAccessibleName(tr("Preview"));
+    setAccessibleName(QStringLiteral("Preview"));
     setMinimumSize(160, 90);
 }
 
@@ -39,7 +39,7 @@ void ImageView::paintEvent(QPaintEvent *)
     if (m_image.isNull()) {
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap,
-                         tr("Frames appear here while they are converted"));
+                         QStringLiteral("Frames appear here while they are converted"));
         return;
     }
     const QPixmap pixmap = scaledImage();

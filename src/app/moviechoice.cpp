@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // What the movies of the next batch are to be, and where they go.
 #include "app/appdelegate.h"
+#include "app/plaintext.h"
 #include "encoding/recipes.h"
+#include "runner/readabletext.h"
 #include "ui_mainwindow.h"
 
 #include <QFileInfo>
@@ -14,20 +16,22 @@ void AppDelegate::chooseMovieFolder(int index)
     if (index == 0) {
         m_movieFolder.clear();
     } else {
-        const QString folder = m_panel.folder(tr("Choose the folder of the movies"));
+        const QString folder = m_panel.folder(QStringLiteral("Choose the folder of the movies"));
         if (!folder.isEmpty())
             m_movieFolder = folder;
     }
     WindowMemory::setMovieFolder(m_movieFolder);
     showMovieFolder();
+    tellChoice();
 }
 
 void AppDelegate::showMovieFolder()
 {
     QComboBox &popUp = *m_ui->movieFolderPopUpButton;
     const bool inFolder = !m_movieFolder.isEmpty();
-    popUp.setItemText(1, inFolder ? tr("in %1…").arg(QFileInfo(m_movieFolder).fileName())
-                                  : tr("in folder…"));
+    popUp.setItemText(1, inFolder
+                             ? QStringLiteral("in %1…").arg(QFileInfo(m_movieFolder).fileName())
+                             : QStringLiteral("in folder…"));
     popUp.setToolTip(m_movieFolder);
     popUp.setCurrentIndex(inFolder ? 1 : 0);
 }
@@ -38,7 +42,7 @@ bool AppDelegate::checkMovieFolder()
     const QFileInfo folder(m_movieFolder);
     if (m_movieFolder.isEmpty() || (folder.isDir() && folder.isWritable()))
         return true;
-    m_alerts.runAlert(tr("The folder of the movies can't be written"), m_movieFolder,
+    m_alerts.runAlert(QStringLiteral("The folder of the movies can't be written"), m_movieFolder,
                       QStringLiteral("Ok"));
     return false;
 }
@@ -52,6 +56,22 @@ void AppDelegate::enableFormats()
     m_ui->movieQualityPopUpButton->setEnabled(enable);
 }
 
+/// What each choice makes, by the other one.
+void AppDelegate::describeFormats()
+{
+    QComboBox &formats = *m_ui->movieFormatPopUpButton;
+    QComboBox &qualities = *m_ui->movieQualityPopUpButton;
+    const auto describe = [](QComboBox &popUp, int index, const QString &description) {
+        popUp.setItemData(index, description, Qt::ToolTipRole);
+        if (index == popUp.currentIndex())
+            popUp.setToolTip(description);
+    };
+    for (int format = 0; format < formats.count(); ++format)
+        describe(formats, format, movieDescription(format, qualities.currentIndex()));
+    for (int quality = 0; quality < qualities.count(); ++quality)
+        describe(qualities, quality, movieDescription(formats.currentIndex(), quality));
+}
+
 void AppDelegate::fillRecipes()
 {
     QComboBox &popUp = *m_ui->movieRecipePopUpButton;
@@ -62,6 +82,61 @@ void AppDelegate::fillRecipes()
                           file.problem.isEmpty() ? file.recipe.description : file.problem,
                           Qt::ToolTipRole);
     }
+}
+
+std::optional<Recipe> AppDelegate::chosenRecipe() const
+{
+    const QString chosen = m_ui->movieRecipePopUpButton->currentData().toString();
+    return chosen.isEmpty() ? std::nullopt : std::optional(findRecipe(chosen).recipe);
+}
+
+/// By what is chosen now.
+std::vector<MovieRoom> AppDelegate::upcomingMovies() const
+{
+    const std::optional<Recipe> recipe = chosenRecipe();
+    std::vector<MovieRoom> movies;
+    for (const auto &project : *m_projectList) {
+        ConversionSettings settings = settingsFor(*project);
+        settings.recipe = recipe;
+        movies.push_back({moviePathFor(project->mlvPath(), settings, project->metadata()),
+                          movieBytes(project->metadata(), settings)});
+    }
+    return movies;
+}
+
+/// What a person should know before Start: what is replaced, and how large raw movies are, which
+/// alone are known before they are made.
+QString AppDelegate::describeStart()
+{
+    const std::vector<MovieRoom> movies = upcomingMovies();
+    QStringList replaced;
+    double bytes = 0;
+    for (const MovieRoom &movie : movies) {
+        if (QFileInfo::exists(movie.path))
+            replaced << movie.path;
+        bytes += movie.bytes;
+    }
+    QString toolTip = QStringLiteral("Start or stop making the movies");
+    if (bytes > 0)
+        toolTip += QStringLiteral("; they take %1").arg(readableFileSize(bytes));
+    if (!replaced.isEmpty()) {
+        toolTip += QStringLiteral("\nThese are replaced:\n%1")
+                       .arg(shortened(replaced).join(QLatin1Char('\n')));
+    }
+    m_ui->startStopItem->setToolTip(shownAsItStands(toolTip));
+    if (const QString problem = movieSpaceProblem(movies); !problem.isEmpty())
+        return QStringLiteral(": %1").arg(problem);
+    if (replaced.isEmpty())
+        return {};
+    return replaced.size() == 1 ? QStringLiteral(", Start replaces 1 movie")
+                                : QStringLiteral(", Start replaces %1 movies").arg(replaced.size());
+}
+
+/// What Start does depends on it.
+void AppDelegate::tellChoice()
+{
+    if (m_projectList && !m_projectList->empty())
+        queueChanged();
 }
 
 /// The chosen recipe is the batch's. Its file is read anew: it may have been mended since.
@@ -77,8 +152,8 @@ bool AppDelegate::takeRecipe()
     if (problem.isEmpty())
         m_recipe = file.recipe;
     else
-        m_alerts.runAlert(tr("The recipe %1 can't be used").arg(file.recipe.name), problem,
-                          QStringLiteral("Ok"));
+        m_alerts.runAlert(QStringLiteral("The recipe %1 can't be used").arg(file.recipe.name),
+                          problem, QStringLiteral("Ok"));
     return problem.isEmpty();
 }
 

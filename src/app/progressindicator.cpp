@@ -57,11 +57,16 @@ void ProgressIndicator::stopAnimation()
     refresh();
 }
 
-/// An empty bar is otherwise drawn in the colour of a table's rows, unseen in a dark theme.
+/// An empty bar is otherwise drawn in the colour of a table's rows, unseen in a dark theme, and a
+/// full one in that of a selected row.
 void ProgressIndicator::initStyleOption(QStyleOptionProgressBar *option) const
 {
     QProgressBar::initStyleOption(option);
-    option->palette.setBrush(QPalette::Base, option->palette.window());
+    const bool selected = parentWidget() && parentWidget()->backgroundRole() == QPalette::Highlight;
+    option->palette.setBrush(QPalette::Base,
+                             selected ? option->palette.highlight() : option->palette.window());
+    if (selected)
+        option->palette.setBrush(QPalette::Highlight, option->palette.highlightedText());
 }
 
 void ProgressIndicator::refresh()

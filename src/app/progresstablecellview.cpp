@@ -12,23 +12,34 @@ ProgressTableCellView::ProgressTableCellView(QWidget *parent)
     : QWidget(parent)
     , m_textField(new QLabel(this))
     , m_mark(new QLabel(this))
+    , m_choices(new QLabel(this))
     , m_progressIndicator(new ProgressIndicator(this))
 {
     m_mark->hide();
+    m_choices->hide();
+    m_choices->setTextFormat(Qt::PlainText);
+    m_choices->setMinimumWidth(1);
     m_textField->setTextFormat(Qt::PlainText);
     m_textField->setMinimumWidth(1); // a narrow column cuts the text, it doesn't push the bar out
-    m_progressIndicator->setAccessibleName(tr("Progress of the recording"));
+    m_progressIndicator->setAccessibleName(QStringLiteral("Progress of the recording"));
     m_progressIndicator->setFixedHeight(fontMetrics().height() * 2 / 3);
 
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(6, 2, 6, 2);
-    grid->setVerticalSpacing(4);
+    grid->setVerticalSpacing(2);
     grid->setRowStretch(0, 1);
     grid->addWidget(m_mark, 1, 0);
     grid->addWidget(m_textField, 1, 1);
     grid->addWidget(m_progressIndicator, 2, 0, 1, 2);
-    grid->setRowStretch(3, 1);
+    grid->addWidget(m_choices, 3, 1);
+    grid->setRowStretch(4, 1);
     grid->setColumnStretch(1, 1);
+}
+
+void ProgressTableCellView::setChoices(const QStringList &choices)
+{
+    m_choices->setText(choices.join(QStringLiteral(", ")));
+    m_choices->setVisible(!choices.isEmpty());
 }
 
 void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure,
@@ -44,9 +55,9 @@ void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure
     const QString description = failed ? failure : notes;
     const int size = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
     m_mark->setPixmap(style()->standardIcon(icon).pixmap(size, size));
-    m_mark->setAccessibleName(failed         ? tr("Failed")
-                              : movieWritten ? tr("Movie written")
-                                             : tr("Note"));
+    m_mark->setAccessibleName(failed         ? QStringLiteral("Failed")
+                              : movieWritten ? QStringLiteral("Movie written")
+                                             : QStringLiteral("Note"));
     m_mark->setAccessibleDescription(description);
     m_mark->setVisible(failed || movieWritten || isNoted);
     setToolTip(description.isEmpty() ? QString()

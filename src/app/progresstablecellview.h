@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QLabel>
+#include <QStringList>
 #include <QWidget>
 
 namespace filmwright {
@@ -18,6 +19,9 @@ public:
     explicit ProgressTableCellView(QWidget *parent = nullptr);
 
     QLabel *textField() const { return m_textField; }
+    /// What was chosen for this recording alone, under its state; hidden while it is empty.
+    QLabel *choices() const { return m_choices; }
+    void setChoices(const QStringList &choices);
     ProgressIndicator *progressIndicator() const { return m_progressIndicator; }
 
     /// The project shown; not owned.
@@ -33,6 +37,7 @@ public:
 private:
     QLabel *m_textField;
     QLabel *m_mark;
+    QLabel *m_choices;
     ProgressIndicator *m_progressIndicator;
     MLVProjectController *m_controller = nullptr;
     QString m_failure;

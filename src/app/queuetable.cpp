@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 // What the queue table shows, newest recording first, and what can be done with its rows.
 #include "app/appdelegate.h"
+#include "app/detailswindow.h"
 #include "app/developmentdialog.h"
 #include "app/progressindicator.h"
 #include "app/progresstablecellview.h"
 #include "app/queuetableview.h"
 #include "app/showinfindertablecellview.h"
+#include "app/statusline.h"
 #include "desktop/filereveal.h"
+#include "project/recordingfacts.h"
 #include "runner/fixedtext.h"
 #include "ui_mainwindow.h"
 
@@ -21,6 +24,12 @@
 namespace filmwright {
 
 namespace {
+
+/// No decimals: f/2.8 shows as f/3.
+QString apertureText(float aperture)
+{
+    return fixedText(static_cast<double>(aperture), 0);
+}
 
 /// "+1", "-0.5".
 QString signedExposureText(double exposure)
@@ -38,6 +47,10 @@ QString whiteBalanceText(const QString &choice)
 
 QString exposureText(const MLVProjectController &project)
 {
+    const QString lens =
+        QStringLiteral("%1 f/%2").arg(project.focal(), apertureText(project.aperture()));
+    if (project.shutter() == 0 && project.iso() == 0) // the recording doesn't tell
+        return QStringLiteral("Unknown exposure\n%1").arg(lens);
     const double seconds = project.shutter();
     QString shutter = fixedText(seconds, 1) + QStringLiteral(" sec");
     if (seconds < 1.0) {
@@ -46,15 +59,13 @@ QString exposureText(const MLVProjectController &project)
             std::min<double>(std::round(1.0 / seconds), std::numeric_limits<int>::max());
         shutter = QStringLiteral("1/%1 sec").arg(static_cast<int>(parts));
     }
-    // No decimals: f/2.8 shows as f/3.
     const RawCorrections &chosen = project.rawCorrections();
     if (chosen.exposure != 0)
         shutter += QStringLiteral(", %1 EV").arg(signedExposureText(chosen.exposure));
     QString iso = QString::number(project.iso());
     if (!chosen.whiteBalance.isEmpty())
         iso += QStringLiteral(", ") + whiteBalanceText(chosen.whiteBalance);
-    return QStringLiteral("%1\nISO %2\n%3 f/%4")
-        .arg(shutter, iso, project.focal(), fixedText(static_cast<double>(project.aperture()), 0));
+    return QStringLiteral("%1\nISO %2\n%3").arg(shutter, iso, lens);
 }
 
 QString fileText(const MLVProjectController &project)
@@ -72,6 +83,17 @@ QString cameraText(const MLVProjectController &project)
     return QStringLiteral("%1\n%2").arg(project.camera(), lens);
 }
 
+/// What was chosen for this recording alone.
+QStringList choicesFor(const MLVProjectController &project)
+{
+    QStringList choices;
+    if (project.dualISO())
+        choices << QStringLiteral("HDR");
+    if (project.blendsAlternatingRows())
+        choices << QStringLiteral("Dual ISO");
+    return choices;
+}
+
 /// What the last run of a recording was calibrated with, which may not be what is chosen now.
 QStringList calibrationTexts(const CalibrationChoice &calibration)
 {
@@ -80,10 +102,10 @@ QStringList calibrationTexts(const CalibrationChoice &calibration)
         if (!path.isEmpty())
             texts << text.arg(QFileInfo(path).fileName());
     };
-    add(AppDelegate::tr("Dark: %1"), calibration.dark);
-    add(AppDelegate::tr("Flat: %1"), calibration.flat);
+    add(QStringLiteral("Dark: %1"), calibration.dark);
+    add(QStringLiteral("Flat: %1"), calibration.flat);
     if (!calibration.flat.isEmpty())
-        add(AppDelegate::tr("Flat dark: %1"), calibration.flatDark);
+        add(QStringLiteral("Flat dark: %1"), calibration.flatDark);
     return texts;
 }
 
@@ -140,6 +162,11 @@ MLVProjectController &AppDelegate::projectAtRow(int row) const
     return *m_projectList->at(m_projectList->size() - 1 - static_cast<std::size_t>(row));
 }
 
+int AppDelegate::rowOf(std::size_t place) const
+{
+    return static_cast<int>(m_projectList->size() - 1 - place);
+}
+
 const RecordingRun &AppDelegate::runOf(const MLVProjectController &project) const
 {
     return *m_runs.at(&project);
@@ -175,6 +202,7 @@ QWidget *AppDelegate::viewForTableColumn(QueueTableView &tableView, const QStrin
         auto *view = tableView.makeView<ProgressTableCellView>(column, row);
         view->textField()->setText(stateText(project));
         view->setController(&project);
+        view->setChoices(choicesFor(project));
         const RecordingOutcome &outcome = runOf(project).outcome();
         const CheckResult checked =
             m_verifications.result(project.mlvPath()).value_or(CheckResult());
@@ -205,7 +233,7 @@ QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
         return QDir::toNativeSeparators(project.mlvPath());
     if (column == QLatin1String("State")) {
         const RecordingRun &run = runOf(project);
-        QStringList texts{project.state()};
+        QStringList texts = QStringList{project.state()} + choicesFor(project);
         texts += run.outcome().problems() + run.outcome().notes +
                  calibrationTexts(run.settings().calibration);
         if (const QString state = m_verifications.stateText(project.mlvPath()); !state.isEmpty())
@@ -234,13 +262,16 @@ void AppDelegate::updateRecordingMenu()
         return any && std::all_of(selected.cbegin(), selected.cend(),
                                   [isSet](const auto *project) { return (project->*isSet)(); });
     };
-    m_ui->playMovieMenuItem->setEnabled(
-        one && selected.front()->mlvProjectMode() == MLVProjectModeFinished &&
-        QFileInfo::exists(selected.front()->moviePath()));
+    m_ui->playMovieMenuItem->setEnabled(one && !movieOf(*selected.front()).isEmpty());
     m_ui->showMenuItem->setEnabled(one);
+    m_ui->detailsMenuItem->setEnabled(one);
+    updateDetails();
     m_ui->verifyMenuItem->setEnabled(any && !m_working);
     m_ui->stopVerifyingMenuItem->setEnabled(m_verifications.isRunning());
     m_ui->removeMenuItem->setEnabled(any && !m_working);
+    m_ui->removeFinishedMenuItem->setEnabled(!m_working && m_projectList &&
+                                             !finishedProjects().empty());
+    m_ui->undoRemovalMenuItem->setEnabled(!m_working && !m_removed.empty());
     m_ui->mergeNeighboursMenuItem->setEnabled(any && !m_working);
     m_ui->mergeNeighboursMenuItem->setChecked(all(&MLVProjectController::dualISO));
     m_ui->developmentMenuItem->setEnabled(any && !m_working);
@@ -277,7 +308,85 @@ void AppDelegate::playMovie()
 {
     const std::vector<MLVProjectController *> selected = selectedProjects();
     if (!selected.empty())
-        QDesktopServices::openUrl(QUrl::fromLocalFile(selected.front()->moviePath()));
+        play(movieOf(*selected.front()));
+}
+
+void AppDelegate::play(const QString &movie)
+{
+    if (!movie.isEmpty() && !QDesktopServices::openUrl(QUrl::fromLocalFile(movie))) {
+        m_ui->statusTextField->tell(
+            QStringLiteral("No program was found that plays %1").arg(QFileInfo(movie).fileName()));
+    }
+}
+
+/// The movie of this queue's last run; empty when there is none.
+QString AppDelegate::movieOf(const MLVProjectController &project) const
+{
+    const QString movie = project.mlvProjectMode() == MLVProjectModeFinished
+                              ? project.moviePath()
+                              : runOf(project).outcome().movie;
+    return QFileInfo::exists(movie) ? movie : QString();
+}
+
+void AppDelegate::showDetails()
+{
+    m_details->show(); // before it is filled: what is hidden isn't kept up to date
+    updateDetails();
+    m_details->raise();
+}
+
+/// It follows the selection; without one it stays.
+void AppDelegate::updateDetails()
+{
+    if (!m_details->isVisible())
+        return;
+    const std::vector<MLVProjectController *> selected = selectedProjects();
+    if (selected.size() != 1)
+        return;
+    const MLVProjectController &project = *selected.front();
+    QList<RecordingFact> facts = recordingFacts(project.metadata());
+    const RecordingRun &run = runOf(project);
+    const CheckResult checked = m_verifications.result(project.mlvPath()).value_or(CheckResult());
+    QStringList warnings = run.outcome().problems() + run.outcome().notes + project.warnings() +
+                           project.notes() + checked.sentences();
+    warnings.removeDuplicates();
+    const auto add = [&facts](const QString &name, const QStringList &values) {
+        if (!values.isEmpty())
+            facts << RecordingFact{name, values.join(QLatin1Char('\n'))};
+    };
+    add(QStringLiteral("Chosen"), choicesFor(project));
+    add(QStringLiteral("Calibration"), calibrationTexts(run.settings().calibration));
+    add(QStringLiteral("Warnings"), warnings);
+    add(QStringLiteral("File"), {QDir::toNativeSeparators(project.mlvPath())});
+    m_details->showRecording(QFileInfo(project.mlvPath()).fileName(), facts, logOf(project));
+}
+
+/// The last lines of each tool, each behind the tool's name.
+QStringList AppDelegate::logOf(const MLVProjectController &project) const
+{
+    QMap<QString, QStringList> printed = runOf(project).outcome().toolLines;
+    if (printed.isEmpty())
+        printed = project.lastToolLines();
+    QStringList log;
+    for (auto tool = printed.cbegin(); tool != printed.cend(); ++tool) {
+        for (const QString &line : tool.value())
+            log << QStringLiteral("%1: %2").arg(tool.key(), line);
+    }
+    return log;
+}
+
+/// The commands for rows alone: Start would begin the whole batch.
+void AppDelegate::showRowMenu(const QPoint &place)
+{
+    m_rowMenu->clear();
+    bool behindBatch = false; // the first separator is that of the batch's commands
+    for (QAction *action : m_ui->recordingMenu->actions()) {
+        if (behindBatch)
+            m_rowMenu->addAction(action);
+        behindBatch = behindBatch || action->isSeparator();
+    }
+    updateRecordingMenu();
+    m_rowMenu->popup(m_ui->queueTableView->viewport()->mapToGlobal(place));
 }
 
 void AppDelegate::verifySelected()
@@ -297,7 +406,8 @@ void AppDelegate::verificationChanged()
     if (m_working)
         return;
     const QString status = m_verifications.statusText();
-    m_ui->statusTextField->setText(status.isEmpty() ? tr("Verification ended") : status);
+    m_ui->statusTextField->setStatus(status.isEmpty() ? QStringLiteral("Verification ended")
+                                                      : status);
 }
 
 void AppDelegate::showSelected()

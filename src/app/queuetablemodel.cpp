@@ -57,12 +57,22 @@ QVariant QueueTableModel::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole:
         return shownAsItStands(m_dataSource->toolTipForTableColumn(column, row));
     case Qt::AccessibleTextRole:
-        return m_dataSource->toolTipForTableColumn(column, row);
+        return wholeText(column, row);
     case Qt::TextAlignmentRole:
         return QVariant::fromValue(Qt::Alignment(Qt::AlignLeft | Qt::AlignVCenter));
     default:
         return {};
     }
+}
+
+/// For those who hear the row: what is shown, and what is only told by the tooltip.
+QString QueueTableModel::wholeText(const QString &column, int row) const
+{
+    QStringList texts{m_dataSource->objectValueForTableColumn(column, row),
+                      m_dataSource->toolTipForTableColumn(column, row)};
+    texts.removeAll(QString());
+    texts.removeDuplicates();
+    return texts.join(QLatin1Char('\n'));
 }
 
 /// The queue may have grown at the top, and not been told of yet.

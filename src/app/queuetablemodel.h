@@ -36,6 +36,7 @@ public:
 
 private:
     int sourceRow(int row) const;
+    QString wholeText(const QString &column, int row) const;
 
     QueueTableView &m_tableView;
     QueueTableDataSource *m_dataSource = nullptr;

@@ -3,9 +3,8 @@
 
 #include "app/queuetabledatasource.h"
 
-#include <QDragEnterEvent>
+#include <QEvent>
 #include <QHeaderView>
-#include <QMimeData>
 #include <QPainter>
 
 #include <algorithm>
@@ -16,6 +15,7 @@ namespace {
 
 constexpr int linesPerRow = 3;
 constexpr int rowPadding = 10;
+constexpr int leastLettersOfName = 24;
 
 } // namespace
 
@@ -24,7 +24,6 @@ QueueTableView::QueueTableView(QWidget *parent)
     , m_model(*this)
 {
     setModel(&m_model);
-    setAcceptDrops(true);
     setSelectionBehavior(SelectRows);
     setAlternatingRowColors(true);
     setShowGrid(false);
@@ -38,6 +37,10 @@ QueueTableView::QueueTableView(QWidget *parent)
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     fitRowHeight();
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
+        if (column != 0)
+            fillWidth();
+    });
     m_updateViews.setSingleShot(true);
     connect(&m_updateViews, &QTimer::timeout, this, &QueueTableView::updateVisibleViews);
 }
@@ -123,6 +126,14 @@ void QueueTableView::fitRowHeight()
     verticalHeader()->setDefaultSectionSize(linesPerRow * fontMetrics().lineSpacing() + rowPadding);
 }
 
+/// The first column, of the names, has the width that the others leave.
+void QueueTableView::fillWidth()
+{
+    const int least = leastLettersOfName * fontMetrics().averageCharWidth();
+    const int others = horizontalHeader()->length() - columnWidth(0);
+    setColumnWidth(0, std::max(least, viewport()->width() - others));
+}
+
 void QueueTableView::changeEvent(QEvent *event)
 {
     QTableView::changeEvent(event);
@@ -133,6 +144,7 @@ void QueueTableView::changeEvent(QEvent *event)
 void QueueTableView::resizeEvent(QResizeEvent *event)
 {
     QTableView::resizeEvent(event);
+    fillWidth();
     updateVisibleViews();
 }
 
@@ -164,48 +176,17 @@ void QueueTableView::paintInvitation()
     const QRect middle = viewport()->rect().adjusted(16, 0, -16, 0);
     QRect written;
     painter.drawText(middle, Qt::AlignCenter | Qt::TextWordWrap,
-                     tr("Drop MLV recordings or folders here"), &written);
+                     QStringLiteral("Drop MLV recordings or folders here"), &written);
     painter.setFont(font());
     painter.drawText(middle.adjusted(0, written.bottom() + fontMetrics().lineSpacing() / 2, 0, 0),
-                     Qt::AlignHCenter | Qt::TextWordWrap, tr("or choose them with Open… (Ctrl+O)"));
+                     Qt::AlignHCenter | Qt::TextWordWrap,
+                     QStringLiteral("or choose them with Open… (Ctrl+O)"));
 }
 
 void QueueTableView::showDropHighlight(bool shown)
 {
     m_dropHighlight = shown;
     viewport()->update();
-}
-
-void QueueTableView::dragEnterEvent(QDragEnterEvent *event)
-{
-    const bool welcome = m_dataSource && m_dataSource->validateDrop(event->mimeData()->urls()) ==
-                                             QueueTableDataSource::DragOperationCopy;
-    showDropHighlight(welcome);
-    if (!welcome) {
-        event->ignore();
-        return;
-    }
-    event->setDropAction(Qt::CopyAction);
-    event->accept();
-}
-
-/// What is dragged was judged when it came; where it is dropped doesn't matter.
-void QueueTableView::dragMoveEvent(QDragMoveEvent *event)
-{
-    event->setDropAction(Qt::CopyAction);
-    event->setAccepted(m_dropHighlight);
-}
-
-void QueueTableView::dragLeaveEvent(QDragLeaveEvent *)
-{
-    showDropHighlight(false);
-}
-
-void QueueTableView::dropEvent(QDropEvent *event)
-{
-    showDropHighlight(false);
-    event->setDropAction(Qt::CopyAction);
-    event->setAccepted(m_dataSource && m_dataSource->acceptDrop(event->mimeData()->urls()));
 }
 
 } // namespace filmwright

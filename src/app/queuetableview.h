@@ -10,9 +10,8 @@ namespace filmwright {
 
 class QueueTableDataSource;
 
-/// The table of the queue: rows of three lines, recordings and folders can be dropped anywhere on
-/// it. Only rows that can be seen have cell views, so that a long queue costs no more than a short
-/// one.
+/// The table of the queue: rows of three lines. Only rows that can be seen have cell views, so that
+/// a long queue costs no more than a short one. The columns fill the width.
 class QueueTableView : public QTableView
 {
     Q_OBJECT
@@ -35,6 +34,9 @@ public:
     /// The selected rows in ascending order.
     QList<int> selectedRows() const;
 
+    /// That something may be dropped now.
+    void showDropHighlight(bool shown);
+
     void reset() override;
 
 Q_SIGNALS:
@@ -47,17 +49,13 @@ protected:
     void scrollContentsBy(int dx, int dy) override;
     void selectionChanged(const QItemSelection &selected,
                           const QItemSelection &deselected) override;
-    void dragEnterEvent(QDragEnterEvent *event) override;
-    void dragMoveEvent(QDragMoveEvent *event) override;
-    void dragLeaveEvent(QDragLeaveEvent *event) override;
-    void dropEvent(QDropEvent *event) override;
 
 private:
     QModelIndex cell(const QString &column, int row) const;
     void fitRowHeight();
+    void fillWidth();
     void updateVisibleViews();
     void showSelection();
-    void showDropHighlight(bool shown);
     void paintInvitation();
 
     QueueTableModel m_model;

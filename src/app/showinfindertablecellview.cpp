@@ -15,8 +15,8 @@ ShowInFinderTableCellView::ShowInFinderTableCellView(QWidget *parent)
 {
     m_openButton->setIcon(QIcon::fromTheme(QStringLiteral("folder-open"),
                                            style()->standardIcon(QStyle::SP_DirOpenIcon)));
-    m_openButton->setToolTip(tr("Show in the file browser"));
-    m_openButton->setAccessibleName(tr("Show in the file browser"));
+    m_openButton->setToolTip(QStringLiteral("Show in the file browser"));
+    m_openButton->setAccessibleName(QStringLiteral("Show in the file browser"));
     m_openButton->setFocusPolicy(Qt::NoFocus); // by keyboard: the command of the Recording menu
     connect(m_openButton, &QToolButton::clicked, this, &ShowInFinderTableCellView::openFile);
     auto *box = new QHBoxLayout(this);

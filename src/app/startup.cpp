@@ -2,6 +2,7 @@
 // How the application comes up and ends, and the preferences.
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
+#include "app/statusline.h"
 #include "conversion/hdrinterleavedimagemerge.h"
 #include "runner/files.h"
 #include "runner/systemlog.h"
@@ -77,6 +78,7 @@ void AppDelegate::appInitialization()
         return;
     }
     systemLog(QStringLiteral("Tmp folder: %1").arg(temporaryDirectory()));
+    tellTemporaryDirectory();
     showDeveloperMenu();
     if (keepTempDirectory())
         systemLog(QStringLiteral("Dev mode: keep temporary directory."));
@@ -90,8 +92,12 @@ void AppDelegate::restoreWorkers()
     QSpinBox &field = *m_prefUi->prefWorkersField;
     field.setMaximum(qMax(1, QThread::idealThreadCount()));
     field.setValue(qMax(1, userDefaultsValueForKey(workersKey).toInt()));
-    connect(&field, &QSpinBox::valueChanged, this,
-            [](int workers) { setUserDefaultsValue(workers, workersKey); });
+    connect(&field, &QSpinBox::valueChanged, this, [this](int workers) {
+        setUserDefaultsValue(workers, workersKey);
+        if (m_working)
+            m_ui->statusTextField->tell(
+                QStringLiteral("%1 frames at once hold from the next recording on").arg(workers));
+    });
 }
 
 void AppDelegate::restoreTemporaryFolder()
@@ -124,8 +130,9 @@ bool AppDelegate::lockTemporaryDirectory(DirectoryLock &lock)
     if (problem.isEmpty())
         return true;
     systemLog(problem);
-    m_alerts.runAlert(lock.isHeldElsewhere() ? tr("The temporary directory is in use")
-                                             : tr("The temporary directory can't be used"),
+    m_alerts.runAlert(lock.isHeldElsewhere()
+                          ? QStringLiteral("The temporary directory is in use")
+                          : QStringLiteral("The temporary directory can't be used"),
                       problem, QStringLiteral("Ok"));
     return false;
 }
@@ -215,6 +222,26 @@ void AppDelegate::prefTempFolderButtonClicked()
     preferences.insert(temporaryDirectoryKey, folder);
     setUserDefaultsValue(preferences, preferencesKey);
     m_prefUi->prefTempFolderTextField->setText(folder);
+    tellTemporaryDirectory();
+}
+
+void AppDelegate::tellTemporaryDirectory()
+{
+    m_prefUi->prefTempFolderNote->setText(
+        QStringLiteral("Frames are kept in %1 while a movie is made: about 15 GB for a minute of "
+                       "1920 × 1080.")
+            .arg(QDir::toNativeSeparators(temporaryDirectory())));
+}
+
+/// "Another folder" of which none was chosen in the end is none.
+void AppDelegate::showStoredFolder()
+{
+    const QString folder =
+        userDefaultsValueForKey(preferencesKey).toMap().value(temporaryDirectoryKey).toString();
+    m_prefUi->prefTempFolderPopUpButton->setCurrentIndex(folder.isEmpty() ? 0 : 1);
+    m_prefUi->prefTempFolderTextField->setText(folder);
+    m_prefUi->prefTempFolderTextField->setPlaceholderText(QString());
+    m_prefUi->prefTempFolderButton->setEnabled(!folder.isEmpty());
 }
 
 void AppDelegate::tellUnusableTemporaryFolder()
@@ -238,9 +265,10 @@ void AppDelegate::quit()
 {
     if (m_working) {
         const int answer = m_alerts.runAlert(
-            tr("A batch is running"),
-            tr("The recordings that are not finished yet would get no movie. Quit all the same?"),
-            tr("Go on working"), tr("Quit"));
+            QStringLiteral("A batch is running"),
+            QStringLiteral(
+                "The recordings that are not finished yet would get no movie. Quit all the same?"),
+            QStringLiteral("Go on working"), QStringLiteral("Quit"));
         if (answer != 0)
             return;
         if (m_working)

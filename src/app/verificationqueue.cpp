@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/verificationqueue.h"
 
+#include "runner/readabletext.h"
+
 #include <QFileInfo>
 
 namespace filmwright {
@@ -48,29 +50,30 @@ void VerificationQueue::noteResult()
     Q_EMIT changed();
 }
 
-int VerificationQueue::percent() const
+QString VerificationQueue::part() const
 {
-    return m_check.bytes() == 0 ? 0 : static_cast<int>(100 * m_check.bytesDone() / m_check.bytes());
+    return percentText(static_cast<double>(m_check.bytesDone()),
+                       static_cast<double>(m_check.bytes()));
 }
 
 QString VerificationQueue::stateText(const QString &recording) const
 {
     if (isRunning() && recording == m_waiting.constFirst())
-        return tr("Verifying, %1 %").arg(percent());
+        return QStringLiteral("Verifying, %1").arg(part());
     if (m_waiting.contains(recording))
-        return tr("Waiting for verification");
+        return QStringLiteral("Waiting for verification");
     const auto found = result(recording);
     if (!found)
         return {};
     switch (found->verdict) {
     case CheckResult::Whole:
-        return tr("Verified: whole");
+        return QStringLiteral("Verified: whole");
     case CheckResult::Lossy:
-        return tr("Verified: not whole");
+        return QStringLiteral("Verified: not whole");
     case CheckResult::Unusable:
         break;
     }
-    return tr("Verified: unreadable");
+    return QStringLiteral("Verified: unreadable");
 }
 
 std::optional<CheckResult> VerificationQueue::result(const QString &recording) const
@@ -83,10 +86,11 @@ QString VerificationQueue::statusText() const
 {
     if (!isRunning())
         return {};
-    const QString status =
-        tr("Verifying %1, %2 %").arg(QFileInfo(m_waiting.constFirst()).fileName()).arg(percent());
+    const QString status = QStringLiteral("Verifying %1, %2")
+                               .arg(QFileInfo(m_waiting.constFirst()).fileName())
+                               .arg(part());
     const qsizetype more = m_waiting.size() - 1;
-    return more == 0 ? status : tr("%1, %2 more").arg(status).arg(more);
+    return more == 0 ? status : QStringLiteral("%1, %2 more").arg(status).arg(more);
 }
 
 } // namespace filmwright

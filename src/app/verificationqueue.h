@@ -39,7 +39,7 @@ Q_SIGNALS:
 private:
     void next();
     void noteResult();
-    int percent() const;
+    QString part() const;
 
     RecordingCheck m_check;
     QStringList m_waiting; ///< the first one is in work

@@ -6,6 +6,7 @@
 #include "ui_mainwindow.h"
 
 #include <QHeaderView>
+#include <QScreen>
 
 namespace filmwright {
 
@@ -22,11 +23,16 @@ const QString repairColumnsKey = QStringLiteral("RepairColumns");
 const QString movieFolderKey = QStringLiteral("MovieFolder");
 const QString recipeKey = QStringLiteral("MovieRecipe");
 
+/// What window managers put around a window: borders, and the bar of its title.
+const QSize frameOfWindow(16, 48);
+
 } // namespace
 
 void WindowMemory::restore() const
 {
     const QVariantMap stored = userDefaultsValueForKey(windowKey).toMap();
+    const QSize room = m_window.screen()->availableSize() - frameOfWindow;
+    m_window.resize(m_window.size().boundedTo(room));
     m_window.restoreGeometry(stored.value(geometryKey).toByteArray());
     m_ui.splitter->setSizes({3 * m_window.width() / 5, 2 * m_window.width() / 5});
     m_ui.splitter->setStretchFactor(0, 3);
@@ -42,7 +48,7 @@ void WindowMemory::restore() const
     QHeaderView *header = m_ui.queueTableView->horizontalHeader();
     const int letter = m_window.fontMetrics().averageCharWidth();
     int column = 0;
-    for (const int letters : {24, 26, 16, 18, 7})
+    for (const int letters : {24, 22, 16, 22, 7})
         header->resizeSection(column++, letters * letter);
     header->restoreState(stored.value(columnsKey).toByteArray());
 }

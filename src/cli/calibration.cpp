@@ -92,7 +92,7 @@ void Calibration::stepFinished()
 {
     const Step step = m_steps.front();
     if (!QFile::exists(step.output)) {
-        end(tr("%1 could not be averaged").arg(QFileInfo(step.recording).fileName()));
+        end(QStringLiteral("%1 could not be averaged").arg(QFileInfo(step.recording).fileName()));
         return;
     }
     m_steps.pop_front();
@@ -110,7 +110,7 @@ void Calibration::stepFinished()
 void Calibration::checkTool()
 {
     if (m_task && !m_task->isRunning() && !m_steps.empty()) {
-        end(tr("mlv_dump ended before it had averaged %1")
+        end(QStringLiteral("mlv_dump ended before it had averaged %1")
                 .arg(QFileInfo(m_steps.front().recording).fileName()));
     }
 }

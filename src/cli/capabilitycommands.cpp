@@ -9,7 +9,6 @@
 #include "runner/resources.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -18,18 +17,13 @@ namespace filmwright {
 
 namespace {
 
-QString text(const char *source)
-{
-    return QCoreApplication::translate("CapabilityCommands", source);
-}
-
 const QString json = QStringLiteral("json");
 
 /// A command whose only option is --json.
 void describeCommand(QCommandLineParser &parser, const QString &description)
 {
     parser.setApplicationDescription(description);
-    parser.addOption({json, text("Print JSON.")});
+    parser.addOption({json, QStringLiteral("Print JSON.")});
 }
 
 void printJson(const QJsonDocument &document)
@@ -111,13 +105,14 @@ void explainGaps(const QMap<QString, CapabilityList> &options)
     for (auto list = options.cbegin(); list != options.cend(); ++list) {
         const int unreadable = UnreadableLines::of(list.key());
         if (unreadable > 0) {
-            printProblem(text("%1: %2 of the %3 lines that ffmpeg lists are of a form that isn't "
-                              "understood")
-                             .arg(list.key())
-                             .arg(unreadable)
-                             .arg(unreadable + list->size()));
+            printProblem(
+                QStringLiteral("%1: %2 of the %3 lines that ffmpeg lists are of a form that isn't "
+                               "understood")
+                    .arg(list.key())
+                    .arg(unreadable)
+                    .arg(unreadable + list->size()));
         } else if (list->isEmpty()) {
-            printProblem(text("%1: ffmpeg lists none").arg(list.key()));
+            printProblem(QStringLiteral("%1: ffmpeg lists none").arg(list.key()));
         }
     }
 }
@@ -142,7 +137,7 @@ QJsonObject toolAsJson(const QString &name, const QString &path,
 void printTool(const QString &name, const QString &path, const std::optional<Developer> &developer)
 {
     const QString line = QStringLiteral("%1 %2");
-    printLine(line.arg(name, -10).arg(path.isNull() ? text("missing") : path));
+    printLine(line.arg(name, -10).arg(path.isNull() ? QStringLiteral("missing") : path));
     if (developer)
         printLine(line.arg(QString(), -10).arg(describe(*developer)));
 }
@@ -152,7 +147,7 @@ void printTool(const QString &name, const QString &path, const std::optional<Dev
 int runEncoders(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    describeCommand(parser, text("Lists the pixel formats and encoders of ffmpeg."));
+    describeCommand(parser, QStringLiteral("Lists the pixel formats and encoders of ffmpeg."));
     if (const auto status = readArguments(parser, QStringLiteral("encoders [options]"), arguments))
         return *status;
     if (!checkTools({QStringLiteral("ffmpeg")}))
@@ -170,7 +165,7 @@ int runEncoders(const QStringList &arguments)
 int runTools(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    describeCommand(parser, text("Lists the tools that do the work and where they are."));
+    describeCommand(parser, QStringLiteral("Lists the tools that do the work and where they are."));
     if (const auto status = readArguments(parser, QStringLiteral("tools [options]"), arguments))
         return *status;
     QJsonArray tools;

@@ -3,8 +3,8 @@
 
 #include "cli/exitstatus.h"
 #include "cli/texttable.h"
+#include "runner/fixedtext.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -19,27 +19,22 @@ namespace filmwright {
 
 namespace {
 
-QString text(const char *source)
-{
-    return QCoreApplication::translate("ConversionReport", source);
-}
-
-/// What the report calls a result; the table says it in the person's language.
-const char *nameOf(RecordingOutcome::Result result)
+/// What the table and the report call a result.
+QString nameOf(RecordingOutcome::Result result)
 {
     switch (result) {
     case RecordingOutcome::Interrupted:
-        return QT_TRANSLATE_NOOP("ConversionReport", "interrupted");
+        return QStringLiteral("interrupted");
     case RecordingOutcome::Failed:
-        return QT_TRANSLATE_NOOP("ConversionReport", "failed");
+        return QStringLiteral("failed");
     case RecordingOutcome::Finished:
-        return QT_TRANSLATE_NOOP("ConversionReport", "finished");
+        return QStringLiteral("finished");
     case RecordingOutcome::Skipped:
-        return QT_TRANSLATE_NOOP("ConversionReport", "skipped");
+        return QStringLiteral("skipped");
     case RecordingOutcome::NotBegun:
         break;
     }
-    return QT_TRANSLATE_NOOP("ConversionReport", "not begun");
+    return QStringLiteral("not begun");
 }
 
 double seconds(std::chrono::milliseconds duration)
@@ -53,9 +48,9 @@ QStringList row(const RecordingOutcome &outcome, qsizetype folderLength)
     const QStringList reasons =
         outcome.failure.isEmpty() ? QStringList() : QStringList{outcome.failure.reason};
     const QStringList remarks = reasons + outcome.warnings + outcome.notes;
-    return {printable(outcome.recording.mid(folderLength)), text(nameOf(outcome.result)),
+    return {printable(outcome.recording.mid(folderLength)), nameOf(outcome.result),
             outcome.frames > 0 ? QString::number(outcome.frames) : QString(),
-            begun ? QString::number(seconds(outcome.duration), 'f', 1) : QString(),
+            begun ? fixedText(seconds(outcome.duration), 1) : QString(),
             printable(remarks.join(QLatin1String("; ")))};
 }
 
@@ -71,7 +66,7 @@ QJsonObject objectOf(const RecordingOutcome &outcome)
         tools.insert(tool.key(), QJsonArray::fromStringList(tool.value()));
     return {
         {QStringLiteral("recording"), outcome.recording},
-        {QStringLiteral("result"), QString::fromLatin1(nameOf(outcome.result))},
+        {QStringLiteral("result"), nameOf(outcome.result)},
         {QStringLiteral("movie"), textOrNull(outcome.movie)},
         {QStringLiteral("frames"), outcome.frames},
         {QStringLiteral("seconds"), seconds(outcome.duration)},
@@ -84,15 +79,16 @@ QJsonObject objectOf(const RecordingOutcome &outcome)
 
 QString cannotWrite(const QString &path, const QString &why)
 {
-    return text("the report %1 can't be written: %2").arg(path, why);
+    return QStringLiteral("the report %1 can't be written: %2").arg(path, why);
 }
 
 } // namespace
 
 QStringList outcomeTable(const QList<RecordingOutcome> &outcomes)
 {
-    QList<QStringList> rows{
-        {text("recording"), text("result"), text("frames"), text("seconds"), text("reason")}};
+    QList<QStringList> rows{{QStringLiteral("recording"), QStringLiteral("result"),
+                             QStringLiteral("frames"), QStringLiteral("seconds"),
+                             QStringLiteral("reason")}};
     QStringList recordings;
     for (const RecordingOutcome &outcome : outcomes)
         recordings << outcome.recording;

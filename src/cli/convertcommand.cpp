@@ -26,11 +26,6 @@ namespace filmwright {
 
 namespace {
 
-QString text(const char *source)
-{
-    return QCoreApplication::translate("ConvertCommand", source);
-}
-
 /// The system log is standard error, too.
 void logAsJson(QtMsgType, const QMessageLogContext &, const QString &message)
 {
@@ -54,7 +49,7 @@ public:
         m_settings.keepsFinishedWork = options.keepTemporary;
         m_settings.keepsUnfinishedWork = workspace.keepsUnfinishedWork();
         connect(&m_calibration, &Calibration::averaging, this, [this](const QString &recording) {
-            m_display.beginStage(recording, text("averaging"), 0);
+            m_display.beginStage(recording, QStringLiteral("averaging"), 0);
         });
         connect(&m_calibration, &Calibration::ended, this, &ConvertRun::calibrated);
         connect(&m_queue, &ConversionQueue::movieFinished, this,
@@ -67,13 +62,13 @@ public:
     int run()
     {
         if (m_settings.calibration.flat.isEmpty() && !m_settings.calibration.flatDark.isEmpty())
-            m_display.warn(text("without a flat, the dark of the flat is not used"));
+            m_display.warn(QStringLiteral("without a flat, the dark of the flat is not used"));
         if (isForScripts())
             qInstallMessageHandler(logAsJson);
         m_calibration.start();
         const int status = QCoreApplication::exec();
         if (m_options.keepTemporary)
-            tellProblem(text("temporary files are kept in %1").arg(temporaryDirectory()));
+            tellProblem(QStringLiteral("temporary files are kept in %1").arg(temporaryDirectory()));
         return status;
     }
 
@@ -81,7 +76,7 @@ private:
     void calibrated(const QString &reason)
     {
         if (!reason.isEmpty()) {
-            const QString failure = text("calibration failed: %1").arg(reason);
+            const QString failure = QStringLiteral("calibration failed: %1").arg(reason);
             m_display.warn(failure);
             m_queue.giveUp(failure);
             leave(ExitFailed);
@@ -96,7 +91,7 @@ private:
             return;
         m_calibration.stop();
         m_queue.stop();
-        m_display.warn(text("interrupted"));
+        m_display.warn(QStringLiteral("interrupted"));
         leave(ExitInterrupted);
     }
 
@@ -152,7 +147,7 @@ bool checkRecipe(const std::optional<Recipe> &recipe)
         return true;
     const QString lack = FFmpegTask::ffmpegTask()->lackFor(*recipe);
     if (!lack.isEmpty())
-        printProblem(text("the recipe %1 can't be used: %2").arg(recipe->id, lack));
+        printProblem(QStringLiteral("the recipe %1 can't be used: %2").arg(recipe->id, lack));
     return lack.isEmpty();
 }
 
@@ -161,7 +156,7 @@ bool prepareOutput(const QString &folder)
 {
     if (folder.isEmpty() || (QDir().mkpath(folder) && QFileInfo(folder).isWritable()))
         return true;
-    printProblem(text("the folder %1 can't be written").arg(folder));
+    printProblem(QStringLiteral("the folder %1 can't be written").arg(folder));
     return false;
 }
 
@@ -182,7 +177,7 @@ int runConvert(const QStringList &arguments)
     const QStringList recordings =
         findRecordings(options.paths, &unreachable, temporaryDirectoryIn(options.temporaryBase));
     if (recordings.isEmpty() && unreachable.isEmpty()) {
-        printProblem(text("no recordings found"));
+        printProblem(QStringLiteral("no recordings found"));
         return ExitUnusable;
     }
     const QString hindrance =

@@ -5,7 +5,6 @@
 #include "encoding/recipes.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QThread>
@@ -17,18 +16,13 @@ namespace filmwright {
 
 namespace {
 
-QString text(const char *source)
-{
-    return QCoreApplication::translate("ConvertOptions", source);
-}
-
 /// The index of the value among the choices; -1 and a problem when it is none of them.
 qint32 choose(const QString &option, const QString &value, const QStringList &choices,
               QString &problem)
 {
     const auto index = static_cast<qint32>(choices.indexOf(value));
     if (index < 0) {
-        problem = text("--%1 is one of %2, not \"%3\"")
+        problem = QStringLiteral("--%1 is one of %2, not \"%3\"")
                       .arg(option, choices.join(QStringLiteral(", ")), value);
     }
     return index;
@@ -68,7 +62,9 @@ int jobsOf(const QString &value, QString &problem)
     const int number = value.toInt(&isNumber);
     if (isNumber && number >= 1 && number <= mostJobs)
         return number;
-    problem = text("--jobs is a number from 1 to %1 or auto, not \"%2\"").arg(mostJobs).arg(value);
+    problem = QStringLiteral("--jobs is a number from 1 to %1 or auto, not \"%2\"")
+                  .arg(mostJobs)
+                  .arg(value);
     return 1;
 }
 
@@ -82,7 +78,7 @@ QString levelOf(const QString &option, const QString &value, QString &problem)
     constexpr uint mostLevel = 65535;
     if (value == QLatin1String("recorded") || (isNumber && level <= mostLevel))
         return isNumber ? QString::number(level) : value;
-    problem = text("--%1 is a number up to %2, recorded or auto, not \"%3\"")
+    problem = QStringLiteral("--%1 is a number up to %2, recorded or auto, not \"%3\"")
                   .arg(option)
                   .arg(mostLevel)
                   .arg(value);
@@ -126,87 +122,103 @@ const QString jobs = QStringLiteral("jobs");
 
 void describe(QCommandLineParser &parser)
 {
-    const QString file = text("file");
+    const QString file = QStringLiteral("file");
     parser.addOptions({
-        {format, text("Movie format; mov when not given."),
+        {format, QStringLiteral("Movie format; mov when not given."),
          movieExtensions().join(QLatin1Char('|')), QStringLiteral("mov")},
-        {quality, text("Movie quality: high (default) or maximum."), text("high|maximum"),
-         QStringLiteral("high")},
+        {quality, QStringLiteral("Movie quality: high (default) or maximum."),
+         QStringLiteral("high|maximum"), QStringLiteral("high")},
         {recipe,
-         text("Make the movie by this recipe, in place of format and quality; the command recipes "
-              "lists them."),
-         text("name|file")},
+         QStringLiteral(
+             "Make the movie by this recipe, in place of format and quality; the command recipes "
+             "lists them."),
+         QStringLiteral("name|file")},
         {output,
-         text("Write the movies into this folder, which is made if need be; beside each recording "
-              "when not given."),
-         text("folder")},
+         QStringLiteral(
+             "Write the movies into this folder, which is made if need be; beside each recording "
+             "when not given."),
+         QStringLiteral("folder")},
         {movieName,
-         text("The movies' names without extension: text, and {name} (the recording's; default), "
-              "{date}, {time}, {camera}, {recipe}."),
-         text("pattern")},
+         QStringLiteral(
+             "The movies' names without extension: text, and {name} (the recording's; default), "
+             "{date}, {time}, {camera}, {recipe}."),
+         QStringLiteral("pattern")},
         {existing,
-         text("A movie that is there already: replace (default), skip one that is whole and made "
-              "with the same, or keep it and number the new one."),
-         text("replace|skip|keep"), QStringLiteral("replace")},
-        {dark, text("A recording with the lens covered, to be subtracted."), file},
-        {flat, text("A recording of an even surface, to be divided by."), file},
-        {flatDark, text("A dark recording for the flat."), file},
+         QStringLiteral(
+             "A movie that is there already: replace (default), skip one that is whole and made "
+             "with the same, or keep it and number the new one."),
+         QStringLiteral("replace|skip|keep"), QStringLiteral("replace")},
+        {dark, QStringLiteral("A recording with the lens covered, to be subtracted."), file},
+        {flat, QStringLiteral("A recording of an even surface, to be divided by."), file},
+        {flatDark, QStringLiteral("A dark recording for the flat."), file},
         {whiteLevel,
-         text("The level at which the sensor is full: a number, recorded, or auto (default), the "
-              "recorded one unless the samples show that it can't be true."),
-         text("n|recorded|auto"), QStringLiteral("auto")},
-        {blackLevel, text("The level of no light, likewise."), text("n|recorded|auto"),
-         QStringLiteral("auto")},
+         QStringLiteral(
+             "The level at which the sensor is full: a number, recorded, or auto (default), the "
+             "recorded one unless the samples show that it can't be true."),
+         QStringLiteral("n|recorded|auto"), QStringLiteral("auto")},
+        {blackLevel, QStringLiteral("The level of no light, likewise."),
+         QStringLiteral("n|recorded|auto"), QStringLiteral("auto")},
         {matrix,
-         text("The colour matrix: recorded, or auto (default), the recorded one unless it is known "
-              "to be wrong."),
-         text("recorded|auto"), QStringLiteral("auto")},
+         QStringLiteral(
+             "The colour matrix: recorded, or auto (default), the recorded one unless it is known "
+             "to be wrong."),
+         QStringLiteral("recorded|auto"), QStringLiteral("auto")},
         {repairPixels,
-         text("Replace hot, cold, stuck and focus pixels by their neighbours: auto finds them in "
-              "the recording, a file lists them; off (default) changes nothing."),
-         text("auto|file|off"), QStringLiteral("off")},
-        {repairColumns, text("Even out stripes of columns that repeat every eight columns.")},
+         QStringLiteral(
+             "Replace hot, cold, stuck and focus pixels by their neighbours: auto finds them in "
+             "the recording, a file lists them; off (default) changes nothing."),
+         QStringLiteral("auto|file|off"), QStringLiteral("off")},
+        {repairColumns,
+         QStringLiteral("Even out stripes of columns that repeat every eight columns.")},
         {exposure,
-         text("Develop the frames so much brighter, from -%1 to %1 EV; 1 doubles the light.")
+         QStringLiteral(
+             "Develop the frames so much brighter, from -%1 to %1 EV; 1 doubles the light.")
              .arg(mostExposure),
-         text("ev"), QStringLiteral("0")},
+         QStringLiteral("ev"), QStringLiteral("0")},
         {whiteBalance,
-         text("What is white: as the camera was set (camera, default), one white for the whole "
-              "recording that is found in its frames (auto), daylight of so many kelvin, or the "
-              "multipliers of red, green and blue."),
-         text("camera|auto|kelvin|r,g,b"), QStringLiteral("camera")},
+         QStringLiteral(
+             "What is white: as the camera was set (camera, default), one white for the whole "
+             "recording that is found in its frames (auto), daylight of so many kelvin, or the "
+             "multipliers of red, green and blue."),
+         QStringLiteral("camera|auto|kelvin|r,g,b"), QStringLiteral("camera")},
         {lut,
-         text("Send the frames of a recipe through this table of colours, a .cube file, whose "
-              "input and output are BT.709."),
+         QStringLiteral(
+             "Send the frames of a recipe through this table of colours, a .cube file, whose "
+             "input and output are BT.709."),
          file},
         {frames,
-         text("Make the movie of these frames alone, counted from 1 as the whole movie has them; "
-              "a- goes to the end, -b begins with the first."),
-         text("a-b")},
+         QStringLiteral(
+             "Make the movie of these frames alone, counted from 1 as the whole movie has them; "
+             "a- goes to the end, -b begins with the first."),
+         QStringLiteral("a-b")},
         {temporaryBase,
-         text(
+         QStringLiteral(
              "Work in this folder and keep what is unfinished there, so that the same command goes "
              "on where it stopped."),
-         text("folder")},
-        {keepTemporary, text("Keep all temporary files.")},
-        {report, text("Write what became of each recording to this file, as JSON."), file},
-        {quiet, text("Print no progress and no table at the end.")},
+         QStringLiteral("folder")},
+        {keepTemporary, QStringLiteral("Keep all temporary files.")},
+        {report, QStringLiteral("Write what became of each recording to this file, as JSON."),
+         file},
+        {quiet, QStringLiteral("Print no progress and no table at the end.")},
         {progress,
-         text("How progress is printed on standard error: text (default), or json, one object a "
-              "line with recording, stage, framesDone, frames, framesPerSecond, secondsLeft and "
-              "batchSecondsLeft, at the end movie or reason; other lines have message alone."),
-         text("text|json"), QStringLiteral("text")},
-        {hdr, text("Merge neighbouring frames that alternate two exposures into HDR frames; the "
-                   "movie is silent.")},
-        {dualIso, text("Blend rows that alternate two sensitivities.")},
+         QStringLiteral(
+             "How progress is printed on standard error: text (default), or json, one object a "
+             "line with recording, stage, framesDone, frames, framesPerSecond, secondsLeft and "
+             "batchSecondsLeft, at the end movie or reason; other lines have message alone."),
+         QStringLiteral("text|json"), QStringLiteral("text")},
+        {hdr, QStringLiteral(
+                  "Merge neighbouring frames that alternate two exposures into HDR frames; the "
+                  "movie is silent.")},
+        {dualIso, QStringLiteral("Blend rows that alternate two sensitivities.")},
         {jobs,
-         text(
+         QStringLiteral(
              "Frames converted at once: a number from 1 (default) to %1, or auto for the number of "
              "cores.")
              .arg(mostJobs),
-         text("n|auto"), QStringLiteral("1")},
+         QStringLiteral("n|auto"), QStringLiteral("1")},
     });
-    parser.addPositionalArgument(text("path"), text("Recordings, or folders to be searched."));
+    parser.addPositionalArgument(QStringLiteral("path"),
+                                 QStringLiteral("Recordings, or folders to be searched."));
 }
 
 /// Nothing without the option; a problem when the recipe can't be used.
@@ -218,7 +230,7 @@ std::optional<Recipe> recipeOf(const QCommandLineParser &parser, QString &proble
     if (!found.problem.isEmpty())
         problem = found.problem;
     else if (parser.isSet(format) || parser.isSet(quality))
-        problem = text("--recipe takes the place of --format and --quality");
+        problem = QStringLiteral("--recipe takes the place of --format and --quality");
     return found.recipe;
 }
 
@@ -228,8 +240,9 @@ double exposureOf(const QString &value, QString &problem)
     const double chosen = value.toDouble();
     if (decimal.match(value).hasMatch() && std::abs(chosen) <= mostExposure)
         return chosen;
-    problem =
-        text("--exposure is a number from -%1 to %1, not \"%2\"").arg(mostExposure).arg(value);
+    problem = QStringLiteral("--exposure is a number from -%1 to %1, not \"%2\"")
+                  .arg(mostExposure)
+                  .arg(value);
     return 0;
 }
 
@@ -240,9 +253,10 @@ QString whiteBalanceOf(const QString &value, QString &problem)
         return {};
     if (isWhiteBalance(value))
         return value;
-    problem = text("--white-balance is camera, auto, a temperature from 2000 to 25000 or three "
-                   "multipliers such as 2.1,1,1.4, not \"%1\"")
-                  .arg(value);
+    problem =
+        QStringLiteral("--white-balance is camera, auto, a temperature from 2000 to 25000 or three "
+                       "multipliers such as 2.1,1,1.4, not \"%1\"")
+            .arg(value);
     return {};
 }
 
@@ -252,8 +266,9 @@ FrameSelection framesOf(const QCommandLineParser &parser, QString &problem)
         return {};
     const auto selection = FrameSelection::fromText(parser.value(frames));
     if (!selection) {
-        problem = text("--frames is the first and the last frame, such as 100-250, 100- or -250, "
-                       "not \"%1\"")
+        problem = QStringLiteral(
+                      "--frames is the first and the last frame, such as 100-250, 100- or -250, "
+                      "not \"%1\"")
                       .arg(parser.value(frames));
     }
     return selection.value_or(FrameSelection());
@@ -267,9 +282,9 @@ QString lutOf(const QCommandLineParser &parser, const std::optional<Recipe> &cho
     if (!parser.isSet(lut))
         return {};
     if (!parser.isSet(recipe) || (chosen && chosen->extension == QLatin1String("dng")))
-        problem = text("--lut is for movies that are made by a recipe");
+        problem = QStringLiteral("--lut is for movies that are made by a recipe");
     else if (path.isEmpty())
-        problem = text("--lut names a file");
+        problem = QStringLiteral("--lut names a file");
     else if (const QString wrong = readCubeLut(path).problem; !wrong.isEmpty())
         problem = wrong;
     return path;
@@ -281,12 +296,12 @@ MovieDestination destinationOf(const QCommandLineParser &parser, QString &proble
     if (parser.isSet(output)) {
         destination.folder = absolutePath(parser.value(output));
         if (destination.folder.isEmpty())
-            problem = text("--output names a folder");
+            problem = QStringLiteral("--output names a folder");
     }
     if (parser.isSet(movieName)) {
         destination.pattern = parser.value(movieName);
         if (const QString wrong = patternProblem(destination.pattern); !wrong.isEmpty())
-            problem = text("--name: %1").arg(wrong);
+            problem = QStringLiteral("--name: %1").arg(wrong);
     }
     destination.existing = static_cast<ExistingMovie>(choose(
         existing, parser.value(existing),
@@ -330,12 +345,12 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     options.quiet = parser.isSet(quiet);
     options.paths = parser.positionalArguments();
     if (options.paths.isEmpty())
-        problem = text("name at least one recording or folder");
+        problem = QStringLiteral("name at least one recording or folder");
     if (problem.isEmpty())
         problem = contradictionIn(settings);
     const QString unreadable = unreadablePath(options);
     if (problem.isEmpty() && !unreadable.isEmpty())
-        problem = text("%1 can't be read").arg(unreadable);
+        problem = QStringLiteral("%1 can't be read").arg(unreadable);
     return problem;
 }
 
@@ -344,9 +359,9 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
 std::optional<ExitStatus> readConvertOptions(const QStringList &arguments, ConvertOptions &options)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        text("Turns MLV recordings into movies, each written beside its recording, and prints the "
-             "path of every finished movie."));
+    parser.setApplicationDescription(QStringLiteral(
+        "Turns MLV recordings into movies, each written beside its recording, and prints the "
+        "path of every finished movie."));
     describe(parser);
     if (const auto ending =
             readArguments(parser, QStringLiteral("convert [options] path..."), arguments))

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cli/developer.h"
 
-#include <QCoreApplication>
 #include <QMap>
 #include <QProcess>
 
@@ -10,11 +9,6 @@ namespace filmwright {
 namespace {
 
 constexpr int timeLimit = 5000; // milliseconds, for a program of another kind that doesn't end
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("Developer", source);
-}
 
 /// The lines of name and value, separated by an equals sign.
 QMap<QString, QString> values(const QString &output)
@@ -53,11 +47,12 @@ std::optional<Developer> askDeveloper(const QString &path)
 QString describe(const Developer &developer)
 {
     if (developer.covers.isEmpty())
-        return text("FILMWRIGHT_DCRAW has %1 develop everything").arg(developer.other);
-    const QString own = text("%1 develops %2").arg(developer.program, developer.covers);
+        return QStringLiteral("FILMWRIGHT_DCRAW has %1 develop everything").arg(developer.other);
+    const QString own = QStringLiteral("%1 develops %2").arg(developer.program, developer.covers);
     return developer.other.isEmpty()
-               ? text("%1; no other dcraw was found, so other DNGs aren't developed").arg(own)
-               : text("%1, and %2 the rest").arg(own, developer.other);
+               ? QStringLiteral("%1; no other dcraw was found, so other DNGs aren't developed")
+                     .arg(own)
+               : QStringLiteral("%1, and %2 the rest").arg(own, developer.other);
 }
 
 } // namespace filmwright

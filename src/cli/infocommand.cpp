@@ -5,9 +5,9 @@
 #include "cli/missingtools.h"
 #include "mlvdump/recordingcheck.h"
 #include "project/recordingrun.h"
+#include "runner/readabletext.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QJsonArray>
@@ -17,11 +17,6 @@
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("InfoCommand", source);
-}
 
 /// Blocks until the report is read. Returns what went wrong, or an empty string.
 QString readMetadata(MLVProjectController &project, const QString &path)
@@ -81,27 +76,32 @@ QJsonObject describe(const QString &path, const MlvMetadata &metadata, const QSt
 
 void printText(const QString &path, const MlvMetadata &metadata, const QStringList &warnings)
 {
-    const auto seconds =
-        static_cast<double>(metadata.videoFrames) / static_cast<double>(metadata.fps);
+    const std::chrono::duration<double> length(metadata.fps > 0
+                                                   ? static_cast<double>(metadata.videoFrames) /
+                                                         static_cast<double>(metadata.fps)
+                                                   : 0);
     const auto line = [](const QString &label, const QString &value) {
         printLine(QStringLiteral("  %1 %2").arg(label, -12).arg(printable(value)));
     };
     printLine(printable(path));
-    line(text("Resolution"), metadata.resolution);
-    line(text("Frames"), text("%1 at %2 frames/s (%3 s), %4 sound blocks")
-                             .arg(metadata.videoFrames)
-                             .arg(shortest(metadata.fps))
-                             .arg(metadata.fps > 0 ? seconds : 0, 0, 'f', 2)
-                             .arg(metadata.audioFrames));
-    line(text("Exposure"), text("ISO %1, %2 s, f/%3")
-                               .arg(metadata.iso)
-                               .arg(metadata.shutter)
-                               .arg(shortest(metadata.aperture)));
-    line(text("Camera"), QStringLiteral("%1 %2").arg(metadata.camera, metadata.cameraSerial));
-    line(text("Lens"), QStringLiteral("%1 %2").arg(metadata.lens, metadata.focal));
-    line(text("Recorded"), QStringLiteral("%1 %2").arg(metadata.date, metadata.time));
+    line(QStringLiteral("Resolution"), metadata.resolution);
+    line(QStringLiteral("Frames"), QStringLiteral("%1 at %2 frames/s (%3), %4 sound blocks")
+                                       .arg(metadata.videoFrames)
+                                       .arg(shortest(metadata.fps))
+                                       .arg(timeText(length))
+                                       .arg(metadata.audioFrames));
+    const QString shutter = exposureTimeText(metadata.shutter);
+    line(QStringLiteral("Exposure"),
+         QStringLiteral("ISO %1, %2, f/%3")
+             .arg(QString::number(metadata.iso),
+                  shutter.isEmpty() ? QStringLiteral("unknown time") : shutter,
+                  QString::number(shortest(metadata.aperture))));
+    line(QStringLiteral("Camera"),
+         QStringLiteral("%1 %2").arg(metadata.camera, metadata.cameraSerial));
+    line(QStringLiteral("Lens"), QStringLiteral("%1 %2").arg(metadata.lens, metadata.focal));
+    line(QStringLiteral("Recorded"), QStringLiteral("%1 %2").arg(metadata.date, metadata.time));
     for (const QString &warning : warnings)
-        line(text("Warning"), warning);
+        line(QStringLiteral("Warning"), warning);
 }
 
 } // namespace
@@ -109,16 +109,17 @@ void printText(const QString &path, const MlvMetadata &metadata, const QStringLi
 int runInfo(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(text("Tells what recordings say of themselves."));
+    parser.setApplicationDescription(QStringLiteral("Tells what recordings say of themselves."));
     const QString json = QStringLiteral("json");
-    parser.addOption({json, text("Print one JSON array; the shutter is in seconds.")});
-    parser.addPositionalArgument(text("file"), text("Recordings."), text("file..."));
+    parser.addOption({json, QStringLiteral("Print one JSON array; the shutter is in seconds.")});
+    parser.addPositionalArgument(QStringLiteral("file"), QStringLiteral("Recordings."),
+                                 QStringLiteral("file..."));
     if (const auto ending =
             readArguments(parser, QStringLiteral("info [options] file..."), arguments))
         return *ending;
     const QStringList paths = parser.positionalArguments();
     if (paths.isEmpty()) {
-        printProblem(text("name at least one recording"));
+        printProblem(QStringLiteral("name at least one recording"));
         return ExitUnusable;
     }
     if (!checkTools({QStringLiteral("mlv_dump")}))
@@ -128,7 +129,7 @@ int runInfo(const QStringList &arguments)
     int status = ExitSuccess;
     for (const QString &path : paths) {
         if (!QFileInfo(path).isFile() || !QFileInfo(path).isReadable()) {
-            printProblem(text("%1 can't be read").arg(path));
+            printProblem(QStringLiteral("%1 can't be read").arg(path));
             status = ExitUnusable;
             continue;
         }

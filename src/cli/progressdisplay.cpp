@@ -4,7 +4,6 @@
 #include "cli/exitstatus.h"
 #include "cli/progressjson.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 #include <QStringList>
 
@@ -15,11 +14,6 @@
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("ProgressDisplay", source);
-}
 
 int terminalWidth()
 {
@@ -64,7 +58,7 @@ void ProgressDisplay::beginStage(const QString &recording, const QString &stage,
     if (m_terminal)
         showLiveLine(m_label);
     else if (m_style == ProgressStyle::ForPeople)
-        write((frames > 0 ? text("%1, %2 frames").arg(m_label).arg(frames) : m_label) +
+        write((frames > 0 ? QStringLiteral("%1, %2 frames").arg(m_label).arg(frames) : m_label) +
               QLatin1Char('\n'));
     else if (frames == 0) // a counted stage is shown at once, with its figures
         write(progressJson(recording, stage, {}));
@@ -89,7 +83,7 @@ void ProgressDisplay::showText(const QString &text)
 void ProgressDisplay::finished(const QString &recording, const QString &movie)
 {
     if (m_style == ProgressStyle::ForPeople)
-        tell(text("%1: finished").arg(QFileInfo(movie).fileName()));
+        tell(QStringLiteral("%1: finished").arg(QFileInfo(movie).fileName()));
     else if (!m_quiet)
         write(finishedJson(recording, movie));
 }
@@ -97,7 +91,7 @@ void ProgressDisplay::finished(const QString &recording, const QString &movie)
 void ProgressDisplay::skipped(const QString &recording, const QString &movie)
 {
     if (m_style == ProgressStyle::ForPeople)
-        tell(text("%1: skipped, it is there already").arg(QFileInfo(movie).fileName()));
+        tell(QStringLiteral("%1: skipped, it is there already").arg(QFileInfo(movie).fileName()));
     else if (!m_quiet)
         write(skippedJson(recording, movie));
 }
@@ -107,7 +101,7 @@ void ProgressDisplay::failed(const QString &recording, const QString &reason)
     if (m_style == ProgressStyle::Json)
         write(failedJson(recording, reason));
     else
-        warn(text("%1: failed: %2").arg(QFileInfo(recording).fileName(), reason));
+        warn(QStringLiteral("%1: failed: %2").arg(QFileInfo(recording).fileName(), reason));
 }
 
 void ProgressDisplay::tell(const QString &line)

@@ -7,7 +7,6 @@
 #include "encoding/recipes.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -15,11 +14,6 @@
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("RecipesCommand", source);
-}
 
 const QString json = QStringLiteral("json");
 
@@ -54,9 +48,9 @@ void printAsText(const QList<RecipeFile> &recipes)
         const Recipe &recipe = file.recipe;
         printLine(QStringLiteral("%1 %2").arg(
             recipe.id.leftJustified(14),
-            file.problem.isEmpty()
-                ? text("%1 (%2): %3").arg(recipe.name, recipe.extension, recipe.description)
-                : text("can't be used: %1").arg(file.problem)));
+            file.problem.isEmpty() ? QStringLiteral("%1 (%2): %3")
+                                         .arg(recipe.name, recipe.extension, recipe.description)
+                                   : QStringLiteral("can't be used: %1").arg(file.problem)));
     }
 }
 
@@ -66,9 +60,10 @@ int runRecipes(const QStringList &arguments)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        text("Lists the recipes by which movies can be made: the bundled ones and your own in %1.")
+        QStringLiteral(
+            "Lists the recipes by which movies can be made: the bundled ones and your own in %1.")
             .arg(recipeFolders().constFirst()));
-    parser.addOption({json, text("Print JSON.")});
+    parser.addOption({json, QStringLiteral("Print JSON.")});
     if (const auto status = readArguments(parser, QStringLiteral("recipes [options]"), arguments))
         return *status;
     if (!checkTools({QStringLiteral("ffmpeg")}))

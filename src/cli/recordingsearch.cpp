@@ -3,7 +3,6 @@
 
 #include "project/recordingfiles.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QSet>
@@ -18,11 +17,6 @@
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("RecordingSearch", source);
-}
 
 struct Entry
 {
@@ -69,7 +63,7 @@ public:
             else if (path.isValidUtf8())
                 add(QFile::decodeName(path));
             else
-                report(path, text("its name is no UTF-8 text; rename it"));
+                report(path, QStringLiteral("its name is no UTF-8 text; rename it"));
         }
     }
 
@@ -86,7 +80,7 @@ private:
             entries.push_back({name, QString::fromUtf8(name)});
         }
         if (error) {
-            report(folder, text("the folder can't be read: %1")
+            report(folder, QStringLiteral("the folder can't be read: %1")
                                .arg(QString::fromLocal8Bit(error.message().c_str())));
         }
         std::ranges::sort(entries, {}, &Entry::readable);

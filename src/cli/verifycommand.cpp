@@ -8,11 +8,10 @@
 #include "cli/recordingsearch.h"
 #include "cli/texttable.h"
 #include "mlvdump/recordingcheck.h"
-#include "project/batchprogress.h"
 #include "project/recordingfiles.h"
+#include "runner/readabletext.h"
 
 #include <QCommandLineParser>
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFileInfo>
@@ -26,29 +25,24 @@ namespace filmwright {
 
 namespace {
 
-QString text(const char *source)
-{
-    return QCoreApplication::translate("VerifyCommand", source);
-}
-
 struct Verified
 {
     QString recording;
     CheckResult result;
 };
 
-/// What the JSON calls a verdict; the table says it in the person's language.
-const char *nameOf(CheckResult::Verdict verdict)
+/// What the table and the JSON call a verdict.
+QString nameOf(CheckResult::Verdict verdict)
 {
     switch (verdict) {
     case CheckResult::Whole:
-        return QT_TRANSLATE_NOOP("VerifyCommand", "whole");
+        return QStringLiteral("whole");
     case CheckResult::Lossy:
-        return QT_TRANSLATE_NOOP("VerifyCommand", "not whole");
+        return QStringLiteral("not whole");
     case CheckResult::Unusable:
         break;
     }
-    return QT_TRANSLATE_NOOP("VerifyCommand", "unreadable");
+    return QStringLiteral("unreadable");
 }
 
 quint64 bytesOf(const QString &recording)
@@ -79,7 +73,7 @@ public:
     {
         m_time.start();
         for (const QString &recording : m_recordings) {
-            m_display.beginStage(recording, text("verifying"), 0);
+            m_display.beginStage(recording, QStringLiteral("verifying"), 0);
             m_check.check(recording, RecordingCheck::Everything);
             m_loop.exec();
             if (m_interruption.hasHappened()) {
@@ -100,11 +94,10 @@ private:
         const double done = static_cast<double>(m_bytesBefore + m_check.bytesDone());
         const double seconds = static_cast<double>(m_time.elapsed()) / 1000;
         const double left = seconds * std::max(0.0, static_cast<double>(m_bytes) - done) / done;
-        const double percent =
-            100.0 * static_cast<double>(m_check.bytesDone()) / static_cast<double>(m_check.bytes());
-        m_display.showText(text("%1 %, %2 left")
-                               .arg(static_cast<int>(percent))
-                               .arg(timeText(TimeEstimate::Seconds(left))));
+        m_display.showText(QStringLiteral("%1, %2 left")
+                               .arg(percentText(static_cast<double>(m_check.bytesDone()),
+                                                static_cast<double>(m_check.bytes())),
+                                    timeText(std::chrono::duration<double>(left))));
     }
 
     const QStringList m_recordings;
@@ -124,7 +117,7 @@ void printJson(const QList<Verified> &verified)
     for (const auto &[recording, result] : verified) {
         array << QJsonObject{
             {QStringLiteral("path"), recording},
-            {QStringLiteral("result"), QString::fromLatin1(nameOf(result.verdict))},
+            {QStringLiteral("result"), nameOf(result.verdict)},
             {QStringLiteral("frames"), static_cast<qint64>(result.frames)},
             {QStringLiteral("losses"), QJsonArray::fromStringList(result.losses)},
             {QStringLiteral("warnings"), QJsonArray::fromStringList(result.remarks)},
@@ -142,10 +135,11 @@ void printTable(const QList<Verified> &verified)
     for (const Verified &one : verified)
         paths << one.recording;
     const qsizetype folderLength = commonFolder(paths).size();
-    QList<QStringList> rows{{text("recording"), text("result"), text("frames"), text("findings")}};
+    QList<QStringList> rows{{QStringLiteral("recording"), QStringLiteral("result"),
+                             QStringLiteral("frames"), QStringLiteral("findings")}};
     for (const auto &[recording, result] : verified) {
         QStringList sentences = result.sentences();
-        rows << QStringList{printable(recording.mid(folderLength)), text(nameOf(result.verdict)),
+        rows << QStringList{printable(recording.mid(folderLength)), nameOf(result.verdict),
                             QString::number(result.frames),
                             sentences.isEmpty() ? QString() : printable(sentences.takeFirst())};
         for (const QString &sentence : std::as_const(sentences))
@@ -160,18 +154,20 @@ void printTable(const QList<Verified> &verified)
 int runVerify(const QStringList &arguments)
 {
     QCommandLineParser parser;
-    parser.setApplicationDescription(
-        text("Reads recordings whole, decodes every frame and tells what is lost: before the card "
-             "is wiped. Nothing is written."));
+    parser.setApplicationDescription(QStringLiteral(
+        "Reads recordings whole, decodes every frame and tells what is lost: before the card "
+        "is wiped. Nothing is written."));
     const QString json = QStringLiteral("json");
     const QString quiet = QStringLiteral("quiet");
-    parser.addOptions({{json, text("Print one JSON array.")}, {quiet, text("Print no progress.")}});
-    parser.addPositionalArgument(text("path"), text("Recordings, or folders to be searched."));
+    parser.addOptions({{json, QStringLiteral("Print one JSON array.")},
+                       {quiet, QStringLiteral("Print no progress.")}});
+    parser.addPositionalArgument(QStringLiteral("path"),
+                                 QStringLiteral("Recordings, or folders to be searched."));
     if (const auto ending =
             readArguments(parser, QStringLiteral("verify [options] path..."), arguments))
         return *ending;
     if (parser.positionalArguments().isEmpty()) {
-        printProblem(text("name at least one recording or folder"));
+        printProblem(QStringLiteral("name at least one recording or folder"));
         return ExitUnusable;
     }
     if (!checkTools({QStringLiteral("mlv_dump")}))
@@ -181,7 +177,7 @@ int runVerify(const QStringList &arguments)
     for (const QString &path : findRecordings(parser.positionalArguments(), &unreachable))
         recordings << QFileInfo(path).absoluteFilePath();
     if (recordings.isEmpty() && unreachable.isEmpty()) {
-        printProblem(text("no recordings found"));
+        printProblem(QStringLiteral("no recordings found"));
         return ExitUnusable;
     }
 

@@ -5,7 +5,6 @@
 #include "runner/files.h"
 #include "runner/temporarydirectory.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QUuid>
@@ -15,11 +14,6 @@ namespace filmwright {
 namespace {
 
 const QString privatePrefix = QStringLiteral("filmwright-cli-");
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("Workspace", source);
-}
 
 /// Every run makes its own.
 void removeAverages()
@@ -55,7 +49,7 @@ QString Workspace::openPrivate()
 {
     const QDir folder(userTemporaryFolder());
     if (!createPrivateFolder(folder.path()))
-        return text("the temporary folder %1 can't be created").arg(folder.path());
+        return QStringLiteral("the temporary folder %1 can't be created").arg(folder.path());
     removeAbandonedDirectories(folder.path(), privatePrefix);
     m_privateBase =
         folder.filePath(privatePrefix + QUuid::createUuid().toString(QUuid::WithoutBraces));
@@ -63,14 +57,14 @@ QString Workspace::openPrivate()
     if (!problem.isEmpty())
         return problem;
     if (!setBaseTemporaryDirectory(m_privateBase))
-        return text("the temporary folder %1 can't be written").arg(folder.path());
+        return QStringLiteral("the temporary folder %1 can't be written").arg(folder.path());
     return prepareTemporaryDirectory();
 }
 
 QString Workspace::openChosen(const QString &base)
 {
     if (!setBaseTemporaryDirectory(QFileInfo(base).absoluteFilePath()))
-        return text("the temporary folder %1 can't be written").arg(base);
+        return QStringLiteral("the temporary folder %1 can't be written").arg(base);
     QString problem = m_lock.take(temporaryDirectory());
     if (problem.isEmpty())
         problem = prepareTemporaryDirectory();

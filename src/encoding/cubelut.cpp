@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "encoding/cubelut.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QList>
 
@@ -15,11 +14,6 @@ namespace {
 // What ffmpeg takes.
 constexpr int leastSide = 2;
 constexpr int mostSide = 256;
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("CubeLut", source);
-}
 
 bool isNumber(const QByteArray &word)
 {
@@ -49,7 +43,7 @@ public:
         if (!isKeyword(words.constFirst()))
             return takeRow(words);
         const QByteArray keyword = words.takeFirst();
-        return m_rows > 0 ? text("\"%1\" stands behind the table's first row")
+        return m_rows > 0 ? QStringLiteral("\"%1\" stands behind the table's first row")
                                 .arg(QString::fromUtf8(keyword))
                           : takeKeyword(keyword, words);
     }
@@ -57,9 +51,9 @@ public:
     QString finish() const
     {
         if (m_side == 0)
-            return text("it has no LUT_3D_SIZE");
+            return QStringLiteral("it has no LUT_3D_SIZE");
         if (m_rows < rows())
-            return text("it ends after %1 of %2 rows").arg(m_rows).arg(rows());
+            return QStringLiteral("it ends after %1 of %2 rows").arg(m_rows).arg(rows());
         return {};
     }
 
@@ -80,28 +74,30 @@ private:
         if (keyword == "LUT_3D_SIZE")
             return takeSize(words);
         if (keyword == "LUT_1D_SIZE")
-            return text("a table in one dimension; one in three (LUT_3D_SIZE) is needed");
+            return QStringLiteral("a table in one dimension; one in three (LUT_3D_SIZE) is needed");
         if (keyword == "DOMAIN_MIN" || keyword == "DOMAIN_MAX") {
             if (!areNumbers(words, 3))
-                return text("%1 needs three numbers").arg(QString::fromLatin1(keyword));
+                return QStringLiteral("%1 needs three numbers").arg(QString::fromLatin1(keyword));
             (keyword == "DOMAIN_MIN" ? m_least : m_most) = words.join(' ');
             return {};
         }
         if (keyword == "LUT_3D_INPUT_RANGE") {
             if (!areNumbers(words, 2))
-                return text("LUT_3D_INPUT_RANGE needs two numbers");
+                return QStringLiteral("LUT_3D_INPUT_RANGE needs two numbers");
             m_least = QList<QByteArray>(3, words.constFirst()).join(' ');
             m_most = QList<QByteArray>(3, words.constLast()).join(' ');
             return {};
         }
-        return text("\"%1\" is not known").arg(QString::fromUtf8(keyword));
+        return QStringLiteral("\"%1\" is not known").arg(QString::fromUtf8(keyword));
     }
 
     QString takeSize(const QList<QByteArray> &words)
     {
         const int side = words.size() == 1 ? words.constFirst().toInt() : 0;
         if (side < leastSide || side > mostSide)
-            return text("LUT_3D_SIZE is a number from %1 to %2").arg(leastSide).arg(mostSide);
+            return QStringLiteral("LUT_3D_SIZE is a number from %1 to %2")
+                .arg(leastSide)
+                .arg(mostSide);
         m_side = side;
         return {};
     }
@@ -109,11 +105,11 @@ private:
     QString takeRow(const QList<QByteArray> &words)
     {
         if (m_side == 0)
-            return text("a row stands before LUT_3D_SIZE");
+            return QStringLiteral("a row stands before LUT_3D_SIZE");
         if (!areNumbers(words, 3))
-            return text("a row is three numbers");
+            return QStringLiteral("a row is three numbers");
         if (++m_rows > rows())
-            return text("there are more than %1 rows").arg(rows());
+            return QStringLiteral("there are more than %1 rows").arg(rows());
         m_table += words.join(' ') + '\n';
         return {};
     }
@@ -140,7 +136,7 @@ CubeLut readCubeLut(const QString &path)
         ++line;
         const QByteArray content = file.readLine(longestLine);
         problem = content.size() == longestLine - 1 && !content.endsWith('\n')
-                      ? text("the line is too long for a table of colours")
+                      ? QStringLiteral("the line is too long for a table of colours")
                       : reader.take(content);
     }
     if (problem.isEmpty())

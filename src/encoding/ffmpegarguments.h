@@ -21,6 +21,12 @@ enum MovieQuality : qint32 {
     MovieQualityHigh = 1,
 };
 
+/// What a movie of format and quality is, for a person, and about what it takes.
+QString movieDescription(qint32 format, qint32 quality);
+
+/// The bytes that each pixel of a raw movie takes; 0 for one that is compressed.
+double rawBytesOfPixel(qint32 format, qint32 quality);
+
 /// What a movie is made of.
 struct MovieSources
 {

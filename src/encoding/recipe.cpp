@@ -4,18 +4,11 @@
 #include "encoding/recipearguments.h"
 #include "runner/files.h"
 
-#include <QCoreApplication>
-
 #include <algorithm>
 
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("Recipe", source);
-}
 
 bool hasName(const CapabilityList &records, const QString &name)
 {
@@ -68,7 +61,7 @@ QString lackOf(const QMap<QString, CapabilityList> &encoders, const Recipe &reci
 {
     if (recipe.keepsRawFrames())
         return {};
-    const QString lack = text("ffmpeg has no encoder \"%1\"");
+    const QString lack = QStringLiteral("ffmpeg has no encoder \"%1\"");
     if (!hasName(encoders.value(QStringLiteral("video_encoders")), recipe.videoEncoder()))
         return lack.arg(recipe.videoEncoder());
     if (!recipe.sound.isEmpty() &&
@@ -82,7 +75,7 @@ QString pixelFormatLack(const QStringList &supported, const Recipe &recipe)
     const QString format = recipe.pixelFormat();
     if (format.isEmpty() || supported.isEmpty() || supported.contains(format))
         return {};
-    return text("ffmpeg's encoder \"%1\" takes no pixels of the format \"%2\", but %3")
+    return QStringLiteral("ffmpeg's encoder \"%1\" takes no pixels of the format \"%2\", but %3")
         .arg(recipe.videoEncoder(), format, supported.join(QStringLiteral(", ")));
 }
 

@@ -61,3 +61,6 @@ QString pixelFormatLack(const QStringList &supported, const Recipe &recipe);
 
 /// Beside the recording: clip.MLV gives clip.mov, with the suffix ".draft" clip.draft.mov, and the
 /// folder clip where raw frames are kept.
+QString moviePathFor(const QString &mlvPath, const Recipe &recipe);
+
+} // namespace filmwright

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "encoding/recipearguments.h"
 
-#include <QCoreApplication>
 #include <QRegularExpression>
 #include <QSet>
 
@@ -10,11 +9,6 @@
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("RecipeArguments", source);
-}
 
 QSet<QString> setOf(const char *words)
 {
@@ -109,19 +103,20 @@ QString encodingProblem(const QStringList &words, QChar stream)
     for (qsizetype i = 0; i < words.size(); i += 2) {
         const QString &option = words.at(i);
         if (!isOption(option)) {
-            return text("\"%1\" is neither an option nor an option's value; it would name another "
-                        "output")
+            return QStringLiteral(
+                       "\"%1\" is neither an option nor an option's value; it would name another "
+                       "output")
                 .arg(option);
         }
         if (hasNoValue(nameOf(option)) || isRefused(nameOf(option)))
-            return text("%1 is not for recipes").arg(option);
+            return QStringLiteral("%1 is not for recipes").arg(option);
         if (i + 1 == words.size())
-            return text("%1 lacks its value").arg(option);
+            return QStringLiteral("%1 lacks its value").arg(option);
         if (namesFile(words.at(i + 1)))
-            return text("%1 names a file, \"%2\"").arg(option, words.at(i + 1));
+            return QStringLiteral("%1 names a file, \"%2\"").arg(option, words.at(i + 1));
     }
     if (encoderIn(words, stream).isEmpty())
-        return text("it names no encoder: -c:%1 is missing").arg(stream);
+        return QStringLiteral("it names no encoder: -c:%1 is missing").arg(stream);
     return {};
 }
 
@@ -132,10 +127,11 @@ QString developmentProblem(const QStringList &words)
         const QString &option = words.at(i);
         const int values = developmentValues(option);
         if (values < 0)
-            return text("\"%1\" is not for recipes; -6, -h, -m, -n and -C are").arg(option);
+            return QStringLiteral("\"%1\" is not for recipes; -6, -h, -m, -n and -C are")
+                .arg(option);
         for (int value = 0; value < values; ++value) {
             if (!number.match(words.value(++i)).hasMatch())
-                return text("%1 lacks a number").arg(option);
+                return QStringLiteral("%1 lacks a number").arg(option);
         }
     }
     return {};

@@ -5,7 +5,6 @@
 #include "encoding/recipearguments.h"
 #include "encoding/shellwords.h"
 
-#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QSettings>
@@ -18,11 +17,6 @@ namespace filmwright {
 namespace {
 
 constexpr qint64 mostBytes = 65536;
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("RecipeFile", source);
-}
 
 /// What is wrong on a line; line 0: with the file.
 struct LineProblem
@@ -48,7 +42,7 @@ QString quotingProblem(const QString &value)
         const QChar character = value.at(i);
         if (character == QLatin1Char('\\')) {
             if (++i == value.size())
-                return text("a value can't go on in the next line");
+                return QStringLiteral("a value can't go on in the next line");
         } else if (character == QLatin1Char(';') && !quoted) {
             return {}; // a comment follows
         } else if (character == QLatin1Char('"')) {
@@ -56,13 +50,14 @@ QString quotingProblem(const QString &value)
                 quoted ? value.mid(i + 1).section(QLatin1Char(';'), 0, 0).trimmed().isEmpty()
                        : i == 0;
             if (!atEdge) {
-                return text("bad quoting: inside a value write ' instead of \", or the whole value "
-                            "in \" with \\\" inside");
+                return QStringLiteral(
+                    "bad quoting: inside a value write ' instead of \", or the whole value "
+                    "in \" with \\\" inside");
             }
             quoted = !quoted;
         }
     }
-    return quoted ? text("bad quoting: a \" is not closed") : QString();
+    return quoted ? QStringLiteral("bad quoting: a \" is not closed") : QString();
 }
 
 /// The lines of the fields, by their names.
@@ -72,17 +67,17 @@ QString fieldProblem(const QString &line, const FieldLines &lines)
 {
     const qsizetype equals = line.indexOf(QLatin1Char('='));
     if (equals < 0)
-        return text("neither a section, a comment nor a field with its value");
+        return QStringLiteral("neither a section, a comment nor a field with its value");
     const QString name = line.left(equals).trimmed();
     if (!fields().contains(name))
-        return text("unknown field \"%1\"; there are %2")
+        return QStringLiteral("unknown field \"%1\"; there are %2")
             .arg(name, fields().join(QStringLiteral(", ")));
     if (lines.contains(name))
-        return text("%1 is there twice").arg(name);
+        return QStringLiteral("%1 is there twice").arg(name);
     const QString value = line.mid(equals + 1).trimmed();
     // QSettings would make a value of another type of it.
     if (value.startsWith(QLatin1Char('@')))
-        return text("a value can't begin with @");
+        return QStringLiteral("a value can't begin with @");
     return quotingProblem(value);
 }
 
@@ -99,17 +94,17 @@ LineProblem problemOfLines(const QString &content, FieldLines &lines)
             continue;
         if (line.startsWith(QLatin1Char('['))) {
             if (line != QLatin1String("[Recipe]") || inSection)
-                return {text("the only section is [Recipe]"), number};
+                return {QStringLiteral("the only section is [Recipe]"), number};
             inSection = true;
             continue;
         }
         if (!inSection)
-            return {text("[Recipe] is missing above"), number};
+            return {QStringLiteral("[Recipe] is missing above"), number};
         if (const QString problem = fieldProblem(line, lines); !problem.isEmpty())
             return {problem, number};
         lines.insert(line.section(QLatin1Char('='), 0, 0).trimmed(), number);
     }
-    return inSection ? LineProblem{} : LineProblem{text("[Recipe] is missing"), 0};
+    return inSection ? LineProblem{} : LineProblem{QStringLiteral("[Recipe] is missing"), 0};
 }
 
 /// QSettings makes a list of a value with commas.
@@ -132,7 +127,7 @@ QString extensionProblem(const QString &extension)
                             QStringLiteral("dng")};
     if (known.contains(extension))
         return {};
-    return text("Extension is one of %1, not \"%2\"")
+    return QStringLiteral("Extension is one of %1, not \"%2\"")
         .arg(known.join(QStringLiteral(", ")), extension);
 }
 
@@ -140,7 +135,8 @@ QString suffixProblem(const QString &suffix)
 {
     constexpr qsizetype longest = 40;
     return suffix.contains(QLatin1Char('/')) || suffix.size() > longest
-               ? text("Suffix is a part of a file's name, at most %1 letters").arg(longest)
+               ? QStringLiteral("Suffix is a part of a file's name, at most %1 letters")
+                     .arg(longest)
                : QString();
 }
 
@@ -190,7 +186,7 @@ private:
         const QStringList &all = fields();
         for (const QString &field : all.mid(all.indexOf(QStringLiteral("Extension")) + 1)) {
             if (!take(field).isEmpty())
-                fail(field, text("with Extension=dng there is no %1").arg(field));
+                fail(field, QStringLiteral("with Extension=dng there is no %1").arg(field));
         }
     }
 
@@ -198,7 +194,7 @@ private:
     {
         QString value = valueOf(m_settings, field);
         if (hasControlCharacter(value))
-            fail(field, text("%1 has a control character").arg(field));
+            fail(field, QStringLiteral("%1 has a control character").arg(field));
         return value;
     }
 
@@ -206,7 +202,7 @@ private:
     {
         const auto words = shellWords(take(field));
         if (!words)
-            fail(field, text("bad quoting: a ' or \" is not closed"));
+            fail(field, QStringLiteral("bad quoting: a ' or \" is not closed"));
         return words.value_or(QStringList());
     }
 
@@ -214,7 +210,7 @@ private:
     {
         const QString value = take(field);
         if (!value.isEmpty() && value != QLatin1String("true") && value != QLatin1String("false"))
-            fail(field, text("%1 is true or false, not \"%2\"").arg(field, value));
+            fail(field, QStringLiteral("%1 is true or false, not \"%2\"").arg(field, value));
         return value == QLatin1String("true");
     }
 
@@ -228,18 +224,18 @@ LineProblem readContent(const QString &path, QString &content)
 {
     QFile file(path);
     if (!QFileInfo(path).isFile())
-        return {text("there is no such file")};
+        return {QStringLiteral("there is no such file")};
     if (!file.open(QIODevice::ReadOnly))
-        return {text("it can't be read: %1").arg(file.errorString())};
+        return {QStringLiteral("it can't be read: %1").arg(file.errorString())};
     const QByteArray bytes = file.read(mostBytes + 1);
     if (bytes.size() > mostBytes)
-        return {text("it is too long for a recipe")};
+        return {QStringLiteral("it is too long for a recipe")};
     QStringDecoder decoder(QStringDecoder::Utf8);
     content = decoder(bytes);
     // QSettings takes a lone carriage return for the end of a line.
     const bool isText = !decoder.hasError() && !content.contains(QChar(0)) &&
                         !QString(content).remove(QLatin1String("\r\n")).contains(QLatin1Char('\r'));
-    return isText ? LineProblem{} : LineProblem{text("it is no text in UTF-8")};
+    return isText ? LineProblem{} : LineProblem{QStringLiteral("it is no text in UTF-8")};
 }
 
 LineProblem readFields(const QString &path, Recipe &recipe)
@@ -253,7 +249,7 @@ LineProblem readFields(const QString &path, Recipe &recipe)
         return problem;
     const QSettings settings(path, QSettings::IniFormat);
     if (settings.status() != QSettings::NoError)
-        return {text("it is no INI file")};
+        return {QStringLiteral("it is no INI file")};
     return FieldReader(settings, lines).read(recipe);
 }
 

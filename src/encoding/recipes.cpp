@@ -14,11 +14,6 @@ namespace {
 
 const QString extension = QStringLiteral(".recipe");
 
-QString text(const char *source)
-{
-    return QCoreApplication::translate("Recipes", source);
-}
-
 /// The files, by the ids of their recipes.
 QMap<QString, QString> recipeFiles()
 {
@@ -63,7 +58,7 @@ RecipeFile findRecipe(const QString &nameOrFile)
         return readRecipe(files.value(nameOrFile));
     RecipeFile missing;
     missing.recipe.id = nameOrFile;
-    missing.problem = text("there is no recipe \"%1\"; there are %2")
+    missing.problem = QStringLiteral("there is no recipe \"%1\"; there are %2")
                           .arg(nameOrFile, QStringList(files.keys()).join(QStringLiteral(", ")));
     return missing;
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "mlvdump/frameselection.h"
 
-#include <QCoreApplication>
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -18,8 +17,7 @@ QString FrameSelection::problem(quint64 frames) const
 {
     if (std::max(first, last) <= frames)
         return {};
-    return QCoreApplication::translate("FrameSelection",
-                                       "the frames %1 are asked for, but it has only %2")
+    return QStringLiteral("the frames %1 are asked for, but it has only %2")
         .arg(text())
         .arg(frames);
 }

@@ -12,7 +12,7 @@ QStringList metaArguments(const QString &mlvPath)
 
 QStringList frameArguments(const QString &mlvPath, qint64 index, const QString &darkPath,
                            const QString &flatPath, const QString &directory,
-                             const QStringList &more, const FrameSelection &selection)
+                           const QStringList &more, const FrameSelection &selection)
 {
     if (mlvPath.isNull())
         throw std::invalid_argument("No recording to extract frames from");

@@ -150,6 +150,48 @@ void readRawInformation(const QStringList &block, MlvMetadata &metadata)
                                   number("active_area.x2") - 1, number("active_area.y2") - 1);
 }
 
+/// Modes have the numbers of the camera's menu; in mode 9 a temperature was set.
+QString whiteBalanceName(int mode, const QString &kelvin)
+{
+    switch (mode) {
+    case 0:
+        return QStringLiteral("automatic");
+    case 1:
+        return QStringLiteral("daylight");
+    case 2:
+        return QStringLiteral("cloudy");
+    case 3:
+        return QStringLiteral("tungsten");
+    case 4:
+        return QStringLiteral("fluorescent");
+    case 5:
+        return QStringLiteral("flash");
+    case 6:
+        return QStringLiteral("custom");
+    case 8:
+        return QStringLiteral("shade");
+    case 9:
+        return QStringLiteral("%1 K").arg(limited(kelvin));
+    default:
+        return {};
+    }
+}
+
+/// The first one holds. It is for a person only: a report without it is as good.
+void readWhiteBalance(const QStringList &lines, MlvMetadata &metadata)
+{
+    constexpr qsizetype modeLine = 4;
+    const qsizetype header = lines.indexOf(QStringLiteral("Block: WBAL"));
+    if (header < 0 || header + modeLine + 1 >= lines.size())
+        return;
+    const auto value = [&lines, header](qsizetype line) {
+        return lines.at(header + line).section(QLatin1Char(':'), 1).trimmed();
+    };
+    bool isNumber = false;
+    const int mode = value(modeLine).toInt(&isNumber);
+    metadata.whiteBalance = isNumber ? whiteBalanceName(mode, value(modeLine + 1)) : QString();
+}
+
 /// "5x3 (1 of 5 lines read, 1 of 3 columns read)".
 void readSampling(const QStringList &lines, MlvMetadata &metadata)
 {
@@ -228,6 +270,7 @@ void readReport(const QStringList &lines, MlvMetadata &metadata)
     }
     readSampling(lines, metadata);
     readFilledFrames(lines, metadata);
+    readWhiteBalance(lines, metadata);
 }
 
 } // namespace filmwright

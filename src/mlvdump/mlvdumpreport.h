@@ -28,8 +28,9 @@ struct MlvMetadata
     QString date = QLatin1String("");
     QString time = QLatin1String("");
     QString resolution = QLatin1String("");
-    QRect activeArea; ///< pixels; of the sensor's read-out, which may be larger than the frame
-    QSize sampling;   ///< columns and lines of the sensor that a sample stands for; empty: unknown
+    QString whiteBalance; ///< as the camera was set: "daylight", "5200 K"; empty: not told
+    QRect activeArea;     ///< pixels; of the sensor's read-out, which may be larger than the frame
+    QSize sampling; ///< columns and lines of the sensor that a sample stands for; empty: unknown
     quint64 filledFrames = 0; ///< with those that fill gaps; 0: there are no gaps
 
     /// Frames of a movie of the whole recording.

@@ -73,7 +73,7 @@ void RecordingCheck::taskWrapperTerminated()
 void RecordingCheck::finish()
 {
     if (!m_isComplete && m_result.reason.isEmpty())
-        m_result.reason = tr("mlv_dump ended before it had read the recording");
+        m_result.reason = QStringLiteral("mlv_dump ended before it had read the recording");
     if (!m_result.reason.isEmpty())
         m_result.verdict = CheckResult::Unusable;
     else

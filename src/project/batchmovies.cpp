@@ -5,17 +5,11 @@
 #include "mlvdump/mlvdumpreport.h"
 #include "project/recordingfiles.h"
 
-#include <QCoreApplication>
 #include <QFileInfo>
 
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("BatchMovies", source);
-}
 
 /// A recording's working folder has the recording's name.
 bool isAverageName(const QString &name)
@@ -30,9 +24,10 @@ bool isAverageName(const QString &name)
 QString BatchMovies::claim(const QString &recording, const ConversionSettings &settings)
 {
     if (!isRecordingName(recording))
-        return text("its name doesn't end in .mlv");
+        return QStringLiteral("its name doesn't end in .mlv");
     if (!settings.calibration.isEmpty() && isAverageName(QFileInfo(recording).fileName()))
-        return text("an averaged calibration recording is kept under its name; rename it");
+        return QStringLiteral(
+            "an averaged calibration recording is kept under its name; rename it");
     return settings.destination.isKnownBeforeReading()
                ? claimMovie(moviePathFor(recording, settings, {}))
                : QString();
@@ -45,7 +40,7 @@ QString BatchMovies::claimMovie(const QString &movie)
     const QString identity =
         QFileInfo(file.path()).canonicalFilePath() + QLatin1Char('/') + file.fileName();
     if (m_movies.contains(identity))
-        return text("its movie would replace that of another recording, %1").arg(movie);
+        return QStringLiteral("its movie would replace that of another recording, %1").arg(movie);
     m_movies << identity;
     return {};
 }

@@ -1,19 +1,43 @@
 // SPDX-License-Identifier: MIT
 #include "project/batchprogress.h"
 
-#include <QCoreApplication>
-#include <QLatin1Char>
+#include "runner/fixedtext.h"
+#include "runner/readabletext.h"
+
+#include <QList>
 #include <QStringList>
 
+#include <algorithm>
 #include <utility>
 
 namespace filmwright {
 
 namespace {
 
-QString text(const char *source)
+/// What a recording counts in the batch; one that isn't known yet counts for next to nothing.
+double weightOf(const RecordingWork &work)
 {
-    return QCoreApplication::translate("BatchProgress", source);
+    return static_cast<double>(std::max<quint64>(work.frames, 1)) * work.megapixels;
+}
+
+/// Stages count alike, as in the recording's own bar.
+double partOf(const RecordingWork &work, const StagePosition &position)
+{
+    if (position.stage == WorkStage::Finished)
+        return 1;
+    QList<WorkStage> stages{WorkStage::Extracting, WorkStage::Converting, WorkStage::Encoding};
+    if (work.settings.blendsAlternatingRows)
+        stages.insert(1, WorkStage::Blending);
+    if (work.settings.mergesNeighbours)
+        stages.insert(stages.size() - 1, WorkStage::Merging);
+    const auto index = stages.indexOf(position.stage);
+    if (index < 0)
+        return 0;
+    const double within = position.frames > 0
+                              ? std::min(1.0, static_cast<double>(position.done) /
+                                                  static_cast<double>(position.frames))
+                              : 0;
+    return (static_cast<double>(index) + within) / static_cast<double>(stages.size());
 }
 
 } // namespace
@@ -25,6 +49,10 @@ BatchProgress::BatchProgress(Clock clock)
 
 void BatchProgress::setProject(const MLVProjectController *project)
 {
+    if (m_project && project)
+        m_weightDone += weightOf(workOf(*m_project));
+    else
+        m_weightDone = m_part = 0;
     m_project = project;
     m_counter.reset();
     if (project)
@@ -38,8 +66,19 @@ Progress BatchProgress::update()
         return {};
     const StagePosition position = m_counter->position();
     m_estimate.update(workOf(*m_project), position, m_clock());
-    return {position.stage,        position.done,  position.frames, m_estimate.framesPerSecond(),
-            m_estimate.timeLeft(), batchTimeLeft()};
+    return {position.stage,        position.done,   position.frames,   m_estimate.framesPerSecond(),
+            m_estimate.timeLeft(), batchTimeLeft(), partDone(position)};
+}
+
+double BatchProgress::partDone(const StagePosition &position)
+{
+    const RecordingWork work = workOf(*m_project);
+    const double done = m_weightDone + weightOf(work) * partOf(work, position);
+    double all = m_weightDone + weightOf(work);
+    for (const RecordingWork &upcoming : m_upcoming)
+        all += weightOf(upcoming);
+    m_part = std::max(m_part, done / all);
+    return m_part;
 }
 
 std::optional<TimeEstimate::Seconds> BatchProgress::batchTimeLeft() const
@@ -54,25 +93,16 @@ std::optional<TimeEstimate::Seconds> BatchProgress::batchTimeLeft() const
     return sum;
 }
 
-QString timeText(TimeEstimate::Seconds time)
-{
-    const auto seconds = std::chrono::round<std::chrono::seconds>(time).count();
-    const QString minutes = QString::number(seconds / 60 % 60);
-    const QString rest = QStringLiteral(":%1").arg(seconds % 60, 2, 10, QLatin1Char('0'));
-    if (seconds < 3600)
-        return minutes + rest;
-    return QStringLiteral("%1:%2").arg(seconds / 3600).arg(minutes, 2, QLatin1Char('0')) + rest;
-}
-
 QString progressText(const Progress &progress)
 {
-    QStringList parts{text("%1 of %2 frames").arg(progress.framesDone).arg(progress.frames)};
+    QStringList parts{
+        QStringLiteral("%1 of %2 frames").arg(progress.framesDone).arg(progress.frames)};
     if (progress.framesPerSecond > 0)
-        parts << text("%1 frames/s").arg(QString::number(progress.framesPerSecond, 'f', 1));
+        parts << QStringLiteral("%1 frames/s").arg(fixedText(progress.framesPerSecond, 1));
     if (progress.timeLeft)
-        parts << text("%1 left").arg(timeText(*progress.timeLeft));
+        parts << QStringLiteral("%1 left").arg(timeText(*progress.timeLeft));
     if (progress.batchTimeLeft && progress.batchTimeLeft != progress.timeLeft)
-        parts << text("%1 in all").arg(timeText(*progress.batchTimeLeft));
+        parts << QStringLiteral("%1 in all").arg(timeText(*progress.batchTimeLeft));
     return parts.join(QStringLiteral(", "));
 }
 

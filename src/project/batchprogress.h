@@ -21,6 +21,8 @@ struct Progress
     std::optional<TimeEstimate::Seconds> timeLeft;
     /// Of the recording and all upcoming ones; none while the frames of one of them aren't known.
     std::optional<TimeEstimate::Seconds> batchTimeLeft;
+    /// Of the batch's work that is done, 0 to 1, counted in frames and stages; never falls.
+    double part = 0;
 };
 
 /// Watches the recordings of a batch, one after the other, for whoever shows how far they are. One
@@ -33,8 +35,8 @@ public:
 
     explicit BatchProgress(Clock clock = std::chrono::steady_clock::now);
 
-    /// The project whose turn it is, from before its launch; not owned. Until the next one, or
-    /// until nullptr: to be set before the project goes away.
+    /// The project whose turn it is, from before its launch; not owned. Until the next one, which
+    /// takes it for done, or until nullptr, the end of the batch: to be set before it goes away.
     void setProject(const MLVProjectController *project);
 
     /// The recordings after the current one. A work without frames is one that isn't known yet.
@@ -46,19 +48,19 @@ public:
 
 private:
     std::optional<TimeEstimate::Seconds> batchTimeLeft() const;
+    double partDone(const StagePosition &position);
 
     Clock m_clock;
     TimeEstimate m_estimate;
     std::optional<StageCounter> m_counter;
     const MLVProjectController *m_project = nullptr;
     std::vector<RecordingWork> m_upcoming;
+    double m_weightDone = 0; // of the recordings before the current one
+    double m_part = 0;
 };
 
 /// "12 of 48 frames, 3.1 frames/s, 0:40 left, 5:20 in all"; the rate and the times only once they
 /// are known, that of the batch only where it is another than the recording's.
 QString progressText(const Progress &progress);
-
-/// A time for people: "0:12", "59:03", "1:00:00". Less than a second is "0:00".
-QString timeText(TimeEstimate::Seconds time);
 
 } // namespace filmwright

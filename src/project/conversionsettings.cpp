@@ -5,7 +5,6 @@
 #include "project/mlvprojectcontroller.h"
 #include "runner/temporarydirectory.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -52,9 +51,8 @@ bool ConversionSettings::isUsualDevelopment() const
 QString contradictionIn(const ConversionSettings &settings)
 {
     if (settings.movieKind() == MovieKind::Folder && settings.mergesNeighbours) {
-        return QCoreApplication::translate("ConversionSettings",
-                                           "the recipe %1 keeps the frames raw, and only developed "
-                                           "neighbours can be merged")
+        return QStringLiteral("the recipe %1 keeps the frames raw, and only developed "
+                              "neighbours can be merged")
             .arg(settings.recipe->id);
     }
     return {};

@@ -4,7 +4,6 @@
 #include "conversion/tiffbitmap.h"
 #include "runner/files.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -23,11 +22,6 @@ namespace filmwright {
 namespace {
 
 const QString extractedName = QStringLiteral("tmp");
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("FrameFolder", source);
-}
 
 QString lastError()
 {
@@ -71,13 +65,15 @@ QString placeProblem(const QString &movie)
 {
     const QFileInfo place(movie);
     if (place.isSymLink() || (place.exists() && !place.isDir()))
-        return text("its folder of frames can't be made: something else is at %1").arg(movie);
+        return QStringLiteral("its folder of frames can't be made: something else is at %1")
+            .arg(movie);
     const QRegularExpression names = finishedNames(movie);
     const QStringList entries = folderEntries(movie);
     for (const QString &entry : entries) {
         if (!names.match(entry).hasMatch() || !isOurs(QFileInfo(QDir(movie), entry))) {
-            return text("the folder %1 is there and isn't replaced, because \"%2\" in it was not "
-                        "written by Filmwright")
+            return QStringLiteral(
+                       "the folder %1 is there and isn't replaced, because \"%2\" in it was not "
+                       "written by Filmwright")
                 .arg(movie, entry);
         }
     }
@@ -89,10 +85,11 @@ QString nameProblem(const QString &movie)
 {
     const QString name = nameOf(movie);
     if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
-        return text("its folder of frames would have no name");
+        return QStringLiteral("its folder of frames would have no name");
     const qsizetype longest =
         QFile::encodeName(name).size() + qsizetype(sizeof "_000000.dng" - 1); // as ".unfinished"
-    return longest > NAME_MAX ? text("its name is too long for a folder of frames") : QString();
+    return longest > NAME_MAX ? QStringLiteral("its name is too long for a folder of frames")
+                              : QString();
 }
 
 /// Removes the files of these names and the folder when it is empty then.
@@ -176,8 +173,9 @@ QString makeUnfinishedFolder(const QString &movie)
     if (QDir().mkdir(folder))
         return {};
     return QFileInfo::exists(folder)
-               ? text("%1 is there and holds more than the frames of a run that died").arg(folder)
-               : text("its folder of frames can't be made: %1").arg(folder);
+               ? QStringLiteral("%1 is there and holds more than the frames of a run that died")
+                     .arg(folder)
+               : QStringLiteral("its folder of frames can't be made: %1").arg(folder);
 }
 
 void removeUnfinishedFolder(const QString &movie)
@@ -193,10 +191,11 @@ QString finishFrameFolder(const QString &movie)
         return problem;
     const QString folder = unfinishedFolder(movie);
     if (!nameFiles(movie) || !syncDiskOf(folder))
-        return text("its frames could not be brought to the disk: %1").arg(lastError());
+        return QStringLiteral("its frames could not be brought to the disk: %1").arg(lastError());
     removeFiles(movie, finishedNames(movie));
     if (!rename(QDir::cleanPath(folder), movie))
-        return text("its folder of frames can't be put to %1: %2").arg(movie, lastError());
+        return QStringLiteral("its folder of frames can't be put to %1: %2")
+            .arg(movie, lastError());
     return {};
 }
 

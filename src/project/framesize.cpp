@@ -4,7 +4,6 @@
 #include "encoding/ffmpegarguments.h"
 #include "mlvdump/mlvdumpreport.h"
 
-#include <QCoreApplication>
 #include <QStringList>
 
 #include <algorithm>
@@ -18,8 +17,7 @@ QString formatProblem(const QSize &size, qint32 format)
 {
     if (format == MovieFormatAVI || (size.width() % 2 == 0 && size.height() % 2 == 0))
         return {};
-    return QCoreApplication::translate(
-               "FrameSize", "MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
+    return QStringLiteral("MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
         .arg(size.width())
         .arg(size.height());
 }
@@ -34,9 +32,8 @@ QString recipeProblem(const QSize &size, const Recipe &recipe)
         return {};
     if ((!shareColumns || size.width() % 2 == 0) && (!shareRows || size.height() % 2 == 0))
         return {};
-    return QCoreApplication::translate(
-               "FrameSize", "%1 holds no frames of %2x%3 pixels: odd sides need a recipe of "
-                            "4:4:4 or RGB, such as prores-4444 or ffv1")
+    return QStringLiteral("%1 holds no frames of %2x%3 pixels: odd sides need a recipe of "
+                          "4:4:4 or RGB, such as prores-4444 or ffv1")
         .arg(recipe.name)
         .arg(size.width())
         .arg(size.height());

@@ -4,7 +4,6 @@
 #include "mlvdump/mlvdumpreport.h"
 #include "project/conversionsettings.h"
 
-#include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
@@ -14,11 +13,6 @@
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("MovieDestination", source);
-}
 
 const QRegularExpression &placeholder()
 {
@@ -89,19 +83,20 @@ bool MovieDestination::isKnownBeforeReading() const
 QString patternProblem(const QString &pattern)
 {
     if (pattern.isEmpty() || pattern.startsWith(QLatin1Char('.')))
-        return text("a movie's name can't be empty or begin with a point");
+        return QStringLiteral("a movie's name can't be empty or begin with a point");
     if (pattern.contains(QLatin1Char('/')) || pattern.contains(QChar(0)))
-        return text("\"%1\" is no name of a file; --output names the folder").arg(pattern);
+        return QStringLiteral("\"%1\" is no name of a file; --output names the folder")
+            .arg(pattern);
     auto matches = placeholder().globalMatch(pattern);
     while (matches.hasNext()) {
         const QRegularExpressionMatch match = matches.next();
         if (!placeholders().contains(match.captured(1))) {
-            return text("there is no %1; there are {%2}")
+            return QStringLiteral("there is no %1; there are {%2}")
                 .arg(match.captured(), placeholders().join(QStringLiteral("}, {")));
         }
     }
     if (QString(pattern).remove(placeholder()).contains(QRegularExpression(QStringLiteral("[{}]"))))
-        return text("a { or } is not closed");
+        return QStringLiteral("a { or } is not closed");
     return {};
 }
 

@@ -2,6 +2,7 @@
 #include "project/moviefacts.h"
 
 #include "runner/fixedtext.h"
+#include "runner/readabletext.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -12,16 +13,6 @@
 namespace filmwright {
 
 namespace {
-
-/// "1/50 s", "2.0 s"; empty when it isn't known.
-QString exposureTime(double seconds)
-{
-    if (!(seconds > 0))
-        return {};
-    constexpr double longestFraction = 0.5;
-    return seconds <= longestFraction ? QStringLiteral("1/%1 s").arg(std::llround(1 / seconds))
-                                      : QStringLiteral("%1 s").arg(fixedText(seconds, 1));
-}
 
 /// Whole seconds; 0 while the rate isn't known.
 qint64 secondsOf(quint64 frames, float framesPerSecond)
@@ -50,7 +41,7 @@ QString comment(const MlvMetadata &metadata)
         parts << QStringLiteral("f/%1").arg(fixedText(static_cast<double>(metadata.aperture), 1));
     if (metadata.iso > 0)
         parts << QStringLiteral("ISO %1").arg(metadata.iso);
-    parts << exposureTime(metadata.shutter);
+    parts << exposureTimeText(metadata.shutter);
     parts.removeAll(QString());
     return parts.join(QStringLiteral(", "));
 }

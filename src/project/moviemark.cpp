@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "project/moviemark.h"
 
-#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -17,11 +16,6 @@
 namespace filmwright {
 
 namespace {
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("MovieMark", source);
-}
 
 /// What a mark says that could not be removed, although its movie is whole.
 constexpr char whole[] = "whole";
@@ -43,9 +37,9 @@ QString lock(int descriptor)
 {
     struct stat status = {};
     if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode))
-        return text("something else has the name of the mark of its unfinished movie");
+        return QStringLiteral("something else has the name of the mark of its unfinished movie");
     if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK)
-        return text("its movie is being written by another run");
+        return QStringLiteral("its movie is being written by another run");
     return {};
 }
 
@@ -109,13 +103,14 @@ QString MovieMark::clear(const QString &moviePath, MovieKind kind)
         if (!problem.isEmpty())
             return problem;
     } else if (errno != ENOENT) {
-        return text("the mark of its unfinished movie can't be read: %1").arg(lastError());
+        return QStringLiteral("the mark of its unfinished movie can't be read: %1")
+            .arg(lastError());
     }
     if (kind == MovieKind::File && QFileInfo(moviePath).isDir())
-        return text("a folder has the name of its movie");
+        return QStringLiteral("a folder has the name of its movie");
     const QByteArray folder = QFile::encodeName(QFileInfo(moviePath).path());
     if (faccessat(AT_FDCWD, folder.constData(), W_OK | X_OK, AT_EACCESS) != 0)
-        return text("the folder of its movie can't be written: %1").arg(lastError());
+        return QStringLiteral("the folder of its movie can't be written: %1").arg(lastError());
     return {};
 }
 
@@ -136,7 +131,7 @@ QString MovieMark::set()
     for (;;) {
         m_descriptor = openMark(path, O_CREAT);
         if (m_descriptor < 0)
-            return text("its movie can't be written: %1").arg(lastError());
+            return QStringLiteral("its movie can't be written: %1").arg(lastError());
         QString problem = lock(m_descriptor);
         if (problem.isEmpty() && isStillAt(m_descriptor, path))
             return keep();
@@ -154,7 +149,7 @@ QString MovieMark::keep()
         sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
         return {};
     }
-    QString problem = text("its movie can't be written: %1").arg(lastError());
+    QString problem = QStringLiteral("its movie can't be written: %1").arg(lastError());
     remove();
     return problem;
 }
@@ -172,13 +167,13 @@ void MovieMark::remove()
 QString MovieMark::settle()
 {
     if (!sync(m_moviePath))
-        return text("its movie could not be brought to the disk: %1").arg(lastError());
+        return QStringLiteral("its movie could not be brought to the disk: %1").arg(lastError());
     sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
     // Should the folder have been closed meanwhile, the mark stays and has to say so.
     const QByteArray path = QFile::encodeName(pathFor(m_moviePath));
     if (unlink(path.constData()) != 0 &&
         pwrite(m_descriptor, whole, sizeof whole, 0) != sizeof whole)
-        return text("the mark of its movie can't be removed: %1").arg(lastError());
+        return QStringLiteral("the mark of its movie can't be removed: %1").arg(lastError());
     close(m_descriptor);
     m_descriptor = -1;
     return {};

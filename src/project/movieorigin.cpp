@@ -72,8 +72,8 @@ bool isFinishedMovie(const QString &movie, const QByteArray &origin, std::option
         return false; // another run writes it, or has died over it
     const auto finished = framesOf(movie);
     const QByteArray noted = notedOrigin(movie);
-    return finished && (noted.isEmpty() ? frames && *finished >= *frames
-                                        : noted == origin + contentOf(movie));
+    return finished &&
+           (noted.isEmpty() ? frames && *finished >= *frames : noted == origin + contentOf(movie));
 }
 
 } // namespace filmwright

@@ -55,7 +55,7 @@ QStringList shortcomingsOf(const MLVProjectController &project)
         return {};
     QStringList shortcomings = project.warnings();
     if (extracted < project.framesToExtract()) {
-        shortcomings << ProjectMonitor::tr("only %1 of %2 frames could be read")
+        shortcomings << QStringLiteral("only %1 of %2 frames could be read")
                             .arg(extracted)
                             .arg(project.framesToExtract());
     }
@@ -145,7 +145,8 @@ void ProjectMonitor::check()
         if (m_project.mlvProjectMode() == MLVProjectModeIdle)
             return; // stopped
         fail(m_errorInReport.isEmpty()
-                 ? failureOf(mlvDump, tr("mlv_dump ended before it had read the recording"))
+                 ? failureOf(mlvDump,
+                             QStringLiteral("mlv_dump ended before it had read the recording"))
                  : m_errorInReport);
         return;
     }
@@ -157,10 +158,11 @@ void ProjectMonitor::check()
         else if (const QString reason = m_project.unusableReason(); !reason.isEmpty())
             fail({reason, mlvDump});
         else
-            fail(failureOf(mlvDump, tr("mlv_dump ended before it had extracted the frames")));
+            fail(failureOf(mlvDump,
+                           QStringLiteral("mlv_dump ended before it had extracted the frames")));
         break;
     case MLVProjectModeBuildingMovie:
-        fail(hindrance.isEmpty() ? failureOf(ffmpeg, tr("ffmpeg could not be started"))
+        fail(hindrance.isEmpty() ? failureOf(ffmpeg, QStringLiteral("ffmpeg could not be started"))
                                  : hindrance);
         break;
     default:
@@ -175,7 +177,7 @@ void ProjectMonitor::checkReport()
     else if (const QString reason = m_project.unusableReason(); !reason.isEmpty())
         fail({reason, mlvDump});
     else if (!(m_project.fps() >= leastRate))
-        fail({tr("no movie can be made of 0 frames a second, its frame rate")});
+        fail({QStringLiteral("no movie can be made of 0 frames a second, its frame rate")});
     else
         end({});
 }
@@ -188,7 +190,7 @@ void ProjectMonitor::checkConversion()
     if (m_project.blendsAlternatingRows() && blendStatus != 0)
         fail(endOf(QStringLiteral("cr2hdr"), blendStatus, m_project.blender().logs()));
     if (m_project.framesToConvert() == 0)
-        fail({tr("no frame could be extracted")});
+        fail({QStringLiteral("no frame could be extracted")});
     if (m_project.convertedBefore() < m_project.framesToConvert())
         dropEarlierMerges();
 }
@@ -206,7 +208,7 @@ void ProjectMonitor::checkImage(const QImage &image)
         ++m_missingFrames;
         // The frames that follow would fail, too, each after all its work.
         if (isTemporaryDirectoryFull(m_project))
-            fail(failureOf(dcraw, tr("dcraw could not write a frame")));
+            fail(failureOf(dcraw, QStringLiteral("dcraw could not write a frame")));
     } else if (const QString problem =
                    sizeProblem(image.size(), m_project.movieFormat(), m_project.recipe());
                !problem.isEmpty()) {
@@ -220,7 +222,8 @@ void ProjectMonitor::checkFrames()
     const int there =
         std::min(wanted - m_missingFrames, countFrames(m_project.extractionDirectory()));
     if (there < wanted)
-        fail(failureOf(dcraw, tr("dcraw converted only %1 of %2 frames").arg(there).arg(wanted)));
+        fail(failureOf(
+            dcraw, QStringLiteral("dcraw converted only %1 of %2 frames").arg(there).arg(wanted)));
     if (m_project.dualISO())
         checkMergedFrames(wanted - 1);
 }
@@ -228,10 +231,10 @@ void ProjectMonitor::checkFrames()
 void ProjectMonitor::checkMergedFrames(int pairs)
 {
     if (pairs == 0)
-        fail({tr("its only frame has no neighbour to be merged with")});
+        fail({QStringLiteral("its only frame has no neighbour to be merged with")});
     const int merged = countFrames(m_project.tiffsDirectory());
     if (merged < pairs)
-        fail({tr("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs)});
+        fail({QStringLiteral("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs)});
 }
 
 void ProjectMonitor::checkMovie()
@@ -273,16 +276,17 @@ Failure ProjectMonitor::encodingFailure() const
     if (encoder.terminationStatus() != 0)
         return endOf(ffmpeg, encoder.terminationStatus(), encoder.logs());
     if (!QFile::exists(encoder.moviePath()))
-        return failureOf(ffmpeg, tr("ffmpeg wrote no movie"));
+        return failureOf(ffmpeg, QStringLiteral("ffmpeg wrote no movie"));
     const auto frames = framesOfFinishedMovie(encoder.moviePath());
     if (!frames)
-        return failureOf(ffmpeg, tr("ffmpeg left its movie unfinished"));
+        return failureOf(ffmpeg, QStringLiteral("ffmpeg left its movie unfinished"));
     const int wanted = m_project.framesOfMovie();
     const auto encoded = static_cast<qint64>(*frames);
     if (encoded == wanted)
         return {};
-    const QString reason = encoded < wanted ? tr("ffmpeg encoded only %1 of %2 frames")
-                                            : tr("ffmpeg encoded %1 frames where there are %2");
+    const QString reason = encoded < wanted
+                               ? QStringLiteral("ffmpeg encoded only %1 of %2 frames")
+                               : QStringLiteral("ffmpeg encoded %1 frames where there are %2");
     return failureOf(ffmpeg, reason.arg(encoded).arg(wanted));
 }
 
@@ -294,10 +298,11 @@ Failure ProjectMonitor::failureOf(const QString &tool, const QString &reason) co
 
 Failure ProjectMonitor::endOf(const QString &tool, int status, const QStringList &lines) const
 {
-    return failureOf(tool, tr("%1 ended with status %2: %3")
-                               .arg(tool)
-                               .arg(status)
-                               .arg(lines.isEmpty() ? tr("it said nothing") : lines.constLast()));
+    return failureOf(
+        tool, QStringLiteral("%1 ended with status %2: %3")
+                  .arg(tool)
+                  .arg(status)
+                  .arg(lines.isEmpty() ? QStringLiteral("it said nothing") : lines.constLast()));
 }
 
 void ProjectMonitor::fail(Failure failure)

@@ -3,6 +3,7 @@
 
 #include "project/framesize.h"
 #include "project/movieorigin.h"
+#include "project/moviespace.h"
 #include "project/recordingfiles.h"
 #include "project/spacecheck.h"
 #include "project/worknote.h"
@@ -47,7 +48,7 @@ void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies
     if (m_refusal.isEmpty()) {
         m_refusal = settings.calibration.isReady()
                         ? movies.claim(m_recording, settings)
-                        : tr("the average of its calibration recordings isn't there");
+                        : QStringLiteral("the average of its calibration recordings isn't there");
     }
     m_forMovie = true;
     m_launchAhead = true;
@@ -148,6 +149,12 @@ void RecordingRun::launch()
     if (m_settings.keepsUnfinishedWork && m_settings.movieKind() == MovieKind::File)
         claimUnfinishedWork(m_recording, m_settings, m_project.workingFolder());
     if (const QString problem = spaceProblem(m_project); !problem.isEmpty()) {
+        endLater(problem);
+        return;
+    }
+    const double movie = movieBytes(m_project.metadata(), m_settings);
+    if (const QString problem = movieSpaceProblem({{m_project.moviePath(), movie}});
+        !problem.isEmpty()) {
         endLater(problem);
         return;
     }

@@ -4,12 +4,11 @@
 #include "project/framesize.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/moviemark.h"
+#include "runner/readabletext.h"
 #include "runner/temporarydirectory.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QLocale>
 #include <QMap>
 
 #include <algorithm>
@@ -48,20 +47,8 @@ double dngBytesOfPixel(const MLVProjectController &project)
     return (bitsPerSample > 0 ? bitsPerSample : usualBits) / 8.0;
 }
 
-/// What a report makes up may be more than any number of bytes.
-QString text(double bytes)
-{
-    constexpr double most = 9e18;
-    return QLocale::c().formattedDataSize(static_cast<qint64>(std::min(bytes, most)), 1);
-}
-
 /// A tool hardly fails for want of space while more than this is free.
 constexpr double leastSpace = 65536;
-
-QString translated(const char *source)
-{
-    return QCoreApplication::translate("SpaceCheck", source);
-}
 
 /// The temporary directory is made when it is needed; until then its parents tell.
 QString existingFolder(QString path)
@@ -69,15 +56,6 @@ QString existingFolder(QString path)
     while (!QFileInfo::exists(path) && !QDir(path).isRoot())
         path = QFileInfo(path).absolutePath();
     return path;
-}
-
-/// Not by the table of mounts, which a container may not have.
-double freeSpace(const QString &folder)
-{
-    std::error_code error;
-    const std::filesystem::space_info space =
-        std::filesystem::space(QFile::encodeName(existingFolder(folder)).toStdString(), error);
-    return error ? std::numeric_limits<double>::infinity() : static_cast<double>(space.available);
 }
 
 QString movieFolder(const MLVProjectController &project)
@@ -95,6 +73,15 @@ bool tellsOfFullDisk(const QStringList &lines)
 }
 
 } // namespace
+
+/// Not by the table of mounts, which a container may not have.
+double freeSpace(const QString &folder)
+{
+    std::error_code error;
+    const std::filesystem::space_info space =
+        std::filesystem::space(QFile::encodeName(existingFolder(folder)).toStdString(), error);
+    return error ? std::numeric_limits<double>::infinity() : static_cast<double>(space.available);
+}
 
 SpaceNeed spaceNeed(const MLVProjectController &project)
 {
@@ -119,9 +106,9 @@ QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)
     const double missing = need.frames - need.there;
     if (missing <= free)
         return {};
-    return translated("its frames need %1, but only %2 are free in the temporary folder %3; "
-                      "make room there or choose another temporary folder")
-        .arg(text(missing), text(free), folder);
+    return QStringLiteral("its frames need %1, but only %2 are free in the temporary folder %3; "
+                          "make room there or choose another temporary folder")
+        .arg(readableFileSize(missing), readableFileSize(free), folder);
 }
 
 namespace {
@@ -134,9 +121,10 @@ QString folderProblem(const MLVProjectController &project)
     const double free = freeSpace(folder);
     if (missing <= free)
         return {};
-    return translated("its frames need %1, but only %2 are free in the folder %3; make room there "
-                      "or choose another folder for the movies")
-        .arg(text(missing), text(free), folder);
+    return QStringLiteral(
+               "its frames need %1, but only %2 are free in the folder %3; make room there "
+               "or choose another folder for the movies")
+        .arg(readableFileSize(missing), readableFileSize(free), folder);
 }
 
 } // namespace
@@ -167,9 +155,9 @@ QString withFullDisk(const QString &reason, const MLVProjectController &project)
     if (project.movieKind() == MovieKind::Folder)
         movieIsFull = std::exchange(framesAreFull, false); // the frames are the movie
     if (movieIsFull || freeSpace(movies) < leastSpace)
-        return translated("no space left in the movie's folder %1: %2").arg(movies, reason);
+        return QStringLiteral("no space left in the movie's folder %1: %2").arg(movies, reason);
     if (framesAreFull || isTemporaryDirectoryFull(project)) {
-        return translated("no space left in the temporary folder %1: %2")
+        return QStringLiteral("no space left in the temporary folder %1: %2")
             .arg(temporaryDirectory(), reason);
     }
     return reason;

@@ -23,7 +23,7 @@ enum class WorkStage {
     Finished
 };
 
-/// "converting", for people and scripts; a stage has one word in every language.
+/// "converting", for people and scripts.
 QString stageName(WorkStage stage);
 
 /// How far a stage is.

@@ -3,7 +3,6 @@
 
 #include "runner/files.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -14,11 +13,6 @@ namespace filmwright {
 namespace {
 
 const QString lockSuffix = QStringLiteral(".lock");
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("DirectoryLock", source);
-}
 
 /// A lock is stale when its process is gone, never because of its age.
 constexpr std::chrono::milliseconds anyAge = std::chrono::milliseconds::zero();
@@ -39,8 +33,8 @@ QString DirectoryLock::take(const QString &directory)
         return {};
     }
     m_heldElsewhere = file->error() == QLockFile::LockFailedError;
-    return m_heldElsewhere ? text("another run of Filmwright works in %1").arg(directory)
-                           : text("the lock file %1 can't be written").arg(path);
+    return m_heldElsewhere ? QStringLiteral("another run of Filmwright works in %1").arg(directory)
+                           : QStringLiteral("the lock file %1 can't be written").arg(path);
 }
 
 void removeAbandonedDirectories(const QString &folder, const QString &prefix)

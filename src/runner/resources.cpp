@@ -30,9 +30,8 @@ QStringList missingTools(const QStringList &names)
     QStringList sentences;
     for (const QString &name : names) {
         if (resourcePath(name).isNull()) {
-            sentences << QCoreApplication::translate(
-                             "missingTools", "the tool %1 was not found; it was looked for in "
-                                             "%2 and in the folders of PATH")
+            sentences << QStringLiteral("the tool %1 was not found; it was looked for in "
+                                        "%2 and in the folders of PATH")
                              .arg(name, resourceFolders().join(QStringLiteral(", ")));
         }
     }

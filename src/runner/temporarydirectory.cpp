@@ -3,7 +3,6 @@
 
 #include "runner/files.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
@@ -39,11 +38,6 @@ void removeLinks(const QString &folder)
         if (entries.fileInfo().isSymLink())
             QFile::remove(path);
     }
-}
-
-QString text(const char *source)
-{
-    return QCoreApplication::translate("TemporaryDirectory", source);
 }
 
 } // namespace
@@ -90,17 +84,17 @@ QString prepareTemporaryDirectory()
     const QString directory = temporaryDirectory();
     const QByteArray path = QFile::encodeName(directory);
     if (!createPrivateFolder(QFileInfo(directory).absolutePath()))
-        return text("the temporary directory %1 can't be created").arg(directory);
+        return QStringLiteral("the temporary directory %1 can't be created").arg(directory);
     if (mkdir(path.constData(), S_IRWXU) == 0)
         return {};
     struct stat status = {};
     if (lstat(path.constData(), &status) != 0)
-        return text("the temporary directory %1 can't be created").arg(directory);
+        return QStringLiteral("the temporary directory %1 can't be created").arg(directory);
     if (!S_ISDIR(status.st_mode))
-        return text("the temporary directory %1 is a link or a file").arg(directory);
+        return QStringLiteral("the temporary directory %1 is a link or a file").arg(directory);
     // On disks without owners everything is the administrator's.
     if (status.st_uid != geteuid() && status.st_uid != 0)
-        return text("the temporary directory %1 belongs to another user").arg(directory);
+        return QStringLiteral("the temporary directory %1 belongs to another user").arg(directory);
     chmod(path.constData(), S_IRWXU);
     removeLinks(directory);
     return {};

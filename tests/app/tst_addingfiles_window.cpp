@@ -244,9 +244,8 @@ void TestAddingFilesWindow::dragOfOtherAddressesIsIgnored()
     window.launch();
     const QUrl elsewhere(QStringLiteral("https://example.org/a.MLV"));
     const QUrl here = QUrl::fromLocalFile(window.makeRecordings({a}).constFirst());
-    QCOMPARE(window.delegate->validateDrop({elsewhere}), QueueTableDataSource::DragOperationNone);
-    QCOMPARE(window.delegate->validateDrop({elsewhere, here}),
-             QueueTableDataSource::DragOperationCopy);
+    QCOMPARE(window.delegate->validateDrop({elsewhere}), AppDelegate::DragOperationNone);
+    QCOMPARE(window.delegate->validateDrop({elsewhere, here}), AppDelegate::DragOperationCopy);
     QVERIFY(window.delegate->acceptDrop({elsewhere, here}));
     window.waitUntilRead();
     QCOMPARE(window.queue(), QStringList{a});

@@ -134,8 +134,6 @@ private Q_SLOTS:
     void batchUsesTheFlatAloneAfterItsDarkIsDeleted();
     void calibrationMayChangeDuringABatch();
     void calibrationIsForgottenAtQuit();
-    void sizesAreReadable_data();
-    void sizesAreReadable();
     void helpIsShownAndClosed();
 };
 
@@ -647,30 +645,6 @@ void TestCalibrationWindow::calibrationIsForgottenAtQuit()
     QCOMPARE(field(window, dark)->stringValue(), QString());
     QVERIFY(!QFileInfo::exists(window.temporary(darkName)));
     QVERIFY(window.delegate->checkCalibrationIntegrity());
-}
-
-void TestCalibrationWindow::sizesAreReadable_data()
-{
-    QTest::addColumn<double>("bytes");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("0") << 0.0 << QStringLiteral("0.00 bytes");
-    QTest::newRow("999") << 999.0 << QStringLiteral("999.00 bytes");
-    QTest::newRow("1000") << 1000.0 << QStringLiteral("1000.00 bytes");
-    QTest::newRow("1001") << 1001.0 << QStringLiteral("1.00 KB");
-    QTest::newRow("million") << 1e6 << QStringLiteral("1000.00 KB");
-    QTest::newRow("million and one") << 1e6 + 1 << QStringLiteral("1.00 MB");
-    QTest::newRow("1.5 thousand million") << 1.5e9 << QStringLiteral("1.50 GB");
-    QTest::newRow("a half to the even") << 1125.0 << QStringLiteral("1.12 KB");
-    QTest::newRow("TB") << 2e12 << QStringLiteral("2.00 TB");
-    QTest::newRow("PB") << 2e15 << QStringLiteral("2.00 PB");
-    QTest::newRow("largest") << 18446744073709551615.0 << QStringLiteral("18.45 EB");
-}
-
-void TestCalibrationWindow::sizesAreReadable()
-{
-    QFETCH(const double, bytes);
-    QFETCH(const QString, text);
-    QCOMPARE(AppDelegate::readableFileSize(bytes), text);
 }
 
 void TestCalibrationWindow::helpIsShownAndClosed()

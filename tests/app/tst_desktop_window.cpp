@@ -3,6 +3,7 @@
 
 #include "app/showinfindertablecellview.h"
 
+#include "support/launcherlistener.h"
 #include "support/standinservice.h"
 
 #include <QDBusUnixFileDescriptor>
@@ -47,6 +48,8 @@ private Q_SLOTS:
     void refusedStartTakesNoInhibition();
     void machineIsKeptFromSuspending();
     void endInTheBackgroundIsNotified();
+    void batchThatAnErrorStopsIsNotified();
+    void launcherShowsTheBatch();
     void shownRecordingIsRevealed();
 
 private:
@@ -186,6 +189,42 @@ void TestDesktopWindow::endInTheBackgroundIsNotified()
     window.waitForEnd();
     QTRY_COMPARE(notifications.lastArguments().value(4).toString(),
                  QStringLiteral("1 movie written"));
+}
+
+void TestDesktopWindow::batchThatAnErrorStopsIsNotified()
+{
+    const StandInService notifications(
+        QStringLiteral("org.freedesktop.Notifications"),
+        [](const QString &method, const QVariantList &) -> QVariantList {
+            return {method == QLatin1String("Notify") ? QVariant(1U) : QVariant(QStringList())};
+        });
+    FakeWindow window;
+    window.setExtraction(QStringLiteral("echo '[ERROR] no space'; sleep 60"));
+    window.launch();
+    window.add({m_clip});
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    QTRY_VERIFY(!window.delegate->window()->isActiveWindow());
+    window.pressStart();
+    window.waitForEnd();
+    QTRY_COMPARE(notifications.lastArguments().value(3).toString(),
+                 QStringLiteral("The batch stops"));
+    QCOMPARE(notifications.lastArguments().value(4).toString(),
+             QStringLiteral("clip.MLV: no space"));
+}
+
+void TestDesktopWindow::launcherShowsTheBatch()
+{
+    const LauncherListener launcher;
+    FakeWindow window;
+    window.launch();
+    window.add({m_clip});
+    QCOMPARE(launcher.updates(), QStringList());
+    window.pressStart();
+    QTRY_COMPARE(launcher.updates().value(0), QStringLiteral("0 shown"));
+    window.waitForEnd();
+    QTRY_COMPARE(launcher.updates().constLast(), QStringLiteral("0 hidden"));
 }
 
 void TestDesktopWindow::shownRecordingIsRevealed()

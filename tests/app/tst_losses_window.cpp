@@ -434,7 +434,7 @@ void TestLossesWindow::openWorksAfterTheQueueWasEmptied()
     QCOMPARE(window.queue(), QStringList());
     QVERIFY(window.action(QStringLiteral("sourceItem"))->isEnabled());
     QVERIFY(!window.action(QStringLiteral("startStopItem"))->isEnabled());
-    QCOMPARE(window.status(), QStringLiteral("The queue is empty"));
+    QCOMPARE(window.status(), QStringLiteral("No recordings in empty"));
     release(window, QStringLiteral("go"));
     window.open(window.makeRecordings({b}));
     window.waitUntilRead();

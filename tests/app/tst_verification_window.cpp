@@ -56,7 +56,7 @@ void TestVerificationWindow::selectedRowsAreVerifiedOneAfterTheOther()
     QCOMPARE(verified, (QStringList{window.recordings() + QLatin1Char('/') + a,
                                     window.recordings() + QLatin1Char('/') + b}));
     for (const int row : {0, 1}) {
-        QCOMPARE(window.stateView(row)->textField()->text(), QStringLiteral("Verified: whole"));
+        QTRY_COMPARE(window.stateView(row)->textField()->text(), QStringLiteral("Verified: whole"));
         QVERIFY(window.stateView(row)->failure().isEmpty());
     }
 }

@@ -93,7 +93,7 @@ void TestSpace::recordingThatDoesNotFitIsRefused()
     const QStringList messages = cli.messages();
     QCOMPARE(messages.at(0), QStringLiteral("a.MLV: reading"));
     const QString start =
-        QStringLiteral("a.MLV: failed: its frames need 56.5 MiB, but only 50.0 MiB are free in the "
+        QStringLiteral("a.MLV: failed: its frames need 59.20 MB, but only 52.43 MB are free in the "
                        "temporary folder ");
     const QString end = QStringLiteral("; make room there or choose another temporary folder");
     QVERIFY2(messages.at(1).startsWith(start), qPrintable(messages.at(1)));

@@ -89,6 +89,8 @@ class TestMlvDumpReport : public QObject
 private Q_SLOTS:
     void everyValueIsRead();
     void shapeOfTheFramesIsRead();
+    void whiteBalanceIsNamed_data();
+    void whiteBalanceIsNamed();
     void shapeThatCannotBeTrueIsHarmless();
     void laterFileHeadersAddTheirCounts();
     void laterHeaderDoesNotChangeTheFrameRate();
@@ -154,6 +156,29 @@ void TestMlvDumpReport::shapeOfTheFramesIsRead()
     area[17] = QStringLiteral("      active_area.x2   1924");
     readReport(fileHeader(QStringLiteral("25"), 1, 0) + area, metadata);
     QCOMPARE(metadata.activeArea, QRect(4, 2, 1920, 1080));
+}
+
+void TestMlvDumpReport::whiteBalanceIsNamed_data()
+{
+    QTest::addColumn<QString>("mode");
+    QTest::addColumn<QString>("name");
+    QTest::newRow("automatic") << QStringLiteral("0") << QStringLiteral("automatic");
+    QTest::newRow("shade") << QStringLiteral("8") << QStringLiteral("shade");
+    QTest::newRow("temperature") << QStringLiteral("9") << QStringLiteral("5200 K");
+    QTest::newRow("unknown") << QStringLiteral("7") << QString();
+    QTest::newRow("no number") << QStringLiteral("x") << QString();
+}
+
+void TestMlvDumpReport::whiteBalanceIsNamed()
+{
+    QFETCH(const QString, mode);
+    const QStringList report = wholeReport() + block(QStringLiteral("WBAL"),
+                                                     {QStringLiteral("    Mode        : ") + mode,
+                                                      QStringLiteral("    Kelvin      : 5200")},
+                                                     10);
+    MlvMetadata metadata;
+    readReport(report, metadata);
+    QTEST(metadata.whiteBalance, "name");
 }
 
 void TestMlvDumpReport::shapeThatCannotBeTrueIsHarmless()

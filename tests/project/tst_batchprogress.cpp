@@ -33,8 +33,6 @@ private Q_SLOTS:
     void blendedFramesAreCounted();
     void mergedPairsAreCounted();
     void batchIsKnownWhenAllFramesAre();
-    void times_data();
-    void times();
 };
 
 void TestBatchProgress::noProjectIsWaiting()
@@ -161,24 +159,6 @@ void TestBatchProgress::batchIsKnownWhenAllFramesAre()
     fake.controller->stop();
     for (int frame : {1, 2})
         QVERIFY(QFile(fake.frame(frame, QStringLiteral("go"))).open(QIODevice::WriteOnly));
-}
-
-void TestBatchProgress::times_data()
-{
-    QTest::addColumn<double>("seconds");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("nothing") << 0.0 << QStringLiteral("0:00");
-    QTest::newRow("rounded") << 11.6 << QStringLiteral("0:12");
-    QTest::newRow("minutes") << 250.0 << QStringLiteral("4:10");
-    QTest::newRow("just below an hour") << 3599.0 << QStringLiteral("59:59");
-    QTest::newRow("rounded to an hour") << 3599.6 << QStringLiteral("1:00:00");
-    QTest::newRow("a night") << 36000.0 + 65 << QStringLiteral("10:01:05");
-}
-
-void TestBatchProgress::times()
-{
-    QFETCH(double, seconds);
-    QTEST(timeText(TimeEstimate::Seconds(seconds)), "text");
 }
 
 QTEST_GUILESS_MAIN(TestBatchProgress)

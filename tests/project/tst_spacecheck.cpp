@@ -52,7 +52,7 @@ void TestSpaceCheck::enoughSpaceIsNoProblem()
 void TestSpaceCheck::bothFiguresAreTold()
 {
     QCOMPARE(spaceProblem({3.0 * 1024 * 1024 * 1024, 0}, 50.0 * 1024 * 1024, QStringLiteral("/t")),
-             QStringLiteral("its frames need 3.0 GiB, but only 50.0 MiB are free in the temporary "
+             QStringLiteral("its frames need 3.22 GB, but only 52.43 MB are free in the temporary "
                             "folder /t; make room there or choose another temporary folder"));
 }
 

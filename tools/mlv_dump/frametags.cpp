@@ -123,8 +123,7 @@ void FrameTags::setLevels(const mlv::FrameFormat &format)
     m_common.setLongs(tag::blackLevel, {static_cast<std::uint32_t>(format.blackLevel)});
     m_common.setLongs(tag::whiteLevel, {static_cast<std::uint32_t>(format.whiteLevel)});
     const std::int32_t denominator = rawInfo.exposureBiasDenominator;
-    const double recorded =
-        denominator > 0 ? 1.0 * rawInfo.exposureBiasNumerator / denominator : 0;
+    const double recorded = denominator > 0 ? 1.0 * rawInfo.exposureBiasNumerator / denominator : 0;
     if (m_choices.exposure != 0) {
         constexpr double most = 100; // of what a hostile recording may say
         setBias(signedRatio(std::clamp(recorded, -most, most) + m_choices.exposure));
