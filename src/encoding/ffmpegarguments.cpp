@@ -24,15 +24,15 @@ const std::array formats{
            {{QStringLiteral("rawvideo")},
             {QStringLiteral("mpeg4"), QStringLiteral("-qscale:v"), QStringLiteral("1")}},
            {QStringLiteral("-c:a"), QStringLiteral("pcm_s16le")},
-           {QStringLiteral("Raw video, nothing compressed: 4.67 GB a minute"),
-            QStringLiteral("MPEG-4 at its best: around 1 GB a minute")}},
+           {QStringLiteral("Raw video, nothing compressed: 4.67 GB a minute of "
+                           "1920x1080 at 25 frames/s"),
+            QStringLiteral("MPEG-4 at its best")}},
     // Quantiser 1, not 0: with 0, H.264 turns lossless and few players show it.
     Format{QStringLiteral("mov"),
            {{QStringLiteral("h264"), QStringLiteral("-qp"), QStringLiteral("1")},
             {QStringLiteral("h264"), QStringLiteral("-qp"), QStringLiteral("17")}},
            {},
-           {QStringLiteral("H.264, next to lossless: around 2 GB a minute"),
-            QStringLiteral("H.264, for looking at: around 0.3 GB a minute")}},
+           {QStringLiteral("H.264, next to lossless"), QStringLiteral("H.264, for looking at")}},
 };
 
 const Format &formatOf(qint32 format)
@@ -58,8 +58,7 @@ QStringList movieExtensions()
 
 QString movieDescription(qint32 format, qint32 quality)
 {
-    return formatOf(format).descriptions[quality == MovieQualityMaximum ? 0 : 1] +
-           QStringLiteral(" of 1920x1080 at 25 frames/s");
+    return formatOf(format).descriptions[quality == MovieQualityMaximum ? 0 : 1];
 }
 
 /// Brightness of each pixel and two colour differences of every fourth.

@@ -21,7 +21,7 @@ enum MovieQuality : qint32 {
     MovieQualityHigh = 1,
 };
 
-/// What a movie of format and quality is, for a person, and about what it takes.
+/// What a movie of format and quality is, for a person, and what it takes where that is known.
 QString movieDescription(qint32 format, qint32 quality);
 
 /// The bytes that each pixel of a raw movie takes; 0 for one that is compressed.
