@@ -45,27 +45,31 @@ QString whiteBalanceText(const QString &choice)
     return isTemperature ? choice + QStringLiteral(" K") : QStringLiteral("WB ") + choice;
 }
 
+/// In seconds; a shutter of 0 shows a number without meaning.
+QString shutterText(double seconds)
+{
+    if (seconds >= 1.0)
+        return fixedText(seconds, 1) + QStringLiteral(" sec");
+    const double parts =
+        std::min<double>(std::round(1.0 / seconds), std::numeric_limits<int>::max());
+    return QStringLiteral("1/%1 sec").arg(static_cast<int>(parts));
+}
+
 QString exposureText(const MLVProjectController &project)
 {
+    const RawCorrections &chosen = project.rawCorrections();
+    const QString exposure =
+        chosen.exposure == 0 ? QString()
+                             : QStringLiteral(", %1 EV").arg(signedExposureText(chosen.exposure));
+    const QString white = chosen.whiteBalance.isEmpty()
+                              ? QString()
+                              : QStringLiteral(", ") + whiteBalanceText(chosen.whiteBalance);
     const QString lens =
         QStringLiteral("%1 f/%2").arg(project.focal(), apertureText(project.aperture()));
     if (project.shutter() == 0 && project.iso() == 0) // the recording doesn't tell
-        return QStringLiteral("Unknown exposure\n%1").arg(lens);
-    const double seconds = project.shutter();
-    QString shutter = fixedText(seconds, 1) + QStringLiteral(" sec");
-    if (seconds < 1.0) {
-        // A shutter of 0 shows a number without meaning.
-        const double parts =
-            std::min<double>(std::round(1.0 / seconds), std::numeric_limits<int>::max());
-        shutter = QStringLiteral("1/%1 sec").arg(static_cast<int>(parts));
-    }
-    const RawCorrections &chosen = project.rawCorrections();
-    if (chosen.exposure != 0)
-        shutter += QStringLiteral(", %1 EV").arg(signedExposureText(chosen.exposure));
-    QString iso = QString::number(project.iso());
-    if (!chosen.whiteBalance.isEmpty())
-        iso += QStringLiteral(", ") + whiteBalanceText(chosen.whiteBalance);
-    return QStringLiteral("%1\nISO %2\n%3").arg(shutter, iso, lens);
+        return QStringLiteral("Unknown exposure%1%2\n%3").arg(exposure, white, lens);
+    return QStringLiteral("%1%2\nISO %3%4\n%5")
+        .arg(shutterText(project.shutter()), exposure, QString::number(project.iso()), white, lens);
 }
 
 QString fileText(const MLVProjectController &project)

@@ -189,7 +189,7 @@ void describe(QCommandLineParser &parser)
         {frames,
          QStringLiteral(
              "Make the movie of these frames alone, counted from 1 as the whole movie has them; "
-             "a- goes to the end, -b begins with the first."),
+             "without b to the end, without a from the first on."),
          QStringLiteral("a-b")},
         {temporaryBase,
          QStringLiteral(

@@ -116,6 +116,8 @@ private Q_SLOTS:
         QFETCH(QString, shutter);
         QFETCH(QString, iso);
         FakeWindow window;
+        window.setBlock(QStringLiteral("EXPO"),
+                        {{5, QStringLiteral(" 400")}, {8, QStringLiteral(" 20000µs")}});
         window.launch();
         window.add({a});
         const QString plainShutter = lineOf(window, 0, 0);
@@ -129,6 +131,19 @@ private Q_SLOTS:
         dialog.press(QDialogButtonBox::Ok);
         QCOMPARE(lineOf(window, 0, 0), plainShutter + shutter);
         QCOMPARE(lineOf(window, 0, 1), plainIso + iso);
+    }
+
+    void choicesAreShownWhereTheExposureIsUnknown()
+    {
+        FakeWindow window;
+        window.launch();
+        window.add({a});
+        window.select(a);
+        const Dialog dialog(window);
+        dialog.exposure->setValue(0.5);
+        dialog.whiteBalance->setCurrentIndex(1);
+        dialog.press(QDialogButtonBox::Ok);
+        QCOMPARE(lineOf(window, 0, 0), QStringLiteral("Unknown exposure, +0.5 EV, WB auto"));
     }
 
     void dialogShowsWhatTheRowHas()

@@ -83,7 +83,7 @@ void TestConversionReport::tableIsAligned()
                            notBegun("/card/d.MLV")})
                  .join(QLatin1Char('\n')),
              QStringLiteral("recording      result       frames  seconds  reason\n"
-                            "long name.MLV  finished       1200     61.3  the sound is left out; "
+                            "long name.MLV  finished       1200     61.2  the sound is left out; "
                             "a gap is filled\n"
                             "b.MLV          failed                   0.3  ffmpeg wrote no movie\n"
                             "c.MLV          interrupted              2.0\n"
