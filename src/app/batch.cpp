@@ -51,7 +51,7 @@ void AppDelegate::startBatch()
     const bool blends =
         std::any_of(m_projectList->cbegin(), m_projectList->cend(),
                     [](const auto &project) { return project->blendsAlternatingRows(); });
-    if (!checkTools(MLVProjectController::toolNames(blends)) || !takeRecipe() ||
+    if (!checkTools(MLVProjectController::toolNames(blends, chosenRecipe())) || !takeRecipe() ||
         !checkMovieFolder())
         return;
 

@@ -39,6 +39,7 @@ private Q_SLOTS:
     void controlsAreLockedWhileWorking();
     void recipeTakesThePlaceOfFormatAndQuality();
     void recipeOfRawFramesMakesAFolder();
+    void recipeOfRawFramesNeedsNeitherDcrawNorFfmpeg();
     void recipeLeavesTheRepairsToChoose();
     void recipeThatCantBeUsedIsToldBeforeTheBatch();
     void anyOtherPopUpItemStandsForTheSecond_data();
@@ -52,6 +53,9 @@ private Q_SLOTS:
     void errorWhileAnAlertIsOpenWaits();
     void convertedFrameIsShown();
     void statusTellsStageAndFrames();
+
+private:
+    static void chooseRawFrames(FakeWindow &window);
 };
 
 void TestBatchWindow::nothingToStartBeforeARecordingIsRead()
@@ -291,9 +295,8 @@ void TestBatchWindow::recipeTakesThePlaceOfFormatAndQuality()
     QVERIFY(QFile::exists(window.recordings() + QStringLiteral("/a.avi")));
 }
 
-void TestBatchWindow::recipeOfRawFramesMakesAFolder()
+void TestBatchWindow::chooseRawFrames(FakeWindow &window)
 {
-    FakeWindow window;
     QFile file(window.addRecipe(QStringLiteral("raw"), "-c:v x"));
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("[Recipe]\nExtension=dng\n");
@@ -302,6 +305,12 @@ void TestBatchWindow::recipeOfRawFramesMakesAFolder()
     auto *recipe = window.widget<QComboBox>(QStringLiteral("movieRecipePopUpButton"));
     recipe->setCurrentIndex(recipe->findData(QStringLiteral("raw")));
     window.add({a});
+}
+
+void TestBatchWindow::recipeOfRawFramesMakesAFolder()
+{
+    FakeWindow window;
+    chooseRawFrames(window);
     window.pressStart();
     window.waitForEnd();
     const QDir folder(window.recordings() + QStringLiteral("/a"));
@@ -310,6 +319,21 @@ void TestBatchWindow::recipeOfRawFramesMakesAFolder()
     QVERIFY(window.tools.calls(QStringLiteral("dcraw")).isEmpty());
     window.select(a);
     QVERIFY(window.action(QStringLiteral("playMovieMenuItem"))->isEnabled());
+}
+
+void TestBatchWindow::recipeOfRawFramesNeedsNeitherDcrawNorFfmpeg()
+{
+    FakeWindow window;
+    chooseRawFrames(window);
+    for (const char *tool : {"dcraw", "ffmpeg"})
+        QVERIFY(QFile::remove(window.tools.path() + u'/' + QLatin1String(tool)));
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", "/nowhere");
+    window.pressStart();
+    qputenv("PATH", path);
+    QCOMPARE(window.alerts.shown, QStringList());
+    QVERIFY(window.delegate->isWorking());
+    window.waitForEnd();
 }
 
 void TestBatchWindow::recipeLeavesTheRepairsToChoose()
