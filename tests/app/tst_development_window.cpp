@@ -17,7 +17,7 @@ namespace {
 
 const QString a = QStringLiteral("a.MLV");
 const QString b = QStringLiteral("b.MLV");
-const QString exposure = QStringLiteral("Exposure");
+const QString exposureColumn = QStringLiteral("Exposure");
 
 /// The dialog of the window, opened for the rows that are selected.
 class Dialog
@@ -53,7 +53,7 @@ private:
 
 QString lineOf(const FakeWindow &window, int row, int line)
 {
-    return window.cell(exposure, row).section(QLatin1Char('\n'), line, line);
+    return window.cell(exposureColumn, row).section(QLatin1Char('\n'), line, line);
 }
 
 } // namespace
