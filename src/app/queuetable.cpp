@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <tuple>
 
 namespace filmwright {
 
@@ -41,7 +42,7 @@ QString signedExposureText(double exposure)
 QString whiteBalanceText(const QString &choice)
 {
     bool isTemperature = false;
-    choice.toDouble(&isTemperature);
+    std::ignore = choice.toDouble(&isTemperature);
     return isTemperature ? choice + QStringLiteral(" K") : QStringLiteral("WB ") + choice;
 }
 
