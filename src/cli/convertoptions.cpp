@@ -281,7 +281,7 @@ QString lutOf(const QCommandLineParser &parser, const std::optional<Recipe> &cho
     QString path = absolutePath(parser.value(lut));
     if (!parser.isSet(lut))
         return {};
-    if (!parser.isSet(recipe) || (chosen && chosen->extension == QLatin1String("dng")))
+    if (!parser.isSet(recipe) || (chosen && chosen->keepsRawFrames()))
         problem = QStringLiteral("--lut is for movies that are made by a recipe");
     else if (path.isEmpty())
         problem = QStringLiteral("--lut names a file");
