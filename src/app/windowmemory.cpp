@@ -48,7 +48,7 @@ void WindowMemory::restore() const
     QHeaderView *header = m_ui.queueTableView->horizontalHeader();
     const int letter = m_window.fontMetrics().averageCharWidth();
     int column = 0;
-    for (const int letters : {24, 22, 16, 22, 7})
+    for (const int letters : {24, 22, 22, 22, 7})
         header->resizeSection(column++, letters * letter);
     header->restoreState(stored.value(columnsKey).toByteArray());
 }
