@@ -5,6 +5,7 @@
 #include "encoding/finishedmovie.h"
 #include "encoding/recipemovie.h"
 #include "support/fakemovie.h"
+#include "support/programrun.h"
 
 #include <QDir>
 #include <QFile>
@@ -58,9 +59,7 @@ private:
     QByteArray encoded(qint32 format, qint32 quality, bool sound) const
     {
         const QString path = moviePathFor(file(QStringLiteral("clip.MLV")), format);
-        QProcess ffmpeg;
-        ffmpeg.start(QStringLiteral("ffmpeg"), arguments(format, quality, sound, path));
-        ffmpeg.waitForFinished(-1);
+        runProgram(QStringLiteral("ffmpeg"), arguments(format, quality, sound, path));
         QFile movie(path);
         return movie.open(QIODevice::ReadOnly) ? movie.readAll() : QByteArray();
     }

@@ -1,22 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "sample.h"
 
+#include "support/programrun.h"
+
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QProcess>
-
-namespace {
-
-QByteArray outputOf(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments, QIODevice::ReadOnly);
-    process.waitForFinished(-1);
-    return process.readAllStandardOutput();
-}
-
-} // namespace
 
 bool writeSample(const QString &path, const QString &options)
 {

@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/programrun.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -17,14 +18,6 @@
 namespace {
 
 constexpr int frames = 6;
-
-QByteArray outputOf(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments, QIODevice::ReadOnly);
-    process.waitForFinished(-1);
-    return process.readAllStandardOutput();
-}
 
 QByteArray contentOf(const QString &path)
 {

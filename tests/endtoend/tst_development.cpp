@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/programrun.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -25,13 +26,9 @@ QStringList words(const QString &text)
 
 QByteArray decoded(const QString &movie, const QString &options)
 {
-    QProcess process;
-    process.start(realTool(QStringLiteral("ffmpeg")),
-                  words(QStringLiteral("-v error -i")) + QStringList{movie} + words(options) +
-                      QStringList{QStringLiteral("-")},
-                  QIODevice::ReadOnly);
-    process.waitForFinished(-1);
-    return process.readAllStandardOutput();
+    return outputOf(realTool(QStringLiteral("ffmpeg")), words(QStringLiteral("-v error -i")) +
+                                                            QStringList{movie} + words(options) +
+                                                            QStringList{QStringLiteral("-")});
 }
 
 /// The samples of the first frame, red, green, blue, 16 bits each.

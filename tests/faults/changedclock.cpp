@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "changedclock.h"
+#include "support/programrun.h"
 
 #include <QDateTime>
 #include <QProcess>
@@ -14,11 +15,10 @@ const QLatin1String preload("LD_PRELOAD");
 /// The program `faketime` knows where the library is that it loads.
 QString library()
 {
-    QProcess faketime;
-    faketime.start(QStringLiteral("faketime"), {QStringLiteral("-f"), QStringLiteral("+0"),
+    const Ended faketime =
+        runProgram(QStringLiteral("faketime"), {QStringLiteral("-f"), QStringLiteral("+0"),
                                                 QStringLiteral("printenv"), preload});
-    faketime.waitForFinished();
-    return QString::fromLocal8Bit(faketime.readAllStandardOutput()).trimmed();
+    return QString::fromLocal8Bit(faketime.output).trimmed();
 }
 
 QString knownLibrary()

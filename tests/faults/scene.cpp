@@ -4,6 +4,7 @@
 #include "endtoend/commandline.h"
 #include "endtoend/sample.h"
 #include "scenefolders.h"
+#include "support/programrun.h"
 
 #include <QDir>
 #include <QFile>
@@ -59,9 +60,7 @@ bool ordinaryUserReachesProgram()
 {
     QStringList command = asOrdinaryUser;
     command << CommandLine().program << QStringLiteral("--version");
-    QProcess process;
-    process.start(command.takeFirst(), command, QIODevice::ReadOnly);
-    return process.waitForFinished() && process.exitCode() == 0;
+    return runProgram(command.takeFirst(), command).status == 0;
 }
 
 void writeFile(const QString &path, const QByteArray &content)

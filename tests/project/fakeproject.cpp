@@ -8,6 +8,33 @@
 
 using namespace filmwright;
 
+namespace {
+
+QString name(MLVProjectMode mode)
+{
+    switch (mode) {
+    case MLVProjectModeIdle:
+        return QStringLiteral("idle");
+    case MLVProjectModeReadingData:
+        return QStringLiteral("reading");
+    case MLVProjectModeReady:
+        return QStringLiteral("ready");
+    case MLVProjectModePending:
+        return QStringLiteral("pending");
+    case MLVProjectModeExtracting:
+        return QStringLiteral("extracting");
+    case MLVProjectModeRGBConversion:
+        return QStringLiteral("converting");
+    case MLVProjectModeBuildingMovie:
+        return QStringLiteral("encoding");
+    case MLVProjectModeFinished:
+        return QStringLiteral("finished");
+    }
+    return {};
+}
+
+} // namespace
+
 FakeProject::FakeProject(int frames)
     : FakeTools(frames)
 {
@@ -47,7 +74,7 @@ QString FakeProject::frame(int number, const QString &extension) const
 
 void FakeProject::controllerUpdated(MLVProjectController &project)
 {
-    events << QString::number(project.mlvProjectMode());
+    events << name(project.mlvProjectMode());
 }
 
 void FakeProject::imageRGBReceived(const QImage &image, MLVProjectController &)
@@ -57,7 +84,7 @@ void FakeProject::imageRGBReceived(const QImage &image, MLVProjectController &)
 
 void FakeProject::controllerWorkFinished(MLVProjectController &)
 {
-    events << QStringLiteral("finished");
+    events << QStringLiteral("told");
 }
 
 void FakeProject::controllerWorkError(const QString &error)

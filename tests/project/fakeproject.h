@@ -27,5 +27,7 @@ public:
     void controllerWorkError(const QString &error) override;
 
     std::unique_ptr<filmwright::MLVProjectController> controller;
-    QStringList events; ///< modes as numbers, "image", "no image", "finished", "error …"
+    /// The modes ("extracting"), "image", "no image", "error …", and "told": the work is finished.
+    QStringList events;
+    QString log() const { return events.join(QLatin1Char(' ')); }
 };

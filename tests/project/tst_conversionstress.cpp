@@ -89,7 +89,7 @@ void TestConversionStress::fail(FakeProject &project)
     QVERIFY(fault.open(QIODevice::WriteOnly));
     const auto heard = [&project] {
         return project.events.contains(QStringLiteral("no image")) ||
-               project.events.contains(QStringLiteral("finished"));
+               project.events.contains(QStringLiteral("told"));
     };
     QTRY_VERIFY(heard());
     project.controller->stop();
@@ -139,7 +139,7 @@ void TestConversionStress::endAtAnyMoment()
         // Some rounds begin anew at once, while the last frames are still in work.
         if (std::uniform_int_distribution(0, 1)(m_generator) == 0) {
             QTest::qWait(30);
-            project.events.removeAll(QStringLiteral("-1")); // an aborted extraction reports later
+            project.events.removeAll(QStringLiteral("idle")); // an aborted extraction reports later
             QVERIFY2(project.events.isEmpty(), qPrintable(project.events.join(QLatin1Char(' '))));
         }
     }
@@ -149,7 +149,7 @@ void TestConversionStress::endAtAnyMoment()
         project.launch();
         // Else nobody would see one that is left behind.
         QVERIFY(QTest::qWaitFor([&project] { return !runningTools(project).isEmpty(); }));
-        QTRY_VERIFY_WITH_TIMEOUT(project.events.contains(QStringLiteral("finished")), 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(project.events.contains(QStringLiteral("told")), 30000);
         QCOMPARE(project.events.count(QStringLiteral("image")), 12);
         project.controller.reset();
     }

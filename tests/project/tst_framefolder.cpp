@@ -2,6 +2,7 @@
 #include "project/framefolder.h"
 
 #include "project/movieorigin.h"
+#include "support/programrun.h"
 
 #include <QDir>
 #include <QFile>
@@ -198,11 +199,11 @@ void TestFrameFolder::folderIsFinishedWhileItIsWhole()
                                 QStringLiteral("--frames"), QStringLiteral("3"), recording}),
              0);
     QCOMPARE(makeUnfinishedFolder(m_movie), QString());
-    QProcess process;
-    process.start(QStringLiteral(MLV_DUMP),
-                  {QStringLiteral("--dng"), recording, QStringLiteral("--cinema-dng"),
-                   QStringLiteral("-o"), unfinishedFolder(m_movie) + QStringLiteral("tmp")});
-    QVERIFY(process.waitForFinished(-1));
+    const Ended written =
+        runProgram(QStringLiteral(MLV_DUMP),
+                   {QStringLiteral("--dng"), recording, QStringLiteral("--cinema-dng"),
+                    QStringLiteral("-o"), unfinishedFolder(m_movie) + QStringLiteral("tmp")});
+    QCOMPARE(written.status, 0);
     QCOMPARE(finishFrameFolder(m_movie), QString());
     QCOMPARE(framesOfFolder(m_movie), std::optional<quint64>(3));
     QVERIFY(isFinishedMovie(m_movie, "one", 3));

@@ -82,7 +82,7 @@ void TestProjectMonitor::wholeMovieEndsWithoutAReason()
     project.monitor();
     project.launch();
     QTRY_COMPARE(project.endings, QStringList{QString()});
-    QCOMPARE(project.events.constLast(), QStringLiteral("finished"));
+    QCOMPARE(project.events.constLast(), QStringLiteral("told"));
 }
 
 void TestProjectMonitor::errorLineEndsTheRunOnce()

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "support/mounting.h"
+#include "support/programrun.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -15,16 +16,15 @@ Mounting tried()
     for (const QStringList &prefix :
          {QStringList{unshare, mount},
           QStringList{unshare, QStringLiteral("--map-root-user"), mount}}) {
-        QProcess process;
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(prefix.first(),
-                      prefix.mid(1) + QStringList{QStringLiteral("mount"), QStringLiteral("-t"),
-                                                  QStringLiteral("tmpfs"), QStringLiteral("tmpfs"),
-                                                  folder.path()});
-        if (process.waitForFinished() && process.exitCode() == 0)
+        const Ended mounted =
+            runProgram(prefix.first(),
+                       prefix.mid(1) + QStringList{QStringLiteral("mount"), QStringLiteral("-t"),
+                                                   QStringLiteral("tmpfs"), QStringLiteral("tmpfs"),
+                                                   folder.path()});
+        if (mounted.status == 0)
             return {prefix, {}};
         mounting.hindrance = QStringLiteral("no file system can be mounted here: ") +
-                             QString::fromLocal8Bit(process.readAll()).trimmed();
+                             QString::fromLocal8Bit(mounted.errors).trimmed();
     }
     return mounting;
 }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "support/sshmachines.h"
+#include "support/programrun.h"
 
 #include <QDir>
 #include <QFile>
@@ -33,13 +34,9 @@ quint16 freePort()
 /// What a command that failed said last, or an empty string.
 QString failureOf(const QString &program, const QStringList &arguments)
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments, QIODevice::ReadOnly);
-    if (!process.waitForFinished())
-        return process.errorString();
-    const QString said = QString::fromLocal8Bit(process.readAll()).trimmed();
-    if (process.exitCode() == 0)
+    const Ended ended = runProgram(program, arguments, {}, QProcess::MergedChannels);
+    const QString said = QString::fromLocal8Bit(ended.output).trimmed();
+    if (ended.status == 0)
         return {};
     return program + QStringLiteral(": ") + said.section(QLatin1Char('\n'), -1);
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "converterrun.h"
 
-#include "programrun.h"
+#include "toolrun.h"
 
 #include <QFile>
 #include <QProcess>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Our dcraw writes what the installed one writes, to the last byte, and ends as it does.
 #include "converterrun.h"
-#include "programrun.h"
 #include "randomnegative.h"
+#include "toolrun.h"
 
 #include "dcraw/frame.h"
 #include "dcraw/instructionset.h"

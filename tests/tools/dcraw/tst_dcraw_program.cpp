@@ -2,7 +2,7 @@
 // The program itself: what it hands over and to whom, and what it leaves behind.
 #include "converterrun.h"
 #include "negativewriter.h"
-#include "programrun.h"
+#include "toolrun.h"
 
 #include "conversion/tiffbitmap.h"
 #include "dng/tags.h"
@@ -26,7 +26,7 @@ const QStringList movieArguments{
     QStringLiteral("3"),  QStringLiteral("-w"), QStringLiteral("-W"),
     QStringLiteral("-T"), QStringLiteral("-b"), QStringLiteral("4.000000")};
 
-struct Ended
+struct ToolEnd
 {
     int status = -1; ///< -1: by a signal
     QString words;
@@ -65,7 +65,7 @@ private Q_SLOTS:
     void killedRunLeavesNothingThatPassesForWhole();
 
 private:
-    Ended run(const QStringList &arguments);
+    ToolEnd run(const QStringList &arguments);
     void addFakeReal() { m_real->addTool(dcraw, QStringLiteral("echo from the real one; exit 3")); }
     QString dng() const { return m_folder->path(QStringLiteral("frame.dng")); }
     QString tiff() const { return m_folder->path(QStringLiteral("frame.tiff")); }
@@ -98,7 +98,7 @@ void TestDcrawProgram::cleanup()
     m_folder.reset();
 }
 
-Ended TestDcrawProgram::run(const QStringList &arguments)
+ToolEnd TestDcrawProgram::run(const QStringList &arguments)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
@@ -130,7 +130,7 @@ void TestDcrawProgram::writeLargeFrame() const
 void TestDcrawProgram::coveredCallRunsNothingElse()
 {
     addFakeReal();
-    const Ended ended = run(movieCall());
+    const ToolEnd ended = run(movieCall());
     QCOMPARE(ended.words, QString());
     QCOMPARE(ended.status, 0);
     QVERIFY(filmwright::TiffBitmap::isWhole(tiff()));
@@ -166,7 +166,7 @@ void TestDcrawProgram::otherCallsAreHandedOverAsTheyAre()
 void TestDcrawProgram::statusAndWordsOfTheRealOneAreTheAnswer()
 {
     addFakeReal();
-    const Ended ended = run({QStringLiteral("-i")});
+    const ToolEnd ended = run({QStringLiteral("-i")});
     QCOMPARE(ended.status, 3);
     QCOMPARE(ended.words, QStringLiteral("from the real one\n"));
 }
@@ -203,7 +203,7 @@ void TestDcrawProgram::forcedProgramThatCannotBeRun()
 {
     addFakeReal();
     m_environment.insert(QStringLiteral("FILMWRIGHT_DCRAW"), QStringLiteral("/nowhere/dcraw"));
-    Ended ended = run(movieCall());
+    ToolEnd ended = run(movieCall());
     QCOMPARE(ended.status, 1);
     QCOMPARE(ended.words,
              QStringLiteral("dcraw: /nowhere/dcraw cannot be run: No such file or directory\n"));
@@ -283,7 +283,7 @@ void TestDcrawProgram::withoutARealOneItSaysSo()
     NegativeWriter nameless;
     nameless.image.setText(dng::tag::make, " ");
     m_folder->write(QStringLiteral("other.dng"), nameless.encoded());
-    const Ended ended = run(arguments);
+    const ToolEnd ended = run(arguments);
     QCOMPARE(ended.status, 1);
     QCOMPARE(ended.words,
              QStringLiteral("dcraw: %1; Filmwright's own dcraw develops the DNGs of its mlv_dump "
@@ -297,7 +297,7 @@ void TestDcrawProgram::tellsWhatItIs()
     const QString covers = QStringLiteral("covers=DNGs of mlv_dump and cr2hdr\n");
     QVERIFY(run(call).words.endsWith(covers + QStringLiteral("other=\n")));
     addFakeReal();
-    Ended ended = run(call);
+    ToolEnd ended = run(call);
     QCOMPARE(ended.status, 0);
     QVERIFY(ended.words.startsWith(QStringLiteral("program=Filmwright dcraw ")));
     QVERIFY(ended.words.endsWith(covers + QStringLiteral("other=%1/dcraw\n").arg(m_real->path())));
@@ -385,7 +385,7 @@ void TestDcrawProgram::fullDiskLeavesNoFile()
         const rlimit limit{1000000, 1000000};
         ::setrlimit(RLIMIT_FSIZE, &limit);
     };
-    const Ended ended = run(movieCall());
+    const ToolEnd ended = run(movieCall());
     QCOMPARE(ended.status, 1);
     QCOMPARE(ended.words,
              QStringLiteral("dcraw: %1 cannot be written: File too large\n").arg(tiff()));

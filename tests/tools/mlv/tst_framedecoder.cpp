@@ -3,8 +3,8 @@
 
 #include "mlv/error.h"
 
-#include "programrun.h"
 #include "recordingbuilder.h"
+#include "toolrun.h"
 
 #include <QTemporaryDir>
 #include <QTest>

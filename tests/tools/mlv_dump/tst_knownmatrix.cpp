@@ -2,8 +2,8 @@
 #include "mlv_dump/knownmatrix.h"
 
 #include "mlv/samples.h"
-#include "programrun.h"
 #include "recordingbuilder.h"
+#include "toolrun.h"
 
 #include <QImage>
 #include <QTemporaryDir>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "programrun.h"
 #include "recordingbuilder.h"
+#include "toolrun.h"
 
 #include "support/fulldisk.h"
 

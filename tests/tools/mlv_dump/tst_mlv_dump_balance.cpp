@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "programrun.h"
+#include "toolrun.h"
 
 #include <QDir>
 #include <QFile>

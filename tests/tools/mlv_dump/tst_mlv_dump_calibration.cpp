@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "programrun.h"
 #include "rawpicture.h"
 #include "recordingbuilder.h"
+#include "toolrun.h"
 
 #include <QDir>
 #include <QTemporaryDir>

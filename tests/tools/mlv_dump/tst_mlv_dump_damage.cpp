@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "measuredrun.h"
-#include "programrun.h"
 #include "rawpicture.h"
 #include "recordingbuilder.h"
+#include "toolrun.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "programrun.h"
 #include "rawpicture.h"
+#include "toolrun.h"
 
 #include <QDir>
 #include <QImage>

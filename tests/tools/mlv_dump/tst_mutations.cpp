@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "measuredrun.h"
 #include "mutator.h"
-#include "programrun.h"
+#include "toolrun.h"
 
 #include <QDir>
 #include <QFile>

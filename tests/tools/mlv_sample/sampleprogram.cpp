@@ -1,20 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "sampleprogram.h"
 
-#include <QProcess>
 #include <QTest>
-
-Ended runProgram(const QString &program, const QStringList &arguments, const QByteArray &input)
-{
-    QProcess process;
-    process.start(program, arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit) {
-        return {-1, process.readAllStandardOutput(), process.readAllStandardError()};
-    }
-    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
-}
 
 QString writeSample(const QTemporaryDir &folder, const QStringList &options, const QString &name)
 {

@@ -2,22 +2,11 @@
 // Runs the real mlv_sample and the programs that judge what it wrote.
 #pragma once
 
-#include "programrun.h"
+#include "toolrun.h"
 
 #include <QByteArray>
 #include <QStringList>
 #include <QTemporaryDir>
-
-struct Ended
-{
-    int status; ///< −1 if the program could not be run
-    QByteArray output;
-    QByteArray errors;
-};
-
-/// Runs a program to its end; `input` is all it can read.
-Ended runProgram(const QString &program, const QStringList &arguments,
-                 const QByteArray &input = {});
 
 /// Writes a small recording (64 × 48, 3 frames unless `options` say otherwise) into `folder` and
 /// answers its path. Fails the running test if mlv_sample doesn't end with status 0.

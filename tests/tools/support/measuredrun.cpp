@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "measuredrun.h"
 
-#include "programrun.h"
+#include "toolrun.h"
 
 #include <array>
 #include <vector>

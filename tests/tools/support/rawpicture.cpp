@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "rawpicture.h"
 
-#include "programrun.h"
+#include "toolrun.h"
 
 #include <QRegularExpression>
 #include <QtEndian>

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "support/programrun.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
 
-/// The end of a program: what it printed on both channels, in order, and its status.
+/// The end of a tool: what it printed on both channels, in order, and its status.
 struct ProgramRun
 {
     QStringList lines;
@@ -21,10 +23,6 @@ QString builtProgram(const QString &name);
 
 /// Runs a program of the build's resources folder.
 ProgramRun runBuilt(const QString &program, const QStringList &arguments);
-
-/// Runs a program of the system and answers what it prints on standard output; fails the test's
-/// program when there is none.
-QByteArray outputOf(const QString &program, const QStringList &arguments);
 
 /// The path of a file of the tests' data.
 QString testData(const QString &name);

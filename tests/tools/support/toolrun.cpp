@@ -1,14 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "programrun.h"
+#include "toolrun.h"
 
 #include <QFile>
-#include <QProcess>
-
-namespace {
-
-constexpr int timeLimit = 60000; // milliseconds
-
-} // namespace
 
 bool ProgramRun::hasLineWith(const QString &text) const
 {
@@ -22,30 +15,12 @@ QString builtProgram(const QString &name)
 
 ProgramRun runBuilt(const QString &program, const QStringList &arguments)
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(builtProgram(program), arguments);
-    ProgramRun run;
-    const bool ended = process.waitForFinished(timeLimit);
-    auto text = QString::fromUtf8(process.readAll());
+    const Ended ended = runProgram(builtProgram(program), arguments, {}, QProcess::MergedChannels);
+    auto text = QString::fromUtf8(ended.output);
     if (text.endsWith(QLatin1Char('\n'))) {
         text.chop(1);
     }
-    run.lines = text.split(QLatin1Char('\n'));
-    if (ended && process.exitStatus() == QProcess::NormalExit) {
-        run.status = process.exitCode();
-    }
-    return run;
-}
-
-QByteArray outputOf(const QString &program, const QStringList &arguments)
-{
-    QProcess process;
-    process.start(program, arguments);
-    if (!process.waitForFinished(timeLimit) || process.error() == QProcess::FailedToStart) {
-        qFatal("%s cannot be run", qPrintable(program));
-    }
-    return process.readAllStandardOutput();
+    return {text.split(QLatin1Char('\n')), ended.status};
 }
 
 QString testData(const QString &name)
