@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <set>
 
 namespace mlv {
@@ -88,9 +89,9 @@ bool keepFirst(std::optional<Layout> &kept, const Layout &layout)
 std::vector<FileMark> marksOf(const std::vector<Chunk> &chunks)
 {
     std::vector<FileMark> marks;
-    for (const auto &chunk : chunks) {
-        marks.push_back({chunk.file().size(), chunk.file().modified()});
-    }
+    std::ranges::transform(chunks, std::back_inserter(marks), [](const Chunk &chunk) {
+        return FileMark{chunk.file().size(), chunk.file().modified()};
+    });
     return marks;
 }
 
@@ -113,8 +114,8 @@ Recording::Recording(const std::filesystem::path &path)
     finishIndex();
 }
 
-Recording::Recording(const std::filesystem::path &path, const RecordingIndex &index)
-    : m_video(index.videoFrames)
+Recording::Recording(const std::filesystem::path &path, RecordingIndex index)
+    : m_video(std::move(index.videoFrames))
 {
     m_chunks.emplace_back(path);
     openContinuations(path);

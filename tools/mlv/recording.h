@@ -24,7 +24,7 @@ public:
     /// Opens it by what index() told when it was opened before. It then has no sound, and of
     /// warnings and remarks those alone that its files give. Throws Error as above, or
     /// ForeignIndex.
-    Recording(const std::filesystem::path &path, const RecordingIndex &index);
+    Recording(const std::filesystem::path &path, RecordingIndex index);
 
     [[nodiscard]] RecordingIndex index() const;
 

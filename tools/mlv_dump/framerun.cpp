@@ -19,14 +19,14 @@ namespace {
 class FrameRun
 {
 public:
-    FrameRun(const Options &options, const mlv::Recording &recording, const Survey *known,
-             Output &output)
+    FrameRun(const Options &options, const mlv::Recording &recording,
+             const std::optional<Survey> &known, Output &output)
         : m_options(options)
         , m_recording(recording)
         , m_output(output)
         , m_decoder(recording)
         , m_sources(recording, options.references())
-        , m_levels(known == nullptr ? foundLevels() : knownLevels(*known))
+        , m_levels(known ? knownLevels(*known) : foundLevels())
         , m_calibration(options.dark, options.flat, m_levels.format)
         , m_known(knownMatrix(recording))
         , m_reelName(options.input.stem().string())
@@ -244,11 +244,14 @@ private:
 
 } // namespace
 
-std::size_t runFrames(const Options &options, const mlv::Recording &recording, const Survey *known,
-                      Output &output)
+std::size_t runFrames(const Options &options, const mlv::Recording &recording,
+                      const std::optional<Survey> &known, Output &output)
 {
     FrameRun run(options, recording, known, output);
-    const auto survey = known == nullptr ? run.survey() : *known;
+    if (known) {
+        return run.write(*known);
+    }
+    const auto survey = run.survey();
     return options.writtenSurvey.empty() ? run.write(survey) : run.keep(survey);
 }
 

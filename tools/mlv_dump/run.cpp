@@ -127,7 +127,7 @@ std::size_t runMode(const Options &options, const mlv::Recording &recording, Out
     requireReadableFrames(recording);
     switch (options.mode) {
     case Mode::Frames:
-        return runFrames(options, recording, nullptr, output);
+        return runFrames(options, recording, std::nullopt, output);
     case Mode::Average:
         return RecordingRun(options, recording, output).writeAverage();
     case Mode::Rewrite:
@@ -196,10 +196,10 @@ int run(const Options &options, Output &output)
     Summary summary;
     bool isLossy = false;
     const auto work = [&] {
-        const auto known =
+        auto known =
             options.knownSurvey.empty() ? std::nullopt : std::optional(readSurvey(options));
-        const auto recording =
-            known ? mlv::Recording(options.input, known->recording) : mlv::Recording(options.input);
+        const auto recording = known ? mlv::Recording(options.input, std::move(known->recording))
+                                     : mlv::Recording(options.input);
         summary.framesPerSecond = recording.framesPerSecond();
         if (options.mode == Mode::Verify) {
             requireReadableFrames(recording);
@@ -208,7 +208,7 @@ int run(const Options &options, Output &output)
             return;
         }
         if (known) {
-            summary.frames = runFrames(options, recording, &*known, output);
+            summary.frames = runFrames(options, recording, known, output);
             return;
         }
         for (const auto *sentences : {&recording.warnings(), &recording.remarks()}) {
