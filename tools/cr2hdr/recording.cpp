@@ -6,13 +6,13 @@
 #include "cr2hdr/report.h"
 #include "cr2hdr/survey.h"
 #include "mlv/error.h"
+#include "parallel/sharedwork.h"
 
 #include <algorithm>
 #include <atomic>
 #include <string>
 #include <system_error>
 #include <thread>
-#include <vector>
 
 namespace dualiso {
 namespace {
@@ -78,25 +78,16 @@ bool blendFrames(std::span<const std::filesystem::path> paths, const std::option
     const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
     const std::size_t workers = std::min(cores, paths.size());
     const auto threadsOfFrame = static_cast<int>(cores / std::max<std::size_t>(workers, 1));
-    std::atomic<std::size_t> next = 0;
     std::atomic<bool> allOk = true;
     FrameLog log;
-    const auto work = [&] {
-        for (std::size_t i = next++; i < paths.size(); i = next++) {
-            const Outcome outcome = attempt(paths[i], survey, threadsOfFrame);
-            log.tell(i, labelOf(paths[i]), outcome.text);
-            if (!outcome.ok) {
-                allOk = false;
-            }
+    const auto blend = [&](std::size_t i) {
+        const Outcome outcome = attempt(paths[i], survey, threadsOfFrame);
+        log.tell(i, labelOf(paths[i]), outcome.text);
+        if (!outcome.ok) {
+            allOk = false;
         }
     };
-    {
-        std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < workers; ++i) {
-            others.emplace_back(work);
-        }
-        work();
-    }
+    parallel::shareWork(paths.size(), workers, [&] { return blend; });
     return allOk;
 }
 

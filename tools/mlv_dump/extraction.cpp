@@ -4,9 +4,9 @@
 #include "mlv/error.h"
 #include "mlv_dump/standin.h"
 #include "mlv_dump/text.h"
+#include "parallel/sharedwork.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace mlvdump {
 namespace {
@@ -33,30 +33,19 @@ Extraction::Extraction(Job job, std::vector<PlannedFrame> frames, Output &output
 
 std::size_t Extraction::run()
 {
-    {
-        const auto threads = std::min<std::size_t>(m_job.threads, m_frames.size());
-        std::vector<std::jthread> workers;
-        for (std::size_t i = 0; i < threads; ++i) {
-            workers.emplace_back([this] { work(); });
-        }
-    }
-    if (m_failure) {
-        std::rethrow_exception(m_failure);
-    }
+    parallel::shareWork(m_frames.size(), m_job.threads, [this] {
+        return [this, encoder = FrameEncoder(m_job.recording, m_job.calibration, m_job.tags,
+                                             m_job.repair)](std::size_t index) mutable {
+            try {
+                extract(encoder, index);
+            } catch (...) {
+                m_turnstile.close();
+                throw;
+            }
+        };
+    });
     m_heldBack->commit();
     return m_frames.size();
-}
-
-void Extraction::work()
-{
-    try {
-        FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags, m_job.repair);
-        for (std::size_t i = m_next++; i < m_frames.size(); i = m_next++) {
-            extract(encoder, i);
-        }
-    } catch (...) {
-        fail(std::current_exception());
-    }
 }
 
 void Extraction::extract(FrameEncoder &encoder, std::size_t index)
@@ -106,15 +95,6 @@ void Extraction::publish(std::size_t index, output::OutputFile &file)
     }
     m_output.line(format("Frame %zu of %zu", index + 1, m_frames.size()));
     m_output.flush();
-}
-
-void Extraction::fail(std::exception_ptr exception)
-{
-    const std::lock_guard lock(m_failureMutex);
-    if (!m_failure) {
-        m_failure = std::move(exception);
-    }
-    m_turnstile.close();
 }
 
 } // namespace mlvdump

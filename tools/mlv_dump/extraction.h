@@ -7,10 +7,7 @@
 #include "mlv_dump/turnstile.h"
 #include "output/outputfile.h"
 
-#include <atomic>
-#include <exception>
 #include <filesystem>
-#include <mutex>
 #include <optional>
 #include <span>
 
@@ -47,22 +44,17 @@ public:
     std::size_t run();
 
 private:
-    void work();
     void extract(FrameEncoder &encoder, std::size_t index);
     const mlv::DataBlock *standIn();
     void publish(std::size_t index, output::OutputFile &file);
-    void fail(std::exception_ptr exception);
 
     Job m_job;
     std::vector<PlannedFrame> m_frames;
     std::size_t m_heldBackIndex; // whose file gets its name last
     Output &m_output;            // by the thread that is in the turnstile
     Turnstile m_turnstile;
-    std::atomic<std::size_t> m_next = 0;
     std::optional<output::OutputFile> m_heldBack; // by the thread in the turnstile
     const mlv::DataBlock *m_lastGood = nullptr;   // by the thread in the turnstile
-    std::mutex m_failureMutex;
-    std::exception_ptr m_failure; // guarded by m_failureMutex
 };
 
 } // namespace mlvdump
