@@ -9,7 +9,7 @@
 
 namespace dualiso {
 
-/// The samples of the file as a frame. Throws mlv::Error.
+/// The samples of the file as a frame. Throws raw::Error.
 [[nodiscard]] Frame readFrame(const dng::RawFile &file);
 
 /// Tells recordings apart: the same for all frames of one, by the names of reel and camera.

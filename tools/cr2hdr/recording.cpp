@@ -5,8 +5,8 @@
 #include "cr2hdr/framefile.h"
 #include "cr2hdr/report.h"
 #include "cr2hdr/survey.h"
-#include "mlv/error.h"
 #include "parallel/sharedwork.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <atomic>
@@ -63,7 +63,7 @@ Outcome attempt(const std::filesystem::path &path, const std::optional<Survey> &
     try {
         // Without a survey there is no file that can be read or needs blending; why, it tells.
         return blendFrame(path, survey.value_or(Survey{}), threads);
-    } catch (const mlv::Error &error) {
+    } catch (const raw::Error &error) {
         return {false, std::string(notBlended) + error.what()};
     } catch (const std::system_error &error) {
         return {false, std::string(notBlended) + error.what()};

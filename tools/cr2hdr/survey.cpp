@@ -3,7 +3,7 @@
 
 #include "cr2hdr/framefile.h"
 #include "dng/surveyedparts.h"
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <algorithm>
 
@@ -14,7 +14,7 @@ bool isUsable(const std::filesystem::path &path)
 {
     try {
         return !isBlended(dng::RawFile(path));
-    } catch (const mlv::Error &) {
+    } catch (const raw::Error &) {
         return false; // told when its turn comes
     }
 }
@@ -121,7 +121,7 @@ std::optional<Survey> survey(std::span<const std::filesystem::path> paths)
             if (file.format() == found->format) {
                 frames.push_back(readFrame(file));
             }
-        } catch (const mlv::Error &) {
+        } catch (const raw::Error &) {
             continue; // told when its turn comes
         }
     }

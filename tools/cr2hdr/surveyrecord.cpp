@@ -2,7 +2,7 @@
 #include "cr2hdr/survey.h"
 
 #include "cr2hdr/framefile.h"
-#include "mlv/error.h"
+#include "raw/error.h"
 #include "surveyfile/surveyreader.h"
 #include "surveyfile/surveywriter.h"
 
@@ -94,7 +94,7 @@ void requireOrigin(const Survey &survey, std::span<const std::filesystem::path> 
                 throw surveyfile::SurveyError("The survey is of another recording");
             }
             return;
-        } catch (const mlv::Error &) {
+        } catch (const raw::Error &) {
             continue;
         }
     }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/recording.h"
 
-#include "mlv/error.h"
 #include "mlv/frameformat.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <cctype>
@@ -189,7 +189,7 @@ bool Recording::openContinuation(const std::filesystem::path &path)
         }
         m_warnings.push_back("the file with the extension " + name +
                              " belongs to another recording and is not read");
-    } catch (const Error &error) {
+    } catch (const raw::Error &error) {
         m_warnings.push_back("the file with the extension " + name + " is not read: it " +
                              error.what());
     }
@@ -312,11 +312,11 @@ void Recording::dropShortFrames()
     const bool compressed =
         (header().videoClass & (videoclass::losslessJpeg | videoclass::lzma)) != 0;
     if (compressed || !m_rawInfo || m_changesFormat ||
-        !isSupportedDepth(m_rawInfo->bitsPerSample)) {
+        !raw::isSupportedDepth(m_rawInfo->bitsPerSample)) {
         return;
     }
-    const auto frameSize =
-        packedSize(std::size_t{m_rawInfo->width} * m_rawInfo->height, m_rawInfo->bitsPerSample);
+    const auto frameSize = raw::packedSize(std::size_t{m_rawInfo->width} * m_rawInfo->height,
+                                           m_rawInfo->bitsPerSample);
     m_damagedBlocks += std::erase_if(
         m_video, [frameSize](const DataBlock &block) { return block.size < frameSize; });
 }

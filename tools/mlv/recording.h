@@ -19,10 +19,10 @@ class Recording
 {
 public:
     /// Opens the file and, when its extension is "mlv" in any case, the chunks that continue it.
-    /// Throws Error when the first file is no MLV recording.
+    /// Throws raw::Error when the first file is no MLV recording.
     explicit Recording(const std::filesystem::path &path);
     /// Opens it by what index() told when it was opened before. It then has no sound, and of
-    /// warnings and remarks those alone that its files give. Throws Error as above, or
+    /// warnings and remarks those alone that its files give. Throws raw::Error as above, or
     /// ForeignIndex.
     Recording(const std::filesystem::path &path, RecordingIndex index);
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/extraction.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/standin.h"
 #include "mlv_dump/text.h"
 #include "parallel/sharedwork.h"
+#include "raw/error.h"
 
 #include <algorithm>
 
@@ -58,9 +58,9 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
     bool damaged = false;
     try {
         file.write(encoder.encode(frame));
-    } catch (const mlv::ReadError &) {
+    } catch (const raw::ReadError &) {
         throw;
-    } catch (const mlv::Error &) {
+    } catch (const raw::Error &) {
         damaged = true;
     }
     if (!m_turnstile.enter(index)) {

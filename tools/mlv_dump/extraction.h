@@ -40,7 +40,7 @@ public:
     Extraction(Job job, std::vector<PlannedFrame> frames, Output &output);
 
     /// Answers the number of files written. Throws RefusedOutput, output::WriteError,
-    /// mlv::ReadError, or mlv::Error when no frame stands in for a damaged one.
+    /// raw::ReadError, or raw::Error when no frame stands in for a damaged one.
     std::size_t run();
 
 private:

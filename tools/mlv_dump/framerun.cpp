@@ -2,13 +2,13 @@
 #include "mlv_dump/framerun.h"
 
 #include "dng/surveyedparts.h"
-#include "mlv/error.h"
 #include "mlv_dump/extraction.h"
 #include "mlv_dump/knownmatrix.h"
 #include "mlv_dump/levelsurvey.h"
 #include "mlv_dump/sound.h"
 #include "mlv_dump/standin.h"
 #include "mlv_dump/text.h"
+#include "raw/error.h"
 #include "surveyfile/surveyreader.h"
 
 #include <algorithm>
@@ -95,7 +95,7 @@ public:
             return !m_options.range.contains(frame.number);
         });
         if (first == end) {
-            throw mlv::Error(noFrames);
+            throw raw::Error(noFrames);
         }
         return write(survey, m_options.output, {first, end}, {frames.begin(), first});
     }
@@ -174,7 +174,7 @@ private:
     {
         auto plan = planFrames(m_recording.videoFrames(), range);
         if (plan.frames.empty()) {
-            throw mlv::Error(noFrames);
+            throw raw::Error(noFrames);
         }
         return plan;
     }

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/pixelmap.h"
 
-#include "mlv/error.h"
-#include "mlv/file.h"
 #include "mlv_dump/text.h"
+#include "raw/error.h"
+#include "raw/file.h"
 
 #include <algorithm>
 #include <charconv>
@@ -76,14 +76,14 @@ std::vector<Place> parse(std::string_view text, const mlv::Recording &recording)
 std::vector<Place> readPixelMap(const std::filesystem::path &path, const mlv::Recording &recording)
 {
     try {
-        auto places = parse(mlv::readText(path, largestFile), recording);
+        auto places = parse(raw::readText(path, largestFile), recording);
         if (places.empty()) {
-            throw mlv::Error("names no pixel");
+            throw raw::Error("names no pixel");
         }
         std::sort(places.begin(), places.end());
         places.erase(std::unique(places.begin(), places.end()), places.end());
         return places;
-    } catch (const mlv::Error &error) {
+    } catch (const raw::Error &error) {
         throw MapError(std::string("The pixel map ") + error.what());
     }
 }

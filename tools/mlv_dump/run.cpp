@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/run.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/average.h"
 #include "mlv_dump/framelevels.h"
 #include "mlv_dump/frameplan.h"
@@ -13,6 +12,7 @@
 #include "mlv_dump/sourcefiles.h"
 #include "mlv_dump/survey.h"
 #include "mlv_dump/verification.h"
+#include "raw/error.h"
 #include "surveyfile/surveyerror.h"
 
 #include <new>
@@ -46,7 +46,7 @@ bool printFindings(const Options &options, const mlv::Recording &recording, Outp
     try {
         const auto tags = tagRemarks(options, recording);
         findings.remarks.insert(findings.remarks.end(), tags.begin(), tags.end());
-    } catch (const mlv::ReadError &) {
+    } catch (const raw::ReadError &) {
         findings.remarks.push_back("what the disk can't read is not judged");
     }
     for (const auto &remark : findings.remarks) {
@@ -88,7 +88,7 @@ public:
         const auto plan = planFrames(m_recording.videoFrames(), m_options.range);
         const auto &frames = plan.frames;
         if (frames.empty()) {
-            throw mlv::Error("has none of the frames that are asked for");
+            throw raw::Error("has none of the frames that are asked for");
         }
         for (const auto &remark : plan.remarks) {
             m_output.note(remark);
@@ -113,12 +113,12 @@ private:
     Calibration m_calibration;
 };
 
-/// Throws mlv::Error when no run could read frames; a report says so too.
+/// Throws raw::Error when no run could read frames; a report says so too.
 void requireReadableFrames(const mlv::Recording &recording)
 {
     static_cast<void>(mlv::FrameDecoder(recording));
     if (recording.videoFrames().empty()) {
-        throw mlv::Error("holds no whole frame");
+        throw raw::Error("holds no whole frame");
     }
 }
 
@@ -154,7 +154,7 @@ std::optional<Failure> failureOf(Work work)
     try {
         work();
         return std::nullopt;
-    } catch (const mlv::Error &error) {
+    } catch (const raw::Error &error) {
         return Failure{std::string("The recording ") + error.what(), true};
     } catch (const RefusedOutput &error) {
         return Failure{error.what(), true};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/standin.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <algorithm>
 
@@ -13,9 +13,9 @@ bool isGood(mlv::FrameDecoder &decoder, const PlannedFrame &frame)
     try {
         static_cast<void>(decoder.decode(*frame.block));
         return true;
-    } catch (const mlv::ReadError &) {
+    } catch (const raw::ReadError &) {
         throw;
-    } catch (const mlv::Error &) {
+    } catch (const raw::Error &) {
         return false;
     }
 }
@@ -26,7 +26,7 @@ Iterator firstGood(mlv::FrameDecoder &decoder, Iterator begin, Iterator end)
     const auto good =
         std::find_if(begin, end, [&](const auto &frame) { return isGood(decoder, frame); });
     if (good == end) {
-        throw mlv::Error("holds no frame that can be decoded");
+        throw raw::Error("holds no frame that can be decoded");
     }
     return good;
 }

@@ -10,7 +10,7 @@
 namespace mlvdump {
 
 /// How many of the frames before the first good one are damaged. That one stands in for them: they
-/// have none before them. Throws mlv::ReadError, or mlv::Error when no frame can be decoded.
+/// have none before them. Throws raw::ReadError, or raw::Error when no frame can be decoded.
 [[nodiscard]] std::size_t leadingDamage(mlv::FrameDecoder &decoder,
                                         std::span<const PlannedFrame> frames);
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/wholereading.h"
 
-#include "mlv/error.h"
 #include "mlv/framedecoder.h"
 #include "parallel/sharedwork.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <chrono>
@@ -99,9 +99,9 @@ private:
             } else {
                 read(piece, buffer);
             }
-        } catch (const mlv::ReadError &) {
+        } catch (const raw::ReadError &) {
             noteUnreadable(piece);
-        } catch (const mlv::Error &) {
+        } catch (const raw::Error &) {
             const std::lock_guard lock(m_mutex);
             m_unread.damagedFrames.insert(piece.frame->number);
         }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "surveyfile/surveyreader.h"
 
-#include "mlv/error.h"
-#include "mlv/file.h"
+#include "raw/error.h"
+#include "raw/file.h"
 
 namespace surveyfile {
 namespace {
@@ -12,8 +12,8 @@ constexpr std::uint64_t largestFile = 256U << 20U; // bytes; a day of footage ha
 std::string textOf(const std::filesystem::path &path)
 {
     try {
-        return mlv::readText(path, largestFile);
-    } catch (const mlv::Error &error) {
+        return raw::readText(path, largestFile);
+    } catch (const raw::Error &error) {
         throw SurveyError(std::string("The survey ") + error.what());
     }
 }

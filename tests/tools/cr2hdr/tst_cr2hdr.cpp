@@ -6,7 +6,7 @@
 #include "dng/filehead.h"
 #include "dng/rawfile.h"
 #include "dng/tags.h"
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <QDir>
 #include <QFile>
@@ -475,8 +475,8 @@ private Q_SLOTS:
         dng::Ifd image = whole.directories().image;
         image.setText(dng::tag::software, {}); // leaves the tag out
         const auto samples = whole.samples();
-        std::vector<std::byte> packed(mlv::packedSize(samples.size(), 14));
-        mlv::packSamples(samples, 14, mlv::WordOrder::BigEndian, packed);
+        std::vector<std::byte> packed(raw::packedSize(samples.size(), 14));
+        raw::packSamples(samples, 14, raw::WordOrder::BigEndian, packed);
         const auto head = dng::encodeFileHead(image, {}, static_cast<std::uint32_t>(packed.size()));
         const auto bytes = [](const std::vector<std::byte> &data) {
             return QByteArray(reinterpret_cast<const char *>(data.data()),

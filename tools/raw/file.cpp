@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/file.h"
+#include "raw/file.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <cerrno>
 #include <system_error>
@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace mlv {
+namespace raw {
 namespace {
 
 std::string reason(int errorNumber)
@@ -90,4 +90,4 @@ std::string readText(const std::filesystem::path &path, std::uint64_t largest)
     return text;
 }
 
-} // namespace mlv
+} // namespace raw

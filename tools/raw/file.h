@@ -7,7 +7,7 @@
 #include <span>
 #include <string>
 
-namespace mlv {
+namespace raw {
 
 /// A regular file that is open for reading. Reads carry their own position, so that any number of
 /// threads may read at once.
@@ -41,4 +41,4 @@ private:
 /// What a text file holds. Throws Error when it has more than `largest` bytes, ReadError.
 [[nodiscard]] std::string readText(const std::filesystem::path &path, std::uint64_t largest);
 
-} // namespace mlv
+} // namespace raw
