@@ -3,8 +3,8 @@
 // of a recording, ROUNDS times, and prints megapixels a second for each.
 //
 // Usage: benchmark_lossless RECORDING... (made with mlv_sample --compress lossless)
-#include "mlv/losslessjpeg.h"
 #include "mlv/recording.h"
+#include "raw/losslessjpeg.h"
 
 #include <cstdio>
 #include <ctime>
@@ -29,12 +29,12 @@ void measure(const char *path)
         streams.emplace_back(frame.size);
         recording.read(frame, streams.back());
     }
-    std::vector<std::uint16_t> samples(mlv::losslessJpegShape(streams.at(0)).sampleCount());
+    std::vector<std::uint16_t> samples(raw::losslessJpegShape(streams.at(0)).sampleCount());
     std::printf("%s:", path);
     for (int round = 0; round < rounds; ++round) {
         const double begin = timeSpent();
         for (const auto &stream : streams) {
-            mlv::decodeLosslessJpeg(stream, samples);
+            raw::decodeLosslessJpeg(stream, samples);
         }
         const double seconds = timeSpent() - begin;
         const auto megapixels = static_cast<double>(samples.size() * streams.size()) / 1e6;

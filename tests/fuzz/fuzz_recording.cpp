@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // A whole recording of arbitrary bytes: index, report, plans, tags, every kind of frame.
-#include "mlv/error.h"
 #include "mlv_dump/frameencoder.h"
 #include "mlv_dump/report.h"
 #include "mlv_dump/soundplan.h"
+#include "raw/error.h"
 
 #include <cstdlib>
 #include <string>
@@ -43,7 +43,7 @@ void readFrames(const mlv::Recording &recording)
     for (std::size_t i = 0; i < plan.frames.size() && i < enough; ++i) {
         try {
             static_cast<void>(encoder.encode(plan.frames[i]));
-        } catch (const mlv::Error &) {
+        } catch (const raw::Error &) {
             continue;
         }
     }
@@ -62,7 +62,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         mlvdump::printReport(recording, output);
         static_cast<void>(mlvdump::planSound(recording.audioBlocks(), -1000, 1 << 20));
         readFrames(recording);
-    } catch (const mlv::Error &) {
+    } catch (const raw::Error &) {
         return 0;
     }
     return 0;

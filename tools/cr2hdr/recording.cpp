@@ -5,14 +5,14 @@
 #include "cr2hdr/framefile.h"
 #include "cr2hdr/report.h"
 #include "cr2hdr/survey.h"
-#include "mlv/error.h"
+#include "parallel/sharedwork.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <atomic>
 #include <string>
 #include <system_error>
 #include <thread>
-#include <vector>
 
 namespace dualiso {
 namespace {
@@ -38,7 +38,8 @@ Outcome blendFrame(const std::filesystem::path &path, const Survey &survey, int 
                 std::string(notBlended) + "has another size, depth or level than the others"};
     }
     if (!survey.model) {
-        return {!survey.failed, (survey.failed ? notBlended : leftAsItIs) + survey.reason};
+        const bool ok = survey.obstacle != Obstacle::Unmatched;
+        return {ok, std::string(ok ? leftAsItIs : notBlended).append(textOf(survey.obstacle))};
     }
     Frame frame = readFrame(file);
     PatternSearch search;
@@ -62,13 +63,32 @@ Outcome attempt(const std::filesystem::path &path, const std::optional<Survey> &
     try {
         // Without a survey there is no file that can be read or needs blending; why, it tells.
         return blendFrame(path, survey.value_or(Survey{}), threads);
-    } catch (const mlv::Error &error) {
+    } catch (const raw::Error &error) {
         return {false, std::string(notBlended) + error.what()};
     } catch (const std::system_error &error) {
         return {false, std::string(notBlended) + error.what()};
     } catch (const std::bad_alloc &) {
         return {false, std::string(notBlended) + "not enough memory"};
     }
+}
+
+/// Without a survey nothing can be blended.
+bool blendFrames(std::span<const std::filesystem::path> paths, const std::optional<Survey> &survey)
+{
+    const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+    const std::size_t workers = std::min(cores, paths.size());
+    const auto threadsOfFrame = static_cast<int>(cores / std::max<std::size_t>(workers, 1));
+    std::atomic<bool> allOk = true;
+    FrameLog log;
+    const auto blend = [&](std::size_t i) {
+        const Outcome outcome = attempt(paths[i], survey, threadsOfFrame);
+        log.tell(i, labelOf(paths[i]), outcome.text);
+        if (!outcome.ok) {
+            allOk = false;
+        }
+    };
+    parallel::shareWork(paths.size(), workers, [&] { return blend; });
+    return allOk;
 }
 
 } // namespace
@@ -79,30 +99,26 @@ bool blendRecording(std::span<const std::filesystem::path> paths)
     if (found) {
         printFindings(*found);
     }
+    return blendFrames(paths, found);
+}
 
-    const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
-    const std::size_t workers = std::min(cores, paths.size());
-    const auto threadsOfFrame = static_cast<int>(cores / std::max<std::size_t>(workers, 1));
-    std::atomic<std::size_t> next = 0;
-    std::atomic<bool> allOk = true;
-    FrameLog log;
-    const auto work = [&] {
-        for (std::size_t i = next++; i < paths.size(); i = next++) {
-            const Outcome outcome = attempt(paths[i], found, threadsOfFrame);
-            log.tell(i, labelOf(paths[i]), outcome.text);
-            if (!outcome.ok) {
-                allOk = false;
-            }
-        }
-    };
-    {
-        std::vector<std::jthread> others;
-        for (std::size_t i = 1; i < workers; ++i) {
-            others.emplace_back(work);
-        }
-        work();
+bool surveyRecording(std::span<const std::filesystem::path> paths,
+                     const std::filesystem::path &surveyPath)
+{
+    const auto found = survey(paths);
+    if (!found) {
+        static_cast<void>(blendFrames(paths, found)); // tells why of each
+        return false;
     }
-    return allOk;
+    printFindings(*found);
+    writeSurvey(*found, surveyPath);
+    return true;
+}
+
+bool blendSurveyed(std::span<const std::filesystem::path> paths,
+                   const std::filesystem::path &surveyPath)
+{
+    return blendFrames(paths, readSurvey(surveyPath, paths));
 }
 
 } // namespace dualiso

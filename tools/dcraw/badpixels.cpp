@@ -3,7 +3,7 @@
 
 #include "dcraw/decodedrows.h"
 #include "dcraw/notcovered.h"
-#include "mlv/file.h"
+#include "raw/file.h"
 
 #include <algorithm>
 #include <charconv>
@@ -19,7 +19,7 @@ constexpr std::size_t longestLine = 127;
 
 std::string readText(const std::string &path)
 {
-    const mlv::File file(path);
+    const raw::File file(path);
     constexpr std::uint64_t largestList = 64 << 20;
     require(file.size() <= largestList, "has a list of bad pixels that is too long");
     std::string text(static_cast<std::size_t>(file.size()), '\0');

@@ -114,7 +114,7 @@ std::vector<std::byte> profileOf(const Options &options)
 
 Frame readFrame(const Options &options)
 {
-    mlv::File file(options.file);
+    raw::File file(options.file);
     require(!file.isSameAs(outputPath(options.file)), "would be written over itself");
     const Negative negative = readNegative(file);
     Frame frame;

@@ -18,7 +18,7 @@ struct Frame
     std::vector<std::byte> head; ///< of the TIFF
 };
 
-/// Reads the DNG. Throws NotCovered, mlv::Error or another std::exception when the real dcraw has
+/// Reads the DNG. Throws NotCovered, raw::Error or another std::exception when the real dcraw has
 /// to do the work.
 [[nodiscard]] Frame readFrame(const Options &options);
 

@@ -3,7 +3,7 @@
 
 #include "dcraw/decodedrows.h"
 #include "dcraw/notcovered.h"
-#include "mlv/losslessjpegheader.h"
+#include "raw/losslessjpegheader.h"
 
 #include <functional>
 #include <numeric>
@@ -13,7 +13,7 @@ namespace dcraw {
 namespace {
 
 /// The bytes of the strip.
-std::vector<std::byte> readStrip(const mlv::File &file, const Negative &negative,
+std::vector<std::byte> readStrip(const raw::File &file, const Negative &negative,
                                  std::uint64_t samples)
 {
     // A sample takes a bit at the least; at the most a code and a difference of 16 bits each, all
@@ -28,7 +28,7 @@ std::vector<std::byte> readStrip(const mlv::File &file, const Negative &negative
 
 /// The real dcraw decodes component n with table n, or with the table of the component before it
 /// when there is none, whatever the scan's header says.
-void requireTablesInOrder(const mlv::LosslessJpegHeader &header)
+void requireTablesInOrder(const raw::LosslessJpegHeader &header)
 {
     std::size_t table = 0;
     for (std::size_t i = 0; i < static_cast<std::size_t>(header.shape.components); ++i) {
@@ -39,12 +39,12 @@ void requireTablesInOrder(const mlv::LosslessJpegHeader &header)
 
 } // namespace
 
-std::unique_ptr<SampleRows> readLosslessRows(const mlv::File &file, const Negative &negative)
+std::unique_ptr<SampleRows> readLosslessRows(const raw::File &file, const Negative &negative)
 {
     const auto width = static_cast<std::size_t>(negative.width);
     const std::size_t count = width * static_cast<std::size_t>(negative.height);
     const auto strip = readStrip(file, negative, count);
-    const auto header = mlv::readLosslessJpegHeader(strip);
+    const auto header = raw::readLosslessJpegHeader(strip);
     require(!header.hasRestartInterval && !header.hasSamplingFactors,
             "has a lossless picture of another kind");
     requireTablesInOrder(header);
@@ -52,7 +52,7 @@ std::unique_ptr<SampleRows> readLosslessRows(const mlv::File &file, const Negati
 
     const std::size_t line = header.shape.lineLength();
     std::vector<std::uint16_t> samples((count + line - 1) / line * line);
-    mlv::decodeLosslessLines(header, strip, samples);
+    raw::decodeLosslessLines(header, strip, samples);
     samples.resize(count);
     const auto allBits = std::accumulate(samples.begin(), samples.end(), 0U, std::bit_or<>());
     require(allBits >> header.shape.precision == 0, "has samples beyond its range");

@@ -5,7 +5,7 @@
 #include "dcraw/realdcraw.h"
 #include "dcraw/threads.h"
 #include "dcraw/tifffile.h"
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -47,7 +47,7 @@ int run(Job &job)
     } catch (const std::system_error &error) {
         std::cerr << "dcraw: " << job.path << " cannot be written: " << error.code().message()
                   << '\n';
-    } catch (const mlv::Error &error) { // the file has changed
+    } catch (const raw::Error &error) { // the file has changed
         std::cerr << "dcraw: " << job.input << ' ' << error.what() << '\n';
     } catch (const std::exception &error) {
         std::cerr << "dcraw: " << job.path << " cannot be written: " << error.what() << '\n';

@@ -57,7 +57,7 @@ constexpr std::array exifTags{tag::exposureTime, tag::fNumber,          tag::iso
 
 constexpr std::uint32_t largestSide = 65535;
 
-void requirePlainStart(const mlv::File &file)
+void requirePlainStart(const raw::File &file)
 {
     std::array<char, 32> start{};
     file.read(0, std::as_writable_bytes(std::span(start)));
@@ -246,7 +246,7 @@ Texts readTexts(const Fields &fields)
 
 } // namespace
 
-Negative readNegative(const mlv::File &file)
+Negative readNegative(const raw::File &file)
 {
     requirePlainStart(file);
     dng::DirectoryReader reader(file);

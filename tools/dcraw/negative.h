@@ -2,7 +2,7 @@
 #pragma once
 
 #include "dcraw/texts.h"
-#include "mlv/file.h"
+#include "raw/file.h"
 
 #include <array>
 #include <cstdint>
@@ -47,7 +47,7 @@ struct Negative
     std::uint16_t iso = 0;
 };
 
-/// Reads a DNG. Throws NotCovered or mlv::Error for every other file.
-[[nodiscard]] Negative readNegative(const mlv::File &file);
+/// Reads a DNG. Throws NotCovered or raw::Error for every other file.
+[[nodiscard]] Negative readNegative(const raw::File &file);
 
 } // namespace dcraw

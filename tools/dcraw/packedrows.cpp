@@ -81,7 +81,7 @@ RowUnpacker rowUnpacker(int bits)
 class PackedRows final : public SampleRows
 {
 public:
-    PackedRows(mlv::File file, const Negative &negative)
+    PackedRows(raw::File file, const Negative &negative)
         : m_file(std::move(file))
         , m_offset(negative.stripOffset)
         , m_rowBytes((static_cast<std::size_t>(negative.width) *
@@ -113,7 +113,7 @@ public:
     }
 
 private:
-    mlv::File m_file;
+    raw::File m_file;
     std::uint64_t m_offset;
     std::size_t m_rowBytes;
     std::size_t m_top;
@@ -124,7 +124,7 @@ private:
 
 } // namespace
 
-std::unique_ptr<SampleRows> packedRows(mlv::File file, const Negative &negative)
+std::unique_ptr<SampleRows> packedRows(raw::File file, const Negative &negative)
 {
     return std::make_unique<PackedRows>(std::move(file), negative);
 }

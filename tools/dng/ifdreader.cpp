@@ -3,7 +3,7 @@
 
 #include "dng/tags.h"
 #include "dng/tifflayout.h"
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <cstring>
@@ -26,7 +26,7 @@ Value numberAt(std::span<const std::byte> bytes, std::size_t offset)
 
 } // namespace
 
-DirectoryReader::DirectoryReader(const mlv::File &file)
+DirectoryReader::DirectoryReader(const raw::File &file)
     : m_file(file)
     , m_bytesLeft(file.size())
 {
@@ -36,7 +36,7 @@ std::uint32_t DirectoryReader::firstDirectory()
 {
     const auto header = bytes(0, headerBytes);
     if (!std::equal(littleEndian.begin(), littleEndian.end(), header.begin())) {
-        throw mlv::Error("is not a little-endian TIFF file");
+        throw raw::Error("is not a little-endian TIFF file");
     }
     return numberAt<std::uint32_t>(header, 4);
 }
@@ -72,7 +72,7 @@ std::uint32_t DirectoryReader::successor(std::uint32_t directory)
 std::vector<std::byte> DirectoryReader::bytes(std::uint64_t offset, std::uint64_t size)
 {
     if (offset > m_file.size() || size > m_file.size() - offset || size > m_bytesLeft) {
-        throw mlv::Error("is a damaged TIFF file");
+        throw raw::Error("is a damaged TIFF file");
     }
     m_bytesLeft -= size;
     std::vector<std::byte> result(static_cast<std::size_t>(size));
@@ -95,7 +95,7 @@ Ifd ifdOf(std::vector<Entry> entries)
 
 } // namespace
 
-Directories readDirectories(const mlv::File &file)
+Directories readDirectories(const raw::File &file)
 {
     DirectoryReader reader(file);
     const Ifd all = ifdOf(reader.entries(reader.firstDirectory()));

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "dng/ifd.h"
-#include "mlv/file.h"
+#include "raw/file.h"
 
 #include <cstdint>
 #include <vector>
@@ -23,12 +23,12 @@ struct Entry
     Field field; ///< without data if its type is unknown
 };
 
-/// Reads a little-endian TIFF file directory by directory. All functions throw mlv::Error when the
+/// Reads a little-endian TIFF file directory by directory. All functions throw raw::Error when the
 /// file is no such file or damaged; together they never take more memory than the file is large.
 class DirectoryReader
 {
 public:
-    explicit DirectoryReader(const mlv::File &file);
+    explicit DirectoryReader(const raw::File &file);
 
     /// Where the first directory is, bytes from the start of the file.
     [[nodiscard]] std::uint32_t firstDirectory();
@@ -40,14 +40,14 @@ public:
 private:
     std::vector<std::byte> bytes(std::uint64_t offset, std::uint64_t size);
 
-    const mlv::File &m_file;
+    const raw::File &m_file;
     std::uint64_t m_bytesLeft;
 };
 
 /// Reads the first directory of the file and its EXIF directory. Fields of unknown types are left
-/// out. Throws mlv::Error when the file is no such file or damaged; never takes more memory for the
+/// out. Throws raw::Error when the file is no such file or damaged; never takes more memory for the
 /// fields than the file is large.
-[[nodiscard]] Directories readDirectories(const mlv::File &file);
+[[nodiscard]] Directories readDirectories(const raw::File &file);
 
 /// The values of a field of whole numbers (Byte, Short, Long, or Rational if its values are whole);
 /// empty if there is no such field or it has another type.

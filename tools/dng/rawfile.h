@@ -2,7 +2,7 @@
 #pragma once
 
 #include "dng/ifdreader.h"
-#include "mlv/file.h"
+#include "raw/file.h"
 
 #include <array>
 #include <cstdint>
@@ -29,17 +29,17 @@ struct RawFormat
 class RawFile
 {
 public:
-    /// Throws mlv::Error when the file cannot be read, is damaged or of another kind.
+    /// Throws raw::Error when the file cannot be read, is damaged or of another kind.
     explicit RawFile(const std::filesystem::path &path);
 
     [[nodiscard]] const RawFormat &format() const { return m_format; }
     [[nodiscard]] const Directories &directories() const { return m_directories; }
 
-    /// All samples, row by row. Throws mlv::Error.
+    /// All samples, row by row. Throws raw::Error.
     [[nodiscard]] std::vector<std::uint16_t> samples() const;
 
 private:
-    mlv::File m_file;
+    raw::File m_file;
     Directories m_directories;
     RawFormat m_format;
     bool m_isLosslessJpeg = false;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/chunk.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 
 namespace mlv {
 namespace {
@@ -9,17 +9,17 @@ namespace {
 // Recorders keep their writes on these boundaries.
 constexpr std::uint64_t writeBoundary = 512;
 
-FileHeader readHeader(const File &file)
+FileHeader readHeader(const raw::File &file)
 {
     std::array<std::byte, sizeof(FileHeader)> bytes{};
     const auto available = std::min<std::uint64_t>(file.size(), bytes.size());
     file.read(0, std::span(bytes).first(static_cast<std::size_t>(available)));
     const auto header = decodeLayout<FileHeader>(bytes);
     if (header.type != blocktype::fileHeader) {
-        throw Error("does not begin with an MLV file header");
+        throw raw::Error("does not begin with an MLV file header");
     }
     if (header.size < sizeof(BlockHeader) || header.size > file.size()) {
-        throw Error("is cut off within its file header");
+        throw raw::Error("is cut off within its file header");
     }
     if (header.size >= sizeof(FileHeader)) {
         return header;
@@ -49,8 +49,13 @@ double framesPerSecond(const FileHeader &header)
 }
 
 BlockWalk::BlockWalk(const Chunk &chunk)
+    : BlockWalk(chunk, chunk.header().size)
+{
+}
+
+BlockWalk::BlockWalk(const Chunk &chunk, std::uint64_t offset)
     : m_file(chunk.file())
-    , m_position(chunk.header().size)
+    , m_position(std::min(offset, m_file.size()))
 {
 }
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "mlv/blocks.h"
-#include "mlv/file.h"
+#include "raw/file.h"
 
 #include <array>
 #include <cstdint>
@@ -18,14 +18,14 @@ inline constexpr std::uint32_t maxBlockSize = 256U * 1024 * 1024;
 class Chunk
 {
 public:
-    /// Throws Error when the file cannot be read or does not begin with a file header.
+    /// Throws raw::Error when the file cannot be read or does not begin with a file header.
     explicit Chunk(const std::filesystem::path &path);
 
     [[nodiscard]] const FileHeader &header() const { return m_header; }
-    [[nodiscard]] const File &file() const { return m_file; }
+    [[nodiscard]] const raw::File &file() const { return m_file; }
 
 private:
-    File m_file;
+    raw::File m_file;
     FileHeader m_header;
 };
 
@@ -51,8 +51,10 @@ public:
 
     /// The chunk outlives the walk.
     explicit BlockWalk(const Chunk &chunk);
+    /// Begins at a block that another walk met.
+    BlockWalk(const Chunk &chunk, std::uint64_t offset);
 
-    /// The next block, or none at the end. Throws Error when the file cannot be read.
+    /// The next block, or none at the end. Throws raw::Error when the file cannot be read.
     [[nodiscard]] std::optional<Block> next();
 
     /// The layout of the block that next() gave last.
@@ -77,7 +79,7 @@ private:
 
     std::span<const std::byte> window(std::uint64_t offset, std::uint64_t size);
 
-    const File &m_file;
+    const raw::File &m_file;
     std::uint64_t m_start = 0;    // of the current block
     std::uint64_t m_position = 0; // of the next one
     End m_end = End::Whole;

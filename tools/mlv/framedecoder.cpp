@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/framedecoder.h"
 
-#include "mlv/error.h"
-#include "mlv/losslessjpeg.h"
 #include "mlv/lzmaframe.h"
+#include "raw/error.h"
+#include "raw/losslessjpeg.h"
 
 #include <algorithm>
 
@@ -13,10 +13,11 @@ namespace {
 FrameFormat checkedFormat(const Recording &recording)
 {
     if (!recording.rawInfo()) {
-        throw Error("does not say what its frames look like (no RAWI block)");
+        throw raw::Error("does not say what its frames look like (no RAWI block)");
     }
     if (recording.changesFormat()) {
-        throw Error("changes the size or depth of its frames on the way, which cannot be read");
+        throw raw::Error(
+            "changes the size or depth of its frames on the way, which cannot be read");
     }
     return frameFormat(*recording.rawInfo());
 }
@@ -25,7 +26,7 @@ Compression checkedCompression(const FileHeader &header)
 {
     const std::uint16_t videoClass = header.videoClass;
     if ((videoClass & videoclass::kindMask) != videoclass::raw) {
-        throw Error("holds no raw video");
+        throw raw::Error("holds no raw video");
     }
     switch (videoClass & ~videoclass::kindMask) {
     case 0:
@@ -37,9 +38,9 @@ Compression checkedCompression(const FileHeader &header)
     case videoclass::delta:
     case videoclass::delta | videoclass::losslessJpeg:
     case videoclass::delta | videoclass::lzma:
-        throw Error("has frames that are stored as differences, which cannot be read");
+        throw raw::Error("has frames that are stored as differences, which cannot be read");
     default:
-        throw Error("has frames of a compression that cannot be read");
+        throw raw::Error("has frames of a compression that cannot be read");
     }
 }
 
@@ -62,7 +63,7 @@ std::span<std::uint16_t> FrameDecoder::decode(const DataBlock &block)
     m_packed.resize(m_format.packedBytes());
     decodePacked(block, m_packed);
     m_samples.resize(m_format.sampleCount());
-    unpackSamples(m_packed, m_format.bitsPerSample, WordOrder::LittleEndian, m_samples);
+    raw::unpackSamples(m_packed, m_format.bitsPerSample, raw::WordOrder::LittleEndian, m_samples);
     return m_samples;
 }
 
@@ -74,7 +75,7 @@ std::span<std::uint16_t> FrameDecoder::decodeRowPairs(const DataBlock &block, in
     if (isApart) {
         requirePlausible(block);
         m_samples.resize(m_format.sampleCount());
-        m_packed.resize(packedSize(pairSamples, m_format.bitsPerSample));
+        m_packed.resize(raw::packedSize(pairSamples, m_format.bitsPerSample));
     } else {
         static_cast<void>(decode(block));
     }
@@ -86,7 +87,8 @@ std::span<std::uint16_t> FrameDecoder::decodeRowPairs(const DataBlock &block, in
             auto packed = block;
             packed.offset += index * m_packed.size();
             m_recording.read(packed, m_packed);
-            unpackSamples(m_packed, m_format.bitsPerSample, WordOrder::LittleEndian, pair);
+            raw::unpackSamples(m_packed, m_format.bitsPerSample, raw::WordOrder::LittleEndian,
+                               pair);
         } else {
             std::copy_n(m_samples.begin() + static_cast<std::ptrdiff_t>(index * pairSamples),
                         pairSamples, pair.begin());
@@ -109,12 +111,12 @@ void FrameDecoder::decodePacked(const DataBlock &block, std::span<std::byte> pac
 void FrameDecoder::decodeLossless(const DataBlock &block)
 {
     m_samples.resize(m_format.sampleCount());
-    decodeLosslessJpeg(readData(block), m_samples);
+    raw::decodeLosslessJpeg(readData(block), m_samples);
     const bool tooLarge =
         std::any_of(m_samples.begin(), m_samples.end(),
                     [level = m_format.maxLevel()](std::uint16_t sample) { return sample > level; });
     if (tooLarge) {
-        throw Error("has a lossless picture with levels beyond its depth");
+        throw raw::Error("has a lossless picture with levels beyond its depth");
     }
 }
 
@@ -134,7 +136,7 @@ void FrameDecoder::requirePlausible(const DataBlock &block) const
         break;
     }
     if (!plausible) {
-        throw Error("has a frame that is cut off");
+        throw raw::Error("has a frame that is cut off");
     }
 }
 

@@ -2,7 +2,7 @@
 #include "mlv/frameformat.h"
 
 #include "mlv/chunk.h"
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <string>
@@ -11,14 +11,14 @@ namespace mlv {
 
 FrameFormat frameFormat(const RawInfo &rawInfo)
 {
-    if (!isSupportedDepth(rawInfo.bitsPerSample)) {
-        throw Error("has frames of " + std::to_string(rawInfo.bitsPerSample) +
-                    " bits, which cannot be read");
+    if (!raw::isSupportedDepth(rawInfo.bitsPerSample)) {
+        throw raw::Error("has frames of " + std::to_string(rawInfo.bitsPerSample) +
+                         " bits, which cannot be read");
     }
     FrameFormat format{rawInfo.width, rawInfo.height, rawInfo.bitsPerSample, 0, 0};
     if (format.sampleCount() == 0 || format.packedBytes() > maxBlockSize) {
-        throw Error("has frames of an impossible size, " + std::to_string(format.width) + "x" +
-                    std::to_string(format.height));
+        throw raw::Error("has frames of an impossible size, " + std::to_string(format.width) + "x" +
+                         std::to_string(format.height));
     }
     format.blackLevel = std::clamp(rawInfo.blackLevel, 0, format.maxLevel() - 1);
     const bool plausible = rawInfo.whiteLevel > format.blackLevel;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "mlv/blocks.h"
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <cstddef>
 
@@ -24,7 +24,7 @@ struct FrameFormat
     /// Of one uncompressed frame, bytes.
     [[nodiscard]] std::size_t packedBytes() const
     {
-        return packedSize(sampleCount(), bitsPerSample);
+        return raw::packedSize(sampleCount(), bitsPerSample);
     }
     [[nodiscard]] int maxLevel() const { return (1 << bitsPerSample) - 1; }
     [[nodiscard]] bool hasShapeOf(const FrameFormat &other) const
@@ -34,8 +34,8 @@ struct FrameFormat
     }
 };
 
-/// Throws Error when no frame can have that size or depth. Levels that contradict the depth are
-/// moved to the nearest that do not.
+/// Throws raw::Error when no frame can have that size or depth. Levels that contradict the depth
+/// are moved to the nearest that do not.
 [[nodiscard]] FrameFormat frameFormat(const RawInfo &rawInfo);
 
 } // namespace mlv

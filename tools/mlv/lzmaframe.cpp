@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/lzmaframe.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -33,7 +33,7 @@ Options decodeProperties(std::span<const std::byte> properties)
     lzma_filter filter{LZMA_FILTER_LZMA1, nullptr};
     if (lzma_properties_decode(&filter, nullptr, asUnsigned(properties.data()),
                                properties.size()) != LZMA_OK) {
-        throw Error("has an LZMA frame with impossible properties");
+        throw raw::Error("has an LZMA frame with impossible properties");
     }
     return Options(static_cast<lzma_options_lzma *>(filter.options));
 }
@@ -62,11 +62,11 @@ void decodeLzmaFrame(std::span<const std::byte> data, std::span<std::byte> frame
 {
     std::uint32_t size = 0;
     if (data.size() < sizeFieldBytes + propertyBytes) {
-        throw Error("has an LZMA frame without a whole header");
+        throw raw::Error("has an LZMA frame without a whole header");
     }
     std::memcpy(&size, data.data(), sizeof size);
     if (size != frame.size()) {
-        throw Error("has an LZMA frame of another size");
+        throw raw::Error("has an LZMA frame of another size");
     }
     const auto options = decodeProperties(data.subspan(sizeFieldBytes, propertyBytes));
     // Nothing is copied from further back than the start of the frame.
@@ -75,7 +75,7 @@ void decodeLzmaFrame(std::span<const std::byte> data, std::span<std::byte> frame
     Stream stream;
     const lzma_filter filters[] = {{LZMA_FILTER_LZMA1, options.get()}, {LZMA_VLI_UNKNOWN, nullptr}};
     if (lzma_raw_decoder(&stream.state, filters) != LZMA_OK) {
-        throw Error("has an LZMA frame that cannot be read");
+        throw raw::Error("has an LZMA frame that cannot be read");
     }
     const auto packed = data.subspan(sizeFieldBytes + propertyBytes);
     stream.state.next_in = asUnsigned(packed.data());
@@ -86,7 +86,7 @@ void decodeLzmaFrame(std::span<const std::byte> data, std::span<std::byte> frame
     // The end marker is optional, and padding may follow: only the frame has to be whole.
     if ((result != LZMA_OK && result != LZMA_STREAM_END && result != LZMA_BUF_ERROR) ||
         stream.state.avail_out != 0) {
-        throw Error("has an LZMA frame that is damaged or cut off");
+        throw raw::Error("has an LZMA frame that is damaged or cut off");
     }
 }
 

@@ -7,7 +7,7 @@
 namespace mlv {
 
 /// Decompresses the data of an LZMA frame: its size, LZMA properties, a raw LZMA1 stream. Throws
-/// Error when the result is not exactly frame.size() bytes.
+/// raw::Error when the result is not exactly frame.size() bytes.
 void decodeLzmaFrame(std::span<const std::byte> data, std::span<std::byte> frame);
 
 /// Whether `size` bytes of data may hold a frame of `frameSize` bytes at all: what is asked before

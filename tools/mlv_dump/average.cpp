@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/average.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/parallelframes.h"
 #include "mlv_dump/text.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <mutex>
@@ -29,7 +29,7 @@ public:
             m_output.warning(format("%zu damaged frames are left out of the average", m_damaged));
         }
         if (m_added == 0) {
-            throw mlv::Error("holds no frame that can be averaged");
+            throw raw::Error("holds no frame that can be averaged");
         }
         return {mean(), m_added};
     }
@@ -41,9 +41,9 @@ private:
         try {
             samples = decoder.decode(block);
             m_calibration.apply(samples);
-        } catch (const mlv::ReadError &) {
+        } catch (const raw::ReadError &) {
             throw;
-        } catch (const mlv::Error &) {
+        } catch (const raw::Error &) {
             const std::lock_guard lock(m_mutex);
             ++m_damaged;
             return;

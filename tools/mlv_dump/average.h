@@ -17,7 +17,7 @@ struct Average
 };
 
 /// The average of all frames, each calibrated, on several threads. Damaged frames are left out with
-/// a warning. Throws mlv::Error when no frame is left, mlv::ReadError.
+/// a warning. Throws raw::Error when no frame is left, raw::ReadError.
 [[nodiscard]] Average averageFrames(const mlv::Recording &recording, const Calibration &calibration,
                                     unsigned threads, Output &output);
 

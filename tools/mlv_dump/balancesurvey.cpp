@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/balancesurvey.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/parallelframes.h"
 #include "mlv_dump/spreadframes.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <array>
@@ -112,9 +112,9 @@ std::vector<Tile> allTiles(const mlv::Recording &recording, const Calibration &c
                          auto tiles = tilesOf(samples, format);
                          const std::lock_guard lock(mutex);
                          frames.push_back({block.number, std::move(tiles)});
-                     } catch (const mlv::ReadError &) {
+                     } catch (const raw::ReadError &) {
                          throw;
-                     } catch (const mlv::Error &) {
+                     } catch (const raw::Error &) {
                          return; // the extraction tells of damaged frames
                      }
                  });

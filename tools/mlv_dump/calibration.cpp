@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/calibration.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/text.h"
+#include "raw/error.h"
 
 #include <algorithm>
 
@@ -25,7 +25,7 @@ std::vector<std::uint16_t> firstFrame(const std::filesystem::path &path, const s
                             shape(footage));
     }
     if (recording.videoFrames().empty()) {
-        throw mlv::Error("holds no whole frame");
+        throw raw::Error("holds no whole frame");
     }
     const auto samples = decoder.decode(recording.videoFrames().front());
     return {samples.begin(), samples.end()};
@@ -41,7 +41,7 @@ Calibration::Calibration(const std::filesystem::path &dark, const std::filesyste
         const std::string name = "The dark frame";
         try {
             m_dark = firstFrame(dark, name, format);
-        } catch (const mlv::Error &error) {
+        } catch (const raw::Error &error) {
             throw CalibrationError(name + ' ' + error.what());
         }
     }
@@ -49,7 +49,7 @@ Calibration::Calibration(const std::filesystem::path &dark, const std::filesyste
         const std::string name = "The flat field";
         try {
             m_flat.emplace(firstFrame(flat, name, format), format);
-        } catch (const mlv::Error &error) {
+        } catch (const raw::Error &error) {
             throw CalibrationError(name + ' ' + error.what());
         }
     }

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/extraction.h"
 
-#include "mlv/error.h"
+#include "mlv_dump/standin.h"
 #include "mlv_dump/text.h"
+#include "parallel/sharedwork.h"
+#include "raw/error.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace mlvdump {
 namespace {
@@ -32,71 +33,34 @@ Extraction::Extraction(Job job, std::vector<PlannedFrame> frames, Output &output
 
 std::size_t Extraction::run()
 {
-    replaceLeadingDamage();
-    {
-        const auto threads = std::min<std::size_t>(m_job.threads, m_frames.size());
-        std::vector<std::jthread> workers;
-        for (std::size_t i = 0; i < threads; ++i) {
-            workers.emplace_back([this] { work(); });
-        }
-    }
-    if (m_failure) {
-        std::rethrow_exception(m_failure);
-    }
+    parallel::shareWork(m_frames.size(), m_job.threads, [this] {
+        return [this, encoder = FrameEncoder(m_job.recording, m_job.calibration, m_job.tags,
+                                             m_job.repair)](std::size_t index) mutable {
+            try {
+                extract(encoder, index);
+            } catch (...) {
+                m_turnstile.close();
+                throw;
+            }
+        };
+    });
     m_heldBack->commit();
     return m_frames.size();
-}
-
-/// Frames at the start that cannot be decoded have none before them; the first good one stands in.
-void Extraction::replaceLeadingDamage()
-{
-    FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags, m_job.repair);
-    for (std::size_t i = 0; i < m_frames.size(); ++i) {
-        try {
-            static_cast<void>(encoder.encode(m_frames[i]));
-            for (std::size_t damaged = 0; damaged < i; ++damaged) {
-                m_frames[damaged].block = m_frames[i].block;
-            }
-            if (i > 0) {
-                m_output.warning(format("the first %zu frames are damaged and replaced by the "
-                                        "frame behind them",
-                                        i));
-            }
-            return;
-        } catch (const mlv::ReadError &) {
-            throw;
-        } catch (const mlv::Error &) {
-            continue;
-        }
-    }
-    throw mlv::Error("holds no frame that can be decoded");
-}
-
-void Extraction::work()
-{
-    try {
-        FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags, m_job.repair);
-        for (std::size_t i = m_next++; i < m_frames.size(); i = m_next++) {
-            extract(encoder, i);
-        }
-    } catch (...) {
-        fail(std::current_exception());
-    }
 }
 
 void Extraction::extract(FrameEncoder &encoder, std::size_t index)
 {
     const auto &frame = m_frames[index];
     auto path = m_job.prefix;
-    path += format("%06u.dng", frame.number - m_job.firstNumber);
+    path += format("%06llu.dng", static_cast<unsigned long long>(frame.number - m_job.firstNumber));
     m_job.sources.requireOther(path);
     output::OutputFile file(path);
     bool damaged = false;
     try {
         file.write(encoder.encode(frame));
-    } catch (const mlv::ReadError &) {
+    } catch (const raw::ReadError &) {
         throw;
-    } catch (const mlv::Error &) {
+    } catch (const raw::Error &) {
         damaged = true;
     }
     if (!m_turnstile.enter(index)) {
@@ -105,12 +69,21 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
     if (damaged) {
         m_output.warning(
             format("frame %u is damaged and replaced by the frame before it", frame.number));
-        file.write(encoder.encode({frame.number, m_lastGood}));
+        file.write(encoder.encode({frame.number, standIn()}));
     } else {
         m_lastGood = frame.block;
     }
     publish(index, file);
     m_turnstile.leave();
+}
+
+const mlv::DataBlock *Extraction::standIn()
+{
+    if (m_lastGood == nullptr) {
+        mlv::FrameDecoder decoder(m_job.recording);
+        m_lastGood = lastGood(decoder, m_job.before);
+    }
+    return m_lastGood;
 }
 
 void Extraction::publish(std::size_t index, output::OutputFile &file)
@@ -122,15 +95,6 @@ void Extraction::publish(std::size_t index, output::OutputFile &file)
     }
     m_output.line(format("Frame %zu of %zu", index + 1, m_frames.size()));
     m_output.flush();
-}
-
-void Extraction::fail(std::exception_ptr exception)
-{
-    const std::lock_guard lock(m_failureMutex);
-    if (!m_failure) {
-        m_failure = std::move(exception);
-    }
-    m_turnstile.close();
 }
 
 } // namespace mlvdump

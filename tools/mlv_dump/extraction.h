@@ -7,11 +7,9 @@
 #include "mlv_dump/turnstile.h"
 #include "output/outputfile.h"
 
-#include <atomic>
-#include <exception>
 #include <filesystem>
-#include <mutex>
 #include <optional>
+#include <span>
 
 namespace mlvdump {
 
@@ -33,33 +31,30 @@ public:
         std::filesystem::path prefix;
         unsigned threads;               ///< at least 1
         const Repair *repair = nullptr; ///< none: samples stay what the calibration makes of them
-        std::uint32_t firstNumber = 0;  ///< whose file is called 000000
+        std::uint64_t firstNumber = 0;  ///< whose file is called 000000
+        /// Those that lie before the ones to be written, for what the first of these are damaged.
+        std::span<const PlannedFrame> before{};
     };
 
     /// `frames` are at least one. What the job refers to and the output outlive the extraction.
     Extraction(Job job, std::vector<PlannedFrame> frames, Output &output);
 
     /// Answers the number of files written. Throws RefusedOutput, output::WriteError,
-    /// mlv::ReadError, or mlv::Error when not one frame can be decoded.
+    /// raw::ReadError, or raw::Error when no frame stands in for a damaged one.
     std::size_t run();
 
 private:
-    void replaceLeadingDamage();
-    void work();
     void extract(FrameEncoder &encoder, std::size_t index);
+    const mlv::DataBlock *standIn();
     void publish(std::size_t index, output::OutputFile &file);
-    void fail(std::exception_ptr exception);
 
     Job m_job;
     std::vector<PlannedFrame> m_frames;
     std::size_t m_heldBackIndex; // whose file gets its name last
     Output &m_output;            // by the thread that is in the turnstile
     Turnstile m_turnstile;
-    std::atomic<std::size_t> m_next = 0;
     std::optional<output::OutputFile> m_heldBack; // by the thread in the turnstile
     const mlv::DataBlock *m_lastGood = nullptr;   // by the thread in the turnstile
-    std::mutex m_failureMutex;
-    std::exception_ptr m_failure; // guarded by m_failureMutex
 };
 
 } // namespace mlvdump

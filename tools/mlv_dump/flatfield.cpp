@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/flatfield.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/text.h"
+#include "raw/error.h"
 
 #include <algorithm>
 
@@ -47,7 +47,7 @@ FlatField::FlatField(std::span<const std::uint16_t> flat, const mlv::FrameFormat
                       std::any_of(m_median.begin(), m_median.end(),
                                   [](std::int64_t median) { return median <= 0; });
     if (dark) {
-        throw mlv::Error("has too little light to be a flat field");
+        throw raw::Error("has too little light to be a flat field");
     }
     prepareDivisors(flat);
 }

@@ -19,7 +19,7 @@ class FlatField
 {
 public:
     /// `flat` has the samples of a frame of `format`, which is the footage's; its black level holds
-    /// for both. Throws mlv::Error when the flat has no light.
+    /// for both. Throws raw::Error when the flat has no light.
     FlatField(std::span<const std::uint16_t> flat, const mlv::FrameFormat &format);
 
     /// Corrects a frame in place.

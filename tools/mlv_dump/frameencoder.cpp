@@ -51,10 +51,10 @@ void FrameEncoder::encodePacked(const PlannedFrame &frame)
     const auto strip = beginFile(frame, m_decoder.format().packedBytes());
     m_decoder.decodePacked(*frame.block, strip);
     if (m_decoder.format().bitsPerSample != 16) {
-        mlv::swapWordBytes(strip);
+        raw::swapWordBytes(strip);
     }
     if (m_repairer) {
-        m_repairer->apply(mlv::PackedSamples(strip, m_decoder.format().bitsPerSample),
+        m_repairer->apply(raw::PackedSamples(strip, m_decoder.format().bitsPerSample),
                           cropOf(*frame.block));
     }
 }
@@ -69,17 +69,17 @@ void FrameEncoder::encodeSamples(const PlannedFrame &frame)
     const auto &format = m_decoder.format();
     const auto width = static_cast<std::size_t>(format.width);
     const auto order =
-        format.bitsPerSample == 16 ? mlv::WordOrder::LittleEndian : mlv::WordOrder::BigEndian;
+        format.bitsPerSample == 16 ? raw::WordOrder::LittleEndian : raw::WordOrder::BigEndian;
     auto strip = beginFile(frame, rowBytes() * static_cast<std::size_t>(format.height));
     if (rowBytes() * 8 == width * static_cast<std::size_t>(format.bitsPerSample) &&
         rowBytes() % 2 == 0) {
-        mlv::packSamples(samples, format.bitsPerSample, order, strip);
+        raw::packSamples(samples, format.bitsPerSample, order, strip);
         return;
     }
     // The rows of a DNG start at whole bytes, those of a recording do not.
-    std::vector<std::byte> row(mlv::packedSize(width, format.bitsPerSample));
+    std::vector<std::byte> row(raw::packedSize(width, format.bitsPerSample));
     for (std::size_t start = 0; start < samples.size(); start += width) {
-        mlv::packSamples(samples.subspan(start, width), format.bitsPerSample, order, row);
+        raw::packSamples(samples.subspan(start, width), format.bitsPerSample, order, row);
         std::copy_n(row.begin(), rowBytes(), strip.begin());
         strip = strip.subspan(rowBytes());
     }

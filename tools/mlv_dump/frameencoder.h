@@ -24,7 +24,7 @@ public:
     FrameEncoder(const mlv::Recording &recording, const Calibration &calibration,
                  const FrameTags &tags, const Repair *repair = nullptr);
 
-    /// The whole file. It stays until the next call. Throws mlv::Error when the frame is damaged.
+    /// The whole file. It stays until the next call. Throws raw::Error when the frame is damaged.
     [[nodiscard]] std::span<const std::byte> encode(const PlannedFrame &frame);
 
 private:

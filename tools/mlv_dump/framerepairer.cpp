@@ -30,7 +30,7 @@ void FrameRepairer::apply(std::span<std::uint16_t> samples, const Place &crop)
     }
 }
 
-void FrameRepairer::apply(mlv::PackedSamples samples, const Place &crop)
+void FrameRepairer::apply(raw::PackedSamples samples, const Place &crop)
 {
     if (crop != m_crop) {
         prepare(crop);

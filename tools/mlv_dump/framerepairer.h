@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mlv/samples.h"
 #include "mlv_dump/repair.h"
+#include "raw/samples.h"
 
 #include <cstdint>
 #include <span>
@@ -27,7 +27,7 @@ public:
 
     /// The same for the packed samples of a DNG, when no column is to be repaired: some percent of
     /// the samples aren't worth unpacking all.
-    void apply(mlv::PackedSamples samples, const Place &crop);
+    void apply(raw::PackedSamples samples, const Place &crop);
 
 private:
     enum class State : std::uint8_t { Good, Bad, Waiting };

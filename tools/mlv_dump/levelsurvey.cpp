@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/levelsurvey.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/parallelframes.h"
 #include "mlv_dump/spreadframes.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <array>
@@ -181,9 +181,9 @@ std::optional<LevelSurvey> surveyLevels(const mlv::Recording &recording, unsigne
                          const std::lock_guard lock(mutex);
                          frames.push_back(found);
                          width = pileWidth(decoder.format());
-                     } catch (const mlv::ReadError &) {
+                     } catch (const raw::ReadError &) {
                          throw;
-                     } catch (const mlv::Error &) {
+                     } catch (const raw::Error &) {
                          return; // the extraction tells of damaged frames
                      }
                  });

@@ -30,7 +30,7 @@ struct LevelSurvey
 };
 
 /// Decodes at most 256 frames, on several threads; damaged ones are left out. None where no frame
-/// is left. Throws mlv::ReadError, or mlv::Error where the frames can't be read at all.
+/// is left. Throws raw::ReadError, or raw::Error where the frames can't be read at all.
 [[nodiscard]] std::optional<LevelSurvey> surveyLevels(const mlv::Recording &recording,
                                                       unsigned threads);
 

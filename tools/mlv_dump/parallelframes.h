@@ -2,14 +2,9 @@
 #pragma once
 
 #include "mlv/framedecoder.h"
+#include "parallel/sharedwork.h"
 
-#include <algorithm>
-#include <atomic>
-#include <exception>
-#include <mutex>
 #include <span>
-#include <thread>
-#include <vector>
 
 namespace mlvdump {
 
@@ -20,30 +15,11 @@ template <typename Work>
 void forEachFrame(const mlv::Recording &recording, std::span<const mlv::DataBlock> blocks,
                   unsigned threads, Work work)
 {
-    std::atomic<std::size_t> next = 0;
-    std::mutex mutex;
-    std::exception_ptr failure; // guarded by mutex
-    const auto run = [&] {
-        try {
-            mlv::FrameDecoder decoder(recording);
-            for (std::size_t i = next++; i < blocks.size(); i = next++) {
-                work(decoder, blocks[i]);
-            }
-        } catch (...) {
-            const std::lock_guard lock(mutex);
-            failure = std::current_exception();
-            next = blocks.size();
-        }
-    };
-    {
-        std::vector<std::jthread> workers;
-        for (std::size_t i = 0; i < std::min<std::size_t>(threads, blocks.size()); ++i) {
-            workers.emplace_back(run);
-        }
-    }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
+    parallel::shareWork(blocks.size(), threads, [&] {
+        return [&, decoder = mlv::FrameDecoder(recording)](std::size_t i) mutable {
+            work(decoder, blocks[i]);
+        };
+    });
 }
 
 } // namespace mlvdump

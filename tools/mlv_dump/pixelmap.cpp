@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/pixelmap.h"
 
-#include "mlv/error.h"
-#include "mlv/file.h"
 #include "mlv_dump/text.h"
+#include "raw/error.h"
+#include "raw/file.h"
 
 #include <algorithm>
 #include <charconv>
@@ -16,17 +16,6 @@ namespace {
 constexpr std::uint64_t largestFile = 64U << 20U; // bytes: more than any sensor has pixels to list
 constexpr std::string_view blanks = " \t\r";
 constexpr std::string_view cameraMark = "#FPM";
-
-std::string readWhole(const std::filesystem::path &path)
-{
-    const mlv::File file(path);
-    if (file.size() > largestFile) {
-        throw mlv::Error("is too large to be one");
-    }
-    std::string text(file.size(), '\0');
-    file.read(0, std::as_writable_bytes(std::span(text)));
-    return text;
-}
 
 /// Takes a number off the text, behind blanks.
 template <typename Number>
@@ -87,14 +76,14 @@ std::vector<Place> parse(std::string_view text, const mlv::Recording &recording)
 std::vector<Place> readPixelMap(const std::filesystem::path &path, const mlv::Recording &recording)
 {
     try {
-        auto places = parse(readWhole(path), recording);
+        auto places = parse(raw::readText(path, largestFile), recording);
         if (places.empty()) {
-            throw mlv::Error("names no pixel");
+            throw raw::Error("names no pixel");
         }
         std::sort(places.begin(), places.end());
         places.erase(std::unique(places.begin(), places.end()), places.end());
         return places;
-    } catch (const mlv::Error &error) {
+    } catch (const raw::Error &error) {
         throw MapError(std::string("The pixel map ") + error.what());
     }
 }

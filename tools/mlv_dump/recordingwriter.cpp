@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/recordingwriter.h"
 
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <algorithm>
 #include <array>
@@ -67,7 +67,7 @@ void RecordingWriter::addFrame(std::uint32_t number, std::uint64_t timestamp,
                                std::span<const std::uint16_t> samples)
 {
     m_packed.resize(m_format.packedBytes());
-    mlv::packSamples(samples, m_format.bitsPerSample, mlv::WordOrder::LittleEndian, m_packed);
+    raw::packSamples(samples, m_format.bitsPerSample, raw::WordOrder::LittleEndian, m_packed);
     mlv::VideoFrame frame{};
     frame.number = number;
     const auto size =

@@ -17,7 +17,7 @@ class RecordingWriter
 {
 public:
     /// Begins the file with all blocks of the source but its frames, its sound and its fillers, as
-    /// they stand. Throws output::WriteError or mlv::ReadError.
+    /// they stand. Throws output::WriteError or raw::ReadError.
     RecordingWriter(const mlv::Recording &source, const std::filesystem::path &path,
                     std::uint32_t frameCount);
 

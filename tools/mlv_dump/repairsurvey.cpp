@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/repairsurvey.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/columnsurvey.h"
 #include "mlv_dump/latticesearch.h"
 #include "mlv_dump/parallelframes.h"
@@ -10,6 +9,7 @@
 #include "mlv_dump/singlepixels.h"
 #include "mlv_dump/spreadframes.h"
 #include "mlv_dump/text.h"
+#include "raw/error.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -117,9 +117,9 @@ private:
             std::span<std::uint16_t> samples;
             try {
                 samples = decoder.decode(block);
-            } catch (const mlv::ReadError &) {
+            } catch (const raw::ReadError &) {
                 throw;
-            } catch (const mlv::Error &) {
+            } catch (const raw::Error &) {
                 return; // the extraction tells of damaged frames
             }
             m_calibration.apply(samples);

@@ -44,7 +44,7 @@ struct FoundRepair
 /// What is to be repaired in every frame of the recording. Looks at calibrated samples, for it is
 /// these that are repaired: a dark takes many hot pixels away, a flat evens columns out. `format`
 /// has the levels of the frames. Decodes 8 to 16 frames where the choice asks for it, on several
-/// threads; damaged ones are left out. Throws MapError, mlv::ReadError, or mlv::Error where the
+/// threads; damaged ones are left out. Throws MapError, raw::ReadError, or raw::Error where the
 /// frames can't be read at all.
 [[nodiscard]] FoundRepair findRepair(const mlv::Recording &recording,
                                      const std::filesystem::path &recordingPath,

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/slate.h"
 
-#include "mlv/error.h"
 #include "mlv_dump/text.h"
+#include "raw/error.h"
 
 namespace mlvdump {
 namespace {
@@ -50,7 +50,7 @@ Slate slateOf(const mlv::Recording &recording, const std::string &reelName)
 {
     const auto rate = exactRate(recording.framesPerSecond());
     if (!rate) {
-        throw mlv::Error("has no frame rate, without which there is no timecode");
+        throw raw::Error("has no frame rate, without which there is no timecode");
     }
     const auto begin = cameraTime(recording, 0);
     const std::uint64_t seconds = begin ? secondsSinceMidnight(*begin) : 0;

@@ -33,7 +33,7 @@ struct Slate
     [[nodiscard]] std::optional<std::array<std::uint8_t, 8>> timeCode(std::uint64_t frame) const;
 };
 
-/// `reelName` is what the recording is called. Throws mlv::Error when it has no frame rate.
+/// `reelName` is what the recording is called. Throws raw::Error when it has no frame rate.
 [[nodiscard]] Slate slateOf(const mlv::Recording &recording, const std::string &reelName);
 
 } // namespace mlvdump

@@ -25,7 +25,7 @@ struct PictureTime
 /// picture starts: silence is put in front or sound is left out there. It ends with the recording,
 /// or with a picture that is cut. Lost sound blocks leave silence. With a slate the sound is
 /// exactly as long as the picture at the slate's rate, and the file says where it belongs, see
-/// clipChunks(). Throws RefusedOutput, output::WriteError or mlv::ReadError.
+/// clipChunks(). Throws RefusedOutput, output::WriteError or raw::ReadError.
 void writeSound(const mlv::Recording &recording, const PictureTime &picture,
                 const std::optional<Slate> &slate, const SourceFiles &sources,
                 const std::filesystem::path &path, Output &output);

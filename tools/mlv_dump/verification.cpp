@@ -51,7 +51,7 @@ void tellOversizedFrames(const mlv::Recording &recording, Findings &findings)
 {
     const mlv::FrameDecoder decoder(recording);
     const auto &format = decoder.format();
-    const auto row = mlv::packedSize(static_cast<std::size_t>(format.width), format.bitsPerSample);
+    const auto row = raw::packedSize(static_cast<std::size_t>(format.width), format.bitsPerSample);
     const auto expected = format.packedBytes() + std::max<std::size_t>(row, 512);
     if (decoder.compression() == mlv::Compression::None &&
         std::ranges::any_of(recording.videoFrames(),

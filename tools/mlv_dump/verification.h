@@ -16,7 +16,7 @@ struct Findings
 };
 
 /// Reads the whole recording, see readWhole(), and holds its blocks against each other. Throws
-/// mlv::Error when frames of that recording can't be read at all.
+/// raw::Error when frames of that recording can't be read at all.
 [[nodiscard]] Findings verify(const mlv::Recording &recording, unsigned threads,
                               const ReadingProgress &progress);
 

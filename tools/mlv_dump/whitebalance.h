@@ -37,7 +37,7 @@ struct FrameBalance
 
 /// What the choice means for a recording. `format` has the levels at which its samples begin and
 /// end; `matrix` is the one of its frames. Decodes frames where the choice asks for it, on several
-/// threads. Throws mlv::Error.
+/// threads. Throws raw::Error.
 [[nodiscard]] FrameBalance frameBalance(const mlv::Recording &recording,
                                         const BalanceChoice &choice, const Calibration &calibration,
                                         const mlv::FrameFormat &format, const ColourMatrix &matrix,

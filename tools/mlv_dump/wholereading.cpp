@@ -1,15 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/wholereading.h"
 
-#include "mlv/error.h"
 #include "mlv/framedecoder.h"
+#include "parallel/sharedwork.h"
+#include "raw/error.h"
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <span>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -80,36 +79,33 @@ public:
 
     void run(unsigned threads)
     {
-        std::vector<std::jthread> workers;
-        for (std::size_t i = 0; i < std::min<std::size_t>(threads, m_pieces.size()); ++i) {
-            workers.emplace_back([this] { work(); });
-        }
+        parallel::shareWork(m_pieces.size(), threads, [this] {
+            return [this, decoder = mlv::FrameDecoder(m_recording),
+                    buffer = std::vector<std::byte>(bufferBytes)](std::size_t i) mutable {
+                take(m_pieces[i], decoder, buffer);
+            };
+        });
     }
 
     /// After run().
     [[nodiscard]] Unread unread() const { return m_unread; }
 
 private:
-    void work()
+    void take(const Piece &piece, mlv::FrameDecoder &decoder, std::span<std::byte> buffer)
     {
-        mlv::FrameDecoder decoder(m_recording);
-        std::vector<std::byte> buffer(bufferBytes);
-        for (std::size_t i = m_next++; i < m_pieces.size(); i = m_next++) {
-            const auto &piece = m_pieces[i];
-            try {
-                if (piece.frame != nullptr) {
-                    static_cast<void>(decoder.decode(*piece.frame));
-                } else {
-                    read(piece, buffer);
-                }
-            } catch (const mlv::ReadError &) {
-                noteUnreadable(piece);
-            } catch (const mlv::Error &) {
-                const std::lock_guard lock(m_mutex);
-                m_unread.damagedFrames.insert(piece.frame->number);
+        try {
+            if (piece.frame != nullptr) {
+                static_cast<void>(decoder.decode(*piece.frame));
+            } else {
+                read(piece, buffer);
             }
-            tell(piece.size);
+        } catch (const raw::ReadError &) {
+            noteUnreadable(piece);
+        } catch (const raw::Error &) {
+            const std::lock_guard lock(m_mutex);
+            m_unread.damagedFrames.insert(piece.frame->number);
         }
+        tell(piece.size);
     }
 
     void read(const Piece &piece, std::span<std::byte> buffer) const
@@ -148,7 +144,6 @@ private:
     const ReadingProgress &m_progress;
     const std::vector<Piece> m_pieces;
     std::uint64_t m_total = 0;
-    std::atomic<std::size_t> m_next = 0;
     std::mutex m_mutex; // guards what follows
     std::uint64_t m_done = 0;
     std::chrono::steady_clock::time_point m_told;

@@ -21,7 +21,7 @@ using ReadingProgress = std::function<void(std::uint64_t done, std::uint64_t tot
 
 /// Reads every byte of the recording, in the order in which it lies on the disk, and decodes every
 /// frame that is compressed, on several threads. Of frames that aren't compressed every sample
-/// could be true: being there is all that can be asked of them. Throws mlv::Error when frames of
+/// could be true: being there is all that can be asked of them. Throws raw::Error when frames of
 /// that recording can't be read at all.
 [[nodiscard]] Unread readWhole(const mlv::Recording &recording, unsigned threads,
                                const ReadingProgress &progress);

@@ -6,7 +6,7 @@
 #include "mlv_sample/sensor.h"
 #include "mlv_sample/sound.h"
 
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <algorithm>
 #include <cmath>
@@ -81,8 +81,8 @@ mlv::RawInfo rawInfo(const Settings &settings)
     info.bufferWidth = settings.crop.x + settings.width;
     const auto width = static_cast<std::size_t>(info.bufferWidth);
     const auto height = static_cast<std::size_t>(info.bufferHeight);
-    info.bufferPitch = static_cast<std::int32_t>(mlv::packedSize(width, levels.bits));
-    info.bufferSize = static_cast<std::int32_t>(mlv::packedSize(width * height, levels.bits));
+    info.bufferPitch = static_cast<std::int32_t>(raw::packedSize(width, levels.bits));
+    info.bufferSize = static_cast<std::int32_t>(raw::packedSize(width * height, levels.bits));
     info.bitsPerSample = levels.bits;
     info.blackLevel = settings.recordedBlack < 0 ? levels.black : settings.recordedBlack;
     info.whiteLevel = settings.recordedWhite == 0 ? levels.white : settings.recordedWhite;

@@ -4,7 +4,7 @@
 #include "mlv_sample/faultoptions.h"
 #include "mlv_sample/optionvalues.h"
 
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <cmath>
 #include <tuple>
@@ -217,7 +217,7 @@ void checkSettings(const Settings &settings)
     if (settings.path.empty()) {
         throw UsageError("no output file is given");
     }
-    if (!mlv::isSupportedDepth(settings.bits)) {
+    if (!raw::isSupportedDepth(settings.bits)) {
         throw UsageError("--bits must be 10, 12, 14 or 16");
     }
     if (settings.width % 8 != 0 || settings.height % 2 != 0) {

@@ -10,7 +10,7 @@
 #include "mlv_sample/schedule.h"
 #include "mlv_sample/sound.h"
 
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <algorithm>
 #include <array>
@@ -160,8 +160,8 @@ private:
                                                   m_settings.bits, m_settings.losslessShape,
                                                   m_settings.predictor);
         }
-        m_payload.resize(mlv::packedSize(samples.size(), m_settings.bits));
-        mlv::packSamples(samples, m_settings.bits, mlv::WordOrder::LittleEndian, m_payload);
+        m_payload.resize(raw::packedSize(samples.size(), m_settings.bits));
+        raw::packSamples(samples, m_settings.bits, raw::WordOrder::LittleEndian, m_payload);
         if (m_settings.compression == Compression::Lzma) {
             m_payload = encodeLzmaFrame(m_payload);
         }

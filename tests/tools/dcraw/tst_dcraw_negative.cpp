@@ -7,7 +7,7 @@
 #include "dcraw/negative.h"
 #include "dcraw/notcovered.h"
 #include "dng/tags.h"
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <QDir>
 #include <QFile>
@@ -121,7 +121,7 @@ bool TestDcrawNegative::isCovered(const QByteArray &dng, dcraw::Options options)
         return true;
     } catch (const dcraw::NotCovered &) {
         return false;
-    } catch (const mlv::Error &) {
+    } catch (const raw::Error &) {
         return false;
     }
 }
@@ -404,7 +404,7 @@ void TestDcrawNegative::valuesAreRead()
     const std::array<dng::Rational, 2> scale{{{1, 1}, {5, 3}}};
     dng.image.setRationals(tag::defaultScale, scale);
     static_cast<void>(isCovered(dng.encoded()));
-    const mlv::File file(m_folder->filePath(QStringLiteral("frame.dng")).toStdString());
+    const raw::File file(m_folder->filePath(QStringLiteral("frame.dng")).toStdString());
     const auto negative = dcraw::readNegative(file);
     QCOMPARE(negative.width, 30);
     QCOMPARE(negative.height, 28);
@@ -430,7 +430,7 @@ void TestDcrawNegative::dateOfTheExposureReplacesThatOfTheFile()
         dng.exif.setText(tag::dateTimeOriginal, ofExposure);
         static_cast<void>(isCovered(dng.encoded()));
         return dcraw::readNegative(
-                   mlv::File(m_folder->filePath(QStringLiteral("frame.dng")).toStdString()))
+                   raw::File(m_folder->filePath(QStringLiteral("frame.dng")).toStdString()))
             .time;
     };
     QCOMPARE(time("2026:01:01 00:00:00", "1970:01:01 00:00:09"), std::time_t{9});

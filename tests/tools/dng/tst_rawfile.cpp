@@ -5,8 +5,8 @@
 #include "dng/filehead.h"
 #include "dng/rawfile.h"
 #include "dng/tags.h"
-#include "mlv/error.h"
 #include "mlv_sample/frames.h"
+#include "raw/error.h"
 
 #include <QFile>
 #include <QRandomGenerator>
@@ -187,7 +187,7 @@ private Q_SLOTS:
         try {
             const dng::RawFile file(path);
             QFAIL("the file was read");
-        } catch (const mlv::Error &error) {
+        } catch (const raw::Error &error) {
             QCOMPARE(QByteArray(error.what()), reason);
         }
     }
@@ -211,7 +211,7 @@ private Q_SLOTS:
             try {
                 const auto samples = dng::RawFile(write(broken)).samples();
                 QVERIFY(samples.size() <= static_cast<std::size_t>(broken.size()) * 8);
-            } catch (const mlv::Error &) {
+            } catch (const raw::Error &) {
                 ++refused;
             }
         }

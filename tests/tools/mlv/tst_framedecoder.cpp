@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/framedecoder.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include "recordingbuilder.h"
 #include "toolrun.h"
@@ -58,7 +58,7 @@ void TestFrameDecoder::rowPairsOfACutOffFrameAreRefused()
     auto block = recording.videoFrames().front();
     --block.size;
     mlv::FrameDecoder decoder(recording);
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, std::ignore = decoder.decodeRowPairs(block, 4));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, std::ignore = decoder.decodeRowPairs(block, 4));
 }
 
 QTEST_APPLESS_MAIN(TestFrameDecoder)

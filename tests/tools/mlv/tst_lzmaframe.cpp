@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/lzmaframe.h"
 
-#include "mlv/error.h"
 #include "mlv_sample/lzmaframe.h"
+#include "raw/error.h"
 
 #include <QTest>
 
@@ -60,7 +60,7 @@ void TestLzmaFrame::anotherSizeIsRefused()
 {
     const auto frame = someFrame();
     Bytes decoded(frame.size() + 1);
-    QVERIFY_THROWS_EXCEPTION(mlv::Error,
+    QVERIFY_THROWS_EXCEPTION(raw::Error,
                              mlv::decodeLzmaFrame(sample::encodeLzmaFrame(frame), decoded));
 }
 
@@ -70,7 +70,7 @@ void TestLzmaFrame::cutOffStreamIsRefused()
     auto data = sample::encodeLzmaFrame(frame);
     data.resize(data.size() / 2);
     Bytes decoded(frame.size());
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, mlv::decodeLzmaFrame(data, decoded));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, mlv::decodeLzmaFrame(data, decoded));
 }
 
 void TestLzmaFrame::headerWithoutStreamIsRefused()
@@ -81,7 +81,7 @@ void TestLzmaFrame::headerWithoutStreamIsRefused()
         if (size >= 4) {
             data[0] = std::byte{16};
         }
-        QVERIFY_THROWS_EXCEPTION(mlv::Error, mlv::decodeLzmaFrame(data, decoded));
+        QVERIFY_THROWS_EXCEPTION(raw::Error, mlv::decodeLzmaFrame(data, decoded));
     }
 }
 
@@ -91,7 +91,7 @@ void TestLzmaFrame::impossiblePropertiesAreRefused()
     auto data = sample::encodeLzmaFrame(frame);
     data[4] = std::byte{0xff};
     Bytes decoded(frame.size());
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, mlv::decodeLzmaFrame(data, decoded));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, mlv::decodeLzmaFrame(data, decoded));
 }
 
 void TestLzmaFrame::hugeDictionaryIsNotAllocated()

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/recording.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 #include "recordingbuilder.h"
 #include "support/ordinaryuser.h"
 
@@ -468,13 +468,13 @@ void TestRecordingIndex::fileWithoutHeaderIsRefused()
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write(bytes);
     file.close();
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, Recording(path("a.MLV").toStdString()));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, Recording(path("a.MLV").toStdString()));
 }
 
 void TestRecordingIndex::missingFileAndFolderAreRefused()
 {
-    QVERIFY_THROWS_EXCEPTION(mlv::ReadError, Recording(path("none.MLV").toStdString()));
-    QVERIFY_THROWS_EXCEPTION(mlv::ReadError, Recording(m_folder->path().toStdString()));
+    QVERIFY_THROWS_EXCEPTION(raw::ReadError, Recording(path("none.MLV").toStdString()));
+    QVERIFY_THROWS_EXCEPTION(raw::ReadError, Recording(m_folder->path().toStdString()));
 }
 
 void TestRecordingIndex::fileThatBecomesShorterIsNoDamage()
@@ -485,7 +485,7 @@ void TestRecordingIndex::fileThatBecomesShorterIsNoDamage()
     try {
         recording.read(recording.videoFrames()[0], frame);
         QFAIL("the frame was read");
-    } catch (const mlv::ReadError &error) {
+    } catch (const raw::ReadError &error) {
         QCOMPARE(QByteArray(error.what()), QByteArray("became shorter while it was read"));
     }
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/average.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 #include "recordingbuilder.h"
 
 #include <QFile>
@@ -59,7 +59,7 @@ void TestAverage::recordingThatBecomesShorterHasNoAverage()
     const auto path = builder.write(m_folder.filePath(QStringLiteral("a.MLV")));
     const mlv::Recording recording(path.toStdString());
     QVERIFY(QFile::resize(path, builder.bytes().size() - 1));
-    QVERIFY_THROWS_EXCEPTION(mlv::ReadError, averageOf(recording));
+    QVERIFY_THROWS_EXCEPTION(raw::ReadError, averageOf(recording));
 }
 
 QTEST_APPLESS_MAIN(TestAverage)

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/extraction.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 #include "recordingbuilder.h"
 
 #include <QDir>
@@ -146,7 +146,7 @@ void TestExtraction::samplesAreThoseOfTheRecording()
     Run run(recordingOf(2));
     run.extract(2);
     auto expected = RecordingBuilder::frameOf(3001);
-    mlv::swapWordBytes(std::as_writable_bytes(
+    raw::swapWordBytes(std::as_writable_bytes(
         std::span(expected.data(), static_cast<std::size_t>(expected.size()))));
     QCOMPARE(run.content(1).right(expected.size()), expected);
 }
@@ -189,7 +189,7 @@ void TestExtraction::recordingWithoutAnyGoodFrameIsAnError()
         builder.addFrameData(i, damagedLzmaFrame());
     }
     Run run(builder);
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, run.extract(4));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, run.extract(4));
     QVERIFY(run.names().isEmpty());
 }
 
@@ -199,14 +199,14 @@ void TestExtraction::recordingThatBecomesShorterIsNoDamage()
     const auto builder = recordingOf(20);
     Run half(builder);
     half.cutRecording(builder.bytes().size() / 2);
-    QVERIFY_THROWS_EXCEPTION(mlv::ReadError, half.extract(2));
+    QVERIFY_THROWS_EXCEPTION(raw::ReadError, half.extract(2));
     QVERIFY(half.names().contains(QStringLiteral("tmp000000.dng")));
     QVERIFY(!half.names().contains(QStringLiteral("tmp000019.dng")));
     QVERIFY(!half.lines().contains("damaged"));
 
     Run none(builder);
     none.cutRecording(1000);
-    QVERIFY_THROWS_EXCEPTION(mlv::ReadError, none.extract(2));
+    QVERIFY_THROWS_EXCEPTION(raw::ReadError, none.extract(2));
     QVERIFY(none.names().isEmpty());
 }
 

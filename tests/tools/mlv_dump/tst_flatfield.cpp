@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/flatfield.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <QTest>
 
@@ -167,7 +167,7 @@ void TestFlatField::flatWithoutLightIsRefused_data()
 void TestFlatField::flatWithoutLightIsRefused()
 {
     QFETCH(int, level);
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, FlatField(flatOf(level, 0), format));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, FlatField(flatOf(level, 0), format));
 }
 
 QTEST_APPLESS_MAIN(TestFlatField)

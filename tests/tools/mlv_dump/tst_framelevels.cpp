@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/framelevels.h"
 
-#include "mlv/samples.h"
+#include "raw/samples.h"
 #include "recordingbuilder.h"
 
 #include <QTemporaryDir>
@@ -63,9 +63,9 @@ QByteArray frame(const Scene &scene, const Camera &camera, std::mt19937 &random)
                 static_cast<std::uint16_t>(std::clamp(level, 0.0, 16383.0) * scale);
         }
     }
-    QByteArray packed(static_cast<qsizetype>(mlv::packedSize(samples.size(), camera.bits)), '\0');
-    mlv::packSamples(
-        samples, camera.bits, mlv::WordOrder::LittleEndian,
+    QByteArray packed(static_cast<qsizetype>(raw::packedSize(samples.size(), camera.bits)), '\0');
+    raw::packSamples(
+        samples, camera.bits, raw::WordOrder::LittleEndian,
         std::as_writable_bytes(std::span(packed.data(), static_cast<std::size_t>(packed.size()))));
     return packed;
 }

@@ -225,13 +225,13 @@ void TestFrameRepairer::packedSamplesAreRepairedAlike()
     Repair repair = repairOf({{8, 10}, {8, 12}, {9, 12}, {0, 0}, {23, 31}});
     Samples samples =
         drawn([](int x, int y) { return slope(x, y) + (x * 7919 + y * 104729) % 900; });
-    std::vector<std::byte> stream(mlv::packedSize(samples.size(), format.bitsPerSample));
+    std::vector<std::byte> stream(raw::packedSize(samples.size(), format.bitsPerSample));
     const auto pack = [&] {
-        mlv::packSamples(samples, format.bitsPerSample, mlv::WordOrder::BigEndian, stream);
+        raw::packSamples(samples, format.bitsPerSample, raw::WordOrder::BigEndian, stream);
     };
     pack();
     auto repaired = stream;
-    FrameRepairer(repair).apply(mlv::PackedSamples(repaired, format.bitsPerSample), {0, 0});
+    FrameRepairer(repair).apply(raw::PackedSamples(repaired, format.bitsPerSample), {0, 0});
     FrameRepairer(repair).apply(samples, {0, 0});
     QVERIFY(repaired != stream);
     pack();

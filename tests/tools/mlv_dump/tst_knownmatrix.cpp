@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/knownmatrix.h"
 
-#include "mlv/samples.h"
+#include "raw/samples.h"
 #include "recordingbuilder.h"
 #include "toolrun.h"
 
@@ -51,9 +51,9 @@ QByteArray greyCard(const mlvdump::ColourMatrix &matrix)
         }
     }
     QByteArray packed(
-        static_cast<qsizetype>(mlv::packedSize(samples.size(), RecordingBuilder::bits)), '\0');
-    mlv::packSamples(
-        samples, RecordingBuilder::bits, mlv::WordOrder::LittleEndian,
+        static_cast<qsizetype>(raw::packedSize(samples.size(), RecordingBuilder::bits)), '\0');
+    raw::packSamples(
+        samples, RecordingBuilder::bits, raw::WordOrder::LittleEndian,
         std::as_writable_bytes(std::span(packed.data(), static_cast<std::size_t>(packed.size()))));
     return packed;
 }

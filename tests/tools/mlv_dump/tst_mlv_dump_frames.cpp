@@ -3,7 +3,7 @@
 #include "recordingbuilder.h"
 #include "toolrun.h"
 
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <QDir>
 #include <QProcess>
@@ -244,9 +244,9 @@ void TestMlvDumpFrames::rowsThatEndWithinAWordAreReadRight()
     for (std::size_t i = 0; i < samples.size(); ++i) {
         samples[i] = static_cast<quint16>(i * 31 % static_cast<std::size_t>(info.whiteLevel));
     }
-    QByteArray packed(static_cast<qsizetype>(mlv::packedSize(samples.size(), bits)), '\0');
-    mlv::packSamples(
-        samples, bits, mlv::WordOrder::LittleEndian,
+    QByteArray packed(static_cast<qsizetype>(raw::packedSize(samples.size(), bits)), '\0');
+    raw::packSamples(
+        samples, bits, raw::WordOrder::LittleEndian,
         std::as_writable_bytes(std::span(packed.data(), static_cast<std::size_t>(packed.size()))));
     RecordingBuilder builder;
     builder.add(mlv::blocktype::rawInfo, info).addFrameData(0, packed);

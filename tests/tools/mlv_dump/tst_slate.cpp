@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/slate.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 #include "recordingbuilder.h"
 
 #include <QTemporaryDir>
@@ -156,7 +156,7 @@ void TestSlate::recordingWithoutARateHasNoSlate()
 {
     RecordingBuilder builder;
     builder.header.frameRateNumerator = 0;
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, slateOf(builder.addRawInfo()));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, slateOf(builder.addRawInfo()));
 }
 
 QTEST_APPLESS_MAIN(TestSlate)

@@ -3,8 +3,8 @@
 #include "mutator.h"
 #include "toolrun.h"
 
-#include "mlv/error.h"
 #include "mlv/framedecoder.h"
+#include "raw/error.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -64,7 +64,7 @@ Content contentOfRecording(const QString &path)
         for (const auto &frame : recording.videoFrames()) {
             try {
                 content.frames[frame.number] = decoder.decode(frame).size();
-            } catch (const mlv::Error &) {
+            } catch (const raw::Error &) {
                 continue;
             }
         }
@@ -74,7 +74,7 @@ Content contentOfRecording(const QString &path)
         if (!content.sounds.empty()) {
             content.sounds.rbegin()->second = 0; // the last one has any size
         }
-    } catch (const mlv::Error &) {
+    } catch (const raw::Error &) {
         return content;
     }
     return content;

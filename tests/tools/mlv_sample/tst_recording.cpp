@@ -3,11 +3,11 @@
 #include "recordedblocks.h"
 #include "sampleprogram.h"
 
-#include "mlv/samples.h"
 #include "mlv_sample/camera.h"
 #include "mlv_sample/frames.h"
 #include "mlv_sample/scene.h"
 #include "mlv_sample/sound.h"
+#include "raw/samples.h"
 
 #include <QFileInfo>
 #include <QTest>
@@ -36,9 +36,9 @@ QByteArray bytesOf(const std::vector<Value> &values)
 std::vector<quint16> unpacked(const QByteArray &packed, int bits, std::size_t count)
 {
     std::vector<quint16> samples(count);
-    mlv::unpackSamples(
+    raw::unpackSamples(
         std::as_bytes(std::span(packed.constData(), static_cast<std::size_t>(packed.size()))), bits,
-        mlv::WordOrder::LittleEndian, samples);
+        raw::WordOrder::LittleEndian, samples);
     return samples;
 }
 

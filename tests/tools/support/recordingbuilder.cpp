@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "recordingbuilder.h"
 
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <QFile>
 #include <QTest>
@@ -44,9 +44,9 @@ mlv::WaveInfo RecordingBuilder::waveInfo()
 QByteArray RecordingBuilder::frameOf(std::uint16_t level)
 {
     const std::vector<std::uint16_t> samples(std::size_t{width} * height, level);
-    QByteArray packed(static_cast<qsizetype>(mlv::packedSize(samples.size(), bits)), '\0');
-    mlv::packSamples(
-        samples, bits, mlv::WordOrder::LittleEndian,
+    QByteArray packed(static_cast<qsizetype>(raw::packedSize(samples.size(), bits)), '\0');
+    raw::packSamples(
+        samples, bits, raw::WordOrder::LittleEndian,
         std::as_writable_bytes(std::span(packed.data(), static_cast<std::size_t>(packed.size()))));
     return packed;
 }

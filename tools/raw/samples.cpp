@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <cassert>
 #include <cstring>
 
-namespace mlv {
+namespace raw {
 namespace {
 
 constexpr std::uint16_t swapBytes(std::uint16_t word)
@@ -161,4 +161,4 @@ void swapWordBytes(std::span<std::byte> words)
     }
 }
 
-} // namespace mlv
+} // namespace raw

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/samples.h"
+#include "raw/samples.h"
 
 #include <QTest>
 
 #include <random>
 #include <vector>
 
-using mlv::WordOrder;
+using raw::WordOrder;
 using Samples = std::vector<std::uint16_t>;
 Q_DECLARE_METATYPE(Samples)
 
@@ -19,8 +19,8 @@ std::span<const std::byte> bytesOf(const QByteArray &bytes)
 
 QByteArray packed(const Samples &samples, int bits, WordOrder order)
 {
-    QByteArray bytes(static_cast<qsizetype>(mlv::packedSize(samples.size(), bits)), '\xaa');
-    mlv::packSamples(
+    QByteArray bytes(static_cast<qsizetype>(raw::packedSize(samples.size(), bits)), '\xaa');
+    raw::packSamples(
         samples, bits, order,
         std::as_writable_bytes(std::span(bytes.data(), static_cast<std::size_t>(bytes.size()))));
     return bytes;
@@ -29,7 +29,7 @@ QByteArray packed(const Samples &samples, int bits, WordOrder order)
 Samples unpacked(const QByteArray &bytes, int bits, WordOrder order, std::size_t count)
 {
     Samples samples(count);
-    mlv::unpackSamples(bytesOf(bytes), bits, order, samples);
+    raw::unpackSamples(bytesOf(bytes), bits, order, samples);
     return samples;
 }
 
@@ -80,7 +80,7 @@ void TestSamples::bytesOfADngAreTheSameWordsBigEndian()
     QFETCH(int, bits);
     QFETCH(Samples, samples);
     QFETCH(QByteArray, bytes);
-    mlv::swapWordBytes(
+    raw::swapWordBytes(
         std::as_writable_bytes(std::span(bytes.data(), static_cast<std::size_t>(bytes.size()))));
     QCOMPARE(packed(samples, bits, WordOrder::BigEndian).toHex(), bytes.toHex());
     QCOMPARE(unpacked(bytes, bits, WordOrder::BigEndian, samples.size()), samples);
@@ -121,7 +121,7 @@ void TestSamples::singlePackedSamples()
     Samples samples{most, 0, 1, 2, most, most, 0, 5, 6, most, 7};
     const auto order = bits == 16 ? WordOrder::LittleEndian : WordOrder::BigEndian;
     QByteArray stream = packed(samples, bits, order);
-    mlv::PackedSamples single(
+    raw::PackedSamples single(
         std::as_writable_bytes(std::span(stream.data(), static_cast<std::size_t>(stream.size()))),
         bits);
     for (std::size_t index = 0; index < samples.size(); ++index) {
@@ -141,7 +141,7 @@ void TestSamples::unusedBitsOfTheLastWordAreZero()
 void TestSamples::swappingLeavesALastSingleByte()
 {
     QByteArray bytes = QByteArray::fromHex("010203");
-    mlv::swapWordBytes(std::as_writable_bytes(std::span(bytes.data(), 3)));
+    raw::swapWordBytes(std::as_writable_bytes(std::span(bytes.data(), 3)));
     QCOMPARE(bytes.toHex(), QByteArray("020103"));
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/losslessjpegheader.h"
+#include "raw/losslessjpegheader.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 
-namespace mlv {
+namespace raw {
 namespace {
 
 namespace marker {
@@ -160,4 +160,4 @@ LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream)
     }
 }
 
-} // namespace mlv
+} // namespace raw

@@ -7,7 +7,7 @@
 
 /// Lossless JPEG (ITU-T T.81, process 14, Huffman coding), as far as recordings use it: one scan
 /// of all components, none of them subsampled, no restart intervals, no point transform.
-namespace mlv {
+namespace raw {
 
 struct LosslessJpegShape
 {
@@ -36,4 +36,4 @@ struct LosslessJpegShape
 /// is damaged, cut off or of another size.
 std::size_t decodeLosslessJpeg(std::span<const std::byte> stream, std::span<std::uint16_t> samples);
 
-} // namespace mlv
+} // namespace raw

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/losslessjpeg.h"
+#include "raw/losslessjpeg.h"
 
-#include "mlv/losslessjpegheader.h"
+#include "raw/losslessjpegheader.h"
 
-#include "mlv/bitreader.h"
-#include "mlv/error.h"
-#include "mlv/scandata.h"
+#include "raw/bitreader.h"
+#include "raw/error.h"
+#include "raw/scandata.h"
 
 #include <algorithm>
 
-namespace mlv {
+namespace raw {
 namespace {
 
 using Tables = std::array<const HuffmanTable *, maxComponents>;
@@ -189,4 +189,4 @@ std::size_t decodeLosslessJpeg(std::span<const std::byte> stream, std::span<std:
     return streamEnd(stream, decodeLosslessLines(header, stream, samples));
 }
 
-} // namespace mlv
+} // namespace raw

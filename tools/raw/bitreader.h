@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mlv/scandata.h"
+#include "raw/scandata.h"
 
 #include <bit>
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include <cstring>
 #include <span>
 
-namespace mlv {
+namespace raw {
 
 /// Reads a scan bit by bit, the most significant bit of a byte first; behind its end follow zeros,
 /// as many as are asked for. Copies go on with the same scan: only one of them may read.
@@ -78,4 +78,4 @@ private:
     std::int64_t m_padding = 0;        // zeros that were put behind the data, bits
 };
 
-} // namespace mlv
+} // namespace raw

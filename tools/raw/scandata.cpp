@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/scandata.h"
+#include "raw/scandata.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace mlv {
+namespace raw {
 namespace {
 
 constexpr std::byte markerStart{0xff};
@@ -42,4 +42,4 @@ std::span<const std::byte> ScanData::next()
     return std::span(m_piece).first(filled);
 }
 
-} // namespace mlv
+} // namespace raw

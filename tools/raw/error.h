@@ -3,7 +3,7 @@
 
 #include <stdexcept>
 
-namespace mlv {
+namespace raw {
 
 /// What is wrong with a recording or with one of its frames, in words for a person. The text names
 /// no path and repeats no text of the recording.
@@ -20,4 +20,4 @@ public:
     using Error::Error;
 };
 
-} // namespace mlv
+} // namespace raw

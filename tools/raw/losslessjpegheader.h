@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mlv/huffmantable.h"
-#include "mlv/losslessjpeg.h"
+#include "raw/huffmantable.h"
+#include "raw/losslessjpeg.h"
 
 #include <array>
 #include <optional>
 
-namespace mlv {
+namespace raw {
 
 inline constexpr std::size_t maxComponents = 4;
 
@@ -33,4 +33,4 @@ struct LosslessJpegHeader
 std::size_t decodeLosslessLines(const LosslessJpegHeader &header, std::span<const std::byte> stream,
                                 std::span<std::uint16_t> samples);
 
-} // namespace mlv
+} // namespace raw

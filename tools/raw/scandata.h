@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <span>
 
-namespace mlv {
+namespace raw {
 
 /// The entropy-coded data of a JPEG scan without the zeros that are stuffed in behind 0xff, piece
 /// by piece in the same small memory.
@@ -33,4 +33,4 @@ private:
     std::array<std::byte, 16384> m_piece;
 };
 
-} // namespace mlv
+} // namespace raw

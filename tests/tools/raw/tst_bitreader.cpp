@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/bitreader.h"
+#include "raw/bitreader.h"
 
 #include <QTest>
 
@@ -12,7 +12,7 @@ std::span<const std::byte> bytesOf(const QByteArray &bytes)
     return std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
 }
 
-std::uint32_t take(mlv::BitReader &reader, int count)
+std::uint32_t take(raw::BitReader &reader, int count)
 {
     reader.refill();
     const auto bits = reader.peek(count);
@@ -36,8 +36,8 @@ private Q_SLOTS:
 void TestBitReader::mostSignificantBitComesFirst()
 {
     const auto data = QByteArray::fromHex("a5123456");
-    mlv::ScanData scan(bytesOf(data));
-    mlv::BitReader reader(scan);
+    raw::ScanData scan(bytesOf(data));
+    raw::BitReader reader(scan);
     QCOMPARE(take(reader, 1), 1U);
     QCOMPARE(take(reader, 3), 2U);
     QCOMPARE(take(reader, 4), 5U);
@@ -52,8 +52,8 @@ void TestBitReader::everyWidthReadsTheSameBits()
         bytes.append(static_cast<char>(i * 7 + 1));
     }
     for (const int width : {1, 3, 7, 13, 16, 32}) {
-        mlv::ScanData scan(bytesOf(bytes));
-        mlv::BitReader reader(scan);
+        raw::ScanData scan(bytesOf(bytes));
+        raw::BitReader reader(scan);
         std::vector<bool> bits;
         while (bits.size() + static_cast<std::size_t>(width) <= 24 * 8) {
             const auto value = take(reader, width);
@@ -71,8 +71,8 @@ void TestBitReader::everyWidthReadsTheSameBits()
 
 void TestBitReader::zerosFollowTheEnd()
 {
-    mlv::ScanData scan({});
-    mlv::BitReader reader(scan);
+    raw::ScanData scan({});
+    raw::BitReader reader(scan);
     QCOMPARE(take(reader, 32), 0U);
     QVERIFY(reader.isOverrun());
 }
@@ -80,8 +80,8 @@ void TestBitReader::zerosFollowTheEnd()
 void TestBitReader::lastBitIsNoOverrun()
 {
     const auto data = QByteArray::fromHex("80");
-    mlv::ScanData scan(bytesOf(data));
-    mlv::BitReader reader(scan);
+    raw::ScanData scan(bytesOf(data));
+    raw::BitReader reader(scan);
     QCOMPARE(take(reader, 8), 0x80U);
     QVERIFY(!reader.isOverrun());
     take(reader, 1);

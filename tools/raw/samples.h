@@ -9,7 +9,7 @@
 ///
 /// The stream is stored in 16-bit words. A recording stores each word little-endian; a DNG stores
 /// the same words big-endian, except samples of 16 bits, which keep the byte order of its file.
-namespace mlv {
+namespace raw {
 
 [[nodiscard]] constexpr bool isSupportedDepth(int bitsPerSample)
 {
@@ -119,4 +119,4 @@ private:
 /// Exchanges the two bytes of every 16-bit word in place; a last single byte stays.
 void swapWordBytes(std::span<std::byte> words);
 
-} // namespace mlv
+} // namespace raw

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/losslessjpeg.h"
+#include "raw/losslessjpeg.h"
 
-#include "mlv/error.h"
 #include "mlv_sample/losslessjpeg.h"
+#include "raw/error.h"
 
 #include <QTest>
 
@@ -39,7 +39,7 @@ QByteArray streamWith(const QByteArray &data)
 Samples decodedPair(const QByteArray &stream)
 {
     Samples samples(2);
-    mlv::decodeLosslessJpeg(bytesOf(stream), samples);
+    raw::decodeLosslessJpeg(bytesOf(stream), samples);
     return samples;
 }
 
@@ -132,10 +132,10 @@ void TestLosslessJpeg::everyShapePredictorAndDepthIsExact()
     const int height = 18;
     const auto samples = noisyPicture(width, height, bits, static_cast<unsigned>(predictor));
     const auto stream = sample::encodeLosslessJpeg(samples, width, height, bits, shape, predictor);
-    QCOMPARE(mlv::losslessJpegShape(stream).precision, bits);
-    QCOMPARE(mlv::losslessJpegShape(stream).sampleCount(), samples.size());
+    QCOMPARE(raw::losslessJpegShape(stream).precision, bits);
+    QCOMPARE(raw::losslessJpegShape(stream).sampleCount(), samples.size());
     Samples decoded(samples.size());
-    QCOMPARE(mlv::decodeLosslessJpeg(stream, decoded), stream.size());
+    QCOMPARE(raw::decodeLosslessJpeg(stream, decoded), stream.size());
     QCOMPARE(decoded, samples);
 }
 
@@ -143,11 +143,11 @@ void TestLosslessJpeg::sizeEndsWithTheEndMarker()
 {
     const auto stream = streamWith(QByteArray::fromHex("5f"));
     Samples samples(2);
-    QCOMPARE(mlv::decodeLosslessJpeg(bytesOf(stream + QByteArray(7, 'x')), samples),
+    QCOMPARE(raw::decodeLosslessJpeg(bytesOf(stream + QByteArray(7, 'x')), samples),
              static_cast<std::size_t>(stream.size()));
     // Without an end marker, everything belongs to the stream.
     const auto endless = stream.chopped(2);
-    QCOMPARE(mlv::decodeLosslessJpeg(bytesOf(endless), samples),
+    QCOMPARE(raw::decodeLosslessJpeg(bytesOf(endless), samples),
              static_cast<std::size_t>(endless.size()));
 }
 
@@ -156,7 +156,7 @@ void TestLosslessJpeg::anotherSampleCountIsRefused()
     const auto stream = streamWith(QByteArray::fromHex("5f"));
     for (const std::size_t count : {0U, 1U, 3U, 4U}) {
         Samples samples(count);
-        QVERIFY_THROWS_EXCEPTION(mlv::Error, mlv::decodeLosslessJpeg(bytesOf(stream), samples));
+        QVERIFY_THROWS_EXCEPTION(raw::Error, raw::decodeLosslessJpeg(bytesOf(stream), samples));
     }
 }
 
@@ -169,7 +169,7 @@ void TestLosslessJpeg::everyCutIsRefused()
     // The end marker alone may be missing, and with it the last byte's filling bits.
     for (std::size_t size = 0; size + 3 < stream.size(); ++size) {
         const std::span<const std::byte> cut(stream.data(), size);
-        QVERIFY_THROWS_EXCEPTION(mlv::Error, mlv::decodeLosslessJpeg(cut, decoded));
+        QVERIFY_THROWS_EXCEPTION(raw::Error, raw::decodeLosslessJpeg(cut, decoded));
     }
 }
 
@@ -177,7 +177,7 @@ void TestLosslessJpeg::restartIntervalIsRefused()
 {
     const auto stream = startOfImage + tables + frameHeader + QByteArray::fromHex("ffdd00040002") +
                         scanHeader + QByteArray::fromHex("5f") + endOfImage;
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, decodedPair(stream));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, decodedPair(stream));
 }
 
 void TestLosslessJpeg::restartIntervalOfZeroIsNone()
@@ -191,7 +191,7 @@ void TestLosslessJpeg::pointTransformIsRefused()
 {
     auto header = scanHeader;
     header[9] = 1;
-    QVERIFY_THROWS_EXCEPTION(mlv::Error,
+    QVERIFY_THROWS_EXCEPTION(raw::Error,
                              decodedPair(startOfImage + tables + frameHeader + header + "\x5f"));
 }
 
@@ -201,13 +201,13 @@ void TestLosslessJpeg::unknownPredictorIsRefused()
         auto header = scanHeader;
         header[7] = predictor;
         QVERIFY_THROWS_EXCEPTION(
-            mlv::Error, decodedPair(startOfImage + tables + frameHeader + header + "\x5f"));
+            raw::Error, decodedPair(startOfImage + tables + frameHeader + header + "\x5f"));
     }
 }
 
 void TestLosslessJpeg::missingTableIsRefused()
 {
-    QVERIFY_THROWS_EXCEPTION(mlv::Error,
+    QVERIFY_THROWS_EXCEPTION(raw::Error,
                              decodedPair(startOfImage + frameHeader + scanHeader + "\x5f"));
 }
 
@@ -219,7 +219,7 @@ void TestLosslessJpeg::overfullTableIsRefused()
     try {
         decodedPair(startOfImage + table + frameHeader + scanHeader + "\x5f");
         QFAIL("the table was taken");
-    } catch (const mlv::Error &error) {
+    } catch (const raw::Error &error) {
         QCOMPARE(QByteArray(error.what()), QByteArray("has an impossible Huffman table"));
     }
 }
@@ -228,20 +228,20 @@ void TestLosslessJpeg::tableOfImpossibleDifferencesIsRefused()
 {
     auto table = tables;
     table.back() = 17; // bits
-    QVERIFY_THROWS_EXCEPTION(mlv::Error,
+    QVERIFY_THROWS_EXCEPTION(raw::Error,
                              decodedPair(startOfImage + table + frameHeader + scanHeader + "\x5f"));
 }
 
 void TestLosslessJpeg::codeThatNoTableHasIsRefused()
 {
-    QVERIFY_THROWS_EXCEPTION(mlv::Error, decodedPair(streamWith(QByteArray::fromHex("ef"))));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, decodedPair(streamWith(QByteArray::fromHex("ef"))));
 }
 
 void TestLosslessJpeg::otherJpegProcessesAreRefused()
 {
     auto baseline = frameHeader;
     baseline[1] = '\xc0';
-    QVERIFY_THROWS_EXCEPTION(mlv::Error,
+    QVERIFY_THROWS_EXCEPTION(raw::Error,
                              decodedPair(startOfImage + tables + baseline + scanHeader + "\x5f"));
 }
 
@@ -256,8 +256,8 @@ void TestLosslessJpeg::flippedBitsNeverDoHarm()
         stream[bit / 8] ^= std::byte(1 << bit % 8);
         Samples decoded(samples.size());
         try {
-            QVERIFY(mlv::decodeLosslessJpeg(stream, decoded) <= stream.size());
-        } catch (const mlv::Error &) {
+            QVERIFY(raw::decodeLosslessJpeg(stream, decoded) <= stream.size());
+        } catch (const raw::Error &) {
             ++refused;
         }
     }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/huffmantable.h"
+#include "raw/huffmantable.h"
 
-#include "mlv/error.h"
+#include "raw/error.h"
 
 #include <algorithm>
 
-namespace mlv {
+namespace raw {
 namespace {
 
 constexpr int maxDifferenceSize = 16;
@@ -100,4 +100,4 @@ std::uint16_t HuffmanTable::decodeSlowly(BitReader &reader, bool &invalid) const
     return 0;
 }
 
-} // namespace mlv
+} // namespace raw

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "mlv/scandata.h"
+#include "raw/scandata.h"
 
 #include <QTest>
 
@@ -11,7 +11,7 @@ std::span<const std::byte> bytesOf(const QByteArray &bytes)
 }
 
 /// All pieces.
-QByteArray taken(mlv::ScanData &data)
+QByteArray taken(raw::ScanData &data)
 {
     QByteArray bytes;
     for (auto piece = data.next(); !piece.empty(); piece = data.next()) {
@@ -53,7 +53,7 @@ void TestScanData::dataEndsAtAMarkerAndLosesItsStuffing_data()
 void TestScanData::dataEndsAtAMarkerAndLosesItsStuffing()
 {
     QFETCH(QByteArray, stream);
-    mlv::ScanData data(bytesOf(stream));
+    raw::ScanData data(bytesOf(stream));
     QTEST(taken(data), "bytes");
     QTEST(static_cast<int>(data.position()), "storedSize");
 }
@@ -68,7 +68,7 @@ void TestScanData::everyPlaceOfAStuffedByteIsReadAlike()
         QByteArray stuffed = plain;
         stuffed.insert(place + 4, '\0');
         stuffed.insert(place + 1, '\0');
-        mlv::ScanData data(bytesOf(stuffed));
+        raw::ScanData data(bytesOf(stuffed));
         QVERIFY(taken(data) == plain);
     }
 }

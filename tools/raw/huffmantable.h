@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "mlv/bitreader.h"
+#include "raw/bitreader.h"
 
 #include <array>
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-namespace mlv {
+namespace raw {
 
 /// A Huffman table of a lossless JPEG stream: its symbols are the sizes of differences.
 class HuffmanTable
@@ -68,4 +68,4 @@ private:
     std::vector<Entry> m_entries;
 };
 
-} // namespace mlv
+} // namespace raw
