@@ -32,12 +32,17 @@ public:
     explicit PreviewWindow(int frames = 100)
         : FakeWindow(frames)
     {
-        // The frames of a preview are few.
-        setExtraction(QStringLiteral("case \"$*\" in *--renumber*) n=2 ;; *) n=%1 ;; esac\n"
-                                     "while [ $n -gt 0 ]; do n=$((n - 1)); "
-                                     "echo dng > \"$prefix$(printf '%06d' $n).dng\"; done; "
-                                     "echo Done")
-                          .arg(frames));
+        // Only the frames that are asked for, which by a survey keep their numbers.
+        setExtraction(QStringLiteral("first=${5%-*}; last=${5#*-}\n"
+                                     "case $5 in 0-0) last=%1 ;; *-*) ;; *) first=0 ;; esac\n"
+                                     "case \"$*\" in\n"
+                                     "*--write-survey*) last=-1 ;;\n"
+                                     "*--use-survey*) ;;\n"
+                                     "*) last=$((last - first)); first=0 ;;\nesac\n"
+                                     "while [ $first -le $last ]; do "
+                                     "echo dng > \"$prefix$(printf '%06d' $first).dng\"; "
+                                     "first=$((first + 1)); done; echo Done")
+                          .arg(frames - 1));
     }
 
     ImageView *image() const { return widget<ImageView>(QStringLiteral("imageView")); }
@@ -63,6 +68,8 @@ public:
     {
         QStringList frames;
         for (const QStringList &call : previewCalls(mlvDump)) {
+            if (call.contains(QLatin1String("--write-survey")))
+                continue;
             const QString range = call.value(call.indexOf(QLatin1String("-f")) + 1);
             if (frames.isEmpty() || frames.constLast() != range)
                 frames << range;
@@ -196,8 +203,8 @@ void TestPreviewWindow::unmeasuredFrameIsTold()
 {
     PreviewWindow window;
     const QString release = window.path(QStringLiteral("release"));
-    window.setExtraction(QStringLiteral("case \"$*\" in *recorded*) ;; "
-                                        "*) until [ -e '%1' ]; do sleep 0.01; done ;; esac\n%2")
+    window.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
+                                        "until [ -e '%1' ]; do sleep 0.01; done ;; esac\n%2")
                              .arg(release, FakeTools::extraction(1)));
     window.launch();
     window.add({a});

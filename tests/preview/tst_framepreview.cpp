@@ -87,6 +87,10 @@ private Q_SLOTS:
     void frameThatIsKeptIsShownAtOnce();
     void changedRecordingIsReadAgain();
     void unmeasuredRecordingIsShownQuickFirst();
+    void recordingIsMeasuredOnce();
+    void framesAreShownQuickWhileTheRecordingIsMeasured();
+    void failedSurveyTellsTheToolsReason();
+    void rowsAreBlendedByTheFramesOfTheMovie();
     void unreadableFrameTellsTheToolsReason();
     void missingToolIsTold();
     void crashedDeveloperIsTold();
@@ -136,11 +140,12 @@ void TestFramePreview::pixelsAreThoseOfTheFinishedFrame_data()
     QTest::addColumn<RawCorrections>("corrections");
     QTest::addColumn<bool>("calibrated");
     QTest::addColumn<bool>("merged");
+    QTest::addColumn<bool>("blended");
 
     const auto row = [](const char *name, const QString &options, const QString &choices,
                         const RawCorrections &corrections, bool calibrated = false,
-                        bool merged = false) {
-        QTest::newRow(name) << options << choices << corrections << calibrated << merged;
+                        bool merged = false, bool blended = false) {
+        QTest::newRow(name) << options << choices << corrections << calibrated << merged << blended;
     };
     RawCorrections repaired;
     repaired.pixelRepair = QStringLiteral("auto");
@@ -162,6 +167,8 @@ void TestFramePreview::pixelsAreThoseOfTheFinishedFrame_data()
         QStringLiteral("--repair-pixels auto --repair-columns"), repaired);
     row("clipped below the recorded white level", QStringLiteral("--clip 12000"), {}, none);
     row("neighbours merged", QStringLiteral("--hdr 2"), QStringLiteral("--hdr"), none, false, true);
+    row("rows blended", QStringLiteral("--dual-iso 100/1600"), QStringLiteral("--dual-iso"), none,
+        false, false, true);
 }
 
 void TestFramePreview::pixelsAreThoseOfTheFinishedFrame()
@@ -171,11 +178,13 @@ void TestFramePreview::pixelsAreThoseOfTheFinishedFrame()
     QFETCH(const RawCorrections, corrections);
     QFETCH(const bool, calibrated);
     QFETCH(const bool, merged);
+    QFETCH(const bool, blended);
     const QString clip =
         sample(QStringLiteral("clip.MLV"), QStringLiteral("--frames 5 ") + options);
     FrameRequest request{clip, 3, {}};
     request.settings.corrections = corrections;
     request.settings.mergesNeighbours = merged;
+    request.settings.blendsAlternatingRows = blended;
     if (calibrated) {
         request.settings.calibration.dark =
             sample(QStringLiteral("dark.MLV"), QStringLiteral("--frames 4 --dark --hot 40"));
@@ -272,6 +281,102 @@ void TestFramePreview::unmeasuredRecordingIsShownQuickFirst()
     QCOMPARE(shown.log, QStringList({QStringLiteral("2 quick"), QStringLiteral("2")}));
     QVERIFY(shown.last.image != quick);
     QCOMPARE(shown.last.image.size(), quick.size());
+}
+
+/// For any frame and any exposure, but not for another choice that it depends on.
+void TestFramePreview::recordingIsMeasuredOnce()
+{
+    FakeTools fakes(9);
+    const auto surveys = [&fakes] {
+        QList<QStringList> calls = fakes.tools.calls(QStringLiteral("mlv_dump"));
+        calls.removeIf([](const QStringList &call) {
+            return !call.contains(QLatin1String("--write-survey"));
+        });
+        return calls;
+    };
+    FramePreview preview;
+    Shown shown(preview);
+    FrameRequest request{QStringLiteral("/clip.MLV"), 1, {}};
+    preview.show(request);
+    QTRY_VERIFY(!preview.isAwaited());
+    QCOMPARE(surveys().size(), 1);
+    QCOMPARE(surveys().constFirst().mid(0, 5),
+             words(QStringLiteral("--dng /clip.MLV --no-cs -f 0-0")));
+    QVERIFY(!surveys().constFirst().contains(QLatin1String("--renumber")));
+    request.frame = 5;
+    request.settings.corrections.exposure = 1;
+    preview.show(request);
+    QTRY_VERIFY(!preview.isAwaited());
+    QCOMPARE(surveys().size(), 1);
+    QCOMPARE(shown.log,
+             QStringList({QStringLiteral("1 quick"), QStringLiteral("1"), QStringLiteral("5")}));
+    request.settings.corrections.whiteBalance = QStringLiteral("auto");
+    preview.show(request);
+    QTRY_VERIFY(!preview.isAwaited());
+    QCOMPARE(surveys().size(), 2);
+    QVERIFY(surveys().constLast().contains(QLatin1String("auto")));
+}
+
+void TestFramePreview::framesAreShownQuickWhileTheRecordingIsMeasured()
+{
+    FakeTools fakes(9);
+    const QString release = fakes.path(QStringLiteral("release"));
+    fakes.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
+                                       "until [ -e '%1' ]; do sleep 0.01; done ;; esac\n%2")
+                            .arg(release, FakeTools::extraction(9)));
+    FramePreview preview;
+    Shown shown(preview);
+    for (const quint64 frame : {1ULL, 4ULL, 7ULL}) {
+        preview.show({QStringLiteral("/clip.MLV"), frame, {}});
+        QTRY_COMPARE(shown.log.value(shown.log.size() - 1),
+                     QString::number(frame) + QStringLiteral(" quick"));
+    }
+    QFile file(release);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QTRY_VERIFY(!preview.isAwaited());
+    QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"), QStringLiteral("4 quick"),
+                                     QStringLiteral("7 quick"), QStringLiteral("7")}));
+}
+
+void TestFramePreview::failedSurveyTellsTheToolsReason()
+{
+    FakeTools fakes(1);
+    fakes.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
+                                       "echo '[ERROR] The survey cannot be written'; exit 1 ;; "
+                                       "esac\n%1")
+                            .arg(FakeTools::extraction(1)));
+    FramePreview preview;
+    Shown shown(preview);
+    preview.show({QStringLiteral("/clip.MLV"), 1, {}});
+    QTRY_VERIFY(!preview.isAwaited());
+    QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"),
+                                     QStringLiteral("1: The survey cannot be written")}));
+}
+
+void TestFramePreview::rowsAreBlendedByTheFramesOfTheMovie()
+{
+    const QString clip =
+        sample(QStringLiteral("clip.MLV"), QStringLiteral("--frames 12 --dual-iso 100/1600"));
+    FrameRequest request{clip, 6, {}};
+    request.settings.blendsAlternatingRows = true;
+    request.settings.frames = {4, 7};
+    CommandLine cli;
+    QVERIFY(cli.run({QStringLiteral("convert"), QStringLiteral("--keep-temp"),
+                     QStringLiteral("--temp-dir"), baseTemporaryDirectory(),
+                     QStringLiteral("--dual-iso"), QStringLiteral("--frames"),
+                     QStringLiteral("4-7"), clip}));
+    const TiffBitmap finished = TiffBitmap::read(work(QStringLiteral("clip.MLV/tmp000002.tiff")));
+    QVERIFY(!finished.isEmpty());
+    FramePreview preview;
+    Shown shown(preview);
+    preview.show(request);
+    QTRY_VERIFY(!preview.isAwaited());
+    QCOMPARE(shown.log.constLast(), QStringLiteral("6"));
+    QCOMPARE(shown.last.image, finished.toImage().convertToFormat(QImage::Format_RGB32));
+    request.frame = 10; // which the movie leaves out
+    preview.show(request);
+    QTRY_VERIFY(!preview.isAwaited());
+    QCOMPARE(shown.log.constLast(), QStringLiteral("10"));
 }
 
 void TestFramePreview::unreadableFrameTellsTheToolsReason()
