@@ -110,16 +110,19 @@ public:
     bool eventFilter(QObject *, QEvent *event) override
     {
         if (event->type() == QEvent::Paint && !m_view.image().isNull() &&
-            std::exchange(m_last, m_view.image().cacheKey()) != m_view.image().cacheKey())
+            m_view.image().cacheKey() != last) {
+            last = m_view.image().cacheKey();
             ++count;
+        }
         return false;
     }
 
     int count = 0;
+    qint64 last = 0;    // the picture that is being painted, or was painted last
+    qint64 awaited = 0; // the one that is waited for; 0: not there yet
 
 private:
     ImageView &m_view;
-    qint64 m_last = 0;
 };
 
 /// A window with recordings of 1920x1080 and 14 bits.
@@ -160,15 +163,23 @@ public:
     /// From the selection of each row, one after the other, to its first picture on the screen.
     std::vector<double> clicks()
     {
+        FramePreview &frames = find<PreviewPane>("previewPane")->frames();
         std::vector<double> times;
         for (int row = 0; row < recordings; ++row) {
             QElapsedTimer timer;
             timer.start();
-            const int before = m_painted->count;
+            const auto whenShown = [&](const FrameRequest &, const DevelopedFrame &frame) {
+                m_painted->awaited = frame.image.cacheKey();
+            };
+            const auto connection =
+                QObject::connect(&frames, &FramePreview::shown, &frames, whenShown);
+            m_painted->awaited = 0;
             find<QueueTableView>("queueTableView")->selectRow(row);
-            waitWhile([&] { return m_painted->count == before; });
+            waitWhile(
+                [&] { return m_painted->awaited == 0 || m_painted->last != m_painted->awaited; });
             times.push_back(milliseconds(timer));
-            waitUntilMeasured();
+            QObject::disconnect(connection);
+            waitWhile([&frames] { return frames.isAwaited(); });
         }
         return times;
     }
@@ -186,11 +197,6 @@ public:
         mouse.start(20ms);
         waitWhile([&timer] { return timer.elapsed() < 800; });
         return 1000 * (m_painted->count - before) / milliseconds(timer);
-    }
-
-    void waitUntilMeasured()
-    {
-        waitWhile([this] { return find<PreviewPane>("previewPane")->frames().isAwaited(); });
     }
 
 private:

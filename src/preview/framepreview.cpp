@@ -25,10 +25,12 @@ FramePreview::~FramePreview() = default;
 void FramePreview::show(const FrameRequest &request)
 {
     m_wanted = request;
-    m_wantsQuick = needsMeasuring(request);
+    const QByteArray survey = surveyOf(request);
+    m_wantsQuick = needsMeasuring(request) && !m_surveys.contains(survey);
+    if (m_surveyor.isBusy() && m_survey != survey)
+        m_surveyor.stop();
     // What is in work is let go unless it is a step of the same slider.
-    const bool isStep =
-        !m_isPicture && !needsMeasuring(m_current) && m_current.recording == request.recording;
+    const bool isStep = !m_isPicture && m_current.recording == request.recording;
     if (m_developer.isBusy() && !isStep)
         m_developer.stop();
     next();

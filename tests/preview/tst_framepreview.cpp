@@ -83,7 +83,9 @@ private Q_SLOTS:
     void pixelsAreThoseOfTheFinishedFrame_data();
     void pixelsAreThoseOfTheFinishedFrame();
     void newestRequestWins();
+    void frameInWorkOfTheSameRecordingIsShown_data();
     void frameInWorkOfTheSameRecordingIsShown();
+    void surveyOfARecordingThatIsLeftIsStopped();
     void frameThatIsKeptIsShownAtOnce();
     void changedRecordingIsReadAgain();
     void unmeasuredRecordingIsShownQuickFirst();
@@ -226,14 +228,47 @@ void TestFramePreview::newestRequestWins()
     QCOMPARE(shown.log, QStringList({QStringLiteral("4"), QStringLiteral("9")}));
 }
 
+void TestFramePreview::frameInWorkOfTheSameRecordingIsShown_data()
+{
+    QTest::addColumn<FrameRequest>("request");
+    QTest::newRow("nothing to measure") << unmeasured({});
+    QTest::newRow("measured") << FrameRequest{};
+}
+
 void TestFramePreview::frameInWorkOfTheSameRecordingIsShown()
 {
-    const QString clip = sample(QStringLiteral("clip.MLV"), QStringLiteral("--frames 9"));
+    QFETCH(FrameRequest, request);
+    request.recording = sample(QStringLiteral("clip.MLV"), QStringLiteral("--frames 9"));
     FramePreview preview;
     Shown shown(preview);
-    for (const quint64 frame : {1ULL, 2ULL, 5ULL, 9ULL})
-        preview.show(unmeasured(clip, frame));
-    QTRY_COMPARE(shown.log, QStringList({QStringLiteral("1"), QStringLiteral("9")}));
+    preview.show(request);
+    QTRY_VERIFY(!preview.isAwaited());
+    shown.log.clear();
+    for (const quint64 frame : {2ULL, 3ULL, 5ULL, 9ULL}) {
+        request.frame = frame;
+        preview.show(request);
+    }
+    QTRY_COMPARE(shown.log, QStringList({QStringLiteral("2"), QStringLiteral("9")}));
+}
+
+/// A card is clicked through: nothing goes on for a recording that was left.
+void TestFramePreview::surveyOfARecordingThatIsLeftIsStopped()
+{
+    FakeTools fakes(1);
+    fakes.setExtraction(QStringLiteral("case \"$*\" in *a.MLV*--write-survey*) "
+                                       "exec sleep 1000 ;; esac\n%1")
+                            .arg(FakeTools::extraction(1)));
+    const QString a = sample(QStringLiteral("a.MLV"), QStringLiteral("--frames 1"));
+    const QString b = sample(QStringLiteral("b.MLV"), QStringLiteral("--frames 1"));
+    FramePreview preview;
+    Shown shown(preview);
+    preview.show({a, 1, {}});
+    QTRY_VERIFY(runningChildren().contains(QStringLiteral("sleep")));
+    preview.show({b, 1, {}});
+    QVERIFY(!runningChildren().contains(QStringLiteral("sleep")));
+    QTRY_VERIFY(!preview.isAwaited());
+    QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"), QStringLiteral("1 quick"),
+                                     QStringLiteral("1")}));
 }
 
 void TestFramePreview::frameThatIsKeptIsShownAtOnce()
