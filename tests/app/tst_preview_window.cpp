@@ -20,6 +20,8 @@ using namespace filmwright;
 
 namespace {
 
+constexpr int patience = 60000; // milliseconds; a busy machine is no failure
+
 const QString a = QStringLiteral("a.MLV");
 const QString b = QStringLiteral("b.MLV");
 const QString mlvDump = QStringLiteral("mlv_dump");
@@ -59,8 +61,10 @@ public:
     }
     void waitForFrame() const
     {
-        QTRY_VERIFY(!image()->image().isNull() &&
-                    !widget<PreviewPane>(QStringLiteral("previewPane"))->frames().isAwaited());
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !image()->image().isNull() &&
+                !widget<PreviewPane>(QStringLiteral("previewPane"))->frames().isAwaited(),
+            patience);
     }
 
     /// The frames that mlv_dump was asked for, as it was told: "0", "4-4".
@@ -84,7 +88,7 @@ private:
 void activate(QWidget &window)
 {
     window.activateWindow();
-    QTRY_VERIFY(window.isActiveWindow());
+    QTRY_VERIFY_WITH_TIMEOUT(window.isActiveWindow(), patience);
 }
 
 } // namespace
@@ -209,11 +213,11 @@ void TestPreviewWindow::unmeasuredFrameIsTold()
     window.launch();
     window.add({a});
     window.select(a);
-    QTRY_COMPARE(window.note(), QStringLiteral("Measuring the recording…"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.note(), QStringLiteral("Measuring the recording…"), patience);
     QVERIFY(!window.image()->image().isNull());
     QFile file(release);
     QVERIFY(file.open(QIODevice::WriteOnly));
-    QTRY_COMPARE(window.note(), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(window.note(), QString(), patience);
 }
 
 void TestPreviewWindow::unreadableFrameTellsTheToolsReason()
@@ -224,8 +228,9 @@ void TestPreviewWindow::unreadableFrameTellsTheToolsReason()
     window.launch();
     window.add({a});
     window.select(a);
-    QTRY_COMPARE(window.image()->text(),
-                 QStringLiteral("The recording holds no frame that can be decoded"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.image()->text(),
+                              QStringLiteral("The recording holds no frame that can be decoded"),
+                              patience);
     QVERIFY(window.image()->image().isNull());
 }
 
@@ -237,7 +242,8 @@ void TestPreviewWindow::unusableRecordingTellsTheReason()
     window.launch();
     window.add({a});
     window.select(a);
-    QTRY_COMPARE(window.image()->text(), QStringLiteral("The recording is empty"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.image()->text(), QStringLiteral("The recording is empty"),
+                              patience);
     QVERIFY(window.previewCalls(mlvDump).isEmpty());
 }
 
@@ -253,7 +259,8 @@ void TestPreviewWindow::marksAreTheFramesOfTheMovie()
     window.trigger("setOutMenuItem");
     QCOMPARE(window.note(), QStringLiteral("Movie: 3-5"));
     QCOMPARE(window.slider()->selection(), (FrameSelection{3, 5}));
-    QTRY_COMPARE(window.stateView(1)->choices()->text(), QStringLiteral("Frames 3-5"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.stateView(1)->choices()->text(), QStringLiteral("Frames 3-5"),
+                              patience);
     window.show(b);
     QCOMPARE(window.note(), QString());
     window.show(a);
@@ -318,7 +325,7 @@ void TestPreviewWindow::marksStayAsTheyAreDuringABatch()
     window.pressStart();
     QVERIFY(!window.action(QStringLiteral("setInMenuItem"))->isEnabled());
     window.pressStart();
-    QTRY_VERIFY(window.action(QStringLiteral("setInMenuItem"))->isEnabled());
+    QTRY_VERIFY_WITH_TIMEOUT(window.action(QStringLiteral("setInMenuItem"))->isEnabled(), patience);
 }
 
 void TestPreviewWindow::exposureIsSeenAtOnce()
@@ -388,8 +395,9 @@ void TestPreviewWindow::calibrationIsSeen()
     window.add({a});
     window.show(a);
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
-    QTRY_VERIFY(window.previewCalls(mlvDump).constLast().contains(
-        window.temporary(QStringLiteral("dark.mlv"))));
+    QTRY_VERIFY_WITH_TIMEOUT(window.previewCalls(mlvDump).constLast().contains(
+                                 window.temporary(QStringLiteral("dark.mlv"))),
+                             patience);
     window.waitForFrame();
     window.widget<CustomTextField>(QStringLiteral("darkTextField"))->setFocus();
     QTest::keyClick(window.widget<QWidget>(QStringLiteral("darkTextField")), Qt::Key_Delete);
@@ -418,7 +426,7 @@ void TestPreviewWindow::batchIsShownWithoutASelection()
     window.launch();
     window.add({a});
     window.pressStart();
-    QTRY_COMPARE(window.image()->image().size(), QSize(4, 2));
+    QTRY_COMPARE_WITH_TIMEOUT(window.image()->image().size(), QSize(4, 2), patience);
     window.waitForEnd();
     QVERIFY(window.previewCalls(mlvDump).isEmpty());
 }
@@ -487,7 +495,7 @@ void TestPreviewWindow::nothingIsLeftAfterQuitting()
     window.launch();
     window.add({a});
     window.select(a);
-    QTRY_VERIFY(runningChildren().contains(QStringLiteral("sleep")));
+    QTRY_VERIFY_WITH_TIMEOUT(runningChildren().contains(QStringLiteral("sleep")), patience);
     window.quit();
     QCOMPARE(childProcesses(), children);
 }

@@ -18,6 +18,8 @@ using namespace filmwright;
 
 namespace {
 
+constexpr int patience = 60000; // milliseconds; a busy machine is no failure
+
 const QString size = QStringLiteral("--size 320x180 --fps 25 --no-sound ");
 
 QStringList words(const QString &text)
@@ -126,6 +128,7 @@ void TestFramePreview::init()
     QVERIFY(createPrivateFolder(temporary));
     qputenv("TMPDIR", temporary.toUtf8());
     qunsetenv("XDG_RUNTIME_DIR");
+    qputenv("FILMWRIGHT_RESOURCES", qgetenv("FILMWRIGHT_BUILD_RESOURCES"));
     QVERIFY(setBaseTemporaryDirectory(m_folder->filePath(QStringLiteral("work"))));
 }
 
@@ -209,7 +212,7 @@ void TestFramePreview::pixelsAreThoseOfTheFinishedFrame()
     FramePreview preview;
     Shown shown(preview);
     preview.show(request);
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log.constLast(), QStringLiteral("3"));
     QCOMPARE(shown.last.image, finished.toImage().convertToFormat(QImage::Format_RGB32));
     QCOMPARE(shown.last.histogram.channels[1].counts, histogramOf(finished).channels[1].counts);
@@ -224,7 +227,7 @@ void TestFramePreview::newestRequestWins()
     preview.show(unmeasured(a));
     for (quint64 frame = 4; frame <= 9; ++frame)
         preview.show(unmeasured(b, frame));
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("4"), QStringLiteral("9")}));
 }
 
@@ -242,13 +245,14 @@ void TestFramePreview::frameInWorkOfTheSameRecordingIsShown()
     FramePreview preview;
     Shown shown(preview);
     preview.show(request);
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     shown.log.clear();
     for (const quint64 frame : {2ULL, 3ULL, 5ULL, 9ULL}) {
         request.frame = frame;
         preview.show(request);
     }
-    QTRY_COMPARE(shown.log, QStringList({QStringLiteral("2"), QStringLiteral("9")}));
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log, QStringList({QStringLiteral("2"), QStringLiteral("9")}),
+                              patience);
 }
 
 /// A card is clicked through: nothing goes on for a recording that was left.
@@ -263,10 +267,10 @@ void TestFramePreview::surveyOfARecordingThatIsLeftIsStopped()
     FramePreview preview;
     Shown shown(preview);
     preview.show({a, 1, {}});
-    QTRY_VERIFY(runningChildren().contains(QStringLiteral("sleep")));
+    QTRY_VERIFY_WITH_TIMEOUT(runningChildren().contains(QStringLiteral("sleep")), patience);
     preview.show({b, 1, {}});
     QVERIFY(!runningChildren().contains(QStringLiteral("sleep")));
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"), QStringLiteral("1 quick"),
                                      QStringLiteral("1")}));
 }
@@ -277,10 +281,10 @@ void TestFramePreview::frameThatIsKeptIsShownAtOnce()
     FramePreview preview;
     Shown shown(preview);
     preview.show(unmeasured(clip, 2));
-    QTRY_COMPARE(shown.log.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 1, patience);
     const QImage image = shown.last.image;
     preview.show(unmeasured(clip, 3));
-    QTRY_COMPARE(shown.log.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 2, patience);
     preview.show(unmeasured(clip, 2));
     QCOMPARE(shown.log, words(QStringLiteral("2 3 2")));
     QCOMPARE(shown.last.image, image);
@@ -292,11 +296,11 @@ void TestFramePreview::changedRecordingIsReadAgain()
     FramePreview preview;
     Shown shown(preview);
     preview.show(unmeasured(clip));
-    QTRY_COMPARE(shown.log.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 1, patience);
     const QImage image = shown.last.image;
     QVERIFY(writeSample(clip, QStringLiteral("--frames 2 --no-sound --size 160x120")));
     preview.show(unmeasured(clip));
-    QTRY_COMPARE(shown.log.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 2, patience);
     QVERIFY(shown.last.image.size() != image.size());
 }
 
@@ -309,10 +313,10 @@ void TestFramePreview::unmeasuredRecordingIsShownQuickFirst()
     FrameRequest request{clip, 2, {}};
     request.settings.corrections.whiteBalance = QStringLiteral("auto");
     preview.show(request);
-    QTRY_COMPARE(shown.log.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 1, patience);
     QVERIFY(preview.isAwaited());
     const QImage quick = shown.last.image;
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("2 quick"), QStringLiteral("2")}));
     QVERIFY(shown.last.image != quick);
     QCOMPARE(shown.last.image.size(), quick.size());
@@ -333,7 +337,7 @@ void TestFramePreview::recordingIsMeasuredOnce()
     Shown shown(preview);
     FrameRequest request{QStringLiteral("/clip.MLV"), 1, {}};
     preview.show(request);
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(surveys().size(), 1);
     QCOMPARE(surveys().constFirst().mid(0, 5),
              words(QStringLiteral("--dng /clip.MLV --no-cs -f 0-0")));
@@ -341,13 +345,13 @@ void TestFramePreview::recordingIsMeasuredOnce()
     request.frame = 5;
     request.settings.corrections.exposure = 1;
     preview.show(request);
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(surveys().size(), 1);
     QCOMPARE(shown.log,
              QStringList({QStringLiteral("1 quick"), QStringLiteral("1"), QStringLiteral("5")}));
     request.settings.corrections.whiteBalance = QStringLiteral("auto");
     preview.show(request);
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(surveys().size(), 2);
     QVERIFY(surveys().constLast().contains(QLatin1String("auto")));
 }
@@ -363,12 +367,12 @@ void TestFramePreview::framesAreShownQuickWhileTheRecordingIsMeasured()
     Shown shown(preview);
     for (const quint64 frame : {1ULL, 4ULL, 7ULL}) {
         preview.show({QStringLiteral("/clip.MLV"), frame, {}});
-        QTRY_COMPARE(shown.log.value(shown.log.size() - 1),
-                     QString::number(frame) + QStringLiteral(" quick"));
+        QTRY_COMPARE_WITH_TIMEOUT(shown.log.value(shown.log.size() - 1),
+                                  QString::number(frame) + QStringLiteral(" quick"), patience);
     }
     QFile file(release);
     QVERIFY(file.open(QIODevice::WriteOnly));
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"), QStringLiteral("4 quick"),
                                      QStringLiteral("7 quick"), QStringLiteral("7")}));
 }
@@ -383,7 +387,7 @@ void TestFramePreview::failedSurveyTellsTheToolsReason()
     FramePreview preview;
     Shown shown(preview);
     preview.show({QStringLiteral("/clip.MLV"), 1, {}});
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"),
                                      QStringLiteral("1: The survey cannot be written")}));
 }
@@ -405,12 +409,12 @@ void TestFramePreview::rowsAreBlendedByTheFramesOfTheMovie()
     FramePreview preview;
     Shown shown(preview);
     preview.show(request);
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log.constLast(), QStringLiteral("6"));
     QCOMPARE(shown.last.image, finished.toImage().convertToFormat(QImage::Format_RGB32));
     request.frame = 10; // which the movie leaves out
     preview.show(request);
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log.constLast(), QStringLiteral("10"));
 }
 
@@ -424,7 +428,7 @@ void TestFramePreview::unreadableFrameTellsTheToolsReason()
     FramePreview preview;
     Shown shown(preview);
     preview.show({path, 1, {}});
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList{QStringLiteral(
                             "1 quick: The recording does not begin with an MLV file header")});
     QVERIFY(shown.last.image.isNull());
@@ -439,7 +443,7 @@ void TestFramePreview::missingToolIsTold()
     FramePreview preview;
     Shown shown(preview);
     preview.show(unmeasured(QStringLiteral("/clip.MLV")));
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     qputenv("PATH", path);
     QCOMPARE(shown.log, QStringList{QStringLiteral("1: mlv_dump could not be started")});
 }
@@ -451,7 +455,7 @@ void TestFramePreview::crashedDeveloperIsTold()
     FramePreview preview;
     Shown shown(preview);
     preview.show(unmeasured(QStringLiteral("/clip.MLV")));
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList{QStringLiteral("1: dcraw: no memory for it")});
 }
 
@@ -463,7 +467,7 @@ void TestFramePreview::picturesComeWhenNoFrameIsAskedFor()
     Shown shown(preview);
     preview.fetch({{a, 1, {}, FrameRequest::Small}, {b, 2, {}, FrameRequest::Small}});
     preview.show(unmeasured(b, 3));
-    QTRY_COMPARE(shown.log.size(), 3);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 3, patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("3"), QStringLiteral("1 small"),
                                      QStringLiteral("2 small")}));
     QCOMPARE(shown.last.image.size(), QSize(160, 90));
@@ -476,7 +480,7 @@ void TestFramePreview::picturesThatAreReplacedAreNotMade()
     Shown shown(preview);
     preview.fetch({{clip, 1, {}, FrameRequest::Small}, {clip, 2, {}, FrameRequest::Small}});
     preview.fetch({{clip, 4, {}, FrameRequest::Small}});
-    QTRY_VERIFY(shown.log.contains(QStringLiteral("4 small")));
+    QTRY_VERIFY_WITH_TIMEOUT(shown.log.contains(QStringLiteral("4 small")), patience);
     QVERIFY(!shown.log.contains(QStringLiteral("2 small")));
 }
 
@@ -498,7 +502,7 @@ void TestFramePreview::nothingIsLeftAtTheEnd()
         FrameRequest request = unmeasured(QStringLiteral("/clip.MLV"));
         request.settings.blendsAlternatingRows = hanging == QLatin1String("cr2hdr");
         preview.show(request);
-        QTRY_VERIFY(runningChildren().contains(QStringLiteral("sleep")));
+        QTRY_VERIFY_WITH_TIMEOUT(runningChildren().contains(QStringLiteral("sleep")), patience);
         QCOMPARE(folders().size(), 2);
     }
     QCOMPARE(childProcesses(), children);
