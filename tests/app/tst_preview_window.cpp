@@ -106,7 +106,9 @@ private Q_SLOTS:
     void unmeasuredFrameIsTold();
     void unreadableFrameTellsTheToolsReason();
     void unusableRecordingTellsTheReason();
+    void reasonTakesThePlaceOfAConvertedFrame();
     void marksAreTheFramesOfTheMovie();
+    void marksChangeHowRowsAreBlended();
     void marksExcludeNothingByMistake();
     void marksAreSetByKeys();
     void marksStayAsTheyAreDuringABatch();
@@ -247,6 +249,22 @@ void TestPreviewWindow::unusableRecordingTellsTheReason()
     QVERIFY(window.previewCalls(mlvDump).isEmpty());
 }
 
+void TestPreviewWindow::reasonTakesThePlaceOfAConvertedFrame()
+{
+    PreviewWindow window(1);
+    window.setBeforeReport(
+        QStringLiteral("case \"$recording\" in *b.MLV) echo '[UNUSABLE] The recording is empty'; "
+                       "echo Processed 0; echo Done; exit 1 ;; esac"));
+    window.launch();
+    window.add({a, b});
+    window.pressStart();
+    window.waitForEnd();
+    QVERIFY(!window.image()->image().isNull());
+    window.select(b);
+    QVERIFY(window.image()->image().isNull());
+    QCOMPARE(window.image()->text(), QStringLiteral("The recording is empty"));
+}
+
 void TestPreviewWindow::marksAreTheFramesOfTheMovie()
 {
     PreviewWindow window(12);
@@ -273,6 +291,30 @@ void TestPreviewWindow::marksAreTheFramesOfTheMovie()
             ranges << call.at(4);
     }
     QCOMPARE(ranges, QStringList({QStringLiteral("2-4"), QStringLiteral("0-0")}));
+}
+
+/// Rows are blended by what the frames of the movie have in common.
+void TestPreviewWindow::marksChangeHowRowsAreBlended()
+{
+    PreviewWindow window;
+    window.launch();
+    window.add({a});
+    window.select(a);
+    window.trigger("blendRowsMenuItem");
+    window.waitForFrame();
+    const auto surveyed = [&window] {
+        QStringList ranges;
+        for (const QStringList &call : window.previewCalls(mlvDump)) {
+            if (call.contains(QLatin1String("--survey-frames")))
+                ranges << call.at(4);
+        }
+        return ranges;
+    };
+    QCOMPARE(surveyed(), QStringList{QStringLiteral("0-0")});
+    window.slider()->setValue(50);
+    window.trigger("setInMenuItem");
+    window.waitForFrame();
+    QCOMPARE(surveyed(), QStringList({QStringLiteral("0-0"), QStringLiteral("49-0")}));
 }
 
 void TestPreviewWindow::marksExcludeNothingByMistake()
