@@ -128,11 +128,13 @@ void AppDelegate::connectWindow()
         for (MLVProjectController *project : selectedProjects())
             project->setDualISO(checked);
         m_ui->queueTableView->reloadData();
+        updatePreview();
     });
     connect(m_ui->blendRowsMenuItem, &QAction::triggered, this, [this](bool checked) {
         for (MLVProjectController *project : selectedProjects())
             project->setBlendsAlternatingRows(checked);
         m_ui->queueTableView->reloadData();
+        updatePreview();
     });
 
     connect(m_ui->darkButton, &QPushButton::clicked, this, &AppDelegate::openDark);
@@ -181,6 +183,7 @@ void AppDelegate::connectWindow()
         [this](const QList<QUrl> &urls) { return acceptDrop(urls); },
         [this](bool over) { m_ui->queueTableView->showDropHighlight(over); });
     takeCalibrationDrops();
+    connectPreview();
 }
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)

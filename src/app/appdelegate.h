@@ -255,6 +255,12 @@ private:
     void verifySelected();
     void verificationChanged();
 
+    void connectPreview();
+    void updatePreview();
+    const MLVProjectController *previewedProject() const;
+    ConversionSettings previewSettings(const MLVProjectController &project) const;
+    void takeMarks(const FrameSelection &selection);
+
     AlertQueue m_alerts;
     OpenPanel &m_panel;
     std::unique_ptr<QMainWindow> m_window;

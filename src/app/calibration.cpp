@@ -175,6 +175,7 @@ void AppDelegate::hidePreprocessingPanel()
     m_preprocessUi->preprocessProgress->stopAnimation();
     m_preprocessPanel->setResult(0);
     m_preprocessPanel->hide();
+    updatePreview();
 }
 
 void AppDelegate::processingDarkFinished(MlvDumpTask &task)
@@ -309,6 +310,7 @@ void AppDelegate::fieldDeleted(CustomTextField &field)
         removeFromTemporaryDirectory(averagedFlatDarkName);
         removeFromTemporaryDirectory(substractedFlatName);
     }
+    updatePreview();
 }
 
 void AppDelegate::error(const QString &error, MlvDumpTask &)

@@ -13,11 +13,21 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <algorithm>
+
 using namespace filmwright;
 
 namespace {
 
 constexpr QPoint dropPlace(5, 5);
+
+/// Frames of the preview have a folder of their own.
+bool isForPreview(const QStringList &call)
+{
+    return std::any_of(call.cbegin(), call.cend(), [](const QString &argument) {
+        return argument.contains(QLatin1String("/filmwright-preview-"));
+    });
+}
 
 std::unique_ptr<QMimeData> dragged(const QStringList &paths)
 {
@@ -187,6 +197,20 @@ void FakeWindow::select(const QString &name)
 QString FakeWindow::temporary(const QString &name) const
 {
     return QDir(temporaryDirectory()).filePath(name);
+}
+
+QList<QStringList> FakeWindow::conversionCalls(const QString &tool) const
+{
+    QList<QStringList> calls = tools.calls(tool);
+    calls.removeIf(isForPreview);
+    return calls;
+}
+
+QList<QStringList> FakeWindow::previewCalls(const QString &tool) const
+{
+    QList<QStringList> calls = tools.calls(tool);
+    calls.removeIf([](const QStringList &call) { return !isForPreview(call); });
+    return calls;
 }
 
 QStringList FakeWindow::queue() const
