@@ -141,8 +141,9 @@ public:
     void showCalibrationHelp();
     void hideCalibrationHelp();
     void error(const QString &error, MlvDumpTask &forTask) override;
+    /// A calibration recording was read (calibrationfit.cpp).
+    void metaExtractionFinished(MlvDumpTask &task) override;
     // A calibration run has none of these ends.
-    void metaExtractionFinished(MlvDumpTask &) override {}
     void dngExtractionFinished(MlvDumpTask &) override {}
     void dngExtractionAborted(MlvDumpTask &) override {}
 
@@ -235,6 +236,13 @@ private:
     void askUserForOverwrite(const MlvDumpTask &task, const CalibrationKind &kind);
     void checkPreprocessTask();
     void cancelPreprocessing();
+    std::shared_ptr<MlvDumpTask> makeCalibrationTask();
+
+    void readCalibration(const QString &recording);
+    QString calibrationShape(const QString &recording) const;
+    void tellUnfitFor(const QString &calibrationRecording);
+    QStringList misfits(const MLVProjectController &project) const;
+    void tellMisfits();
 
     MLVProjectController &projectAtRow(int row) const;
     int rowOf(std::size_t place) const;
@@ -281,6 +289,7 @@ private:
     std::shared_ptr<MlvDumpTask> m_preprocessTask;
 
     const CalibrationKind *m_lastCalibration = nullptr; // the one that was chosen last
+    std::map<QString, std::shared_ptr<MlvDumpTask>> m_calibrationReports; // by recording
     std::map<const MLVProjectController *, std::unique_ptr<RecordingRun>> m_runs;
     std::vector<RemovedRecording> m_removed;   // last, for an undo
     std::vector<const RecordingRun *> m_batch; // those launched, the running one last

@@ -211,9 +211,10 @@ QWidget *AppDelegate::viewForTableColumn(QueueTableView &tableView, const QStrin
         const RecordingOutcome &outcome = runOf(project).outcome();
         const CheckResult checked =
             m_verifications.result(project.mlvPath()).value_or(CheckResult());
-        view->setOutcome(outcome.result == RecordingOutcome::Finished,
-                         (outcome.problems() + checked.problems()).join(QLatin1Char('\n')),
-                         (outcome.notes + checked.remarks).join(QLatin1Char('\n')));
+        view->setOutcome(
+            outcome.result == RecordingOutcome::Finished,
+            (outcome.problems() + checked.problems()).join(QLatin1Char('\n')),
+            (misfits(project) + outcome.notes + checked.remarks).join(QLatin1Char('\n')));
         showMode(*view->progressIndicator(), project.mlvProjectMode());
         return view;
     }
@@ -239,7 +240,7 @@ QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
     if (column == QLatin1String("State")) {
         const RecordingRun &run = runOf(project);
         QStringList texts = QStringList{project.state()} + choicesFor(project);
-        texts += run.outcome().problems() + run.outcome().notes +
+        texts += misfits(project) + run.outcome().problems() + run.outcome().notes +
                  calibrationTexts(run.settings().calibration);
         if (const QString state = m_verifications.stateText(project.mlvPath()); !state.isEmpty())
             texts << state;
@@ -352,8 +353,8 @@ void AppDelegate::updateDetails()
     QList<RecordingFact> facts = recordingFacts(project.metadata());
     const RecordingRun &run = runOf(project);
     const CheckResult checked = m_verifications.result(project.mlvPath()).value_or(CheckResult());
-    QStringList warnings = run.outcome().problems() + run.outcome().notes + project.warnings() +
-                           project.notes() + checked.sentences();
+    QStringList warnings = misfits(project) + run.outcome().problems() + run.outcome().notes +
+                           project.warnings() + project.notes() + checked.sentences();
     warnings.removeDuplicates();
     const auto add = [&facts](const QString &name, const QStringList &values) {
         if (!values.isEmpty())
