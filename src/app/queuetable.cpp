@@ -221,6 +221,8 @@ QWidget *AppDelegate::viewForTableColumn(QueueTableView &tableView, const QStrin
     if (column == QLatin1String("Show")) {
         auto *view = tableView.makeView<ShowInFinderTableCellView>(column, row);
         view->setController(&project);
+        connect(view, &ShowInFinderTableCellView::notShown, m_ui->statusTextField,
+                &StatusLine::tell, Qt::UniqueConnection);
         return view;
     }
     return nullptr;
@@ -420,7 +422,8 @@ void AppDelegate::showSelected()
 {
     const std::vector<MLVProjectController *> selected = selectedProjects();
     if (!selected.empty())
-        revealFile(selected.front()->mlvPath());
+        revealFile(selected.front()->mlvPath(), this,
+                   [this](const QString &problem) { m_ui->statusTextField->tell(problem); });
 }
 
 } // namespace filmwright

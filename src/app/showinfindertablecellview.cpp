@@ -27,7 +27,8 @@ ShowInFinderTableCellView::ShowInFinderTableCellView(QWidget *parent)
 void ShowInFinderTableCellView::openFile()
 {
     if (m_controller)
-        revealFile(m_controller->mlvPath());
+        revealFile(m_controller->mlvPath(), this,
+                   [this](const QString &problem) { Q_EMIT notShown(problem); });
 }
 
 } // namespace filmwright
