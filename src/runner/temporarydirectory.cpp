@@ -7,6 +7,7 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <QStorageInfo>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -48,6 +49,14 @@ QString userTemporaryFolder()
     if (!chosen.isEmpty() && isOwnAndClosed(chosen))
         return chosen;
     return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+}
+
+QString fastTemporaryFolder(qint64 bytes)
+{
+    const QString inMemory = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    const bool suits = !inMemory.isEmpty() && isOwnAndClosed(inMemory) &&
+                       QStorageInfo(inMemory).bytesAvailable() >= bytes;
+    return suits ? inMemory : userTemporaryFolder();
 }
 
 QString temporaryDirectoryIn(const QString &base)

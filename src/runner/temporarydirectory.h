@@ -12,6 +12,10 @@ namespace filmwright {
 /// user's cache folder, because frames need a real disk and must not be readable by others.
 QString userTemporaryFolder();
 
+/// For files that live for moments: $XDG_RUNTIME_DIR, which is in memory, when it is the user's
+/// own, closed to others and has room for so many bytes, else userTemporaryFolder().
+QString fastTemporaryFolder(qint64 bytes);
+
 /// The working directory, derived anew at each call: the base joined with "FilmwrightTmp", or,
 /// while no base is set, the per-user temporary folder joined with "Filmwright". It isn't created
 /// here; who writes into it creates it.

@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -22,6 +23,8 @@ private Q_SLOTS:
 
     void closedTmpdirIsTheUserFolder();
     void openTmpdirGivesTheCacheFolder();
+    void fastFolderIsInMemoryWhenItIsClosedAndHasRoom();
+    void fastFolderIsElseTheUserFolder();
     void withoutBaseTheDirectoryIsInTheUserFolder();
     void withBaseTheDirectoryHasItsOwnName();
     void baseThatEndsWithASeparatorGivesNoDoubledSeparator();
@@ -59,6 +62,24 @@ void TestTemporaryDirectory::openTmpdirGivesTheCacheFolder()
     QVERIFY(chmod(QFile::encodeName(m_folder->path()).constData(), 0755) == 0);
     qputenv("XDG_CACHE_HOME", "/somewhere/cache");
     QCOMPARE(userTemporaryFolder(), QStringLiteral("/somewhere/cache"));
+}
+
+void TestTemporaryDirectory::fastFolderIsInMemoryWhenItIsClosedAndHasRoom()
+{
+    const QTemporaryDir inMemory;
+    qputenv("XDG_RUNTIME_DIR", inMemory.path().toUtf8());
+    QCOMPARE(fastTemporaryFolder(1), inMemory.path());
+    QCOMPARE(fastTemporaryFolder(std::numeric_limits<qint64>::max()), m_folder->path());
+    QVERIFY(chmod(QFile::encodeName(inMemory.path()).constData(), 0755) == 0);
+    QCOMPARE(fastTemporaryFolder(1), m_folder->path());
+}
+
+void TestTemporaryDirectory::fastFolderIsElseTheUserFolder()
+{
+    qunsetenv("XDG_RUNTIME_DIR");
+    QCOMPARE(fastTemporaryFolder(1), m_folder->path());
+    qputenv("XDG_RUNTIME_DIR", "/there/is/none");
+    QCOMPARE(fastTemporaryFolder(1), m_folder->path());
 }
 
 void TestTemporaryDirectory::withoutBaseTheDirectoryIsInTheUserFolder()
