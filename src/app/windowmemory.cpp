@@ -5,7 +5,6 @@
 #include "runner/userdefaults.h"
 #include "ui_mainwindow.h"
 
-#include <QHeaderView>
 #include <QScreen>
 
 namespace filmwright {
@@ -45,20 +44,27 @@ void WindowMemory::restore() const
     // One that is gone leaves the first item, none.
     m_ui.movieRecipePopUpButton->setCurrentIndex(
         qMax(0, m_ui.movieRecipePopUpButton->findData(stored.value(recipeKey).toString())));
-    QHeaderView *header = m_ui.queueTableView->horizontalHeader();
     const int letter = m_window.fontMetrics().averageCharWidth();
-    int column = 0;
-    for (const int letters : {24, 22, 22, 22, 7})
-        header->resizeSection(column++, letters * letter);
-    header->restoreState(stored.value(columnsKey).toByteArray());
+    QList<int> widths;
+    for (const int letters : {24, 22, 20, 22, 6})
+        widths << letters * letter;
+    QMap<int, int> chosen;
+    const QVariantMap columns = stored.value(columnsKey).toMap();
+    for (auto column = columns.cbegin(); column != columns.cend(); ++column)
+        chosen.insert(column.key().toInt(), column.value().toInt());
+    m_ui.queueTableView->setColumnWidths(widths, chosen);
 }
 
 void WindowMemory::save() const
 {
+    QVariantMap columns;
+    const QMap<int, int> chosen = m_ui.queueTableView->chosenWidths();
+    for (auto column = chosen.cbegin(); column != chosen.cend(); ++column)
+        columns.insert(QString::number(column.key()), column.value());
     setUserDefaultsValue(
         QVariantMap{{geometryKey, m_window.saveGeometry()},
                     {splitterKey, m_ui.splitter->saveState()},
-                    {columnsKey, m_ui.queueTableView->horizontalHeader()->saveState()},
+                    {columnsKey, columns},
                     {formatKey, m_ui.movieFormatPopUpButton->currentIndex()},
                     {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()},
                     {repairPixelsKey, m_ui.repairPixelsCheckBox->isChecked()},
