@@ -10,8 +10,10 @@
 #include "app/windowmemory.h"
 #include "desktop/suspendinhibitor.h"
 #include "mlvdump/mlvdumptask.h"
+#include "preview/framepreview.h"
 #include "project/batchprogress.h"
 #include "project/moviespace.h"
+#include "project/recordingfiles.h"
 #include "project/recordingrun.h"
 #include "runner/directorylock.h"
 
@@ -40,6 +42,7 @@ namespace filmwright {
 
 class DetailsWindow;
 class DevelopmentDialog;
+class RowPictures;
 
 /// The window and everything that a person does with it: the queue, the batch that runs through it,
 /// the calibration recordings, the preferences. Each of these is a source file of its own.
@@ -152,6 +155,7 @@ public:
     int numberOfRowsInTableView(QueueTableView &tableView) const override;
     QString objectValueForTableColumn(const QString &column, int row) const override;
     QWidget *viewForTableColumn(QueueTableView &tableView, const QString &column, int row) override;
+    QIcon pictureForRow(int row) const override;
     QString toolTipForTableColumn(const QString &column, int row) const override;
     /// For a table that draws its cells itself; takes the rows in the order of the list.
     void willDisplayCell(QLabel &cell, const QString &forTableColumn, int row) const;
@@ -170,6 +174,7 @@ private:
 
     void connectWindow();
     void restoreWorkers();
+    void restorePictures();
     void restoreTemporaryFolder();
     void tellUnusableTemporaryFolder();
     void tellTemporaryDirectory();
@@ -260,6 +265,8 @@ private:
     void updateDetails();
     QStringList logOf(const MLVProjectController &project) const;
     void showSelected();
+    void showPictures();
+    void connectPictures();
     void verifySelected();
     void verificationChanged();
 
@@ -298,6 +305,7 @@ private:
     QString m_movieFolder;          // empty: beside the recordings
     int m_batchNumber = 0;
     qsizetype m_duplicates = 0;         // of the last adding
+    FolderListing m_listing;            // of the folders that are being added from
     bool m_stopped = false;             // the last batch was
     bool m_waitsForCalibration = false; // the next recording of the batch
     DirectoryLock m_directoryLock;
@@ -305,6 +313,8 @@ private:
     std::unique_ptr<QMenu> m_rowMenu;
     std::unique_ptr<DetailsWindow> m_details;
     VerificationQueue m_verifications;
+    FramePreview m_frames;
+    std::unique_ptr<RowPictures> m_pictures;
     BatchProgress m_progress;
     SuspendInhibitor m_suspendInhibitor;
     QTimer m_statusTimer;

@@ -6,6 +6,8 @@
 #include <QGridLayout>
 #include <QStyle>
 
+#include <utility>
+
 namespace filmwright {
 
 ProgressTableCellView::ProgressTableCellView(QWidget *parent)
@@ -53,13 +55,17 @@ void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure
                                         : isNoted ? QStyle::SP_MessageBoxInformation
                                                   : QStyle::SP_DialogApplyButton;
     const QString description = failed ? failure : notes;
-    const int size = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
-    m_mark->setPixmap(style()->standardIcon(icon).pixmap(size, size));
+    const bool isMarked = failed || movieWritten || isNoted;
+    // Themes read icons from files; the view is asked for with every change of any row.
+    if (isMarked && std::exchange(m_shownMark, icon) != icon) {
+        const int size = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
+        m_mark->setPixmap(style()->standardIcon(icon).pixmap(size, size));
+    }
     m_mark->setAccessibleName(failed         ? QStringLiteral("Failed")
                               : movieWritten ? QStringLiteral("Movie written")
                                              : QStringLiteral("Note"));
     m_mark->setAccessibleDescription(description);
-    m_mark->setVisible(failed || movieWritten || isNoted);
+    m_mark->setVisible(isMarked);
     setToolTip(description.isEmpty() ? QString()
                                      : Qt::convertFromPlainText(description, Qt::WhiteSpaceNormal));
 }

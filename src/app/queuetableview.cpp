@@ -17,7 +17,7 @@ namespace {
 constexpr int linesPerRow = 3;
 constexpr int rowPadding = 10;
 /// Of each column, in average letters.
-constexpr std::array leastLetters{24, 10, 14, 22, 5};
+constexpr std::array leastLetters{16, 10, 14, 22, 5};
 
 } // namespace
 
@@ -77,9 +77,7 @@ void QueueTableView::updateVisibleViews()
     // The queue may have changed and not been told of yet; the views come with the news.
     if (!m_dataSource || rows == 0 || rows != m_dataSource->numberOfRowsInTableView(*this))
         return;
-    const int below = rowAt(viewport()->height() - 1);
-    const int first = qMax(rowAt(0), 0);
-    const int last = below < 0 ? m_model.rowCount() - 1 : below;
+    const auto [first, last] = rowsInSight();
     for (const QPersistentModelIndex &index : std::as_const(m_cellsWithViews)) {
         if (index.isValid() && (index.row() < first || index.row() > last))
             setIndexWidget(index, nullptr);
@@ -92,6 +90,18 @@ void QueueTableView::updateVisibleViews()
         }
     }
     showSelection();
+    Q_EMIT rowsInSightChanged();
+}
+
+std::pair<int, int> QueueTableView::rowsInSight() const
+{
+    const int below = rowAt(viewport()->height() - 1);
+    return {qMax(rowAt(0), 0), below < 0 ? m_model.rowCount() - 1 : below};
+}
+
+void QueueTableView::updatePicture(int row)
+{
+    update(m_model.index(row, 0));
 }
 
 /// Texts of views take the colour that goes with the background behind them.
@@ -130,7 +140,9 @@ void QueueTableView::reset()
 
 void QueueTableView::fitRowHeight()
 {
-    verticalHeader()->setDefaultSectionSize(linesPerRow * fontMetrics().lineSpacing() + rowPadding);
+    const int lines = linesPerRow * fontMetrics().lineSpacing();
+    verticalHeader()->setDefaultSectionSize(lines + rowPadding);
+    setIconSize({lines * 16 / 9, lines}); // the pictures'
 }
 
 void QueueTableView::setColumnWidths(const QList<int> &usual, const QMap<int, int> &chosen)
@@ -143,8 +155,9 @@ void QueueTableView::setColumnWidths(const QList<int> &usual, const QMap<int, in
 /// Those that give way do so from left to right.
 void QueueTableView::fillWidth()
 {
-    const auto least = [letter = fontMetrics().averageCharWidth()](int column) {
-        return leastLetters.at(static_cast<std::size_t>(column)) * letter;
+    const auto least = [this](int column) {
+        const int letters = leastLetters.at(static_cast<std::size_t>(column));
+        return letters * fontMetrics().averageCharWidth() + (column == 0 ? iconSize().width() : 0);
     };
     const auto wanted = [this](int column) {
         return m_chosenWidths.value(column, m_usualWidths.at(column));

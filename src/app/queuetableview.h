@@ -39,6 +39,11 @@ public:
     void setColumnWidths(const QList<int> &usual, const QMap<int, int> &chosen);
     QMap<int, int> chosenWidths() const { return m_chosenWidths; }
 
+    /// The first and the last row that can be seen; the last is before the first without any.
+    std::pair<int, int> rowsInSight() const;
+    /// The picture of a row has changed.
+    void updatePicture(int row);
+
     /// That something may be dropped now.
     void showDropHighlight(bool shown);
 
@@ -46,6 +51,8 @@ public:
 
 Q_SIGNALS:
     void selectedRowsChanged();
+    /// After a change of the rows, too.
+    void rowsInSightChanged();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
