@@ -129,11 +129,13 @@ void AppDelegate::connectWindow()
         for (MLVProjectController *project : selectedProjects())
             project->setDualISO(checked);
         m_ui->queueTableView->reloadData();
+        updatePreview();
     });
     connect(m_ui->blendRowsMenuItem, &QAction::triggered, this, [this](bool checked) {
         for (MLVProjectController *project : selectedProjects())
             project->setBlendsAlternatingRows(checked);
         m_ui->queueTableView->reloadData();
+        updatePreview();
     });
 
     connect(m_ui->darkButton, &QPushButton::clicked, this, &AppDelegate::openDark);
@@ -183,6 +185,7 @@ void AppDelegate::connectWindow()
         [this](bool over) { m_ui->queueTableView->showDropHighlight(over); });
     takeCalibrationDrops();
     connectPictures();
+    connectPreview();
 }
 
 bool AppDelegate::eventFilter(QObject *watched, QEvent *event)

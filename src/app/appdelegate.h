@@ -10,7 +10,6 @@
 #include "app/windowmemory.h"
 #include "desktop/suspendinhibitor.h"
 #include "mlvdump/mlvdumptask.h"
-#include "preview/framepreview.h"
 #include "project/batchprogress.h"
 #include "project/moviespace.h"
 #include "project/recordingfiles.h"
@@ -270,6 +269,12 @@ private:
     void verifySelected();
     void verificationChanged();
 
+    void connectPreview();
+    void updatePreview();
+    const MLVProjectController *previewedProject() const;
+    ConversionSettings previewSettings(const MLVProjectController &project) const;
+    void takeMarks(const FrameSelection &selection);
+
     AlertQueue m_alerts;
     OpenPanel &m_panel;
     std::unique_ptr<QMainWindow> m_window;
@@ -313,7 +318,6 @@ private:
     std::unique_ptr<QMenu> m_rowMenu;
     std::unique_ptr<DetailsWindow> m_details;
     VerificationQueue m_verifications;
-    FramePreview m_frames;
     std::unique_ptr<RowPictures> m_pictures;
     BatchProgress m_progress;
     SuspendInhibitor m_suspendInhibitor;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The batch: every recording of the queue, one after the other, in the order of the list.
 #include "app/appdelegate.h"
-#include "app/imageview.h"
 #include "app/plaintext.h"
+#include "app/previewpane.h"
 #include "app/progressindicator.h"
 #include "app/queuetableview.h"
 #include "app/statusline.h"
@@ -132,6 +132,7 @@ ConversionSettings AppDelegate::settingsFor(const MLVProjectController &controll
     settings.corrections.repairsColumns = m_ui->repairColumnsCheckBox->isChecked();
     settings.corrections.exposure = controller.rawCorrections().exposure;
     settings.corrections.whiteBalance = controller.rawCorrections().whiteBalance;
+    settings.frames = controller.frameSelection();
     settings.mergesNeighbours = controller.dualISO();
     settings.blendsAlternatingRows = controller.blendsAlternatingRows();
     settings.workers = m_prefUi->prefWorkersField->value();
@@ -220,6 +221,7 @@ void AppDelegate::controllerUpdated(MLVProjectController &)
     endReadingWhenAllAreRead();
     m_ui->queueTableView->reloadData();
     updateDetails();
+    updatePreview();
 }
 
 void AppDelegate::endReadingWhenAllAreRead()
@@ -238,7 +240,7 @@ void AppDelegate::endReadingWhenAllAreRead()
 
 void AppDelegate::imageRGBReceived(const QImage &image, MLVProjectController &)
 {
-    m_ui->imageView->setImage(image);
+    m_ui->previewPane->showConverted(image);
 }
 
 void AppDelegate::controllerWorkFinished(MLVProjectController &)

@@ -179,6 +179,7 @@ void AppDelegate::hidePreprocessingPanel()
     m_preprocessUi->preprocessProgress->stopAnimation();
     m_preprocessPanel->setResult(0);
     m_preprocessPanel->hide();
+    updatePreview();
 }
 
 void AppDelegate::processingDarkFinished(MlvDumpTask &task)
@@ -314,6 +315,7 @@ void AppDelegate::fieldDeleted(CustomTextField &field)
         removeFromTemporaryDirectory(substractedFlatName);
     }
     m_ui->queueTableView->reloadData();
+    updatePreview();
 }
 
 void AppDelegate::error(const QString &error, MlvDumpTask &forTask)

@@ -34,6 +34,8 @@ DevelopmentDialog::DevelopmentDialog(QWidget *parent)
             &DevelopmentDialog::showWhatIsChosen);
     connect(m_ui->multipliersField, &QLineEdit::textChanged, this,
             &DevelopmentDialog::showWhatIsChosen);
+    connect(m_ui->exposureField, &QDoubleSpinBox::valueChanged, this, &DevelopmentDialog::changed);
+    connect(m_ui->temperatureField, &QSpinBox::valueChanged, this, &DevelopmentDialog::changed);
     connect(m_ui->developmentButtons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(m_ui->developmentButtons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(m_ui->developmentButtons->button(QDialogButtonBox::RestoreDefaults),
@@ -83,6 +85,7 @@ void DevelopmentDialog::showWhatIsChosen()
     const QString chosen = whiteBalance();
     m_ui->developmentButtons->button(QDialogButtonBox::Ok)
         ->setEnabled(item == CamerasItem || isWhiteBalance(chosen));
+    Q_EMIT changed();
 }
 
 } // namespace filmwright

@@ -25,6 +25,10 @@ public:
     double exposure() const;
     QString whiteBalance() const;
 
+Q_SIGNALS:
+    /// The person has changed a choice.
+    void changed();
+
 private:
     void showWhatIsChosen();
 

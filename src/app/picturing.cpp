@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The pictures in the queue's rows.
 #include "app/appdelegate.h"
+#include "app/previewpane.h"
 #include "app/queuetableview.h"
 #include "app/rowpictures.h"
 #include "ui_mainwindow.h"
@@ -23,7 +24,7 @@ QColor placeholderColour(const QWidget &table)
 
 void AppDelegate::connectPictures()
 {
-    m_pictures = std::make_unique<RowPictures>(m_frames);
+    m_pictures = std::make_unique<RowPictures>(m_ui->previewPane->frames());
     connect(m_ui->queueTableView, &QueueTableView::rowsInSightChanged, this,
             &AppDelegate::showPictures);
     connect(m_pictures.get(), &RowPictures::changed, this, [this](const QString &recording) {

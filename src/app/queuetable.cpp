@@ -96,6 +96,8 @@ QStringList choicesFor(const MLVProjectController &project)
         choices << QStringLiteral("HDR");
     if (project.blendsAlternatingRows())
         choices << QStringLiteral("Dual ISO");
+    if (!project.frameSelection().isWhole())
+        choices << QStringLiteral("Frames %1").arg(project.frameSelection().text());
     return choices;
 }
 
@@ -285,6 +287,7 @@ void AppDelegate::updateRecordingMenu()
     m_ui->developmentMenuItem->setEnabled(any && !m_working);
     m_ui->blendRowsMenuItem->setEnabled(any && !m_working);
     m_ui->blendRowsMenuItem->setChecked(all(&MLVProjectController::blendsAlternatingRows));
+    updatePreview();
 }
 
 /// Shows the choices of the first of the selected recordings.
@@ -310,6 +313,7 @@ void AppDelegate::takeDevelopment()
         project->setRawCorrections(corrections);
     }
     m_ui->queueTableView->reloadData();
+    updatePreview();
 }
 
 void AppDelegate::playMovie()

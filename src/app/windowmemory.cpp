@@ -19,6 +19,7 @@ const QString formatKey = QStringLiteral("MovieFormat");
 const QString qualityKey = QStringLiteral("MovieQuality");
 const QString repairPixelsKey = QStringLiteral("RepairPixels");
 const QString repairColumnsKey = QStringLiteral("RepairColumns");
+const QString histogramKey = QStringLiteral("Histogram");
 const QString movieFolderKey = QStringLiteral("MovieFolder");
 const QString recipeKey = QStringLiteral("MovieRecipe");
 
@@ -41,6 +42,7 @@ void WindowMemory::restore() const
     m_ui.movieQualityPopUpButton->setCurrentIndex(stored.value(qualityKey).toInt());
     m_ui.repairPixelsCheckBox->setChecked(stored.value(repairPixelsKey).toBool());
     m_ui.repairColumnsCheckBox->setChecked(stored.value(repairColumnsKey).toBool());
+    m_ui.histogramMenuItem->setChecked(stored.value(histogramKey).toBool());
     // One that is gone leaves the first item, none.
     m_ui.movieRecipePopUpButton->setCurrentIndex(
         qMax(0, m_ui.movieRecipePopUpButton->findData(stored.value(recipeKey).toString())));
@@ -69,6 +71,7 @@ void WindowMemory::save() const
                     {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()},
                     {repairPixelsKey, m_ui.repairPixelsCheckBox->isChecked()},
                     {repairColumnsKey, m_ui.repairColumnsCheckBox->isChecked()},
+                    {histogramKey, m_ui.histogramMenuItem->isChecked()},
                     {recipeKey, m_ui.movieRecipePopUpButton->currentData().toString()}},
         windowKey);
 }

@@ -110,6 +110,7 @@ public:
     void setRawCorrections(const RawCorrections &corrections);
 
     /// Which frames later extractions are of; all after creation.
+    const FrameSelection &frameSelection() const { return m_frames; }
     void setFrameSelection(const FrameSelection &selection);
 
     /// A table of colours that the frames of a recipe go through, a .cube file; none after

@@ -45,4 +45,9 @@ QString percentText(double done, double whole)
     return QStringLiteral("%1 %").arg(std::floor(100 * part));
 }
 
+QString shareText(double part)
+{
+    return fixedText(100 * part, 1) + QStringLiteral(" %");
+}
+
 } // namespace filmwright

@@ -21,4 +21,7 @@ QString exposureTimeText(double seconds);
 /// "43 %", rounded down, so that 100 % is the end; without a whole, "0 %".
 QString percentText(double done, double whole);
 
+/// "0.3 %": a part of a whole, rounded to a tenth of a percent.
+QString shareText(double part);
+
 } // namespace filmwright

@@ -20,6 +20,12 @@ namespace {
 
 constexpr QPoint dropPlace(5, 5);
 
+/// Frames of the preview have a folder of their own.
+bool isForPreview(const QStringList &call)
+{
+    return call.constLast().contains(QLatin1String("/filmwright-preview-"));
+}
+
 std::unique_ptr<QMimeData> dragged(const QStringList &paths)
 {
     QList<QUrl> urls;
@@ -194,6 +200,20 @@ void FakeWindow::select(const QString &name)
 QString FakeWindow::temporary(const QString &name) const
 {
     return QDir(temporaryDirectory()).filePath(name);
+}
+
+QList<QStringList> FakeWindow::conversionCalls(const QString &tool) const
+{
+    QList<QStringList> calls = tools.calls(tool);
+    calls.removeIf(isForPreview);
+    return calls;
+}
+
+QList<QStringList> FakeWindow::previewCalls(const QString &tool) const
+{
+    QList<QStringList> calls = tools.calls(tool);
+    calls.removeIf([](const QStringList &call) { return !isForPreview(call); });
+    return calls;
 }
 
 QStringList FakeWindow::queue() const

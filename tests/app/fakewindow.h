@@ -83,6 +83,9 @@ public:
     filmwright::QueueTableView *table() const;
     QAction *action(const QString &name) const { return widget<QAction>(name); }
     QString temporary(const QString &name) const;
+    /// The argument lists of a tool's calls for movies, and of those for the preview.
+    QList<QStringList> conversionCalls(const QString &tool) const;
+    QList<QStringList> previewCalls(const QString &tool) const;
 
     /// The file names of the queue in the order of the list.
     QStringList queue() const;

@@ -374,9 +374,12 @@ void TestAccessibilityWindow::tabReachesEveryControl()
     FakeWindow window;
     window.launch();
     window.add({a});
+    window.select(a);
     activate(*window.delegate->window());
     const QStringList stops = tabStops(*window.delegate->window());
     QStringList expected{QStringLiteral("queueTableView"),
+                         QStringLiteral("imageView"),
+                         QStringLiteral("frameSlider"),
                          QStringLiteral("darkTextField"),
                          QStringLiteral("darkButton"),
                          QStringLiteral("flatTextField"),

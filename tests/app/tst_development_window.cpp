@@ -78,7 +78,7 @@ private Q_SLOTS:
         window.pressStart();
         window.waitForEnd();
         QStringList extractions;
-        for (const QStringList &call : window.tools.calls(QStringLiteral("mlv_dump"))) {
+        for (const QStringList &call : window.conversionCalls(QStringLiteral("mlv_dump"))) {
             if (call.constFirst() == QLatin1String("--dng"))
                 extractions << call.mid(5).join(QLatin1Char(' ')).section(QLatin1Char('/'), 0, 0);
         }
@@ -86,7 +86,7 @@ private Q_SLOTS:
                                            QStringLiteral("--white-balance auto --exposure 1 "
                                                           "-o ")}));
         QStringList brightness;
-        for (const QStringList &call : window.tools.calls(QStringLiteral("dcraw")))
+        for (const QStringList &call : window.conversionCalls(QStringLiteral("dcraw")))
             brightness << call.at(8);
         const QString usual = QStringLiteral("4.000000");
         const QString twice = QStringLiteral("8.000000");

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/imageview.h"
 
+#include <QMouseEvent>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace filmwright;
@@ -27,6 +29,24 @@ QRect areaOf(const QImage &view, const QColor &colour)
         }
     }
     return area;
+}
+
+/// Each pixel tells where it is.
+QImage map(const QSize &size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x)
+            image.setPixel(x, y, qRgb(x % 256, y % 256, x / 256 + 16 * (y / 256)));
+    }
+    return image;
+}
+
+/// The pixel of a map that is shown at a place of the view, in its device pixels.
+QPoint shownAt(ImageView &view, const QPoint &place)
+{
+    const QRgb pixel = view.grab().toImage().pixel(place);
+    return {qRed(pixel) + 256 * (qBlue(pixel) % 16), qGreen(pixel) + 256 * (qBlue(pixel) / 16)};
 }
 
 /// Counts the repaints of a widget.
@@ -63,12 +83,20 @@ private Q_SLOTS:
     void imageIsAsSharpAsTheScreen();
     void onlyTheNewestImageIsDrawn();
     void imageFollowsTheSizeOfTheView();
+    void clickShowsPixelForPixelWhatWasClicked();
+    void clickShowsTheWholeImageAgain();
+    void dragMovesTheImageUpToItsEdges();
+    void keysDoTheSame();
+    void smallImageLiesInTheMiddleInActualSize();
+    void nextImageOfThatSizeStaysInPlace();
+    void emptyViewIsNotClicked();
 };
 
 void TestImageView::emptyViewSaysWhatItIsFor()
 {
     ImageView view;
     view.resize(300, 200);
+    view.setText(QStringLiteral("Nothing yet"));
     const QImage empty = view.grab().toImage();
     QCOMPARE(empty.size(), QSize(300, 200) * density);
     const QRgb background = empty.pixel(1, 1);
@@ -159,6 +187,103 @@ void TestImageView::imageFollowsTheSizeOfTheView()
     const QRect area = areaOf(view.grab().toImage(), Qt::red);
     QCOMPARE(area.width(), 400);
     QVERIFY(qAbs(area.height() - 267) <= 1);
+}
+
+void TestImageView::clickShowsPixelForPixelWhatWasClicked()
+{
+    ImageView view;
+    view.resize(300, 200);
+    view.setImage(map({1200, 800}));
+    const QSignalSpy changes(&view, &ImageView::actualSizeChanged);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, {100, 120});
+    QVERIFY(view.isActualSize());
+    QCOMPARE(changes.size(), 1);
+    QCOMPARE(view.centre(), QPoint(400, 480));
+    QCOMPARE(shownAt(view, {300, 200}), QPoint(400, 480));
+    QCOMPARE(shownAt(view, {310, 180}), QPoint(410, 460));
+}
+
+void TestImageView::clickShowsTheWholeImageAgain()
+{
+    ImageView view;
+    view.resize(300, 200);
+    view.setImage(plain({1200, 800}, Qt::red));
+    const QImage whole = view.grab().toImage();
+    QTest::mouseClick(&view, Qt::LeftButton, {}, {10, 10});
+    QTest::mouseClick(&view, Qt::LeftButton, {}, {10, 10});
+    QVERIFY(!view.isActualSize());
+    QCOMPARE(view.grab().toImage(), whole);
+}
+
+void TestImageView::dragMovesTheImageUpToItsEdges()
+{
+    ImageView view;
+    view.resize(300, 200);
+    view.setImage(map({1200, 800}));
+    view.setActualSize(true);
+    QCOMPARE(view.centre(), QPoint(599, 399));
+    const auto drag = [&view](const QPoint &way) {
+        const QPoint start(150, 100);
+        QTest::mousePress(&view, Qt::LeftButton, {}, start);
+        QMouseEvent move(QEvent::MouseMove, start + way, view.mapToGlobal(start + way),
+                         Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&view, &move);
+        QTest::mouseRelease(&view, Qt::LeftButton, {}, start + way);
+    };
+    drag({-40, 30});
+    QVERIFY(view.isActualSize());
+    QCOMPARE(view.centre(), QPoint(679, 339));
+    drag({1000, 1000});
+    QCOMPARE(shownAt(view, {0, 0}), QPoint(0, 0));
+    drag({-1000, -1000});
+    QCOMPARE(shownAt(view, {599, 399}), QPoint(1199, 799));
+}
+
+void TestImageView::keysDoTheSame()
+{
+    ImageView view;
+    view.resize(300, 200);
+    view.setImage(map({1200, 800}));
+    QTest::keyClick(&view, Qt::Key_Space);
+    QVERIFY(view.isActualSize());
+    QTest::keyClick(&view, Qt::Key_Right, Qt::ShiftModifier);
+    QTest::keyClick(&view, Qt::Key_Up, Qt::ShiftModifier);
+    QCOMPARE(view.centre(), QPoint(599 + 75, 399 - 50));
+    QTest::keyClick(&view, Qt::Key_Left, Qt::ShiftModifier);
+    QTest::keyClick(&view, Qt::Key_Down, Qt::ShiftModifier);
+    QCOMPARE(view.centre(), QPoint(599, 399));
+    QTest::keyClick(&view, Qt::Key_Space);
+    QVERIFY(!view.isActualSize());
+}
+
+void TestImageView::smallImageLiesInTheMiddleInActualSize()
+{
+    ImageView view;
+    view.resize(300, 200);
+    view.setImage(plain({100, 40}, Qt::red));
+    view.setActualSize(true);
+    QCOMPARE(areaOf(view.grab().toImage(), Qt::red), QRect(250, 180, 100, 40));
+}
+
+void TestImageView::nextImageOfThatSizeStaysInPlace()
+{
+    ImageView view;
+    view.resize(300, 200);
+    view.setImage(map({1200, 800}));
+    QTest::mouseClick(&view, Qt::LeftButton, {}, {100, 120});
+    view.setImage(map({1200, 800}));
+    QCOMPARE(view.centre(), QPoint(400, 480));
+    view.setImage(map({1000, 600}));
+    QCOMPARE(view.centre(), QPoint(499, 299));
+}
+
+void TestImageView::emptyViewIsNotClicked()
+{
+    ImageView view;
+    view.resize(300, 200);
+    QTest::mouseClick(&view, Qt::LeftButton, {}, {100, 120});
+    QTest::keyClick(&view, Qt::Key_Space);
+    QVERIFY(!view.isActualSize());
 }
 
 QTEST_MAIN(TestImageView)

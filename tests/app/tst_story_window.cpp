@@ -164,7 +164,7 @@ void TestStoryWindow::folderOfThreeBecomesThreeMovies()
     QCOMPARE(Movie::probe(card + QStringLiteral("/day2/B2.avi")).frames(), 4);
     QCOMPARE(Movie::probe(card + QStringLiteral("/C3.avi")).frames(), 5);
     // Every recording was calibrated by the averages.
-    for (const QStringList &call : window.tools.calls(QStringLiteral("mlv_dump"))) {
+    for (const QStringList &call : window.conversionCalls(QStringLiteral("mlv_dump"))) {
         if (call.constFirst() == QLatin1String("--dng")) {
             QVERIFY(call.contains(window.temporary(QStringLiteral("dark.mlv"))));
             QVERIFY(call.contains(window.temporary(QStringLiteral("flat-flat_dark.mlv"))));

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void exposures();
     void percents_data();
     void percents();
+    void shares();
 };
 
 void TestReadableText::sizes_data()
@@ -98,6 +99,13 @@ void TestReadableText::percents()
     QFETCH(const double, done);
     QFETCH(const double, whole);
     QTEST(percentText(done, whole), "text");
+}
+
+void TestReadableText::shares()
+{
+    QCOMPARE(shareText(0), QStringLiteral("0.0 %"));
+    QCOMPARE(shareText(0.0034), QStringLiteral("0.3 %"));
+    QCOMPARE(shareText(1), QStringLiteral("100.0 %"));
 }
 
 QTEST_GUILESS_MAIN(TestReadableText)

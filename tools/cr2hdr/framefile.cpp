@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace dualiso {
 namespace {
@@ -30,11 +31,11 @@ std::vector<std::uint16_t> outputSamples(const Frame &frame, const dng::RawForma
     return samples;
 }
 
-/// The text of the tag; empty without one.
-std::string softwareOf(const dng::RawFile &file)
+/// Empty without the tag.
+std::string textOf(const dng::RawFile &file, std::uint16_t tag)
 {
     const auto &fields = file.directories().image.fields();
-    const auto found = fields.find(tag::software);
+    const auto found = fields.find(tag);
     if (found == fields.end()) {
         return {};
     }
@@ -61,9 +62,18 @@ Frame readFrame(const dng::RawFile &file)
     return frame;
 }
 
+std::uint64_t originOf(const dng::RawFile &file)
+{
+    std::string names;
+    for (const auto tag : {tag::reelName, tag::uniqueCameraModel, tag::cameraSerialNumber}) {
+        names += textOf(file, tag) + '\n';
+    }
+    return std::hash<std::string>()(names);
+}
+
 bool isBlended(const dng::RawFile &file)
 {
-    return softwareOf(file).find(programName) != std::string::npos;
+    return textOf(file, tag::software).find(programName) != std::string::npos;
 }
 
 void replaceFrame(const std::filesystem::path &path, const dng::RawFile &source, const Frame &frame)
@@ -76,7 +86,7 @@ void replaceFrame(const std::filesystem::path &path, const dng::RawFile &source,
     image.setLongs(tag::rowsPerStrip, {static_cast<std::uint32_t>(format.height)});
     image.setLongs(tag::blackLevel, {format.blackLevel << shift});
     image.setLongs(tag::whiteLevel, {format.whiteLevel << shift});
-    const std::string before = softwareOf(source);
+    const std::string before = textOf(source, tag::software);
     image.setText(tag::software,
                   before + (before.empty() ? "" : ", ") + programName + " " + FILMWRIGHT_VERSION);
 

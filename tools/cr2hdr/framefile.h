@@ -4,12 +4,16 @@
 #include "cr2hdr/frame.h"
 #include "dng/rawfile.h"
 
+#include <cstdint>
 #include <filesystem>
 
 namespace dualiso {
 
 /// The samples of the file as a frame. Throws mlv::Error.
 [[nodiscard]] Frame readFrame(const dng::RawFile &file);
+
+/// Tells recordings apart: the same for all frames of one, by the names of reel and camera.
+[[nodiscard]] std::uint64_t originOf(const dng::RawFile &file);
 
 /// Whether the file is one that replaceFrame() wrote.
 [[nodiscard]] bool isBlended(const dng::RawFile &file);

@@ -38,7 +38,8 @@ Outcome blendFrame(const std::filesystem::path &path, const Survey &survey, int 
                 std::string(notBlended) + "has another size, depth or level than the others"};
     }
     if (!survey.model) {
-        return {!survey.failed, (survey.failed ? notBlended : leftAsItIs) + survey.reason};
+        const bool ok = survey.obstacle != Obstacle::Unmatched;
+        return {ok, std::string(ok ? leftAsItIs : notBlended).append(textOf(survey.obstacle))};
     }
     Frame frame = readFrame(file);
     PatternSearch search;
@@ -71,15 +72,9 @@ Outcome attempt(const std::filesystem::path &path, const std::optional<Survey> &
     }
 }
 
-} // namespace
-
-bool blendRecording(std::span<const std::filesystem::path> paths)
+/// Without a survey nothing can be blended.
+bool blendFrames(std::span<const std::filesystem::path> paths, const std::optional<Survey> &survey)
 {
-    const auto found = survey(paths);
-    if (found) {
-        printFindings(*found);
-    }
-
     const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
     const std::size_t workers = std::min(cores, paths.size());
     const auto threadsOfFrame = static_cast<int>(cores / std::max<std::size_t>(workers, 1));
@@ -88,7 +83,7 @@ bool blendRecording(std::span<const std::filesystem::path> paths)
     FrameLog log;
     const auto work = [&] {
         for (std::size_t i = next++; i < paths.size(); i = next++) {
-            const Outcome outcome = attempt(paths[i], found, threadsOfFrame);
+            const Outcome outcome = attempt(paths[i], survey, threadsOfFrame);
             log.tell(i, labelOf(paths[i]), outcome.text);
             if (!outcome.ok) {
                 allOk = false;
@@ -103,6 +98,36 @@ bool blendRecording(std::span<const std::filesystem::path> paths)
         work();
     }
     return allOk;
+}
+
+} // namespace
+
+bool blendRecording(std::span<const std::filesystem::path> paths)
+{
+    const auto found = survey(paths);
+    if (found) {
+        printFindings(*found);
+    }
+    return blendFrames(paths, found);
+}
+
+bool surveyRecording(std::span<const std::filesystem::path> paths,
+                     const std::filesystem::path &surveyPath)
+{
+    const auto found = survey(paths);
+    if (!found) {
+        static_cast<void>(blendFrames(paths, found)); // tells why of each
+        return false;
+    }
+    printFindings(*found);
+    writeSurvey(*found, surveyPath);
+    return true;
+}
+
+bool blendSurveyed(std::span<const std::filesystem::path> paths,
+                   const std::filesystem::path &surveyPath)
+{
+    return blendFrames(paths, readSurvey(surveyPath, paths));
 }
 
 } // namespace dualiso

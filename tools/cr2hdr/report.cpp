@@ -45,7 +45,7 @@ void printFindings(const Survey &survey)
     print("Levels", "black " + std::to_string(format.blackLevel) + ", white " +
                         std::to_string(format.whiteLevel));
     if (!survey.model) {
-        print("Row pattern", survey.reason);
+        print("Row pattern", textOf(survey.obstacle));
         return;
     }
     const Model &model = *survey.model;

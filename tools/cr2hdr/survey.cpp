@@ -2,15 +2,13 @@
 #include "cr2hdr/survey.h"
 
 #include "cr2hdr/framefile.h"
+#include "dng/surveyedparts.h"
 #include "mlv/error.h"
 
 #include <algorithm>
 
 namespace dualiso {
 namespace {
-
-// Enough for changes of light within a recording; all of them are in memory at once.
-constexpr std::size_t mostFrames = 6;
 
 bool isUsable(const std::filesystem::path &path)
 {
@@ -64,7 +62,8 @@ std::optional<RowPattern> commonPattern(std::span<const Kind> kinds)
     return common;
 }
 
-Survey judged(const dng::RawFormat &format, std::vector<Frame> frames)
+/// Puts into the survey what the frames say.
+void judge(Survey &survey, std::vector<Frame> frames)
 {
     std::vector<Kind> kinds;
     std::transform(frames.begin(), frames.end(), std::back_inserter(kinds), kindOf);
@@ -73,8 +72,8 @@ Survey judged(const dng::RawFormat &format, std::vector<Frame> frames)
         const bool unclear = std::all_of(kinds.begin(), kinds.end(), [](const Kind &kind) {
             return kind.finding == Finding::Unclear;
         });
-        return {format, std::nullopt, unclear ? "too dark or too bright to tell" : "not dual ISO",
-                false};
+        survey.obstacle = unclear ? Obstacle::Unclear : Obstacle::NotDualIso;
+        return;
     }
     std::vector<Frame> measured;
     for (std::size_t i = 0; i < frames.size(); ++i) {
@@ -84,40 +83,53 @@ Survey judged(const dng::RawFormat &format, std::vector<Frame> frames)
             measured.push_back(std::move(frames[i]));
         }
     }
-    const auto model = measure(measured, *pattern);
-    if (!model) {
-        return {format, std::nullopt, "the two exposures cannot be matched", true};
-    }
-    return {format, model, {}, false};
+    survey.model = measure(measured, *pattern);
+    survey.obstacle = survey.model ? Obstacle::None : Obstacle::Unmatched;
 }
 
 } // namespace
 
+std::string_view textOf(Obstacle obstacle)
+{
+    switch (obstacle) {
+    case Obstacle::Unclear:
+        return "too dark or too bright to tell";
+    case Obstacle::NotDualIso:
+        return "not dual ISO";
+    case Obstacle::Unmatched:
+        return "the two exposures cannot be matched";
+    case Obstacle::None:
+        break;
+    }
+    return {};
+}
+
 std::optional<Survey> survey(std::span<const std::filesystem::path> paths)
 {
-    std::optional<dng::RawFormat> format;
+    std::optional<Survey> found;
     std::vector<Frame> frames;
-    const std::size_t parts = std::min(paths.size(), mostFrames);
-    for (std::size_t part = 0; part < parts; ++part) {
-        const auto index =
-            usableFrom(paths, paths.size() * part / parts, paths.size() * (part + 1) / parts);
+    auto begins = dng::surveyedParts(paths.size());
+    begins.push_back(paths.size());
+    for (std::size_t part = 0; part + 1 < begins.size(); ++part) {
+        const auto index = usableFrom(paths, begins[part], begins[part + 1]);
         if (!index) {
             continue;
         }
         try {
             const dng::RawFile file(paths[*index]);
-            format = format.value_or(file.format());
-            if (file.format() == *format) {
+            found = found.value_or(Survey{file.format(), originOf(file), {}, Obstacle::None});
+            if (file.format() == found->format) {
                 frames.push_back(readFrame(file));
             }
         } catch (const mlv::Error &) {
             continue; // told when its turn comes
         }
     }
-    if (!format || frames.empty()) {
+    if (frames.empty()) {
         return std::nullopt;
     }
-    return judged(*format, std::move(frames));
+    judge(*found, std::move(frames));
+    return found;
 }
 
 } // namespace dualiso

@@ -49,8 +49,13 @@ double framesPerSecond(const FileHeader &header)
 }
 
 BlockWalk::BlockWalk(const Chunk &chunk)
+    : BlockWalk(chunk, chunk.header().size)
+{
+}
+
+BlockWalk::BlockWalk(const Chunk &chunk, std::uint64_t offset)
     : m_file(chunk.file())
-    , m_position(chunk.header().size)
+    , m_position(std::min(offset, m_file.size()))
 {
 }
 

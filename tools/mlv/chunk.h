@@ -51,6 +51,8 @@ public:
 
     /// The chunk outlives the walk.
     explicit BlockWalk(const Chunk &chunk);
+    /// Begins at a block that another walk met.
+    BlockWalk(const Chunk &chunk, std::uint64_t offset);
 
     /// The next block, or none at the end. Throws Error when the file cannot be read.
     [[nodiscard]] std::optional<Block> next();

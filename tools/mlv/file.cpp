@@ -33,12 +33,15 @@ File::File(const std::filesystem::path &path)
         ::close(m_descriptor);
         throw ReadError("is not a regular file");
     }
+    constexpr std::int64_t nanoseconds = 1'000'000'000;
     m_size = static_cast<std::uint64_t>(status.st_size);
+    m_modified = status.st_mtim.tv_sec * nanoseconds + status.st_mtim.tv_nsec;
 }
 
 File::File(File &&other) noexcept
     : m_descriptor(std::exchange(other.m_descriptor, -1))
     , m_size(other.m_size)
+    , m_modified(other.m_modified)
 {
 }
 
@@ -74,6 +77,17 @@ bool File::isSameAs(const std::filesystem::path &path) const
     struct stat other = {};
     return ::fstat(m_descriptor, &own) == 0 && ::stat(path.c_str(), &other) == 0 &&
            own.st_dev == other.st_dev && own.st_ino == other.st_ino;
+}
+
+std::string readText(const std::filesystem::path &path, std::uint64_t largest)
+{
+    const File file(path);
+    if (file.size() > largest) {
+        throw Error("is too large to be one");
+    }
+    std::string text(file.size(), '\0');
+    file.read(0, std::as_writable_bytes(std::span(text)));
+    return text;
 }
 
 } // namespace mlv

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <span>
+#include <string>
 
 namespace mlv {
 
@@ -21,6 +22,8 @@ public:
 
     /// The size at the time of opening, bytes.
     [[nodiscard]] std::uint64_t size() const { return m_size; }
+    /// When it was written last, at the time of opening: nanoseconds since 1970.
+    [[nodiscard]] std::int64_t modified() const { return m_modified; }
 
     /// Fills `bytes` from `offset` on. Throws ReadError when the file ends before or cannot be
     /// read.
@@ -32,6 +35,10 @@ public:
 private:
     int m_descriptor = -1;
     std::uint64_t m_size = 0;
+    std::int64_t m_modified = 0;
 };
+
+/// What a text file holds. Throws Error when it has more than `largest` bytes, ReadError.
+[[nodiscard]] std::string readText(const std::filesystem::path &path, std::uint64_t largest);
 
 } // namespace mlv

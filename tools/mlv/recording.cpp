@@ -77,6 +77,30 @@ bool hasSameLevels(const RawInfo &a, const RawInfo &b)
            a.colourMatrix == b.colourMatrix;
 }
 
+template <typename Layout>
+bool keepFirst(std::optional<Layout> &kept, const Layout &layout)
+{
+    const bool isFirst = !kept;
+    kept = kept.value_or(layout);
+    return isFirst;
+}
+
+std::vector<FileMark> marksOf(const std::vector<Chunk> &chunks)
+{
+    std::vector<FileMark> marks;
+    for (const auto &chunk : chunks) {
+        marks.push_back({chunk.file().size(), chunk.file().modified()});
+    }
+    return marks;
+}
+
+bool liesIn(const DataBlock &block, const std::vector<Chunk> &chunks)
+{
+    return block.chunk < chunks.size() && block.size <= maxBlockSize &&
+           block.size <= chunks[block.chunk].file().size() &&
+           block.offset <= chunks[block.chunk].file().size() - block.size;
+}
+
 } // namespace
 
 Recording::Recording(const std::filesystem::path &path)
@@ -87,6 +111,35 @@ Recording::Recording(const std::filesystem::path &path)
         scan(static_cast<std::uint16_t>(chunk));
     }
     finishIndex();
+}
+
+Recording::Recording(const std::filesystem::path &path, const RecordingIndex &index)
+    : m_video(index.videoFrames)
+{
+    m_chunks.emplace_back(path);
+    openContinuations(path);
+    if (index.guid != header().guid || index.chunks != marksOf(m_chunks)) {
+        throw ForeignIndex("is of another recording");
+    }
+    for (const auto &place : index.settings) {
+        if (place.chunk >= m_chunks.size()) {
+            throw ForeignIndex("is damaged");
+        }
+        BlockWalk walk(m_chunks[place.chunk], place.offset);
+        if (const auto block = walk.next()) {
+            takeSettings(walk, *block, place.chunk);
+        }
+    }
+    if (!std::ranges::all_of(m_video,
+                             [this](const auto &block) { return liesIn(block, m_chunks); })) {
+        throw ForeignIndex("is damaged");
+    }
+    finishIndex();
+}
+
+RecordingIndex Recording::index() const
+{
+    return {header().guid, marksOf(m_chunks), m_settings, m_video};
 }
 
 void Recording::openContinuations(const std::filesystem::path &path)
@@ -159,45 +212,65 @@ void Recording::scan(std::uint16_t chunk)
 void Recording::visit(BlockWalk &walk, const Block &block, std::uint16_t chunk)
 {
     const auto &type = block.header.type;
-    const auto timestamp = block.header.timestamp;
     if (type == blocktype::videoFrame) {
         addData<VideoFrame>(walk, block, chunk, m_video);
     } else if (type == blocktype::audioFrame) {
         addData<AudioFrame>(walk, block, chunk, m_audio);
-    } else if (type == blocktype::rawInfo) {
-        addRawInfo(walk.layout<RawInfo>());
-    } else if (type == blocktype::rawCapture) {
-        m_rawCapture = m_rawCapture.value_or(walk.layout<RawCapture>());
-    } else if (type == blocktype::waveInfo) {
-        m_waveInfo = m_waveInfo.value_or(walk.layout<WaveInfo>());
-    } else if (type == blocktype::identity) {
-        m_identity = m_identity.value_or(walk.layout<Identity>());
-    } else if (type == blocktype::info && m_info.empty()) {
-        readInfo(block, chunk);
-    } else if (type == blocktype::clock) {
-        m_clock.add(timestamp, walk.layout<Clock>());
-    } else if (type == blocktype::exposure) {
-        m_exposure.add(timestamp, walk.layout<Exposure>());
-    } else if (type == blocktype::lens) {
-        m_lens.add(timestamp, walk.layout<Lens>());
-    } else if (type == blocktype::whiteBalance) {
-        m_whiteBalance.add(timestamp, walk.layout<WhiteBalance>());
+    } else if (takeSettings(walk, block, chunk)) {
+        m_settings.push_back({block.offset, chunk});
     }
 }
 
-void Recording::readInfo(const Block &block, std::uint16_t chunk)
+/// Answers whether anything was taken.
+bool Recording::takeSettings(BlockWalk &walk, const Block &block, std::uint16_t chunk)
+{
+    const auto &type = block.header.type;
+    const auto timestamp = block.header.timestamp;
+    if (type == blocktype::rawInfo) {
+        return addRawInfo(walk.layout<RawInfo>());
+    }
+    if (type == blocktype::rawCapture) {
+        return keepFirst(m_rawCapture, walk.layout<RawCapture>());
+    }
+    if (type == blocktype::waveInfo) {
+        return keepFirst(m_waveInfo, walk.layout<WaveInfo>());
+    }
+    if (type == blocktype::identity) {
+        return keepFirst(m_identity, walk.layout<Identity>());
+    }
+    if (type == blocktype::info) {
+        return m_info.empty() && readInfo(block, chunk);
+    }
+    if (type == blocktype::clock) {
+        return m_clock.add(timestamp, walk.layout<Clock>());
+    }
+    if (type == blocktype::exposure) {
+        return m_exposure.add(timestamp, walk.layout<Exposure>());
+    }
+    if (type == blocktype::lens) {
+        return m_lens.add(timestamp, walk.layout<Lens>());
+    }
+    if (type == blocktype::whiteBalance) {
+        return m_whiteBalance.add(timestamp, walk.layout<WhiteBalance>());
+    }
+    return false;
+}
+
+bool Recording::readInfo(const Block &block, std::uint16_t chunk)
 {
     constexpr std::size_t maxInfo = 1000;
     m_info.resize(std::min<std::size_t>(block.header.size - sizeof(BlockHeader), maxInfo));
     m_chunks[chunk].file().read(block.offset + sizeof(BlockHeader),
                                 std::as_writable_bytes(std::span(m_info)));
+    return !m_info.empty();
 }
 
-void Recording::addRawInfo(const RawInfo &rawInfo)
+bool Recording::addRawInfo(const RawInfo &rawInfo)
 {
-    m_rawInfo = m_rawInfo.value_or(rawInfo);
+    const bool isFirst = keepFirst(m_rawInfo, rawInfo);
     m_changesFormat = m_changesFormat || !isSameShape(*m_rawInfo, rawInfo);
     m_expectsOther = !hasSameLevels(*m_rawInfo, rawInfo);
+    return isFirst;
 }
 
 template <typename Layout>

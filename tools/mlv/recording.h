@@ -2,6 +2,7 @@
 #pragma once
 
 #include "mlv/chunk.h"
+#include "mlv/recordingindex.h"
 #include "mlv/timeline.h"
 
 #include <cstdint>
@@ -12,21 +13,6 @@
 
 namespace mlv {
 
-/// Where the data of a video or audio block lie.
-struct DataBlock
-{
-    std::uint64_t offset;    ///< of the data in the chunk's file
-    std::uint64_t timestamp; ///< microseconds
-    std::uint32_t size;      ///< of the data, bytes
-    std::uint32_t number;    ///< of the frame, counted apart for video and audio
-    std::uint16_t chunk;     ///< index into Recording::chunks()
-    std::uint16_t cropX = 0; ///< of the frame's corner in the sensor's read-out; video only
-    std::uint16_t cropY = 0;
-};
-
-/// The blocks of one kind, ascending by number, each number once.
-using DataIndex = std::vector<DataBlock>;
-
 /// A recording of one or more chunks, with an index of its blocks. Nothing in it changes after the
 /// opening, so that any number of threads may use it at once.
 class Recording
@@ -35,6 +21,12 @@ public:
     /// Opens the file and, when its extension is "mlv" in any case, the chunks that continue it.
     /// Throws Error when the first file is no MLV recording.
     explicit Recording(const std::filesystem::path &path);
+    /// Opens it by what index() told when it was opened before. It then has no sound, and of
+    /// warnings and remarks those alone that its files give. Throws Error as above, or
+    /// ForeignIndex.
+    Recording(const std::filesystem::path &path, const RecordingIndex &index);
+
+    [[nodiscard]] RecordingIndex index() const;
 
     [[nodiscard]] const std::vector<Chunk> &chunks() const { return m_chunks; }
     /// The first chunk's.
@@ -74,8 +66,9 @@ private:
     bool openContinuation(const std::filesystem::path &path);
     void scan(std::uint16_t chunk);
     void visit(BlockWalk &walk, const Block &block, std::uint16_t chunk);
-    void readInfo(const Block &block, std::uint16_t chunk);
-    void addRawInfo(const RawInfo &rawInfo);
+    bool takeSettings(BlockWalk &walk, const Block &block, std::uint16_t chunk);
+    bool readInfo(const Block &block, std::uint16_t chunk);
+    bool addRawInfo(const RawInfo &rawInfo);
     template <typename Layout>
     void addData(BlockWalk &walk, const Block &block, std::uint16_t chunk, DataIndex &index);
     void dropShortFrames();
@@ -86,6 +79,7 @@ private:
     std::vector<Chunk> m_chunks;
     DataIndex m_video;
     DataIndex m_audio;
+    std::vector<SettingsBlock> m_settings; ///< those that what follows was taken from
     std::optional<RawInfo> m_rawInfo;
     bool m_changesFormat = false;
     bool m_expectsOther = false;                ///< the last RAWI block isn't as the first one

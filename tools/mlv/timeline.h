@@ -21,13 +21,15 @@ public:
     };
 
     /// Notes a setting, in any order of time. A recording with more changes than anybody's hands
-    /// can make is forged; those beyond are not kept.
-    void add(std::uint64_t timestamp, const Layout &value)
+    /// can make is forged; those beyond are not kept. Answers whether this one is.
+    bool add(std::uint64_t timestamp, const Layout &value)
     {
         constexpr std::size_t maxChanges = 65536;
-        if (m_entries.size() < maxChanges) {
-            m_entries.push_back({timestamp, value});
+        if (m_entries.size() == maxChanges) {
+            return false;
         }
+        m_entries.push_back({timestamp, value});
+        return true;
     }
 
     /// To be called after the last add() and before at(). Of equal times the one added last holds.

@@ -2,6 +2,7 @@
 #include "mlv_dump/extraction.h"
 
 #include "mlv/error.h"
+#include "mlv_dump/standin.h"
 #include "mlv_dump/text.h"
 
 #include <algorithm>
@@ -32,7 +33,6 @@ Extraction::Extraction(Job job, std::vector<PlannedFrame> frames, Output &output
 
 std::size_t Extraction::run()
 {
-    replaceLeadingDamage();
     {
         const auto threads = std::min<std::size_t>(m_job.threads, m_frames.size());
         std::vector<std::jthread> workers;
@@ -45,31 +45,6 @@ std::size_t Extraction::run()
     }
     m_heldBack->commit();
     return m_frames.size();
-}
-
-/// Frames at the start that cannot be decoded have none before them; the first good one stands in.
-void Extraction::replaceLeadingDamage()
-{
-    FrameEncoder encoder(m_job.recording, m_job.calibration, m_job.tags, m_job.repair);
-    for (std::size_t i = 0; i < m_frames.size(); ++i) {
-        try {
-            static_cast<void>(encoder.encode(m_frames[i]));
-            for (std::size_t damaged = 0; damaged < i; ++damaged) {
-                m_frames[damaged].block = m_frames[i].block;
-            }
-            if (i > 0) {
-                m_output.warning(format("the first %zu frames are damaged and replaced by the "
-                                        "frame behind them",
-                                        i));
-            }
-            return;
-        } catch (const mlv::ReadError &) {
-            throw;
-        } catch (const mlv::Error &) {
-            continue;
-        }
-    }
-    throw mlv::Error("holds no frame that can be decoded");
 }
 
 void Extraction::work()
@@ -88,7 +63,7 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
 {
     const auto &frame = m_frames[index];
     auto path = m_job.prefix;
-    path += format("%06u.dng", frame.number - m_job.firstNumber);
+    path += format("%06llu.dng", static_cast<unsigned long long>(frame.number - m_job.firstNumber));
     m_job.sources.requireOther(path);
     output::OutputFile file(path);
     bool damaged = false;
@@ -105,12 +80,21 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
     if (damaged) {
         m_output.warning(
             format("frame %u is damaged and replaced by the frame before it", frame.number));
-        file.write(encoder.encode({frame.number, m_lastGood}));
+        file.write(encoder.encode({frame.number, standIn()}));
     } else {
         m_lastGood = frame.block;
     }
     publish(index, file);
     m_turnstile.leave();
+}
+
+const mlv::DataBlock *Extraction::standIn()
+{
+    if (m_lastGood == nullptr) {
+        mlv::FrameDecoder decoder(m_job.recording);
+        m_lastGood = lastGood(decoder, m_job.before);
+    }
+    return m_lastGood;
 }
 
 void Extraction::publish(std::size_t index, output::OutputFile &file)

@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <mutex>
 #include <optional>
+#include <span>
 
 namespace mlvdump {
 
@@ -33,20 +34,22 @@ public:
         std::filesystem::path prefix;
         unsigned threads;               ///< at least 1
         const Repair *repair = nullptr; ///< none: samples stay what the calibration makes of them
-        std::uint32_t firstNumber = 0;  ///< whose file is called 000000
+        std::uint64_t firstNumber = 0;  ///< whose file is called 000000
+        /// Those that lie before the ones to be written, for what the first of these are damaged.
+        std::span<const PlannedFrame> before{};
     };
 
     /// `frames` are at least one. What the job refers to and the output outlive the extraction.
     Extraction(Job job, std::vector<PlannedFrame> frames, Output &output);
 
     /// Answers the number of files written. Throws RefusedOutput, output::WriteError,
-    /// mlv::ReadError, or mlv::Error when not one frame can be decoded.
+    /// mlv::ReadError, or mlv::Error when no frame stands in for a damaged one.
     std::size_t run();
 
 private:
-    void replaceLeadingDamage();
     void work();
     void extract(FrameEncoder &encoder, std::size_t index);
+    const mlv::DataBlock *standIn();
     void publish(std::size_t index, output::OutputFile &file);
     void fail(std::exception_ptr exception);
 

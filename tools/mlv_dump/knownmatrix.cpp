@@ -47,6 +47,11 @@ bool records(const mlv::RawInfo &rawInfo, const TenThousandths &matrix)
 
 } // namespace
 
+std::string KnownMatrix::remark() const
+{
+    return "the recorded colour matrix is not that of an " + camera + ", which is taken instead";
+}
+
 std::optional<KnownMatrix> knownMatrix(const mlv::Recording &recording)
 {
     const auto &identity = recording.identity();

@@ -14,6 +14,9 @@ struct KnownMatrix
 {
     std::string camera; ///< for a person
     ColourMatrix matrix;
+
+    /// That it is taken, a sentence.
+    [[nodiscard]] std::string remark() const;
 };
 
 /// None unless both the camera's code and all nine recorded numbers are those of a known slip.

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <thread>
 
 namespace mlvdump {
 namespace {
@@ -66,6 +67,7 @@ public:
         if (m_options.mode == Mode::Average && m_options.output.empty()) {
             fail("an averaged frame needs a file to be written to (-o)");
         }
+        checkSurvey();
         if (m_options.mode == Mode::Frames && m_options.output.empty()) {
             m_options.output = m_options.input;
             m_options.output.replace_extension();
@@ -117,6 +119,12 @@ private:
             setPixelRepair(value(option));
         } else if (option == "--repair-columns") {
             m_options.repair.columns = true;
+        } else if (option == "--write-survey") {
+            m_options.writtenSurvey = value(option);
+        } else if (option == "--survey-frames") {
+            m_options.surveyedFrames = value(option);
+        } else if (option == "--use-survey") {
+            m_options.knownSurvey = value(option);
         } else if (option == "--cinema-dng") {
             m_options.cinemaDng = true;
         } else if (option == "--threads") {
@@ -241,6 +249,21 @@ private:
         return m_options.output.empty() ? Mode::Report : Mode::Rewrite;
     }
 
+    void checkSurvey() const
+    {
+        const bool writes = !m_options.writtenSurvey.empty();
+        const bool uses = !m_options.knownSurvey.empty();
+        if ((writes || uses) && m_options.mode != Mode::Frames) {
+            fail("a survey is one for frames (--dng)");
+        }
+        if (writes && uses) {
+            fail("a survey is either written or used");
+        }
+        if (!m_options.surveyedFrames.empty() && !writes) {
+            fail("the option --survey-frames needs --write-survey");
+        }
+    }
+
     [[nodiscard]] bool needsInput() const
     {
         return m_options.mode != Mode::Help && m_options.mode != Mode::Version;
@@ -260,6 +283,18 @@ private:
 };
 
 } // namespace
+
+unsigned Options::threadCount() const
+{
+    return threads > 0 ? threads : std::max(1U, std::thread::hardware_concurrency());
+}
+
+std::vector<std::filesystem::path> Options::references() const
+{
+    std::vector<std::filesystem::path> paths{dark, flat, repair.map, knownSurvey};
+    std::erase(paths, std::filesystem::path());
+    return paths;
+}
 
 Options parseOptions(std::span<const std::string_view> arguments)
 {
@@ -299,6 +334,14 @@ Reads an MLV recording with all its chunks (.MLV, .M00, .M01, ...).
                  all frames, and a map beside the recording; MAP: those of a file of places
   --repair-columns
                  with --dng: even out the gains of columns, which repeat every eight
+  --write-survey FILE
+                 with --dng: write the sound, and instead of the frames what has to be known of the
+                 whole recording, or of -f, for each of them
+  --survey-frames PREFIX
+                 with --write-survey: write the frames that cr2hdr --write-survey needs
+  --use-survey FILE
+                 with --dng and the same options: write only the frames of -f, without the sound, as
+                 if all were written at once
   --cinema-dng   with --dng: frames and sound as an editor takes them for one clip: exact rate,
                  timecode from the camera's clock, sound as long as the picture
   --no-cs        accepted without effect: chroma is never smoothed

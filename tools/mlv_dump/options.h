@@ -12,6 +12,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace mlvdump {
 
@@ -52,10 +53,18 @@ struct Options
     bool keepsRecordedMatrix = false;
     bool cinemaDng = false; ///< of Frames alone: frames and sound make a clip
     BalanceChoice balance;
-    double exposure = 0;    ///< that Frames ask for beside the recorded bias, EV
-    bool renumbers = false; ///< Frames are numbered from 0 wherever `range` begins
-    RepairChoice repair;    ///< of Frames alone: averages are what the sensor measured
-    unsigned threads = 0;   ///< 0: as many as the machine has
+    double exposure = 0;                 ///< that Frames ask for beside the recorded bias, EV
+    bool renumbers = false;              ///< Frames are numbered from 0 wherever `range` begins
+    RepairChoice repair;                 ///< of Frames alone: averages are what the sensor measured
+    unsigned threads = 0;                ///< 0: as many as the machine has
+    std::filesystem::path writtenSurvey; ///< of Frames alone, not empty: no frames but this
+    std::filesystem::path surveyedFrames; ///< the prefix of those that cr2hdr surveys; empty: none
+    std::filesystem::path knownSurvey;    ///< empty: frames are surveyed first
+
+    /// At least 1.
+    [[nodiscard]] unsigned threadCount() const;
+    /// The files that are read beside the recording.
+    [[nodiscard]] std::vector<std::filesystem::path> references() const;
 };
 
 /// The arguments make no sense. Knows whether they ask for a frame run, which ends without the last

@@ -17,17 +17,6 @@ constexpr std::uint64_t largestFile = 64U << 20U; // bytes: more than any sensor
 constexpr std::string_view blanks = " \t\r";
 constexpr std::string_view cameraMark = "#FPM";
 
-std::string readWhole(const std::filesystem::path &path)
-{
-    const mlv::File file(path);
-    if (file.size() > largestFile) {
-        throw mlv::Error("is too large to be one");
-    }
-    std::string text(file.size(), '\0');
-    file.read(0, std::as_writable_bytes(std::span(text)));
-    return text;
-}
-
 /// Takes a number off the text, behind blanks.
 template <typename Number>
 std::optional<Number> takeNumber(std::string_view &text, int base = 10)
@@ -87,7 +76,7 @@ std::vector<Place> parse(std::string_view text, const mlv::Recording &recording)
 std::vector<Place> readPixelMap(const std::filesystem::path &path, const mlv::Recording &recording)
 {
     try {
-        auto places = parse(readWhole(path), recording);
+        auto places = parse(mlv::readText(path, largestFile), recording);
         if (places.empty()) {
             throw mlv::Error("names no pixel");
         }

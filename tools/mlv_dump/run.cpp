@@ -3,56 +3,32 @@
 
 #include "mlv/error.h"
 #include "mlv_dump/average.h"
-#include "mlv_dump/extraction.h"
 #include "mlv_dump/framelevels.h"
+#include "mlv_dump/frameplan.h"
+#include "mlv_dump/framerun.h"
 #include "mlv_dump/knownmatrix.h"
-#include "mlv_dump/levelsurvey.h"
 #include "mlv_dump/pixelmap.h"
 #include "mlv_dump/recordingwriter.h"
-#include "mlv_dump/repairsurvey.h"
 #include "mlv_dump/report.h"
-#include "mlv_dump/sound.h"
+#include "mlv_dump/sourcefiles.h"
+#include "mlv_dump/survey.h"
 #include "mlv_dump/verification.h"
+#include "surveyfile/surveyerror.h"
 
-#include <algorithm>
 #include <new>
 #include <optional>
-#include <thread>
 
 namespace mlvdump {
 namespace {
-
-unsigned threadCount(const Options &options)
-{
-    return options.threads > 0 ? options.threads
-                               : std::max(1U, std::thread::hardware_concurrency());
-}
-
-std::vector<std::filesystem::path> references(const Options &options)
-{
-    std::vector<std::filesystem::path> paths;
-    for (const auto &path : {options.dark, options.flat, options.repair.map}) {
-        if (!path.empty()) {
-            paths.push_back(path);
-        }
-    }
-    return paths;
-}
-
-std::string remarkOn(const KnownMatrix &known)
-{
-    return "the recorded colour matrix is not that of an " + known.camera +
-           ", which is taken instead";
-}
 
 /// What the frames of a recording would be tagged with otherwise than it was recorded, sentences.
 std::vector<std::string> tagRemarks(const Options &options, const mlv::Recording &recording)
 {
     auto remarks = frameLevels(recording, mlv::FrameDecoder(recording).format(), options.black,
-                               options.white, threadCount(options))
+                               options.white, options.threadCount())
                        .remarks;
     if (const auto known = knownMatrix(recording); known && !options.keepsRecordedMatrix) {
-        remarks.push_back(remarkOn(*known));
+        remarks.push_back(known->remark());
     }
     return remarks;
 }
@@ -60,7 +36,7 @@ std::vector<std::string> tagRemarks(const Options &options, const mlv::Recording
 /// Prints what is wrong with the recording. Answers whether something is lost.
 bool printFindings(const Options &options, const mlv::Recording &recording, Output &output)
 {
-    auto findings = verify(recording, threadCount(options), [&output](auto done, auto total) {
+    auto findings = verify(recording, options.threadCount(), [&output](auto done, auto total) {
         output.line("Checked " + std::to_string(done) + " of " + std::to_string(total) + " bytes");
         output.flush();
     });
@@ -79,54 +55,28 @@ bool printFindings(const Options &options, const mlv::Recording &recording, Outp
     return !findings.losses.empty();
 }
 
-/// The stages that need frame data.
-class FrameRun
+/// Makes a recording, which keeps the levels of the one that it is made of.
+class RecordingRun
 {
 public:
-    FrameRun(const Options &options, const mlv::Recording &recording, Output &output)
+    RecordingRun(const Options &options, const mlv::Recording &recording, Output &output)
         : m_options(options)
         , m_recording(recording)
         , m_output(output)
         , m_decoder(recording)
-        , m_sources(recording, references(options))
-        , m_levels(levels())
-        , m_calibration(options.dark, options.flat, m_levels.format)
+        , m_calibration(options.dark, options.flat, m_decoder.format())
     {
-        for (const auto &remark : m_levels.remarks) {
-            output.note(remark);
-        }
         if (m_calibration.flat()) {
             output.line(m_calibration.flat()->description());
         }
         output.flush();
-    }
-
-    std::size_t writeFrames()
-    {
-        auto plan = framePlan();
-        // The sound comes first, so that it is there when the frames are.
-        auto soundPath = m_options.output;
-        soundPath += ".wav";
-        const std::string reelName = m_options.input.stem().string();
-        const auto slate =
-            m_options.cinemaDng ? std::optional(slateOf(m_recording, reelName)) : std::nullopt;
-        writeSound(m_recording, pictureTime(plan), slate, m_sources, soundPath, m_output);
-
-        const auto colours = matrix();
-        const FrameTags tags(m_recording, m_levels.format, colours, reelName,
-                             {neutral(colours), m_options.exposure, slate});
-        const Repair repair = wantedRepair();
-        const auto first = m_options.renumbers ? plan.frames.front().number : 0;
-        const Extraction::Job job{m_recording,      m_calibration,          tags,    m_sources,
-                                  m_options.output, threadCount(m_options), &repair, first};
-        return Extraction(job, std::move(plan.frames), m_output).run();
+        SourceFiles(recording, options.references()).requireOther(options.output);
     }
 
     std::size_t writeAverage()
     {
-        m_sources.requireOther(m_options.output);
         const auto average =
-            averageFrames(m_recording, m_calibration, threadCount(m_options), m_output);
+            averageFrames(m_recording, m_calibration, m_options.threadCount(), m_output);
         RecordingWriter writer(m_recording, m_options.output, 1);
         writer.addFrame(0, m_recording.videoFrames().back().timestamp, average.samples);
         writer.commit();
@@ -135,8 +85,15 @@ public:
 
     std::size_t rewrite()
     {
-        m_sources.requireOther(m_options.output);
-        const auto frames = framePlan().frames;
+        const auto plan = planFrames(m_recording.videoFrames(), m_options.range);
+        const auto &frames = plan.frames;
+        if (frames.empty()) {
+            throw mlv::Error("has none of the frames that are asked for");
+        }
+        for (const auto &remark : plan.remarks) {
+            m_output.note(remark);
+        }
+        m_output.flush();
         RecordingWriter writer(m_recording, m_options.output,
                                static_cast<std::uint32_t>(frames.size()));
         for (const auto &frame : frames) {
@@ -149,96 +106,10 @@ public:
     }
 
 private:
-    /// Recordings that are written keep the levels that they were recorded with.
-    [[nodiscard]] FrameLevels levels() const
-    {
-        if (m_options.mode != Mode::Frames) {
-            return {m_decoder.format(), {}};
-        }
-        return frameLevels(m_recording, m_decoder.format(), m_options.black, m_options.white,
-                           threadCount(m_options));
-    }
-
-    Repair wantedRepair()
-    {
-        auto found = findRepair(m_recording, m_options.input, m_options.repair, sensorFormat(),
-                                m_calibration, threadCount(m_options));
-        for (const auto &remark : found.remarks) {
-            m_output.note(remark);
-        }
-        m_output.flush();
-        return std::move(found.repair);
-    }
-
-    /// The white that is chosen for all frames.
-    std::optional<Neutral> neutral(const ColourMatrix &matrix)
-    {
-        const auto balance = frameBalance(m_recording, m_options.balance, m_calibration,
-                                          sensorFormat(), matrix, threadCount(m_options));
-        for (const auto &remark : balance.remarks) {
-            m_output.note(remark);
-        }
-        return balance.neutral;
-    }
-
-    /// Columns are evened out, and white is looked for, up to the level at which the sensor is
-    /// full, whatever frames are tagged with.
-    [[nodiscard]] mlv::FrameFormat sensorFormat() const
-    {
-        auto format = m_levels.format;
-        const bool looksAtFrames =
-            m_options.repair.columns || m_options.balance.kind == BalanceChoice::Kind::Auto;
-        if (looksAtFrames && m_options.white.kind != LevelChoice::Kind::Auto) {
-            const auto survey = surveyLevels(m_recording, threadCount(m_options));
-            if (survey && survey->clip && *survey->clip > format.blackLevel) {
-                format.whiteLevel = std::min(format.whiteLevel, *survey->clip);
-            }
-        }
-        return format;
-    }
-
-    ColourMatrix matrix()
-    {
-        const auto known = m_options.keepsRecordedMatrix ? std::nullopt : knownMatrix(m_recording);
-        if (!known) {
-            return colourMatrix(*m_recording.rawInfo());
-        }
-        m_output.note(remarkOn(*known));
-        return known->matrix;
-    }
-
-    FramePlan framePlan()
-    {
-        auto plan = planFrames(m_recording.videoFrames(), m_options.range);
-        if (plan.frames.empty()) {
-            throw mlv::Error("has none of the frames that are asked for");
-        }
-        for (const auto &remark : plan.remarks) {
-            m_output.note(remark);
-        }
-        m_output.flush();
-        return plan;
-    }
-
-    [[nodiscard]] PictureTime pictureTime(const FramePlan &plan) const
-    {
-        const double rate = m_recording.framesPerSecond();
-        const auto seconds = [rate](std::size_t frames) {
-            return rate > 0 ? static_cast<double>(frames) / rate : 0;
-        };
-        constexpr double aDay = 86400;
-        const auto behind =
-            static_cast<std::uint64_t>(1e6 * std::min(seconds(plan.startsBehind), aDay));
-        return {plan.frames.front().block->timestamp + behind, seconds(plan.frames.size()),
-                !plan.reachesEnd, plan.frames.front().number, plan.frames.size()};
-    }
-
     const Options &m_options;
     const mlv::Recording &m_recording;
     Output &m_output;
     mlv::FrameDecoder m_decoder;
-    SourceFiles m_sources;
-    FrameLevels m_levels;
     Calibration m_calibration;
 };
 
@@ -256,11 +127,11 @@ std::size_t runMode(const Options &options, const mlv::Recording &recording, Out
     requireReadableFrames(recording);
     switch (options.mode) {
     case Mode::Frames:
-        return FrameRun(options, recording, output).writeFrames();
+        return runFrames(options, recording, nullptr, output);
     case Mode::Average:
-        return FrameRun(options, recording, output).writeAverage();
+        return RecordingRun(options, recording, output).writeAverage();
     case Mode::Rewrite:
-        return FrameRun(options, recording, output).rewrite();
+        return RecordingRun(options, recording, output).rewrite();
     case Mode::Survey:
         for (const auto &remark : tagRemarks(options, recording)) {
             output.note(remark);
@@ -297,6 +168,10 @@ std::optional<Failure> failureOf(Work work)
         return Failure{error.what(), true};
     } catch (const MapError &error) {
         return Failure{error.what(), false};
+    } catch (const surveyfile::SurveyError &error) {
+        return Failure{error.what(), false};
+    } catch (const mlv::ForeignIndex &error) {
+        return Failure{std::string("The survey ") + error.what(), false};
     } catch (const std::bad_alloc &) {
         return Failure{"There is not enough memory for the recording", true};
     } catch (const std::system_error &error) {
@@ -321,12 +196,19 @@ int run(const Options &options, Output &output)
     Summary summary;
     bool isLossy = false;
     const auto work = [&] {
-        const mlv::Recording recording(options.input);
+        const auto known =
+            options.knownSurvey.empty() ? std::nullopt : std::optional(readSurvey(options));
+        const auto recording =
+            known ? mlv::Recording(options.input, known->recording) : mlv::Recording(options.input);
         summary.framesPerSecond = recording.framesPerSecond();
         if (options.mode == Mode::Verify) {
             requireReadableFrames(recording);
             isLossy = printFindings(options, recording, output);
             summary.frames = recording.videoFrames().size();
+            return;
+        }
+        if (known) {
+            summary.frames = runFrames(options, recording, &*known, output);
             return;
         }
         for (const auto *sentences : {&recording.warnings(), &recording.remarks()}) {

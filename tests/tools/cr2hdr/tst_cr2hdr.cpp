@@ -433,7 +433,13 @@ private Q_SLOTS:
     {
         QCOMPARE(cr2hdr({}).status, 2);
         QCOMPARE(cr2hdr({QStringLiteral("--nonsense")}).status, 2);
-        QVERIFY(cr2hdr({QStringLiteral("--help")}).output.startsWith("Usage: cr2hdr FILE.dng ..."));
+        QCOMPARE(cr2hdr({QStringLiteral("a.dng"), QStringLiteral("--use-survey")}).status, 2);
+        const QStringList both{QStringLiteral("--use-survey"), QStringLiteral("a"),
+                               QStringLiteral("--write-survey"), QStringLiteral("b"),
+                               QStringLiteral("a.dng")};
+        QCOMPARE(cr2hdr(both).errors,
+                 "cr2hdr : a survey is either written or used; cr2hdr --help tells more\n");
+        QVERIFY(cr2hdr({QStringLiteral("--help")}).output.startsWith("Usage: cr2hdr "));
         QVERIFY(cr2hdr({QStringLiteral("--version")}).output.startsWith("cr2hdr "));
     }
 
@@ -481,7 +487,131 @@ private Q_SLOTS:
         QVERIFY(cr2hdr({path}).output.endsWith(" : left as it is, blended before\n"));
     }
 
+    void partsOfARecordingAreBlendedAsTheWhole_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::newRow("dual ISO") << dualIso();
+        QTest::newRow("not dual ISO") << QStringList();
+        QTest::newRow("too dark to tell") << QStringList{QStringLiteral("--dark")};
+    }
+
+    void partsOfARecordingAreBlendedAsTheWhole()
+    {
+        QFETCH(QStringList, options);
+        const QStringList whole = extracted(QStringLiteral("whole"), options, 15);
+        const QString recording = m_folder->filePath(QStringLiteral("whole.MLV"));
+        const QStringList parts = extractedFrom(recording, QStringLiteral("parts"), 15);
+        const QString spread = m_folder->filePath(QStringLiteral("spread"));
+        const QStringList arguments{QStringLiteral("--dng"),
+                                    recording,
+                                    QStringLiteral("-o"),
+                                    spread,
+                                    QStringLiteral("--write-survey"),
+                                    spread,
+                                    QStringLiteral("--survey-frames"),
+                                    spread};
+        QCOMPARE(runProgram(builtProgram(QStringLiteral("mlv_dump")), arguments).status, 0);
+        QStringList surveyed;
+        for (const auto &name :
+             QDir(m_folder->path()).entryList({QStringLiteral("spread*.dng")}, QDir::Files)) {
+            surveyed << m_folder->filePath(name);
+        }
+        const QString survey = m_folder->filePath(QStringLiteral("survey"));
+
+        const Ended blended = cr2hdr(whole);
+        const Ended found =
+            cr2hdr(QStringList{QStringLiteral("--write-survey"), survey} + surveyed);
+        QCOMPARE(blended.status, 0);
+        QCOMPARE(found.status, 0);
+        QVERIFY(blended.output.startsWith(found.output)); // what is found is told there
+        for (const int first : {0, 5, 10}) {
+            QCOMPARE(
+                cr2hdr(QStringList{QStringLiteral("--use-survey"), survey} + parts.mid(first, 5))
+                    .status,
+                0);
+        }
+        for (int i = 0; i < whole.size(); ++i) {
+            QVERIFY2(contentOf(parts[i]) == contentOf(whole[i]), qPrintable(parts[i]));
+        }
+    }
+
+    void aSurveyLeavesTheFramesAsTheyAre()
+    {
+        const QStringList frames = dualFrames(3);
+        const QByteArray before = contentOf(frames.first());
+        const QString all = m_folder->filePath(QStringLiteral("all"));
+        QCOMPARE(cr2hdr(QStringList{QStringLiteral("--write-survey"), all} + frames).status, 0);
+        QCOMPARE(contentOf(frames.first()), before);
+        QVERIFY(!contentOf(all).isEmpty());
+    }
+
+    void withoutAFrameThereIsNoSurvey()
+    {
+        const QString missing = m_folder->filePath(QStringLiteral("missing.dng"));
+        const QString survey = m_folder->filePath(QStringLiteral("survey"));
+        const Ended ended = cr2hdr({QStringLiteral("--write-survey"), survey, missing});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.output, missing.toLocal8Bit() +
+                                   " : failed, cannot be opened: No such file or directory\n");
+        QVERIFY(!QFile::exists(survey));
+    }
+
+    void aSurveyOfAnotherRecordingIsRefused()
+    {
+        const QStringList frames = dualFrames(2);
+        const QStringList others = extracted(QStringLiteral("other"), dualIso(), 2);
+        const QString survey = m_folder->filePath(QStringLiteral("survey"));
+        QCOMPARE(cr2hdr(QStringList{QStringLiteral("--write-survey"), survey} + others).status, 0);
+        const QByteArray frame = contentOf(frames.first());
+        const Ended ended = cr2hdr(QStringList{QStringLiteral("--use-survey"), survey} + frames);
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.output, "[ERROR] The survey is of another recording\n");
+        QCOMPARE(contentOf(frames.first()), frame);
+    }
+
+    void aBrokenSurveyIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QByteArray>("after");
+        QTest::addColumn<QByteArray>("reason");
+        const QByteArray damaged("The survey is damaged");
+        const auto row = [&](const char *before, const char *after, const QByteArray &reason) {
+            QTest::newRow(after) << QByteArray(before) << QByteArray(after) << reason;
+        };
+        row("survey 1\n", "survey 2\n", "The survey is of another kind or version");
+        row("end\n", "", damaged);
+        row("obstacle 0", "obstacle 9", damaged);
+        row("obstacle 0", "obstacle 1", damaged);
+        row("rows LLHH", "rows LHLH", damaged);
+        row("rows LLHH", "rows LLH", damaged);
+        row("exposure ", "exposure -", damaged);
+        row("noise ", "noise -", damaged);
+    }
+
+    void aBrokenSurveyIsRefused()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        QFETCH(QByteArray, reason);
+        const QStringList frames = dualFrames(2);
+        const QString survey = m_folder->filePath(QStringLiteral("survey"));
+        QCOMPARE(cr2hdr(QStringList{QStringLiteral("--write-survey"), survey} + frames).status, 0);
+        QByteArray content = contentOf(survey);
+        QVERIFY2(content.contains(before), content.constData());
+        setContent(survey, content.replace(before, after));
+        const QByteArray frame = contentOf(frames.first());
+        const Ended ended = cr2hdr(QStringList{QStringLiteral("--use-survey"), survey} + frames);
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.output, "[ERROR] " + reason + '\n');
+        QCOMPARE(contentOf(frames.first()), frame);
+    }
+
 private:
+    static QStringList dualIso()
+    {
+        return {QStringLiteral("--dual-iso"), QStringLiteral("100/800")};
+    }
+
     /// The DNG frames of a 320 × 200 recording made with these options, in a folder of their own.
     QStringList extracted(const QString &name, const QStringList &options, int count)
     {
@@ -512,8 +642,7 @@ private:
     }
 
     /// Dual-ISO frames; m_truthFrames are then those without noise.
-    QStringList dualFrames(int count, QStringList options = {QStringLiteral("--dual-iso"),
-                                                             QStringLiteral("100/800")})
+    QStringList dualFrames(int count, QStringList options = dualIso())
     {
         const QString truth = m_folder->filePath(QStringLiteral("truth.MLV"));
         options << QStringLiteral("--truth") << truth;
