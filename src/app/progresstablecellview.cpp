@@ -29,6 +29,8 @@ ProgressTableCellView::ProgressTableCellView(QWidget *parent)
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(6, 2, 6, 2);
     grid->setVerticalSpacing(2);
+    grid->setHorizontalSpacing(0); // without a mark the text stands over the bar's beginning
+    m_mark->setContentsMargins(0, 0, 4, 0);
     grid->setRowStretch(0, 1);
     grid->addWidget(m_mark, 1, 0);
     grid->addWidget(m_textField, 1, 1);

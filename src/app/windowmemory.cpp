@@ -34,9 +34,9 @@ void WindowMemory::restore() const
     const QSize room = m_window.screen()->availableSize() - frameOfWindow;
     m_window.resize(m_window.size().boundedTo(room));
     m_window.restoreGeometry(stored.value(geometryKey).toByteArray());
-    m_ui.splitter->setSizes({3 * m_window.width() / 5, 2 * m_window.width() / 5});
-    m_ui.splitter->setStretchFactor(0, 3);
-    m_ui.splitter->setStretchFactor(1, 2);
+    m_ui.splitter->setSizes({5 * m_window.width() / 8, 3 * m_window.width() / 8});
+    m_ui.splitter->setStretchFactor(0, 5);
+    m_ui.splitter->setStretchFactor(1, 3);
     m_ui.splitter->restoreState(stored.value(splitterKey).toByteArray());
     m_ui.movieFormatPopUpButton->setCurrentIndex(stored.value(formatKey).toInt());
     m_ui.movieQualityPopUpButton->setCurrentIndex(stored.value(qualityKey).toInt());

@@ -584,7 +584,7 @@ void TestQueueTableWindow::blendingIsToggled()
     QVERIFY(!window.delegate->projectList().front()->dualISO());
     window.pressStart();
     window.waitForEnd();
-    QCOMPARE(window.tools.calls(QStringLiteral("cr2hdr")).size(), 1);
+    QCOMPARE(window.conversionCalls(QStringLiteral("cr2hdr")).size(), 1);
     blend->trigger();
     QVERIFY(!window.delegate->projectList().front()->blendsAlternatingRows());
 }
