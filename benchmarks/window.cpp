@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <sys/resource.h>
 #include <vector>
 
@@ -207,7 +208,9 @@ void measurePictures(const QString &folder)
     writeRecording(original, {QStringLiteral("--size"), QStringLiteral("1920x1080"),
                               QStringLiteral("--frames"), QStringLiteral("1")});
     for (int number = 1; number < recordings; ++number)
-        QFile::link(original, QStringLiteral("%1/%2.MLV").arg(folder).arg(number));
+        std::filesystem::create_hard_link(
+            original.toStdString(),
+            QStringLiteral("%1/%2.MLV").arg(folder).arg(number).toStdString());
 
     SilentAlerts alerts;
     NoPanel panel;

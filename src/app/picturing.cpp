@@ -35,6 +35,7 @@ void AppDelegate::connectPictures()
             m_ui->queueTableView->updatePicture(
                 rowOf(static_cast<std::size_t>(found - m_projectList->cbegin())));
         }
+        showPictures(); // two paths of one recording are one picture for those who make it
     });
 }
 

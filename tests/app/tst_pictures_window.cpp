@@ -2,6 +2,7 @@
 #include "fakewindow.h"
 
 #include <QCheckBox>
+#include <QDir>
 
 using namespace filmwright;
 
@@ -61,6 +62,7 @@ private Q_SLOTS:
     void pictureIsMadeOnce();
     void brokenRecordingHasNone();
     void pictureIsAsSharpAsTheScreen();
+    void linkToARecordingHasItsPicture();
     void readAgainIsPicturedAgain();
     void noneIsMadeWhereNoneIsWanted();
 };
@@ -176,6 +178,20 @@ void TestPicturesWindow::pictureIsAsSharpAsTheScreen()
     const auto icon = window.table()->model()->index(0, 0).data(Qt::DecorationRole).value<QIcon>();
     const QSizeF size = QSizeF(window.table()->iconSize()) * window.table()->devicePixelRatioF();
     QCOMPARE(icon.availableSizes().value(0), size.toSize());
+}
+
+void TestPicturesWindow::linkToARecordingHasItsPicture()
+{
+    FakeWindow window;
+    FakeWindow::showPictures(true);
+    window.launch();
+    const QString recording = window.makeRecordings({QStringLiteral("a.MLV")}).constFirst();
+    const QString link = QDir(window.recordings()).filePath(QStringLiteral("link.MLV"));
+    QVERIFY(QFile::link(recording, link));
+    QVERIFY(window.drop({recording, link}));
+    window.waitUntilRead();
+    for (int row = 0; row < 2; ++row)
+        QTRY_VERIFY(isFrame(pictureAt(window, row)));
 }
 
 void TestPicturesWindow::readAgainIsPicturedAgain()
