@@ -8,6 +8,20 @@
 
 namespace filmwright {
 
+namespace {
+
+/// Empty when frames can be seen.
+QString reasonForNoFrames(const MLVProjectController &project)
+{
+    if (!project.unusableReason().isEmpty() || project.metadata().movieFrames() > 0)
+        return project.unusableReason();
+    return project.mlvProjectMode() == MLVProjectModeReadingData
+               ? QStringLiteral("The recording is being read")
+               : QStringLiteral("The recording has no frames");
+}
+
+} // namespace
+
 void AppDelegate::connectPreview()
 {
     PreviewPane &pane = *m_ui->previewPane;
@@ -67,18 +81,12 @@ void AppDelegate::updatePreview()
     for (QAction *action : {m_ui->setInMenuItem, m_ui->setOutMenuItem, m_ui->clearMarksMenuItem})
         action->setEnabled(canBeMarked);
     if (!project) {
-        pane.showNothing(QStringLiteral("Select a recording to see its frames.\n"
-                                        "During a batch, frames appear as they are converted."));
+        pane.followWork(QStringLiteral("Select a recording to see its frames.\n"
+                                       "During a batch, frames appear as they are converted."));
         return;
     }
-    if (!project->unusableReason().isEmpty()) {
-        pane.showNothing(project->unusableReason());
-        return;
-    }
-    if (project->metadata().movieFrames() == 0) {
-        pane.showNothing(project->mlvProjectMode() == MLVProjectModeReadingData
-                             ? QStringLiteral("The recording is being read")
-                             : QStringLiteral("The recording has no frames"));
+    if (const QString reason = reasonForNoFrames(*project); !reason.isEmpty()) {
+        pane.showReason(reason);
         return;
     }
     pane.showRecording({project->mlvPath(), project->metadata().movieFrames(),
@@ -93,6 +101,7 @@ void AppDelegate::takeMarks(const FrameSelection &selection)
         return;
     selected.front()->setFrameSelection(selection);
     m_ui->queueTableView->reloadData();
+    updatePreview();
 }
 
 } // namespace filmwright

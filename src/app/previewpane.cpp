@@ -59,34 +59,47 @@ void PreviewPane::showRecording(const PreviewedRecording &recording)
     const bool isOther =
         recording.path != m_recording.path || recording.frames != m_recording.frames;
     m_recording = recording;
+    m_followsWork = false;
     m_slider->setSelection(recording.selection);
     if (isOther)
         m_slider->setFrames(recording.frames, recording.framesPerSecond);
-    if (isOther || lookOf({recording.path, 1, recording.settings}) != m_look)
+    if (isOther || lookOf(chosenRequest()) != m_look)
         askForFrame();
     else
         showPlace();
 }
 
-void PreviewPane::showNothing(const QString &text)
+void PreviewPane::showReason(const QString &reason)
 {
+    letGo();
+    m_followsWork = false;
+    m_image->setText(reason);
+}
+
+void PreviewPane::followWork(const QString &text)
+{
+    if (!m_followsWork)
+        letGo();
+    m_followsWork = true;
     m_image->setText(text);
-    if (showsRecording()) {
-        m_recording = {};
-        m_isQuick = false;
-        m_look.clear();
-        m_frames.showNothing();
-        m_image->setImage({});
-        m_histogram->setHistogram({});
-        m_slider->setFrames(1, 1);
-        m_slider->setSelection({});
-    }
+}
+
+void PreviewPane::letGo()
+{
+    m_recording = {};
+    m_look.clear();
+    m_isQuick = false;
+    m_frames.showNothing();
+    m_image->setImage({});
+    m_histogram->setHistogram({});
+    m_slider->setFrames(1, 1);
+    m_slider->setSelection({});
     showPlace();
 }
 
 void PreviewPane::showConverted(const QImage &image)
 {
-    if (!showsRecording())
+    if (m_followsWork)
         m_image->setImage(image);
 }
 
@@ -96,13 +109,19 @@ quint64 PreviewPane::chosenFrame() const
 }
 
 /// The last frame has no neighbour behind it, and the movie none of its own for it.
+FrameRequest PreviewPane::chosenRequest() const
+{
+    FrameRequest request{m_recording.path, chosenFrame(), m_recording.settings};
+    if (request.settings.mergesNeighbours && m_recording.frames > 1)
+        request.frame = std::min(request.frame, m_recording.frames - 1);
+    return request;
+}
+
 void PreviewPane::askForFrame()
 {
     if (!showsRecording())
         return;
-    FrameRequest request{m_recording.path, chosenFrame(), m_recording.settings};
-    if (request.settings.mergesNeighbours && m_recording.frames > 1)
-        request.frame = std::min(request.frame, m_recording.frames - 1);
+    const FrameRequest request = chosenRequest();
     m_look = lookOf(request);
     m_frames.show(request);
     showPlace();

@@ -37,10 +37,11 @@ public:
     /// Shows the first frame of another recording; of the same one, the frame that was chosen, as
     /// it looks now.
     void showRecording(const PreviewedRecording &recording);
-    /// Lets go of the recording; the text tells what can be done or why nothing is shown.
-    void showNothing(const QString &text);
-    bool showsRecording() const { return !m_recording.path.isEmpty(); }
-    /// A frame that has been converted; not while a recording is shown.
+    /// Shows why a recording can't be seen.
+    void showReason(const QString &reason);
+    /// Shows frames that are converted from now on, and before the first one the text.
+    void followWork(const QString &text);
+    /// A frame that has been converted.
     void showConverted(const QImage &image);
 
     // Where the movie of the shown recording begins and ends: at the frame that is shown.
@@ -64,6 +65,9 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
 
 private:
+    bool showsRecording() const { return !m_recording.path.isEmpty(); }
+    void letGo();
+    FrameRequest chosenRequest() const;
     void askForFrame();
     void showFrame(const FrameRequest &request, const DevelopedFrame &frame);
     void showPlace();
@@ -77,8 +81,9 @@ private:
     QLabel *m_note;
     FramePreview m_frames;
     PreviewedRecording m_recording; // without a path: none
-    QByteArray m_look;              // of what was asked for last
-    bool m_isQuick = false;         // the frame that is shown isn't yet as in the movie
+    bool m_followsWork = true;
+    QByteArray m_look;      // of what was asked for last
+    bool m_isQuick = false; // the frame that is shown isn't yet as in the movie
 };
 
 } // namespace filmwright

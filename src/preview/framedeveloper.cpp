@@ -5,6 +5,7 @@
 #include "conversion/mergebitmaps.h"
 #include "conversion/tiffbitmap.h"
 #include "mlvdump/mlvdumparguments.h"
+#include "preview/surveyor.h"
 
 #include <QtConcurrent>
 
@@ -16,13 +17,28 @@ namespace {
 
 const QString developer = QStringLiteral("dcraw");
 
-ToolCall extraction(const FrameRequest &request, quint64 frames, const QString &folder)
+ToolCall extraction(const FrameRequest &request, quint64 frames, const QString &folder,
+                    const QString &surveyFolder)
 {
     const CalibrationChoice &calibration = request.settings.calibration;
+    QStringList options = correctionsOf(request).arguments();
+    if (needsMeasuring(request))
+        options << QStringLiteral("--use-survey") << surveyIn(surveyFolder);
     return {QStringLiteral("mlv_dump"),
             frameArguments(request.recording, 0, calibration.darkAverage(),
-                           calibration.flatAverage(), folder, correctionsOf(request).arguments(),
+                           calibration.flatAverage(), folder, options,
                            {request.frame, request.frame + frames - 1})};
+}
+
+/// By a survey, frames are numbered as those of the whole call.
+QStringList namesOf(const FrameRequest &request, quint64 frames)
+{
+    const quint64 first =
+        needsMeasuring(request) ? request.frame - surveyedFrames(request).first : 0;
+    QStringList names;
+    for (quint64 number = first; number < first + frames; ++number)
+        names << frameName(number);
+    return names;
 }
 
 /// Of one TIFF, or of two that are merged.
@@ -52,20 +68,21 @@ FrameDeveloper::~FrameDeveloper()
     stop();
 }
 
-void FrameDeveloper::develop(const FrameRequest &request, const QString &folder)
+void FrameDeveloper::develop(const FrameRequest &request, const QString &folder,
+                             const QString &surveyFolder)
 {
     const ConversionSettings &settings = request.settings;
     const bool isExact = request.quality == FrameRequest::AsInMovie;
     const quint64 frames = isExact && settings.mergesNeighbours ? 2 : 1;
-    QStringList names;
-    for (quint64 number = 0; number < frames; ++number)
-        names << frameName(number);
+    const QStringList names = namesOf(request, frames);
 
-    m_calls = {extraction(request, frames, folder)};
-    if (isExact && settings.blendsAlternatingRows)
-        m_calls.push_back({QStringLiteral("cr2hdr"), names, folder});
+    m_calls = {extraction(request, frames, folder, surveyFolder)};
+    if (isExact && settings.blendsAlternatingRows) {
+        const QStringList survey{QStringLiteral("--use-survey"), blendSurveyIn(surveyFolder)};
+        m_calls.push_back({QStringLiteral("cr2hdr"), survey + names, folder});
+    }
     m_tiffs.clear();
-    for (const QString &name : std::as_const(names)) {
+    for (const QString &name : names) {
         const auto brightness = static_cast<float>(std::exp2(settings.corrections.exposure));
         m_calls.push_back(
             {developer, dcRawArguments(folder + name, brightness, developOf(request))});

@@ -33,9 +33,10 @@ public:
     /// Stops.
     ~FrameDeveloper() override;
 
-    /// Starts, in this folder, which is there and empty and ends with a path separator. Ends with
-    /// ended(), unless it is stopped. Not while it is busy.
-    void develop(const FrameRequest &request, const QString &folder);
+    /// Starts, in this folder, which is there and empty and ends with a path separator. A request
+    /// for which the recording has to be measured needs the folder of its survey, see Surveyor.
+    /// Ends with ended(), unless it is stopped. Not while it is busy.
+    void develop(const FrameRequest &request, const QString &folder, const QString &surveyFolder);
     /// Ends what runs; the folder is left to itself then.
     void stop();
     bool isBusy() const { return m_isBusy; }

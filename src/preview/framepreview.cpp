@@ -17,6 +17,7 @@ FramePreview::FramePreview()
     : m_kept(keptKilobytes)
 {
     connect(&m_developer, &FrameDeveloper::ended, this, &FramePreview::ended);
+    connect(&m_surveyor, &Surveyor::ended, this, &FramePreview::surveyEnded);
 }
 
 FramePreview::~FramePreview() = default;
@@ -24,10 +25,12 @@ FramePreview::~FramePreview() = default;
 void FramePreview::show(const FrameRequest &request)
 {
     m_wanted = request;
-    m_wantsQuick = needsMeasuring(request);
+    const QByteArray survey = surveyOf(request);
+    m_wantsQuick = needsMeasuring(request) && !m_surveys.contains(survey);
+    if (m_surveyor.isBusy() && m_survey != survey)
+        m_surveyor.stop();
     // What is in work is let go unless it is a step of the same slider.
-    const bool isStep =
-        !m_isPicture && !needsMeasuring(m_current) && m_current.recording == request.recording;
+    const bool isStep = !m_isPicture && m_current.recording == request.recording;
     if (m_developer.isBusy() && !isStep)
         m_developer.stop();
     next();
@@ -36,6 +39,7 @@ void FramePreview::show(const FrameRequest &request)
 void FramePreview::showNothing()
 {
     m_wanted.reset();
+    m_surveyor.stop();
     if (m_developer.isBusy() && !m_isPicture)
         m_developer.stop();
     next();
@@ -53,8 +57,15 @@ void FramePreview::next()
         return;
     if (m_wanted) {
         FrameRequest request = *m_wanted;
-        if (std::exchange(m_wantsQuick, false))
+        const bool isMeasured = !needsMeasuring(request) || m_surveys.contains(surveyOf(request));
+        if (!isMeasured && !m_wantsQuick) {
+            if (!m_surveyor.isBusy())
+                beginSurvey(request);
+            return;
+        }
+        if (!isMeasured)
             request.quality = FrameRequest::Quick;
+        m_wantsQuick = false;
         begin(request, false);
     } else if (!m_pictures.isEmpty()) {
         begin(m_pictures.constFirst(), true);
@@ -80,16 +91,50 @@ void FramePreview::begin(const FrameRequest &request, bool isPicture)
 {
     m_current = request;
     m_isPicture = isPicture;
+    const QString folder = newFolder(QStringLiteral("frame"));
+    if (folder.isEmpty())
+        ended({{}, {}, m_folder->problem()});
+    else
+        m_developer.develop(request, folder, m_surveys.value(surveyOf(request)));
+}
+
+/// Frames go on being shown quick meanwhile.
+void FramePreview::beginSurvey(const FrameRequest &request)
+{
+    m_survey = surveyOf(request);
+    const QString folder = newFolder(QStringLiteral("survey%1").arg(m_surveys.size()));
+    if (folder.isEmpty())
+        surveyEnded(m_folder->problem());
+    else
+        m_surveyor.survey(request, folder);
+}
+
+void FramePreview::surveyEnded(const QString &reason)
+{
+    if (reason.isEmpty()) {
+        m_surveys.insert(m_survey, folderOf(QStringLiteral("survey%1").arg(m_surveys.size())));
+    } else if (m_wanted) {
+        const FrameRequest request = *std::exchange(m_wanted, std::nullopt);
+        Q_EMIT shown(request, {{}, {}, reason});
+    }
+    next();
+}
+
+QString FramePreview::folderOf(const QString &name) const
+{
+    return m_folder->path() + QLatin1Char('/') + name + QLatin1Char('/');
+}
+
+/// Empty when it can't be made.
+QString FramePreview::newFolder(const QString &name)
+{
     if (!m_folder || !m_folder->isValid())
         m_folder = std::make_unique<PreviewFolder>();
-    if (!m_folder->isValid()) {
-        ended({{}, {}, m_folder->problem()});
-        return;
-    }
-    const QString folder = m_folder->path() + QStringLiteral("/frame/");
-    removeFolder(folder);
-    createPrivateFolder(folder);
-    m_developer.develop(request, folder);
+    if (!m_folder->isValid())
+        return {};
+    removeFolder(folderOf(name));
+    createPrivateFolder(folderOf(name));
+    return folderOf(name);
 }
 
 void FramePreview::ended(const DevelopedFrame &frame)

@@ -3,8 +3,10 @@
 
 #include "preview/framedeveloper.h"
 #include "preview/previewfolder.h"
+#include "preview/surveyor.h"
 
 #include <QCache>
+#include <QHash>
 
 #include <optional>
 
@@ -27,7 +29,8 @@ public:
     /// frame that is already in work is shown, too, so that a slider that is dragged is followed.
     /// May show a frame before it returns.
     ///
-    /// When the recording has to be measured first, the frame is shown quick, then as in the movie.
+    /// When the recording has to be measured first, which is done once, the frame is shown quick,
+    /// then as in the movie.
     void show(const FrameRequest &request);
     /// No frame is asked for any more.
     void showNothing();
@@ -48,11 +51,18 @@ private:
     void next();
     bool showKept();
     void begin(const FrameRequest &request, bool isPicture);
+    void beginSurvey(const FrameRequest &request);
+    void surveyEnded(const QString &reason);
+    QString folderOf(const QString &name) const;
+    QString newFolder(const QString &name);
     void ended(const DevelopedFrame &frame);
     void keep(const FrameRequest &request, const DevelopedFrame &frame);
 
     std::unique_ptr<PreviewFolder> m_folder; // made for the first frame
     FrameDeveloper m_developer;              // ends before the folder goes
+    Surveyor m_surveyor;                     // likewise
+    QHash<QByteArray, QString> m_surveys;    // their folders
+    QByteArray m_survey;                     // the one in work
     QCache<QByteArray, DevelopedFrame> m_kept;
     std::optional<FrameRequest> m_wanted;
     bool m_wantsQuick = false; // the wanted one is shown quick first

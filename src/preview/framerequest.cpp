@@ -32,7 +32,7 @@ QByteArray identityOf(const FrameRequest &request)
 QByteArray lookOf(const FrameRequest &request)
 {
     ConversionSettings settings = request.settings;
-    settings.frames = {};
+    settings.frames = surveyedFrames(request);
     return frameOrigin(request.recording, settings) +
            (settings.mergesNeighbours ? "merged\n" : "single\n") +
            QByteArray::number(request.quality) + '\n';
@@ -50,6 +50,23 @@ bool needsMeasuring(const FrameRequest &request)
     return request.quality == FrameRequest::AsInMovie &&
            (request.settings.blendsAlternatingRows ||
             corrections.arguments() != withoutMeasuring(corrections).arguments());
+}
+
+FrameSelection surveyedFrames(const FrameRequest &request)
+{
+    const FrameSelection &chosen = request.settings.frames;
+    const bool isChosen =
+        request.frame >= chosen.first && (chosen.last == 0 || request.frame <= chosen.last);
+    return request.settings.blendsAlternatingRows && isChosen ? chosen : FrameSelection();
+}
+
+QByteArray surveyOf(const FrameRequest &request)
+{
+    ConversionSettings settings = request.settings;
+    settings.frames = surveyedFrames(request);
+    settings.corrections.exposure = 0;
+    settings.recipe.reset();
+    return frameOrigin(request.recording, settings);
 }
 
 QStringList developOf(const FrameRequest &request)

@@ -19,7 +19,7 @@ struct FrameRequest
 
     QString recording;           ///< absolute path
     quint64 frame = 1;           ///< of the whole movie, from 1; gaps that are filled are counted
-    ConversionSettings settings; ///< its selection of frames is of no account
+    ConversionSettings settings; ///< any frame can be asked for, whatever it selects
     Quality quality = AsInMovie;
 };
 
@@ -34,6 +34,13 @@ RawCorrections correctionsOf(const FrameRequest &request);
 
 /// Whether something has to be measured in the whole recording first.
 bool needsMeasuring(const FrameRequest &request);
+
+/// The frames for which it is measured. Rows are blended by what the frames of the movie have in
+/// common, other frames as in a movie of all; everything else is the same for any selection.
+FrameSelection surveyedFrames(const FrameRequest &request);
+
+/// Tells what is measured for a request from what is measured for others.
+QByteArray surveyOf(const FrameRequest &request);
 
 /// dcraw's arguments in front of the usual ones.
 QStringList developOf(const FrameRequest &request);

@@ -14,6 +14,8 @@
 #include <QToolBar>
 #include <QToolButton>
 
+#include <algorithm>
+
 using namespace filmwright;
 
 namespace {
@@ -23,7 +25,9 @@ constexpr QPoint dropPlace(5, 5);
 /// Frames of the preview have a folder of their own.
 bool isForPreview(const QStringList &call)
 {
-    return call.constLast().contains(QLatin1String("/filmwright-preview-"));
+    return std::any_of(call.cbegin(), call.cend(), [](const QString &argument) {
+        return argument.contains(QLatin1String("/filmwright-preview-"));
+    });
 }
 
 std::unique_ptr<QMimeData> dragged(const QStringList &paths)

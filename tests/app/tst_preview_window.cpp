@@ -20,6 +20,8 @@ using namespace filmwright;
 
 namespace {
 
+constexpr int patience = 60000; // milliseconds; a busy machine is no failure
+
 const QString a = QStringLiteral("a.MLV");
 const QString b = QStringLiteral("b.MLV");
 const QString mlvDump = QStringLiteral("mlv_dump");
@@ -32,12 +34,17 @@ public:
     explicit PreviewWindow(int frames = 100)
         : FakeWindow(frames)
     {
-        // The frames of a preview are few.
-        setExtraction(QStringLiteral("case \"$*\" in *--renumber*) n=2 ;; *) n=%1 ;; esac\n"
-                                     "while [ $n -gt 0 ]; do n=$((n - 1)); "
-                                     "echo dng > \"$prefix$(printf '%06d' $n).dng\"; done; "
-                                     "echo Done")
-                          .arg(frames));
+        // Only the frames that are asked for, which by a survey keep their numbers.
+        setExtraction(QStringLiteral("first=${5%-*}; last=${5#*-}\n"
+                                     "case $5 in 0-0) last=%1 ;; *-*) ;; *) first=0 ;; esac\n"
+                                     "case \"$*\" in\n"
+                                     "*--write-survey*) last=-1 ;;\n"
+                                     "*--use-survey*) ;;\n"
+                                     "*) last=$((last - first)); first=0 ;;\nesac\n"
+                                     "while [ $first -le $last ]; do "
+                                     "echo dng > \"$prefix$(printf '%06d' $first).dng\"; "
+                                     "first=$((first + 1)); done; echo Done")
+                          .arg(frames - 1));
     }
 
     ImageView *image() const { return widget<ImageView>(QStringLiteral("imageView")); }
@@ -54,8 +61,10 @@ public:
     }
     void waitForFrame() const
     {
-        QTRY_VERIFY(!image()->image().isNull() &&
-                    !widget<PreviewPane>(QStringLiteral("previewPane"))->frames().isAwaited());
+        QTRY_VERIFY_WITH_TIMEOUT(
+            !image()->image().isNull() &&
+                !widget<PreviewPane>(QStringLiteral("previewPane"))->frames().isAwaited(),
+            patience);
     }
 
     /// The frames that mlv_dump was asked for, as it was told: "0", "4-4".
@@ -63,6 +72,8 @@ public:
     {
         QStringList frames;
         for (const QStringList &call : previewCalls(mlvDump)) {
+            if (call.contains(QLatin1String("--write-survey")))
+                continue;
             const QString range = call.value(call.indexOf(QLatin1String("-f")) + 1);
             if (frames.isEmpty() || frames.constLast() != range)
                 frames << range;
@@ -77,7 +88,7 @@ private:
 void activate(QWidget &window)
 {
     window.activateWindow();
-    QTRY_VERIFY(window.isActiveWindow());
+    QTRY_VERIFY_WITH_TIMEOUT(window.isActiveWindow(), patience);
 }
 
 } // namespace
@@ -95,7 +106,9 @@ private Q_SLOTS:
     void unmeasuredFrameIsTold();
     void unreadableFrameTellsTheToolsReason();
     void unusableRecordingTellsTheReason();
+    void reasonTakesThePlaceOfAConvertedFrame();
     void marksAreTheFramesOfTheMovie();
+    void marksChangeHowRowsAreBlended();
     void marksExcludeNothingByMistake();
     void marksAreSetByKeys();
     void marksStayAsTheyAreDuringABatch();
@@ -196,17 +209,17 @@ void TestPreviewWindow::unmeasuredFrameIsTold()
 {
     PreviewWindow window;
     const QString release = window.path(QStringLiteral("release"));
-    window.setExtraction(QStringLiteral("case \"$*\" in *recorded*) ;; "
-                                        "*) until [ -e '%1' ]; do sleep 0.01; done ;; esac\n%2")
+    window.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
+                                        "until [ -e '%1' ]; do sleep 0.01; done ;; esac\n%2")
                              .arg(release, FakeTools::extraction(1)));
     window.launch();
     window.add({a});
     window.select(a);
-    QTRY_COMPARE(window.note(), QStringLiteral("Measuring the recording…"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.note(), QStringLiteral("Measuring the recording…"), patience);
     QVERIFY(!window.image()->image().isNull());
     QFile file(release);
     QVERIFY(file.open(QIODevice::WriteOnly));
-    QTRY_COMPARE(window.note(), QString());
+    QTRY_COMPARE_WITH_TIMEOUT(window.note(), QString(), patience);
 }
 
 void TestPreviewWindow::unreadableFrameTellsTheToolsReason()
@@ -217,8 +230,9 @@ void TestPreviewWindow::unreadableFrameTellsTheToolsReason()
     window.launch();
     window.add({a});
     window.select(a);
-    QTRY_COMPARE(window.image()->text(),
-                 QStringLiteral("The recording holds no frame that can be decoded"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.image()->text(),
+                              QStringLiteral("The recording holds no frame that can be decoded"),
+                              patience);
     QVERIFY(window.image()->image().isNull());
 }
 
@@ -230,8 +244,25 @@ void TestPreviewWindow::unusableRecordingTellsTheReason()
     window.launch();
     window.add({a});
     window.select(a);
-    QTRY_COMPARE(window.image()->text(), QStringLiteral("The recording is empty"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.image()->text(), QStringLiteral("The recording is empty"),
+                              patience);
     QVERIFY(window.previewCalls(mlvDump).isEmpty());
+}
+
+void TestPreviewWindow::reasonTakesThePlaceOfAConvertedFrame()
+{
+    PreviewWindow window(1);
+    window.setBeforeReport(
+        QStringLiteral("case \"$recording\" in *b.MLV) echo '[UNUSABLE] The recording is empty'; "
+                       "echo Processed 0; echo Done; exit 1 ;; esac"));
+    window.launch();
+    window.add({a, b});
+    window.pressStart();
+    window.waitForEnd();
+    QVERIFY(!window.image()->image().isNull());
+    window.select(b);
+    QVERIFY(window.image()->image().isNull());
+    QCOMPARE(window.image()->text(), QStringLiteral("The recording is empty"));
 }
 
 void TestPreviewWindow::marksAreTheFramesOfTheMovie()
@@ -246,7 +277,8 @@ void TestPreviewWindow::marksAreTheFramesOfTheMovie()
     window.trigger("setOutMenuItem");
     QCOMPARE(window.note(), QStringLiteral("Movie: 3-5"));
     QCOMPARE(window.slider()->selection(), (FrameSelection{3, 5}));
-    QTRY_COMPARE(window.stateView(1)->choices()->text(), QStringLiteral("Frames 3-5"));
+    QTRY_COMPARE_WITH_TIMEOUT(window.stateView(1)->choices()->text(), QStringLiteral("Frames 3-5"),
+                              patience);
     window.show(b);
     QCOMPARE(window.note(), QString());
     window.show(a);
@@ -259,6 +291,30 @@ void TestPreviewWindow::marksAreTheFramesOfTheMovie()
             ranges << call.at(4);
     }
     QCOMPARE(ranges, QStringList({QStringLiteral("2-4"), QStringLiteral("0-0")}));
+}
+
+/// Rows are blended by what the frames of the movie have in common.
+void TestPreviewWindow::marksChangeHowRowsAreBlended()
+{
+    PreviewWindow window;
+    window.launch();
+    window.add({a});
+    window.select(a);
+    window.trigger("blendRowsMenuItem");
+    window.waitForFrame();
+    const auto surveyed = [&window] {
+        QStringList ranges;
+        for (const QStringList &call : window.previewCalls(mlvDump)) {
+            if (call.contains(QLatin1String("--survey-frames")))
+                ranges << call.at(4);
+        }
+        return ranges;
+    };
+    QCOMPARE(surveyed(), QStringList{QStringLiteral("0-0")});
+    window.slider()->setValue(50);
+    window.trigger("setInMenuItem");
+    window.waitForFrame();
+    QCOMPARE(surveyed(), QStringList({QStringLiteral("0-0"), QStringLiteral("49-0")}));
 }
 
 void TestPreviewWindow::marksExcludeNothingByMistake()
@@ -311,7 +367,7 @@ void TestPreviewWindow::marksStayAsTheyAreDuringABatch()
     window.pressStart();
     QVERIFY(!window.action(QStringLiteral("setInMenuItem"))->isEnabled());
     window.pressStart();
-    QTRY_VERIFY(window.action(QStringLiteral("setInMenuItem"))->isEnabled());
+    QTRY_VERIFY_WITH_TIMEOUT(window.action(QStringLiteral("setInMenuItem"))->isEnabled(), patience);
 }
 
 void TestPreviewWindow::exposureIsSeenAtOnce()
@@ -381,8 +437,9 @@ void TestPreviewWindow::calibrationIsSeen()
     window.add({a});
     window.show(a);
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
-    QTRY_VERIFY(window.previewCalls(mlvDump).constLast().contains(
-        window.temporary(QStringLiteral("dark.mlv"))));
+    QTRY_VERIFY_WITH_TIMEOUT(window.previewCalls(mlvDump).constLast().contains(
+                                 window.temporary(QStringLiteral("dark.mlv"))),
+                             patience);
     window.waitForFrame();
     window.widget<CustomTextField>(QStringLiteral("darkTextField"))->setFocus();
     QTest::keyClick(window.widget<QWidget>(QStringLiteral("darkTextField")), Qt::Key_Delete);
@@ -411,7 +468,7 @@ void TestPreviewWindow::batchIsShownWithoutASelection()
     window.launch();
     window.add({a});
     window.pressStart();
-    QTRY_COMPARE(window.image()->image().size(), QSize(4, 2));
+    QTRY_COMPARE_WITH_TIMEOUT(window.image()->image().size(), QSize(4, 2), patience);
     window.waitForEnd();
     QVERIFY(window.previewCalls(mlvDump).isEmpty());
 }
@@ -480,7 +537,7 @@ void TestPreviewWindow::nothingIsLeftAfterQuitting()
     window.launch();
     window.add({a});
     window.select(a);
-    QTRY_VERIFY(runningChildren().contains(QStringLiteral("sleep")));
+    QTRY_VERIFY_WITH_TIMEOUT(runningChildren().contains(QStringLiteral("sleep")), patience);
     window.quit();
     QCOMPARE(childProcesses(), children);
 }

@@ -18,6 +18,8 @@ using namespace filmwright;
 
 namespace {
 
+constexpr int patience = 60000; // milliseconds; a busy machine is no failure
+
 const QString size = QStringLiteral("--size 320x180 --fps 25 --no-sound ");
 
 QStringList words(const QString &text)
@@ -83,10 +85,16 @@ private Q_SLOTS:
     void pixelsAreThoseOfTheFinishedFrame_data();
     void pixelsAreThoseOfTheFinishedFrame();
     void newestRequestWins();
+    void frameInWorkOfTheSameRecordingIsShown_data();
     void frameInWorkOfTheSameRecordingIsShown();
+    void surveyOfARecordingThatIsLeftIsStopped();
     void frameThatIsKeptIsShownAtOnce();
     void changedRecordingIsReadAgain();
     void unmeasuredRecordingIsShownQuickFirst();
+    void recordingIsMeasuredOnce();
+    void framesAreShownQuickWhileTheRecordingIsMeasured();
+    void failedSurveyTellsTheToolsReason();
+    void rowsAreBlendedByTheFramesOfTheMovie();
     void unreadableFrameTellsTheToolsReason();
     void missingToolIsTold();
     void crashedDeveloperIsTold();
@@ -120,6 +128,7 @@ void TestFramePreview::init()
     QVERIFY(createPrivateFolder(temporary));
     qputenv("TMPDIR", temporary.toUtf8());
     qunsetenv("XDG_RUNTIME_DIR");
+    qputenv("FILMWRIGHT_RESOURCES", qgetenv("FILMWRIGHT_BUILD_RESOURCES"));
     QVERIFY(setBaseTemporaryDirectory(m_folder->filePath(QStringLiteral("work"))));
 }
 
@@ -136,11 +145,12 @@ void TestFramePreview::pixelsAreThoseOfTheFinishedFrame_data()
     QTest::addColumn<RawCorrections>("corrections");
     QTest::addColumn<bool>("calibrated");
     QTest::addColumn<bool>("merged");
+    QTest::addColumn<bool>("blended");
 
     const auto row = [](const char *name, const QString &options, const QString &choices,
                         const RawCorrections &corrections, bool calibrated = false,
-                        bool merged = false) {
-        QTest::newRow(name) << options << choices << corrections << calibrated << merged;
+                        bool merged = false, bool blended = false) {
+        QTest::newRow(name) << options << choices << corrections << calibrated << merged << blended;
     };
     RawCorrections repaired;
     repaired.pixelRepair = QStringLiteral("auto");
@@ -162,6 +172,8 @@ void TestFramePreview::pixelsAreThoseOfTheFinishedFrame_data()
         QStringLiteral("--repair-pixels auto --repair-columns"), repaired);
     row("clipped below the recorded white level", QStringLiteral("--clip 12000"), {}, none);
     row("neighbours merged", QStringLiteral("--hdr 2"), QStringLiteral("--hdr"), none, false, true);
+    row("rows blended", QStringLiteral("--dual-iso 100/1600"), QStringLiteral("--dual-iso"), none,
+        false, false, true);
 }
 
 void TestFramePreview::pixelsAreThoseOfTheFinishedFrame()
@@ -171,11 +183,13 @@ void TestFramePreview::pixelsAreThoseOfTheFinishedFrame()
     QFETCH(const RawCorrections, corrections);
     QFETCH(const bool, calibrated);
     QFETCH(const bool, merged);
+    QFETCH(const bool, blended);
     const QString clip =
         sample(QStringLiteral("clip.MLV"), QStringLiteral("--frames 5 ") + options);
     FrameRequest request{clip, 3, {}};
     request.settings.corrections = corrections;
     request.settings.mergesNeighbours = merged;
+    request.settings.blendsAlternatingRows = blended;
     if (calibrated) {
         request.settings.calibration.dark =
             sample(QStringLiteral("dark.MLV"), QStringLiteral("--frames 4 --dark --hot 40"));
@@ -198,7 +212,7 @@ void TestFramePreview::pixelsAreThoseOfTheFinishedFrame()
     FramePreview preview;
     Shown shown(preview);
     preview.show(request);
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log.constLast(), QStringLiteral("3"));
     QCOMPARE(shown.last.image, finished.toImage().convertToFormat(QImage::Format_RGB32));
     QCOMPARE(shown.last.histogram.channels[1].counts, histogramOf(finished).channels[1].counts);
@@ -213,18 +227,52 @@ void TestFramePreview::newestRequestWins()
     preview.show(unmeasured(a));
     for (quint64 frame = 4; frame <= 9; ++frame)
         preview.show(unmeasured(b, frame));
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("4"), QStringLiteral("9")}));
+}
+
+void TestFramePreview::frameInWorkOfTheSameRecordingIsShown_data()
+{
+    QTest::addColumn<FrameRequest>("request");
+    QTest::newRow("nothing to measure") << unmeasured({});
+    QTest::newRow("measured") << FrameRequest{};
 }
 
 void TestFramePreview::frameInWorkOfTheSameRecordingIsShown()
 {
-    const QString clip = sample(QStringLiteral("clip.MLV"), QStringLiteral("--frames 9"));
+    QFETCH(FrameRequest, request);
+    request.recording = sample(QStringLiteral("clip.MLV"), QStringLiteral("--frames 9"));
     FramePreview preview;
     Shown shown(preview);
-    for (const quint64 frame : {1ULL, 2ULL, 5ULL, 9ULL})
-        preview.show(unmeasured(clip, frame));
-    QTRY_COMPARE(shown.log, QStringList({QStringLiteral("1"), QStringLiteral("9")}));
+    preview.show(request);
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    shown.log.clear();
+    for (const quint64 frame : {2ULL, 3ULL, 5ULL, 9ULL}) {
+        request.frame = frame;
+        preview.show(request);
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log, QStringList({QStringLiteral("2"), QStringLiteral("9")}),
+                              patience);
+}
+
+/// A card is clicked through: nothing goes on for a recording that was left.
+void TestFramePreview::surveyOfARecordingThatIsLeftIsStopped()
+{
+    FakeTools fakes(1);
+    fakes.setExtraction(QStringLiteral("case \"$*\" in *a.MLV*--write-survey*) "
+                                       "exec sleep 1000 ;; esac\n%1")
+                            .arg(FakeTools::extraction(1)));
+    const QString a = sample(QStringLiteral("a.MLV"), QStringLiteral("--frames 1"));
+    const QString b = sample(QStringLiteral("b.MLV"), QStringLiteral("--frames 1"));
+    FramePreview preview;
+    Shown shown(preview);
+    preview.show({a, 1, {}});
+    QTRY_VERIFY_WITH_TIMEOUT(runningChildren().contains(QStringLiteral("sleep")), patience);
+    preview.show({b, 1, {}});
+    QVERIFY(!runningChildren().contains(QStringLiteral("sleep")));
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"), QStringLiteral("1 quick"),
+                                     QStringLiteral("1")}));
 }
 
 void TestFramePreview::frameThatIsKeptIsShownAtOnce()
@@ -233,10 +281,10 @@ void TestFramePreview::frameThatIsKeptIsShownAtOnce()
     FramePreview preview;
     Shown shown(preview);
     preview.show(unmeasured(clip, 2));
-    QTRY_COMPARE(shown.log.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 1, patience);
     const QImage image = shown.last.image;
     preview.show(unmeasured(clip, 3));
-    QTRY_COMPARE(shown.log.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 2, patience);
     preview.show(unmeasured(clip, 2));
     QCOMPARE(shown.log, words(QStringLiteral("2 3 2")));
     QCOMPARE(shown.last.image, image);
@@ -248,11 +296,11 @@ void TestFramePreview::changedRecordingIsReadAgain()
     FramePreview preview;
     Shown shown(preview);
     preview.show(unmeasured(clip));
-    QTRY_COMPARE(shown.log.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 1, patience);
     const QImage image = shown.last.image;
     QVERIFY(writeSample(clip, QStringLiteral("--frames 2 --no-sound --size 160x120")));
     preview.show(unmeasured(clip));
-    QTRY_COMPARE(shown.log.size(), 2);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 2, patience);
     QVERIFY(shown.last.image.size() != image.size());
 }
 
@@ -265,13 +313,109 @@ void TestFramePreview::unmeasuredRecordingIsShownQuickFirst()
     FrameRequest request{clip, 2, {}};
     request.settings.corrections.whiteBalance = QStringLiteral("auto");
     preview.show(request);
-    QTRY_COMPARE(shown.log.size(), 1);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 1, patience);
     QVERIFY(preview.isAwaited());
     const QImage quick = shown.last.image;
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("2 quick"), QStringLiteral("2")}));
     QVERIFY(shown.last.image != quick);
     QCOMPARE(shown.last.image.size(), quick.size());
+}
+
+/// For any frame and any exposure, but not for another choice that it depends on.
+void TestFramePreview::recordingIsMeasuredOnce()
+{
+    FakeTools fakes(9);
+    const auto surveys = [&fakes] {
+        QList<QStringList> calls = fakes.tools.calls(QStringLiteral("mlv_dump"));
+        calls.removeIf([](const QStringList &call) {
+            return !call.contains(QLatin1String("--write-survey"));
+        });
+        return calls;
+    };
+    FramePreview preview;
+    Shown shown(preview);
+    FrameRequest request{QStringLiteral("/clip.MLV"), 1, {}};
+    preview.show(request);
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    QCOMPARE(surveys().size(), 1);
+    QCOMPARE(surveys().constFirst().mid(0, 5),
+             words(QStringLiteral("--dng /clip.MLV --no-cs -f 0-0")));
+    QVERIFY(!surveys().constFirst().contains(QLatin1String("--renumber")));
+    request.frame = 5;
+    request.settings.corrections.exposure = 1;
+    preview.show(request);
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    QCOMPARE(surveys().size(), 1);
+    QCOMPARE(shown.log,
+             QStringList({QStringLiteral("1 quick"), QStringLiteral("1"), QStringLiteral("5")}));
+    request.settings.corrections.whiteBalance = QStringLiteral("auto");
+    preview.show(request);
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    QCOMPARE(surveys().size(), 2);
+    QVERIFY(surveys().constLast().contains(QLatin1String("auto")));
+}
+
+void TestFramePreview::framesAreShownQuickWhileTheRecordingIsMeasured()
+{
+    FakeTools fakes(9);
+    const QString release = fakes.path(QStringLiteral("release"));
+    fakes.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
+                                       "until [ -e '%1' ]; do sleep 0.01; done ;; esac\n%2")
+                            .arg(release, FakeTools::extraction(9)));
+    FramePreview preview;
+    Shown shown(preview);
+    for (const quint64 frame : {1ULL, 4ULL, 7ULL}) {
+        preview.show({QStringLiteral("/clip.MLV"), frame, {}});
+        QTRY_COMPARE_WITH_TIMEOUT(shown.log.value(shown.log.size() - 1),
+                                  QString::number(frame) + QStringLiteral(" quick"), patience);
+    }
+    QFile file(release);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"), QStringLiteral("4 quick"),
+                                     QStringLiteral("7 quick"), QStringLiteral("7")}));
+}
+
+void TestFramePreview::failedSurveyTellsTheToolsReason()
+{
+    FakeTools fakes(1);
+    fakes.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
+                                       "echo '[ERROR] The survey cannot be written'; exit 1 ;; "
+                                       "esac\n%1")
+                            .arg(FakeTools::extraction(1)));
+    FramePreview preview;
+    Shown shown(preview);
+    preview.show({QStringLiteral("/clip.MLV"), 1, {}});
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"),
+                                     QStringLiteral("1: The survey cannot be written")}));
+}
+
+void TestFramePreview::rowsAreBlendedByTheFramesOfTheMovie()
+{
+    const QString clip =
+        sample(QStringLiteral("clip.MLV"), QStringLiteral("--frames 12 --dual-iso 100/1600"));
+    FrameRequest request{clip, 6, {}};
+    request.settings.blendsAlternatingRows = true;
+    request.settings.frames = {4, 7};
+    CommandLine cli;
+    QVERIFY(cli.run({QStringLiteral("convert"), QStringLiteral("--keep-temp"),
+                     QStringLiteral("--temp-dir"), baseTemporaryDirectory(),
+                     QStringLiteral("--dual-iso"), QStringLiteral("--frames"),
+                     QStringLiteral("4-7"), clip}));
+    const TiffBitmap finished = TiffBitmap::read(work(QStringLiteral("clip.MLV/tmp000002.tiff")));
+    QVERIFY(!finished.isEmpty());
+    FramePreview preview;
+    Shown shown(preview);
+    preview.show(request);
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    QCOMPARE(shown.log.constLast(), QStringLiteral("6"));
+    QCOMPARE(shown.last.image, finished.toImage().convertToFormat(QImage::Format_RGB32));
+    request.frame = 10; // which the movie leaves out
+    preview.show(request);
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
+    QCOMPARE(shown.log.constLast(), QStringLiteral("10"));
 }
 
 void TestFramePreview::unreadableFrameTellsTheToolsReason()
@@ -284,7 +428,7 @@ void TestFramePreview::unreadableFrameTellsTheToolsReason()
     FramePreview preview;
     Shown shown(preview);
     preview.show({path, 1, {}});
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList{QStringLiteral(
                             "1 quick: The recording does not begin with an MLV file header")});
     QVERIFY(shown.last.image.isNull());
@@ -299,7 +443,7 @@ void TestFramePreview::missingToolIsTold()
     FramePreview preview;
     Shown shown(preview);
     preview.show(unmeasured(QStringLiteral("/clip.MLV")));
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     qputenv("PATH", path);
     QCOMPARE(shown.log, QStringList{QStringLiteral("1: mlv_dump could not be started")});
 }
@@ -311,7 +455,7 @@ void TestFramePreview::crashedDeveloperIsTold()
     FramePreview preview;
     Shown shown(preview);
     preview.show(unmeasured(QStringLiteral("/clip.MLV")));
-    QTRY_VERIFY(!preview.isAwaited());
+    QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList{QStringLiteral("1: dcraw: no memory for it")});
 }
 
@@ -323,7 +467,7 @@ void TestFramePreview::picturesComeWhenNoFrameIsAskedFor()
     Shown shown(preview);
     preview.fetch({{a, 1, {}, FrameRequest::Small}, {b, 2, {}, FrameRequest::Small}});
     preview.show(unmeasured(b, 3));
-    QTRY_COMPARE(shown.log.size(), 3);
+    QTRY_COMPARE_WITH_TIMEOUT(shown.log.size(), 3, patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("3"), QStringLiteral("1 small"),
                                      QStringLiteral("2 small")}));
     QCOMPARE(shown.last.image.size(), QSize(160, 90));
@@ -336,7 +480,7 @@ void TestFramePreview::picturesThatAreReplacedAreNotMade()
     Shown shown(preview);
     preview.fetch({{clip, 1, {}, FrameRequest::Small}, {clip, 2, {}, FrameRequest::Small}});
     preview.fetch({{clip, 4, {}, FrameRequest::Small}});
-    QTRY_VERIFY(shown.log.contains(QStringLiteral("4 small")));
+    QTRY_VERIFY_WITH_TIMEOUT(shown.log.contains(QStringLiteral("4 small")), patience);
     QVERIFY(!shown.log.contains(QStringLiteral("2 small")));
 }
 
@@ -358,7 +502,7 @@ void TestFramePreview::nothingIsLeftAtTheEnd()
         FrameRequest request = unmeasured(QStringLiteral("/clip.MLV"));
         request.settings.blendsAlternatingRows = hanging == QLatin1String("cr2hdr");
         preview.show(request);
-        QTRY_VERIFY(runningChildren().contains(QStringLiteral("sleep")));
+        QTRY_VERIFY_WITH_TIMEOUT(runningChildren().contains(QStringLiteral("sleep")), patience);
         QCOMPARE(folders().size(), 2);
     }
     QCOMPARE(childProcesses(), children);
