@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What the window costs: what a start takes more than that of an empty window, what a long queue
 // costs, and how soon the window answers while a batch runs. Argument: the program's own start
-// ("startup empty", "startup filmwright"), or nothing for all measurements.
+// ("startup empty", "startup filmwright"), "pictures" for those of rows alone, or nothing for all
+// measurements.
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
 #include "row.h"
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QMainWindow>
 #include <QProcess>
 #include <QScrollBar>
@@ -19,6 +21,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <sys/resource.h>
 #include <vector>
 
@@ -169,6 +172,78 @@ QueueTimes timesOfQueue(const QString &folder, int recordings)
     return times;
 }
 
+/// Whether every row in sight has its picture.
+bool arePictured(const QueueTableView &table)
+{
+    const auto [first, last] = table.rowsInSight();
+    for (int row = first; row <= last; ++row) {
+        const auto icon = table.model()->index(row, 0).data(Qt::DecorationRole).value<QIcon>();
+        const QImage picture = icon.pixmap(table.iconSize()).toImage();
+        if (picture.pixelColor(picture.rect().center()).alpha() != 255)
+            return false;
+    }
+    return true;
+}
+
+/// Memory of this process, MiB.
+double residentMemory()
+{
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (!status.open(QIODevice::ReadOnly))
+        qFatal("no /proc/self/status");
+    const QString text = QString::fromLatin1(status.readAll());
+    return text.section(QStringLiteral("VmRSS:"), 1)
+               .trimmed()
+               .section(QLatin1Char(' '), 0, 0)
+               .toDouble() /
+           1024;
+}
+
+/// A card of recordings of full size, each with its picture. Links to one recording are as good.
+void measurePictures(const QString &folder)
+{
+    constexpr int recordings = 300;
+    QDir().mkpath(folder);
+    const QString original = folder + QStringLiteral("/0.MLV");
+    writeRecording(original, {QStringLiteral("--size"), QStringLiteral("1920x1080"),
+                              QStringLiteral("--frames"), QStringLiteral("1")});
+    for (int number = 1; number < recordings; ++number)
+        std::filesystem::create_hard_link(
+            original.toStdString(),
+            QStringLiteral("%1/%2.MLV").arg(folder).arg(number).toStdString());
+
+    SilentAlerts alerts;
+    NoPanel panel;
+    AppDelegate delegate(alerts, panel);
+    delegate.window()->show();
+    delegate.applicationDidFinishLaunching();
+    auto *table = delegate.window()->findChild<QueueTableView *>();
+    QElapsedTimer timer;
+    timer.start();
+    delegate.applicationOpenFiles({folder});
+    QCoreApplication::processEvents();
+    printRow("300 recordings with pictures: added, until the window answers", milliseconds(timer),
+             "ms", allowed, 2000, "at most 1");
+    waitWhile([&] { return isReading(delegate); });
+
+    QScrollBar *scrollBar = table->verticalScrollBar();
+    std::vector<double> steps;
+    while (true) {
+        waitWhile([&] { return !arePictured(*table); });
+        if (scrollBar->value() == scrollBar->maximum())
+            break;
+        timer.start();
+        scrollBar->setValue(scrollBar->value() + scrollBar->pageStep());
+        table->viewport()->repaint();
+        steps.push_back(milliseconds(timer));
+    }
+    printRow("300 recordings with pictures: a page scrolled, painted, 95th percentile",
+             percentile(steps, 0.95), "ms", allowed, 16, "at most 1");
+    printRow("300 recordings with pictures: memory with all of them", residentMemory(), "MiB",
+             allowed, 150, "at most 1");
+    delegate.applicationWillTerminate();
+}
+
 void measureLongQueue(const QString &folder)
 {
     const QueueTimes few = timesOfQueue(folder + QStringLiteral("/few"), 20);
@@ -233,6 +308,10 @@ int main(int argc, char *argv[])
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &) {});
     const QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.value(1) == QLatin1String("pictures")) {
+        measurePictures(work.filePath(QStringLiteral("pictures")));
+        return 0;
+    }
 
     if (arguments.value(1) == QLatin1String("startup")) {
         if (arguments.value(2) == QLatin1String("empty")) {
@@ -249,6 +328,7 @@ int main(int argc, char *argv[])
         return 0;
     }
     measureStartUp();
+    measurePictures(work.filePath(QStringLiteral("pictures")));
     measureLongQueue(work.path());
     measureLatency(work.filePath(QStringLiteral("full")));
     return 0;

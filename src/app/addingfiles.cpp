@@ -3,6 +3,7 @@
 #include "app/appdelegate.h"
 #include "app/progressindicator.h"
 #include "app/queuetableview.h"
+#include "app/rowpictures.h"
 #include "app/statusline.h"
 #include "project/recordingfiles.h"
 #include "runner/files.h"
@@ -58,7 +59,8 @@ void AppDelegate::read(RecordingRun &run)
     m_readingData = true;
     m_ui->sourceItem->setEnabled(false);
     m_ui->startStopItem->setEnabled(false);
-    run.read();
+    m_pictures->forget(run.outcome().recording);
+    run.read(recordingIdentity(run.outcome().recording, m_listing));
 }
 
 /// A link that leads back to a folder above is followed like any other; the file system ends that
@@ -98,6 +100,7 @@ void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
         else
             addMLVFile(path);
     }
+    m_listing.clear();
     m_recentDocuments.save();
     fillRecentMenu();
     endReadingWhenAllAreRead();

@@ -6,6 +6,7 @@
 #include "app/filedrop.h"
 #include "app/queuetableview.h"
 #include "app/readablepalette.h"
+#include "app/rowpictures.h"
 #include "app/statusline.h"
 #include "encoding/ffmpegarguments.h"
 #include "mlvdump/mlvdumptask.h"
@@ -183,6 +184,7 @@ void AppDelegate::connectWindow()
         [this](const QList<QUrl> &urls) { return acceptDrop(urls); },
         [this](bool over) { m_ui->queueTableView->showDropHighlight(over); });
     takeCalibrationDrops();
+    connectPictures();
     connectPreview();
 }
 

@@ -12,6 +12,7 @@
 #include "mlvdump/mlvdumptask.h"
 #include "project/batchprogress.h"
 #include "project/moviespace.h"
+#include "project/recordingfiles.h"
 #include "project/recordingrun.h"
 #include "runner/directorylock.h"
 
@@ -40,6 +41,7 @@ namespace filmwright {
 
 class DetailsWindow;
 class DevelopmentDialog;
+class RowPictures;
 
 /// The window and everything that a person does with it: the queue, the batch that runs through it,
 /// the calibration recordings, the preferences. Each of these is a source file of its own.
@@ -141,8 +143,9 @@ public:
     void showCalibrationHelp();
     void hideCalibrationHelp();
     void error(const QString &error, MlvDumpTask &forTask) override;
+    /// A calibration recording was read (calibrationfit.cpp).
+    void metaExtractionFinished(MlvDumpTask &task) override;
     // A calibration run has none of these ends.
-    void metaExtractionFinished(MlvDumpTask &) override {}
     void dngExtractionFinished(MlvDumpTask &) override {}
     void dngExtractionAborted(MlvDumpTask &) override {}
 
@@ -151,6 +154,7 @@ public:
     int numberOfRowsInTableView(QueueTableView &tableView) const override;
     QString objectValueForTableColumn(const QString &column, int row) const override;
     QWidget *viewForTableColumn(QueueTableView &tableView, const QString &column, int row) override;
+    QIcon pictureForRow(int row) const override;
     QString toolTipForTableColumn(const QString &column, int row) const override;
     /// For a table that draws its cells itself; takes the rows in the order of the list.
     void willDisplayCell(QLabel &cell, const QString &forTableColumn, int row) const;
@@ -169,6 +173,7 @@ private:
 
     void connectWindow();
     void restoreWorkers();
+    void restorePictures();
     void restoreTemporaryFolder();
     void tellUnusableTemporaryFolder();
     void tellTemporaryDirectory();
@@ -235,6 +240,13 @@ private:
     void askUserForOverwrite(const MlvDumpTask &task, const CalibrationKind &kind);
     void checkPreprocessTask();
     void cancelPreprocessing();
+    std::shared_ptr<MlvDumpTask> makeCalibrationTask();
+
+    void readCalibration(const QString &recording);
+    QString calibrationShape(const QString &recording) const;
+    void tellUnfitFor(const QString &calibrationRecording);
+    QStringList misfits(const MLVProjectController &project) const;
+    void tellMisfits();
 
     MLVProjectController &projectAtRow(int row) const;
     int rowOf(std::size_t place) const;
@@ -252,6 +264,8 @@ private:
     void updateDetails();
     QStringList logOf(const MLVProjectController &project) const;
     void showSelected();
+    void showPictures();
+    void connectPictures();
     void verifySelected();
     void verificationChanged();
 
@@ -287,6 +301,7 @@ private:
     std::shared_ptr<MlvDumpTask> m_preprocessTask;
 
     const CalibrationKind *m_lastCalibration = nullptr; // the one that was chosen last
+    std::map<QString, std::shared_ptr<MlvDumpTask>> m_calibrationReports; // by recording
     std::map<const MLVProjectController *, std::unique_ptr<RecordingRun>> m_runs;
     std::vector<RemovedRecording> m_removed;   // last, for an undo
     std::vector<const RecordingRun *> m_batch; // those launched, the running one last
@@ -295,6 +310,7 @@ private:
     QString m_movieFolder;          // empty: beside the recordings
     int m_batchNumber = 0;
     qsizetype m_duplicates = 0;         // of the last adding
+    FolderListing m_listing;            // of the folders that are being added from
     bool m_stopped = false;             // the last batch was
     bool m_waitsForCalibration = false; // the next recording of the batch
     DirectoryLock m_directoryLock;
@@ -302,6 +318,7 @@ private:
     std::unique_ptr<QMenu> m_rowMenu;
     std::unique_ptr<DetailsWindow> m_details;
     VerificationQueue m_verifications;
+    std::unique_ptr<RowPictures> m_pictures;
     BatchProgress m_progress;
     SuspendInhibitor m_suspendInhibitor;
     QTimer m_statusTimer;

@@ -235,6 +235,7 @@ void AppDelegate::endReadingWhenAllAreRead()
     m_ui->sourceItem->setEnabled(true);
     m_ui->startStopItem->setEnabled(!m_projectList->empty());
     queueChanged();
+    tellMisfits();
 }
 
 void AppDelegate::imageRGBReceived(const QImage &image, MLVProjectController &)

@@ -4,6 +4,7 @@
 #include "app/appdelegate.h"
 #include "app/filedrop.h"
 #include "app/progressindicator.h"
+#include "app/queuetableview.h"
 #include "app/statusline.h"
 #include "mlvdump/mlvdumparguments.h"
 #include "project/recordingfiles.h"
@@ -74,15 +75,6 @@ namespace {
 /// Lets the sheet's animation stop before the question comes.
 constexpr auto pauseBeforeQuestion = 100ms;
 
-/// The task may be in the middle of a call when its last owner lets go.
-std::shared_ptr<MlvDumpTask> makeTask()
-{
-    return {MlvDumpTask::mlvDumpTask().release(), [](MlvDumpTask *task) {
-                task->setDelegate(nullptr);
-                task->deleteLater();
-            }};
-}
-
 void removeFromTemporaryDirectory(const QString &name)
 {
     QFile::remove(QDir(temporaryDirectory()).filePath(name));
@@ -107,6 +99,18 @@ bool replaceFile(const QString &target, const QString &source)
 }
 
 } // namespace
+
+/// The task may be in the middle of a call when its last owner lets go.
+std::shared_ptr<MlvDumpTask> AppDelegate::makeCalibrationTask()
+{
+    const std::shared_ptr<MlvDumpTask> made(MlvDumpTask::mlvDumpTask().release(),
+                                            [](MlvDumpTask *task) {
+                                                task->setDelegate(nullptr);
+                                                task->deleteLater();
+                                            });
+    made->setDelegate(this);
+    return made;
+}
 
 void AppDelegate::openDark()
 {
@@ -138,9 +142,9 @@ void AppDelegate::takeCalibration(const CalibrationKind &kind, const QString &pa
     (m_ui.get()->*kind.field)->setStringValue(QFileInfo(path).fileName());
     m_lastCalibration = &kind;
     showPreprocessingPanel(QStringLiteral("Averaging frames"));
-    const std::shared_ptr<MlvDumpTask> task = makeTask();
+    readCalibration(path);
+    const std::shared_ptr<MlvDumpTask> task = makeCalibrationTask();
     m_preprocessTask = task;
-    task->setDelegate(this);
     (task.get()->*kind.setPath)(path);
     (task.get()->*kind.average)();
 }
@@ -218,6 +222,7 @@ void AppDelegate::averagingFinished(MlvDumpTask &task, const CalibrationKind &ki
     if (!task.error().isEmpty()) {
         (this->*kind.path).clear();
         (m_ui.get()->*kind.field)->setStringValue(QString());
+        m_ui->queueTableView->reloadData();
         hidePreprocessingPanel();
     } else if (task.videoFrames() >= 2) {
         m_preprocessUi->preprocessProgress->stopAnimation();
@@ -239,9 +244,8 @@ void AppDelegate::substractWhenComplete()
     if (m_flatPath.isEmpty() || m_flatDarkPath.isEmpty())
         return;
     showPreprocessingPanel(QStringLiteral("Substracting flat dark from flat."));
-    const std::shared_ptr<MlvDumpTask> task = makeTask();
+    const std::shared_ptr<MlvDumpTask> task = makeCalibrationTask();
     m_preprocessTask = task;
-    task->setDelegate(this);
     task->setFlatDarkPath(m_flatDarkPath);
     task->setFlatPath(m_flatPath);
     task->substractFlatDark();
@@ -310,11 +314,14 @@ void AppDelegate::fieldDeleted(CustomTextField &field)
         removeFromTemporaryDirectory(averagedFlatDarkName);
         removeFromTemporaryDirectory(substractedFlatName);
     }
+    m_ui->queueTableView->reloadData();
     updatePreview();
 }
 
-void AppDelegate::error(const QString &error, MlvDumpTask &)
+void AppDelegate::error(const QString &error, MlvDumpTask &forTask)
 {
+    if (forTask.processMode() == MlvDumpModeMeta) // the averaging meets the same
+        return;
     m_alerts.whenNoneIsOpen([this, error] {
         m_alerts.runAlert(QStringLiteral("Process aborted"), withoutDirectives(error),
                           QStringLiteral("Ok"));

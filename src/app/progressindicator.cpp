@@ -2,8 +2,14 @@
 #include "app/progressindicator.h"
 
 #include <QStyleOptionProgressBar>
+#include <QStylePainter>
+#include <QTimerEvent>
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
+
+using namespace std::chrono_literals;
 
 namespace filmwright {
 
@@ -11,6 +17,16 @@ namespace {
 
 /// Steps of the whole bar: finer than any screen shows.
 constexpr int steps = 10000;
+
+constexpr auto wayThere = 1200ms;
+constexpr int motionInterval = 40; // milliseconds
+
+/// Where the moving part is, from 0 to 1; the same for all bars.
+double placeNow()
+{
+    const auto now = std::chrono::steady_clock::now().time_since_epoch() % (2 * wayThere);
+    return 1 - std::abs(1 - std::chrono::duration<double>(now) / wayThere);
+}
 
 } // namespace
 
@@ -69,12 +85,41 @@ void ProgressIndicator::initStyleOption(QStyleOptionProgressBar *option) const
         option->palette.setBrush(QPalette::Highlight, option->palette.highlightedText());
 }
 
-void ProgressIndicator::refresh()
+/// Styles paint a busy bar over its whole length, which looks like a full one.
+void ProgressIndicator::paintEvent(QPaintEvent *event)
 {
-    if (m_indeterminate && m_animating) {
-        setRange(0, 0);
+    if (!isBusy()) {
+        QProgressBar::paintEvent(event);
         return;
     }
+    QStyleOptionProgressBar option;
+    initStyleOption(&option);
+    option.maximum = option.minimum + 1;
+    option.progress = option.minimum;
+    QStylePainter painter(this);
+    painter.drawControl(QStyle::CE_ProgressBar, option);
+    const int length = width() / 4;
+    painter.setClipRect(QRect(qRound((width() - length) * placeNow()), 0, length, height()));
+    option.progress = option.maximum;
+    painter.drawControl(QStyle::CE_ProgressBar, option);
+}
+
+void ProgressIndicator::timerEvent(QTimerEvent *event)
+{
+    if (event->timerId() == m_motion.timerId())
+        update();
+    else
+        QProgressBar::timerEvent(event);
+}
+
+void ProgressIndicator::refresh()
+{
+    if (isBusy()) {
+        setRange(0, 0);
+        m_motion.start(motionInterval, this);
+        return;
+    }
+    m_motion.stop();
     const double range = m_maxValue - m_minValue;
     const double part = m_indeterminate || range <= 0 ? 0 : (m_doubleValue - m_minValue) / range;
     setRange(0, steps);

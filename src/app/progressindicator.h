@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QBasicTimer>
 #include <QProgressBar>
 
 namespace filmwright {
 
-/// A progress bar that keeps its range and value while it shows work of unknown length.
+/// A progress bar that keeps its range and value while it shows work of unknown length, by a part
+/// that goes to and fro.
 class ProgressIndicator : public QProgressBar
 {
     Q_OBJECT
@@ -31,8 +33,11 @@ public:
 
 protected:
     void initStyleOption(QStyleOptionProgressBar *option) const override;
+    void paintEvent(QPaintEvent *event) override;
+    void timerEvent(QTimerEvent *event) override;
 
 private:
+    bool isBusy() const { return m_indeterminate && m_animating; }
     void refresh();
 
     bool m_indeterminate = false;
@@ -40,6 +45,7 @@ private:
     double m_minValue = 0;
     double m_maxValue = 3; // the stages of a recording
     double m_doubleValue = 0;
+    QBasicTimer m_motion;
 };
 
 } // namespace filmwright

@@ -6,6 +6,8 @@
 #include <QGridLayout>
 #include <QStyle>
 
+#include <utility>
+
 namespace filmwright {
 
 ProgressTableCellView::ProgressTableCellView(QWidget *parent)
@@ -27,6 +29,8 @@ ProgressTableCellView::ProgressTableCellView(QWidget *parent)
     auto *grid = new QGridLayout(this);
     grid->setContentsMargins(6, 2, 6, 2);
     grid->setVerticalSpacing(2);
+    grid->setHorizontalSpacing(0); // without a mark the text stands over the bar's beginning
+    m_mark->setContentsMargins(0, 0, 4, 0);
     grid->setRowStretch(0, 1);
     grid->addWidget(m_mark, 1, 0);
     grid->addWidget(m_textField, 1, 1);
@@ -53,13 +57,17 @@ void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure
                                         : isNoted ? QStyle::SP_MessageBoxInformation
                                                   : QStyle::SP_DialogApplyButton;
     const QString description = failed ? failure : notes;
-    const int size = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
-    m_mark->setPixmap(style()->standardIcon(icon).pixmap(size, size));
+    const bool isMarked = failed || movieWritten || isNoted;
+    // Themes read icons from files; the view is asked for with every change of any row.
+    if (isMarked && std::exchange(m_shownMark, icon) != icon) {
+        const int size = style()->pixelMetric(QStyle::PM_SmallIconSize, nullptr, this);
+        m_mark->setPixmap(style()->standardIcon(icon).pixmap(size, size));
+    }
     m_mark->setAccessibleName(failed         ? QStringLiteral("Failed")
                               : movieWritten ? QStringLiteral("Movie written")
                                              : QStringLiteral("Note"));
     m_mark->setAccessibleDescription(description);
-    m_mark->setVisible(failed || movieWritten || isNoted);
+    m_mark->setVisible(isMarked);
     setToolTip(description.isEmpty() ? QString()
                                      : Qt::convertFromPlainText(description, Qt::WhiteSpaceNormal));
 }

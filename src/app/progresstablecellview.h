@@ -3,7 +3,10 @@
 
 #include <QLabel>
 #include <QStringList>
+#include <QStyle>
 #include <QWidget>
+
+#include <optional>
 
 namespace filmwright {
 
@@ -42,6 +45,7 @@ private:
     MLVProjectController *m_controller = nullptr;
     QString m_failure;
     bool m_movieWritten = false;
+    std::optional<QStyle::StandardPixmap> m_shownMark;
 };
 
 } // namespace filmwright

@@ -213,15 +213,18 @@ QWidget *AppDelegate::viewForTableColumn(QueueTableView &tableView, const QStrin
         const RecordingOutcome &outcome = runOf(project).outcome();
         const CheckResult checked =
             m_verifications.result(project.mlvPath()).value_or(CheckResult());
-        view->setOutcome(outcome.result == RecordingOutcome::Finished,
-                         (outcome.problems() + checked.problems()).join(QLatin1Char('\n')),
-                         (outcome.notes + checked.remarks).join(QLatin1Char('\n')));
+        view->setOutcome(
+            outcome.result == RecordingOutcome::Finished,
+            (outcome.problems() + checked.problems()).join(QLatin1Char('\n')),
+            (misfits(project) + outcome.notes + checked.remarks).join(QLatin1Char('\n')));
         showMode(*view->progressIndicator(), project.mlvProjectMode());
         return view;
     }
     if (column == QLatin1String("Show")) {
         auto *view = tableView.makeView<ShowInFinderTableCellView>(column, row);
         view->setController(&project);
+        connect(view, &ShowInFinderTableCellView::notShown, m_ui->statusTextField,
+                &StatusLine::tell, Qt::UniqueConnection);
         return view;
     }
     return nullptr;
@@ -241,7 +244,7 @@ QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
     if (column == QLatin1String("State")) {
         const RecordingRun &run = runOf(project);
         QStringList texts = QStringList{project.state()} + choicesFor(project);
-        texts += run.outcome().problems() + run.outcome().notes +
+        texts += misfits(project) + run.outcome().problems() + run.outcome().notes +
                  calibrationTexts(run.settings().calibration);
         if (const QString state = m_verifications.stateText(project.mlvPath()); !state.isEmpty())
             texts << state;
@@ -356,8 +359,8 @@ void AppDelegate::updateDetails()
     QList<RecordingFact> facts = recordingFacts(project.metadata());
     const RecordingRun &run = runOf(project);
     const CheckResult checked = m_verifications.result(project.mlvPath()).value_or(CheckResult());
-    QStringList warnings = run.outcome().problems() + run.outcome().notes + project.warnings() +
-                           project.notes() + checked.sentences();
+    QStringList warnings = misfits(project) + run.outcome().problems() + run.outcome().notes +
+                           project.warnings() + project.notes() + checked.sentences();
     warnings.removeDuplicates();
     const auto add = [&facts](const QString &name, const QStringList &values) {
         if (!values.isEmpty())
@@ -423,7 +426,8 @@ void AppDelegate::showSelected()
 {
     const std::vector<MLVProjectController *> selected = selectedProjects();
     if (!selected.empty())
-        revealFile(selected.front()->mlvPath());
+        revealFile(selected.front()->mlvPath(), this,
+                   [this](const QString &problem) { m_ui->statusTextField->tell(problem); });
 }
 
 } // namespace filmwright

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QIcon>
 #include <QString>
 
 class QWidget;
@@ -27,6 +28,9 @@ public:
                                         int row) = 0;
     /// The whole text of a cell that may be shown cut.
     virtual QString toolTipForTableColumn(const QString &column, int row) const = 0;
+    /// The picture in front of the text of a row's first cell, which is as large as the table's
+    /// icons; null: none.
+    virtual QIcon pictureForRow(int) const { return {}; }
 };
 
 } // namespace filmwright

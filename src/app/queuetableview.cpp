@@ -8,6 +8,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <array>
 
 namespace filmwright {
 
@@ -15,7 +16,8 @@ namespace {
 
 constexpr int linesPerRow = 3;
 constexpr int rowPadding = 10;
-constexpr int leastLettersOfName = 24;
+/// Of each column, in average letters.
+constexpr std::array leastLetters{16, 10, 14, 22, 5};
 
 } // namespace
 
@@ -37,10 +39,15 @@ QueueTableView::QueueTableView(QWidget *parent)
     horizontalHeader()->setHighlightSections(false);
     horizontalHeader()->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     fitRowHeight();
-    connect(horizontalHeader(), &QHeaderView::sectionResized, this, [this](int column) {
-        if (column != 0)
-            fillWidth();
-    });
+    for (int column = 0; column < m_model.columnCount(); ++column)
+        m_usualWidths << columnWidth(column);
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this,
+            [this](int column, int, int width) {
+                if (m_fills || column == 0)
+                    return;
+                m_chosenWidths[column] = width;
+                fillWidth();
+            });
     m_updateViews.setSingleShot(true);
     connect(&m_updateViews, &QTimer::timeout, this, &QueueTableView::updateVisibleViews);
 }
@@ -70,9 +77,7 @@ void QueueTableView::updateVisibleViews()
     // The queue may have changed and not been told of yet; the views come with the news.
     if (!m_dataSource || rows == 0 || rows != m_dataSource->numberOfRowsInTableView(*this))
         return;
-    const int below = rowAt(viewport()->height() - 1);
-    const int first = qMax(rowAt(0), 0);
-    const int last = below < 0 ? m_model.rowCount() - 1 : below;
+    const auto [first, last] = rowsInSight();
     for (const QPersistentModelIndex &index : std::as_const(m_cellsWithViews)) {
         if (index.isValid() && (index.row() < first || index.row() > last))
             setIndexWidget(index, nullptr);
@@ -85,6 +90,18 @@ void QueueTableView::updateVisibleViews()
         }
     }
     showSelection();
+    Q_EMIT rowsInSightChanged();
+}
+
+std::pair<int, int> QueueTableView::rowsInSight() const
+{
+    const int below = rowAt(viewport()->height() - 1);
+    return {qMax(rowAt(0), 0), below < 0 ? m_model.rowCount() - 1 : below};
+}
+
+void QueueTableView::updatePicture(int row)
+{
+    update(m_model.index(row, 0));
 }
 
 /// Texts of views take the colour that goes with the background behind them.
@@ -123,15 +140,43 @@ void QueueTableView::reset()
 
 void QueueTableView::fitRowHeight()
 {
-    verticalHeader()->setDefaultSectionSize(linesPerRow * fontMetrics().lineSpacing() + rowPadding);
+    const int lines = linesPerRow * fontMetrics().lineSpacing();
+    verticalHeader()->setDefaultSectionSize(lines + rowPadding);
+    setIconSize({lines * 16 / 9, lines}); // the pictures'
 }
 
-/// The first column, of the names, has the width that the others leave.
+void QueueTableView::setColumnWidths(const QList<int> &usual, const QMap<int, int> &chosen)
+{
+    m_usualWidths = usual;
+    m_chosenWidths = chosen;
+    fillWidth();
+}
+
+/// Those that give way do so from left to right.
 void QueueTableView::fillWidth()
 {
-    const int least = leastLettersOfName * fontMetrics().averageCharWidth();
-    const int others = horizontalHeader()->length() - columnWidth(0);
-    setColumnWidth(0, std::max(least, viewport()->width() - others));
+    const auto least = [this](int column) {
+        const int letters = leastLetters.at(static_cast<std::size_t>(column));
+        return letters * fontMetrics().averageCharWidth() + (column == 0 ? iconSize().width() : 0);
+    };
+    const auto wanted = [this](int column) {
+        return m_chosenWidths.value(column, m_usualWidths.at(column));
+    };
+    m_fills = true;
+    int missing = least(0) - viewport()->width();
+    for (int column = 1; column < m_usualWidths.size(); ++column)
+        missing += wanted(column);
+    int left = viewport()->width();
+    for (int column = 1; column < m_usualWidths.size(); ++column) {
+        const int spare =
+            m_chosenWidths.contains(column) ? 0 : std::max(0, wanted(column) - least(column));
+        const int given = std::clamp(missing, 0, spare);
+        setColumnWidth(column, wanted(column) - given);
+        missing -= given;
+        left -= wanted(column) - given;
+    }
+    setColumnWidth(0, std::max(least(0), left));
+    m_fills = false;
 }
 
 void QueueTableView::changeEvent(QEvent *event)

@@ -34,6 +34,16 @@ public:
     /// The selected rows in ascending order.
     QList<int> selectedRows() const;
 
+    /// The columns' widths where there is room; in a narrow table some give way, but none of those
+    /// that a person has chosen. The first column has what the others leave.
+    void setColumnWidths(const QList<int> &usual, const QMap<int, int> &chosen);
+    QMap<int, int> chosenWidths() const { return m_chosenWidths; }
+
+    /// The first and the last row that can be seen; the last is before the first without any.
+    std::pair<int, int> rowsInSight() const;
+    /// The picture of a row has changed.
+    void updatePicture(int row);
+
     /// That something may be dropped now.
     void showDropHighlight(bool shown);
 
@@ -41,6 +51,8 @@ public:
 
 Q_SIGNALS:
     void selectedRowsChanged();
+    /// After a change of the rows, too.
+    void rowsInSightChanged();
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -62,6 +74,9 @@ private:
     QueueTableDataSource *m_dataSource = nullptr;
     QTimer m_updateViews;
     QList<QPersistentModelIndex> m_cellsWithViews;
+    QList<int> m_usualWidths;
+    QMap<int, int> m_chosenWidths; // by column
+    bool m_fills = false;
     bool m_dropHighlight = false;
 };
 

@@ -15,6 +15,7 @@ ShowInFinderTableCellView::ShowInFinderTableCellView(QWidget *parent)
 {
     m_openButton->setIcon(QIcon::fromTheme(QStringLiteral("folder-open"),
                                            style()->standardIcon(QStyle::SP_DirOpenIcon)));
+    m_openButton->setAutoRaise(true);
     m_openButton->setToolTip(QStringLiteral("Show in the file browser"));
     m_openButton->setAccessibleName(QStringLiteral("Show in the file browser"));
     m_openButton->setFocusPolicy(Qt::NoFocus); // by keyboard: the command of the Recording menu
@@ -27,7 +28,8 @@ ShowInFinderTableCellView::ShowInFinderTableCellView(QWidget *parent)
 void ShowInFinderTableCellView::openFile()
 {
     if (m_controller)
-        revealFile(m_controller->mlvPath());
+        revealFile(m_controller->mlvPath(), this,
+                   [this](const QString &problem) { Q_EMIT notShown(problem); });
 }
 
 } // namespace filmwright

@@ -25,6 +25,9 @@ public:
     /// Selects the recording in the file browser; the movie is beside it.
     void openFile();
 
+Q_SIGNALS:
+    void notShown(const QString &problem);
+
 private:
     QToolButton *m_openButton;
     MLVProjectController *m_controller = nullptr;

@@ -24,6 +24,7 @@ const QString temporaryDirectoryKey = QStringLiteral("TemporaryDirectory");
 const QString enableDevMenuKey = QStringLiteral("EnableDevMenu");
 const QString keepTempDirectoryKey = QStringLiteral("KeepTempDirectory");
 const QString workersKey = QStringLiteral("FramesConvertedAtOnce");
+const QString picturesKey = QStringLiteral("ShowPictures");
 const QString selfTestFolderKey = QStringLiteral("SelfTestFolder");
 
 /// The blend of dual-ISO frames, tried on a developer's frame; elsewhere there is nothing to try.
@@ -72,6 +73,7 @@ void AppDelegate::appInitialization()
          {m_ui->flatTextField, m_ui->darkTextField, m_ui->flatDarkTextField})
         field->setDeleteDelegate(this);
     restoreWorkers();
+    restorePictures();
     restoreTemporaryFolder();
     if (!lockTemporaryDirectory(m_directoryLock)) {
         QMetaObject::invokeMethod(this, &AppDelegate::windowWillClose, Qt::QueuedConnection);
@@ -97,6 +99,17 @@ void AppDelegate::restoreWorkers()
         if (m_working)
             m_ui->statusTextField->tell(
                 QStringLiteral("%1 frames at once hold from the next recording on").arg(workers));
+    });
+}
+
+void AppDelegate::restorePictures()
+{
+    QCheckBox &box = *m_prefUi->prefPicturesCheckBox;
+    const QVariant stored = userDefaultsValueForKey(picturesKey);
+    box.setChecked(!stored.isValid() || stored.toBool());
+    connect(&box, &QCheckBox::toggled, this, [this](bool checked) {
+        setUserDefaultsValue(checked, picturesKey);
+        m_ui->queueTableView->reloadData();
     });
 }
 

@@ -5,7 +5,6 @@
 #include "runner/userdefaults.h"
 #include "ui_mainwindow.h"
 
-#include <QHeaderView>
 #include <QScreen>
 
 namespace filmwright {
@@ -35,9 +34,9 @@ void WindowMemory::restore() const
     const QSize room = m_window.screen()->availableSize() - frameOfWindow;
     m_window.resize(m_window.size().boundedTo(room));
     m_window.restoreGeometry(stored.value(geometryKey).toByteArray());
-    m_ui.splitter->setSizes({3 * m_window.width() / 5, 2 * m_window.width() / 5});
-    m_ui.splitter->setStretchFactor(0, 3);
-    m_ui.splitter->setStretchFactor(1, 2);
+    m_ui.splitter->setSizes({5 * m_window.width() / 8, 3 * m_window.width() / 8});
+    m_ui.splitter->setStretchFactor(0, 5);
+    m_ui.splitter->setStretchFactor(1, 3);
     m_ui.splitter->restoreState(stored.value(splitterKey).toByteArray());
     m_ui.movieFormatPopUpButton->setCurrentIndex(stored.value(formatKey).toInt());
     m_ui.movieQualityPopUpButton->setCurrentIndex(stored.value(qualityKey).toInt());
@@ -47,20 +46,27 @@ void WindowMemory::restore() const
     // One that is gone leaves the first item, none.
     m_ui.movieRecipePopUpButton->setCurrentIndex(
         qMax(0, m_ui.movieRecipePopUpButton->findData(stored.value(recipeKey).toString())));
-    QHeaderView *header = m_ui.queueTableView->horizontalHeader();
     const int letter = m_window.fontMetrics().averageCharWidth();
-    int column = 0;
-    for (const int letters : {24, 22, 22, 22, 7})
-        header->resizeSection(column++, letters * letter);
-    header->restoreState(stored.value(columnsKey).toByteArray());
+    QList<int> widths;
+    for (const int letters : {24, 22, 20, 22, 6})
+        widths << letters * letter;
+    QMap<int, int> chosen;
+    const QVariantMap columns = stored.value(columnsKey).toMap();
+    for (auto column = columns.cbegin(); column != columns.cend(); ++column)
+        chosen.insert(column.key().toInt(), column.value().toInt());
+    m_ui.queueTableView->setColumnWidths(widths, chosen);
 }
 
 void WindowMemory::save() const
 {
+    QVariantMap columns;
+    const QMap<int, int> chosen = m_ui.queueTableView->chosenWidths();
+    for (auto column = chosen.cbegin(); column != chosen.cend(); ++column)
+        columns.insert(QString::number(column.key()), column.value());
     setUserDefaultsValue(
         QVariantMap{{geometryKey, m_window.saveGeometry()},
                     {splitterKey, m_ui.splitter->saveState()},
-                    {columnsKey, m_ui.queueTableView->horizontalHeader()->saveState()},
+                    {columnsKey, columns},
                     {formatKey, m_ui.movieFormatPopUpButton->currentIndex()},
                     {qualityKey, m_ui.movieQualityPopUpButton->currentIndex()},
                     {repairPixelsKey, m_ui.repairPixelsCheckBox->isChecked()},

@@ -8,22 +8,25 @@
 #include <QDBusMessage>
 #include <QDesktopServices>
 #include <QFileInfo>
+#include <QPointer>
 #include <QUrl>
 
 namespace filmwright {
 
 namespace {
 
-void openFolder(const QString &folder)
+/// Empty when it is open, or is going to be.
+QString openFolder(const QString &folder)
 {
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(folder)))
-        systemLog(
-            QStringLiteral("The folder %1 can't be shown: no file manager was found.").arg(folder));
+    if (QDesktopServices::openUrl(QUrl::fromLocalFile(folder)))
+        return {};
+    return QStringLiteral("No file manager was found that shows %1").arg(folder);
 }
 
 } // namespace
 
-void revealFile(const QString &path)
+void revealFile(const QString &path, const QObject *context,
+                std::function<void(const QString &problem)> told)
 {
     const QFileInfo file(path);
     const QString uri = QString::fromLatin1(
@@ -34,9 +37,14 @@ void revealFile(const QString &path)
         QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
     message << QStringList{uri} << QString();
     callAsynchronously(sessionBus(), message, qApp,
-                       [folder = file.absolutePath()](const QDBusPendingCall &shown) {
-                           if (shown.isError())
-                               openFolder(folder);
+                       [folder = file.absolutePath(), listener = QPointer<const QObject>(context),
+                        told = std::move(told)](const QDBusPendingCall &shown) {
+                           const QString problem = shown.isError() ? openFolder(folder) : QString();
+                           if (problem.isEmpty())
+                               return;
+                           systemLog(problem);
+                           if (listener && told)
+                               told(problem);
                        });
 }
 

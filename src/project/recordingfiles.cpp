@@ -33,16 +33,25 @@ bool isRecordingName(const QString &path)
     return QFileInfo(path).suffix().compare(QLatin1String("mlv"), Qt::CaseInsensitive) == 0;
 }
 
-QStringList recordingFiles(const QString &path)
+/// Listed, because two hundred questions for names would take a second on a network drive.
+const std::vector<std::string> &FolderListing::namesIn(const std::filesystem::path &folder)
+{
+    const auto [listed, isNew] = m_names.try_emplace(folder);
+    std::error_code error;
+    std::filesystem::directory_iterator entry;
+    if (isNew)
+        entry = std::filesystem::directory_iterator(folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error))
+        listed->second.push_back(entry->path().filename().native());
+    return listed->second;
+}
+
+static QStringList recordingFiles(const QString &path, FolderListing &listing)
 {
     const QFileInfo recording(path);
     const std::string stem = QFile::encodeName(recording.completeBaseName()).toStdString();
     QStringList parts;
-    // Listed, because two hundred questions for names would take a second on a network drive.
-    std::error_code error;
-    std::filesystem::directory_iterator entry(recording.dir().filesystemPath(), error);
-    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        const std::string name = entry->path().filename().native();
+    for (const std::string &name : listing.namesIn(recording.dir().filesystemPath())) {
         if (isPartOf(stem, name))
             parts << recording.dir().filePath(QFile::decodeName(name.c_str()));
     }
@@ -50,10 +59,22 @@ QStringList recordingFiles(const QString &path)
     return QStringList{path} + parts;
 }
 
+QStringList recordingFiles(const QString &path)
+{
+    FolderListing listing;
+    return recordingFiles(path, listing);
+}
+
 QByteArray recordingIdentity(const QString &path)
 {
+    FolderListing listing;
+    return recordingIdentity(path, listing);
+}
+
+QByteArray recordingIdentity(const QString &path, FolderListing &listing)
+{
     QByteArray identity;
-    for (const QString &name : recordingFiles(path)) {
+    for (const QString &name : recordingFiles(path, listing)) {
         const QFileInfo file(name);
         identity += QStringLiteral("%1 %2 %3\n")
                         .arg(file.size())

@@ -34,9 +34,14 @@ void RecordingRun::reset()
 
 void RecordingRun::read()
 {
+    read(recordingIdentity(m_recording));
+}
+
+void RecordingRun::read(const QByteArray &identity)
+{
     reset();
     m_forMovie = false;
-    readMetadata();
+    readMetadata(identity);
 }
 
 void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies)
@@ -62,7 +67,7 @@ void RecordingRun::proceed()
     if (!m_refusal.isEmpty())
         endLater(m_refusal);
     else if (needsReading())
-        readMetadata();
+        readMetadata(recordingIdentity(m_recording));
     else
         launch();
 }
@@ -75,11 +80,11 @@ bool RecordingRun::needsReading() const
            recordingIdentity(m_recording) != m_readIdentity;
 }
 
-void RecordingRun::readMetadata()
+void RecordingRun::readMetadata(const QByteArray &identity)
 {
     m_phase = Reading;
     m_readFailure = {};
-    m_readIdentity = recordingIdentity(m_recording);
+    m_readIdentity = identity;
     watch(ProjectMonitor::Reading);
     m_project.setMlvPath(m_recording);
 }

@@ -25,7 +25,8 @@ public:
                  MLVProjectControllerProtocol *shell);
     ~RecordingRun() override;
 
-    /// Reads the metadata.
+    /// Reads the metadata of the files that recordingIdentity() has told.
+    void read(const QByteArray &identity);
     void read();
 
     /// Makes the movie. Metadata that is missing, or of files that have changed since, is read
@@ -66,7 +67,7 @@ private:
     void reset();
     void proceed();
     bool needsReading() const;
-    void readMetadata();
+    void readMetadata(const QByteArray &identity);
     void watch(ProjectMonitor::Work work);
     void judged(const Failure &failure);
     void launchWhenIdle();

@@ -2,6 +2,7 @@
 #include "fakewindow.h"
 
 #include "runner/temporarydirectory.h"
+#include "runner/userdefaults.h"
 
 #include <QDir>
 #include <QDragEnterEvent>
@@ -65,6 +66,12 @@ FakeWindow::FakeWindow(int frames)
     qputenv("XDG_CONFIG_HOME", m_preferences.path().toUtf8());
     QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, m_preferences.path());
     setBaseTemporaryDirectory(QString());
+    showPictures(false);
+}
+
+void FakeWindow::showPictures(bool shown)
+{
+    setUserDefaultsValue(shown, QStringLiteral("ShowPictures"));
 }
 
 FakeWindow::~FakeWindow()

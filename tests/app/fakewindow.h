@@ -42,6 +42,10 @@ public:
     explicit FakeWindow(int frames = 2);
     ~FakeWindow();
 
+    /// Whether the next launch shows pictures of the recordings, for which tools are called; not
+    /// before this is asked for.
+    static void showPictures(bool shown);
+
     /// Launches the application; a second time: quits and launches it anew.
     void launch();
     void quit();

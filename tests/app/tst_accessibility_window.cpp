@@ -18,6 +18,7 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMetaEnum>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSpinBox>
@@ -180,6 +181,24 @@ void checkContrast(const QWidget &widget)
     }
 }
 
+/// "Role: name" of everything in the tree that a screen reader walks.
+QStringList textsBelow(const QAccessibleInterface &place)
+{
+    QStringList texts{QStringLiteral("%1: %2").arg(
+        QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(place.role())),
+        place.text(QAccessible::Name))};
+    for (int child = 0; child < place.childCount(); ++child) {
+        if (const QAccessibleInterface *below = place.child(child))
+            texts += textsBelow(*below);
+    }
+    return texts;
+}
+
+QStringList textsBelow(QWidget *window)
+{
+    return textsBelow(*QAccessible::queryAccessibleInterface(window));
+}
+
 } // namespace
 
 class TestAccessibilityWindow : public QObject
@@ -191,6 +210,7 @@ private Q_SLOTS:
 
     void everyControlHasAName();
     void cellsAreSpoken();
+    void windowsTreeHasTheStatusAndEveryRow();
     void failureIsSpoken();
     void everyCommandHasAShortcut();
     void everyMenuAndLabelHasItsOwnLetter();
@@ -241,6 +261,35 @@ void TestAccessibilityWindow::cellsAreSpoken()
     }
     QCOMPARE(table->tableInterface()->cellAt(0, 3)->text(QAccessible::Name),
              QStringLiteral("Ready"));
+}
+
+/// Found as a screen reader finds it, from the window down: the status in words, and all of what a
+/// row shows, the lines of the first cell included.
+void TestAccessibilityWindow::windowsTreeHasTheStatusAndEveryRow()
+{
+    FakeWindow window;
+    window.setRawInformation(QStringLiteral("1920x1080"), 14);
+    window.setBlock(QStringLiteral("IDNT"),
+                    {{4, QStringLiteral("'Canon EOS 5D'")}, {5, QStringLiteral("'1'")}});
+    window.launch();
+    window.add({a});
+    QTRY_VERIFY(window.stateView(0));
+    const QStringList texts = textsBelow(window.delegate->window());
+    QVERIFY2(texts.contains(QStringLiteral("StaticText: 1 recording in the queue")),
+             qPrintable(texts.join(QLatin1Char('|'))));
+    const QString path = window.delegate->projectList().front()->mlvPath();
+    const QStringList cells{QStringLiteral("Cell: a.MLV\n1920x1080\n2 frames\n%1").arg(path),
+                            QStringLiteral("Cell: Canon EOS 5D\n%1")
+                                .arg(window.delegate->projectList().front()->lens()),
+                            QStringLiteral("Cell: ") + window.cell(QStringLiteral("Exposure"), 0),
+                            QStringLiteral("Cell: Ready")};
+    for (const QString &cell : cells)
+        QVERIFY2(texts.contains(cell), qPrintable(cell + texts.join(QLatin1Char('|'))));
+    window.pressStart();
+    window.waitForEnd();
+    QTRY_VERIFY(textsBelow(window.delegate->window())
+                    .contains(QStringLiteral("StaticText: 1 movie written")));
+    QVERIFY(textsBelow(window.delegate->window()).contains(QStringLiteral("Cell: Finished")));
 }
 
 void TestAccessibilityWindow::failureIsSpoken()

@@ -51,6 +51,8 @@ private Q_SLOTS:
     void batchThatAnErrorStopsIsNotified();
     void launcherShowsTheBatch();
     void shownRecordingIsRevealed();
+    void showTellsWhenThereIsNoFileManager_data();
+    void showTellsWhenThereIsNoFileManager();
 
 private:
     const QString m_screenSaver = QStringLiteral("org.freedesktop.ScreenSaver");
@@ -238,6 +240,30 @@ void TestDesktopWindow::shownRecordingIsRevealed()
     QTRY_COMPARE(fileManager.calls().size(), 1);
     const QUrl uri(fileManager.lastArguments().value(0).toStringList().value(0), QUrl::StrictMode);
     QCOMPARE(uri.toLocalFile(), window.delegate->projectList().front()->mlvPath());
+}
+
+void TestDesktopWindow::showTellsWhenThereIsNoFileManager_data()
+{
+    QTest::addColumn<bool>("byMenu");
+    QTest::newRow("button of the row") << false;
+    QTest::newRow("command of the menu") << true;
+}
+
+void TestDesktopWindow::showTellsWhenThereIsNoFileManager()
+{
+    QFETCH(const bool, byMenu);
+    FakeWindow window;
+    window.launch();
+    window.add({m_clip});
+    window.select(m_clip);
+    auto *cell = window.delegate->window()->findChild<ShowInFinderTableCellView *>();
+    if (byMenu)
+        window.action(QStringLiteral("showMenuItem"))->trigger();
+    else
+        QTest::mouseClick(cell->openButton(), Qt::LeftButton);
+    QTRY_COMPARE(
+        window.status(),
+        QStringLiteral("No file manager was found that shows %1").arg(window.recordings()));
 }
 
 QTEST_MAIN(TestDesktopWindow)

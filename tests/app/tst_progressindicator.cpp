@@ -15,6 +15,21 @@ int filled(const ProgressIndicator &bar)
     return qRound(100.0 * (bar.value() - bar.minimum()) / (bar.maximum() - bar.minimum()));
 }
 
+/// How many of a hundred places of the bar aren't painted as those of an empty one.
+int painted(ProgressIndicator &bar)
+{
+    ProgressIndicator emptyBar;
+    emptyBar.resize(bar.size());
+    const QImage empty = emptyBar.grab().toImage();
+    const QImage image = bar.grab().toImage();
+    int count = 0;
+    for (int place = 0; place < 100; ++place) {
+        const QPoint pixel(image.width() * place / 100, image.height() / 2);
+        count += image.pixel(pixel) != empty.pixel(pixel) ? 1 : 0;
+    }
+    return count;
+}
+
 } // namespace
 
 class TestProgressIndicator : public QObject
@@ -28,6 +43,7 @@ private Q_SLOTS:
     void valueBeyondTheRangeIsKept();
     void emptyRangeIsAnEmptyBar();
     void workOfUnknownLengthMovesWhileItGoesOn();
+    void busyBarDoesNotLookFull();
     void rangeAndValueOutliveWorkOfUnknownLength();
     void animationOfADeterminateBarLeavesItsValue();
 };
@@ -94,6 +110,20 @@ void TestProgressIndicator::workOfUnknownLengthMovesWhileItGoesOn()
     bar.stopAnimation();
     QVERIFY(!bar.isAnimating());
     QCOMPARE(filled(bar), 0);
+}
+
+void TestProgressIndicator::busyBarDoesNotLookFull()
+{
+    ProgressIndicator bar;
+    bar.resize(300, 20);
+    bar.setIndeterminate(true);
+    bar.startAnimation();
+    bar.show();
+    const QImage before = bar.grab().toImage();
+    QVERIFY2(painted(bar) > 10 && painted(bar) < 40, qPrintable(QString::number(painted(bar))));
+    QTRY_VERIFY(bar.grab().toImage() != before);
+    bar.stopAnimation();
+    QCOMPARE(painted(bar), 0);
 }
 
 void TestProgressIndicator::rangeAndValueOutliveWorkOfUnknownLength()

@@ -12,6 +12,7 @@
 #include <QDragEnterEvent>
 #include <QHeaderView>
 #include <QLabel>
+#include <QLayout>
 #include <QMenu>
 #include <QMimeData>
 #include <QTextDocument>
@@ -113,6 +114,8 @@ private Q_SLOTS:
     void recordingWithoutExposureSaysSo();
     void rowTellsWhatWasChosenForIt();
     void doubleClickPlaysTheMovie();
+    void statesAreWholeAtTheUsualSize_data();
+    void statesAreWholeAtTheUsualSize();
     void fullBarOfASelectedRowIsSeen();
 
     void openUrl(const QUrl &url) { m_opened = url; }
@@ -681,6 +684,37 @@ void TestQueueTableWindow::doubleClickPlaysTheMovie()
     QTest::mouseDClick(window.table()->viewport(), Qt::LeftButton, {}, place);
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
     QCOMPARE(m_opened.toLocalFile(), window.delegate->projectList().front()->moviePath());
+}
+
+void TestQueueTableWindow::statesAreWholeAtTheUsualSize_data()
+{
+    QTest::addColumn<QString>("state");
+    for (const char *state : {"Reading data", "Ready", "Pending", "Extracting DNG",
+                              "RGB conversion", "Building movie", "Finished"})
+        QTest::newRow(state) << QString::fromLatin1(state);
+}
+
+/// Beside a mark, in a window that remembers nothing.
+void TestQueueTableWindow::statesAreWholeAtTheUsualSize()
+{
+    QFETCH(const QString, state);
+    FakeWindow window;
+    window.launch();
+    window.delegate->window()->resize(1100, 680);
+    window.add({a});
+    QTRY_VERIFY(window.stateView(0));
+    ProgressTableCellView &view = *window.stateView(0);
+    view.setOutcome(true, {});
+    view.textField()->setText(state);
+    QTest::qWaitForWindowExposed(window.delegate->window());
+    QCoreApplication::sendPostedEvents();
+    view.layout()->activate();
+    QVERIFY2(view.textField()->width() >= view.textField()->sizeHint().width(),
+             qPrintable(QStringLiteral("%1 of %2")
+                            .arg(view.textField()->width())
+                            .arg(view.textField()->sizeHint().width())));
+    const QRect cell = window.table()->visualRect(window.table()->model()->index(0, 3));
+    QVERIFY(window.table()->viewport()->rect().contains(cell));
 }
 
 QTEST_MAIN(TestQueueTableWindow)

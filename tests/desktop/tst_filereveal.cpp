@@ -34,6 +34,7 @@ private Q_SLOTS:
     void relativePathIsMadeAbsolute();
     void folderIsOpenedWithoutAFileManager();
     void folderIsOpenedWhenTheFileManagerRefuses();
+    void nothingThatShowsItIsTold();
 
 private:
     const QString m_name = QStringLiteral("org.freedesktop.FileManager1");
@@ -91,6 +92,25 @@ void TestFileReveal::folderIsOpenedWhenTheFileManagerRefuses()
     const FolderOpener opener;
     revealFile(QStringLiteral("/footage/clip.MLV"));
     QTRY_COMPARE(opener.folders, QStringList{QStringLiteral("/footage")});
+}
+
+void TestFileReveal::nothingThatShowsItIsTold()
+{
+    const QObject context;
+    QStringList told;
+    {
+        const FolderOpener opener;
+        revealFile(QStringLiteral("/footage/clip.MLV"), &context,
+                   [&](const QString &problem) { told << problem; });
+        QTRY_COMPARE(opener.folders.size(), 1);
+    }
+    QCOMPARE(told, QStringList());
+    // Without a handler and without a program that opens, which no search path leads to.
+    qputenv("PATH", "/nonexistent");
+    revealFile(QStringLiteral("/footage/clip.MLV"), &context,
+               [&](const QString &problem) { told << problem; });
+    QTRY_COMPARE(told,
+                 QStringList{QStringLiteral("No file manager was found that shows /footage")});
 }
 
 QTEST_GUILESS_MAIN(TestFileReveal)
