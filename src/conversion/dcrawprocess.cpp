@@ -22,6 +22,11 @@ QString imageKey()
     return QStringLiteral("Image");
 }
 
+QString convertedPathKey()
+{
+    return QStringLiteral("ConvertedPath");
+}
+
 std::shared_ptr<SLOutlet> makeOutlet(const QString &name, SLOutletMode mode, QMetaType dataType)
 {
     auto outlet = SLOutlet::outlet();
@@ -39,7 +44,8 @@ DCRawProcess::DCRawProcess()
 {
     const auto stringType = QMetaType::fromType<QString>();
     setInputs({makeOutlet(filePathKey(), SLOutletModeInput, stringType)});
-    setOutputs({makeOutlet(imageKey(), SLOutletModeOutput, QMetaType::fromType<QImage>())});
+    setOutputs({makeOutlet(imageKey(), SLOutletModeOutput, QMetaType::fromType<QImage>()),
+                makeOutlet(convertedPathKey(), SLOutletModeOutput, stringType)});
     m_filePathPipeline->setDataType(stringType);
     m_filePathPipeline->setOutput(inputs().front());
     setThreadMode(SLThreadModeWorker);
@@ -112,6 +118,8 @@ void DCRawProcess::dngConversionFinished(DCRawTask &task)
         m_lastFailure = task.lastOutput();
     }
     setOutputValue(frame.eightBits().toImage(), imageKey());
+    if (m_tellsPaths)
+        setOutputValue(path, convertedPathKey());
 }
 
 } // namespace filmwright

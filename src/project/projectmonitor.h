@@ -9,6 +9,8 @@
 
 namespace filmwright {
 
+class FrameFlow;
+
 /// The sentence in an error line of mlv_dump.
 QString reasonOf(const QString &errorLine);
 
@@ -50,6 +52,7 @@ private:
 
     void checkLater();
     void check();
+    void checkFlow(const FrameFlow &flow);
     void checkReport();
     void checkConversion();
     void dropEarlierMerges();

@@ -47,6 +47,18 @@ double dngBytesOfPixel(const MLVProjectController &project)
     return (bitsPerSample > 0 ? bitsPerSample : usualBits) / 8.0;
 }
 
+/// Extracted and developed; 0 where the report doesn't tell the resolution.
+double bytesOfFlowingFrame(const MLVProjectController &project)
+{
+    const double pixels = pixelsOf(project.resolution());
+    const QSize size = developedSize(project.metadata());
+    const double developed =
+        size.isEmpty() ? pixels : static_cast<double>(size.width()) * size.height();
+    return pixels <= 0 ? 0
+                       : pixels * dngBytesOfPixel(project) + developed * tiffBytesOfPixel(project) +
+                             2 * bytesBesideSamples;
+}
+
 /// A tool hardly fails for want of space while more than this is free.
 constexpr double leastSpace = 65536;
 
@@ -99,6 +111,13 @@ SpaceNeed spaceNeed(const MLVProjectController &project)
     for (const QFileInfo &file : files)
         need.there += static_cast<double>(file.size());
     return need;
+}
+
+quint64 framesInBuffer(const MLVProjectController &project)
+{
+    const double frame = bytesOfFlowingFrame(project);
+    const auto buffer = static_cast<double>(project.frameBuffer());
+    return frame > 0 ? std::max<quint64>(1, static_cast<quint64>(buffer / frame)) : 1;
 }
 
 QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)

@@ -22,6 +22,10 @@ double freeSpace(const QString &folder);
 /// Needs the metadata; 0 where the report doesn't tell resolution or frame count.
 SpaceNeed spaceNeed(const MLVProjectController &project);
 
+/// How many of its frames, each extracted and developed, fit into the project's frame buffer; at
+/// least 1.
+quint64 framesInBuffer(const MLVProjectController &project);
+
 /// Whether the project's frames fit into the file system where they are extracted: asked before the
 /// extraction is launched. An empty string when they do, else a sentence for a person with both
 /// figures and what to do. Main thread only.
