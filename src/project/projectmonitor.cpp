@@ -7,6 +7,7 @@
 #include "project/framesize.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/moviemark.h"
+#include "project/moviespace.h"
 #include "project/spacecheck.h"
 #include "runner/files.h"
 #include "runner/notificationcenter.h"
@@ -16,6 +17,9 @@
 #include <QtConcurrent>
 
 #include <algorithm>
+#include <chrono>
+
+using namespace std::chrono_literals;
 
 namespace filmwright {
 
@@ -81,6 +85,9 @@ ProjectMonitor::ProjectMonitor(MLVProjectController &project, Work work,
             });
     connect(&m_settling, &QFutureWatcherBase::finished, this,
             [this] { endWithMovie({m_settling.result()}); });
+    connect(&m_roomTimer, &QTimer::timeout, this, &ProjectMonitor::checkRoom);
+    if (work == Conversion)
+        m_roomTimer.start(1s);
     checkLater();
 }
 
@@ -270,6 +277,21 @@ void ProjectMonitor::checkMergedFrames(int pairs)
     const int merged = countFrames(m_project.tiffsDirectory());
     if (merged < pairs)
         fail({QStringLiteral("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs)});
+}
+
+/// How large the movies of most recipes get is only known while they grow.
+void ProjectMonitor::checkRoom()
+{
+    const FFmpegTask &encoder = m_project.encoder();
+    if (m_ended || !m_project.recipe() || !encoder.isRunning())
+        return;
+    const QString movie = encoder.moviePath();
+    const GrowingMovie growing{movie, static_cast<double>(QFileInfo(movie).size()),
+                               encoder.encodedFrames(),
+                               static_cast<quint64>(m_project.framesOfMovie())};
+    if (const QString problem = growthProblem(growing, freeSpace(QFileInfo(movie).absolutePath()));
+        !problem.isEmpty())
+        fail({problem});
 }
 
 void ProjectMonitor::checkMovie()

@@ -6,6 +6,7 @@
 
 #include <QFutureWatcher>
 #include <QObject>
+#include <QTimer>
 
 namespace filmwright {
 
@@ -59,6 +60,7 @@ private:
     void checkImage(const QImage &image);
     void checkFrames();
     void checkMergedFrames(int pairs);
+    void checkRoom();
     void checkMovie();
     Failure encodingFailure() const;
     void endWithMovie(const Failure &failure);
@@ -71,6 +73,7 @@ private:
     const Work m_work;
     MLVProjectControllerProtocol *const m_listener;
     QFutureWatcher<QString> m_settling;
+    QTimer m_roomTimer;
     Failure m_errorInReport;
     int m_missingFrames = 0;
     bool m_ended = false;

@@ -153,7 +153,8 @@ void RecordingRun::launch()
         return;
     }
     const double movie = movieBytes(m_project.metadata(), m_settings);
-    if (const QString problem = movieSpaceProblem({{m_project.moviePath(), movie}});
+    if (const QString problem =
+            movieSpaceProblem({{m_project.moviePath(), movie, m_settings.recipe.has_value()}});
         !problem.isEmpty()) {
         endLater(problem);
         return;
