@@ -44,8 +44,7 @@ DCRawProcess::DCRawProcess()
 {
     const auto stringType = QMetaType::fromType<QString>();
     setInputs({makeOutlet(filePathKey(), SLOutletModeInput, stringType)});
-    setOutputs({makeOutlet(imageKey(), SLOutletModeOutput, QMetaType::fromType<QImage>()),
-                makeOutlet(convertedPathKey(), SLOutletModeOutput, stringType)});
+    setOutputs({makeOutlet(imageKey(), SLOutletModeOutput, QMetaType::fromType<QImage>())});
     m_filePathPipeline->setDataType(stringType);
     m_filePathPipeline->setOutput(inputs().front());
     setThreadMode(SLThreadModeWorker);
@@ -58,6 +57,16 @@ void DCRawProcess::sharePathsOf(const DCRawProcess &other)
 {
     m_filePathPipeline = other.m_filePathPipeline;
     m_filePathPipeline->addOutput(inputs().front());
+}
+
+SLOutlet *DCRawProcess::addPathOutput()
+{
+    Outlets all = outputs();
+    all.push_back(
+        makeOutlet(convertedPathKey(), SLOutletModeOutput, QMetaType::fromType<QString>()));
+    setOutputs(all);
+    m_tellsPaths = true;
+    return all.back().get();
 }
 
 void DCRawProcess::addFilePath(const QString &path)

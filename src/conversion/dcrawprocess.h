@@ -32,9 +32,9 @@ public:
     /// next. Before the manager runs; both belong to one manager.
     void sharePathsOf(const DCRawProcess &other);
 
-    /// Whether the path comes out again on the output "ConvertedPath" behind its image; false after
-    /// creation. Before the manager runs.
-    void setTellsPaths(bool tells) { m_tellsPaths = tells; }
+    /// Adds the output "ConvertedPath", on which every path comes out again behind its image, and
+    /// answers it. Once, before the manager runs.
+    SLOutlet *addPathOutput();
 
     /// Queues a DNG. Main thread, before or while the manager runs.
     void addFilePath(const QString &path);

@@ -291,8 +291,7 @@ void MLVProjectController::launchFlow()
         plan, *m_mlvDumptask, *m_cr2hdrTask,
         [this](const QString &path) { m_dcRawProcesses.front()->addFilePath(path); });
     for (const auto &unit : m_dcRawProcesses) {
-        unit->setTellsPaths(true);
-        SLOutlet *path = unit->outputForKey(QStringLiteral("ConvertedPath"));
+        SLOutlet *path = unit->addPathOutput();
         path->setTarget(m_flow.get());
         path->setSelector(&FrameFlow::frameConverted);
     }
