@@ -5,6 +5,7 @@
 
 #include "project/moviemark.h"
 #include "project/projectmonitor.h"
+#include "project/workstage.h"
 
 #include <QDir>
 #include <QFile>
@@ -81,6 +82,7 @@ private Q_SLOTS:
     void framesOfSeveralWorkersComeInOrder();
     void rangesWaitForTheEncoder();
     void rowsAreSurveyedAndThenBlendedRangeByRange();
+    void progressTellsWhatIsEncoded();
     void nextRunGoesStageByStage();
 
     void readerThatDiesInTheMiddle();
@@ -224,6 +226,26 @@ void TestFlowingProject::rowsAreSurveyedAndThenBlendedRangeByRange()
              (QList<QStringList>{call("--write-survey", "rows000000.dng rows000002.dng"),
                                  call("--use-survey", "tmp000000.dng tmp000001.dng"),
                                  call("--use-survey", "tmp000002.dng")}));
+}
+
+void TestFlowingProject::progressTellsWhatIsEncoded()
+{
+    FlowingProject project(5);
+    const QString gate = project.path(QStringLiteral("gate"));
+    project.setEncoding(
+        QStringLiteral("echo 'frame=    2 fps=1'; until test -e '%1'; do sleep 0.01; done; ")
+            .arg(gate) +
+        wholeMovie);
+    StageCounter counter(*project.controller);
+    project.run();
+    QCOMPARE(counter.position().stage, WorkStage::Extracting);
+    QTRY_COMPARE(counter.position().stage, WorkStage::Encoding);
+    QTRY_COMPARE(counter.position().done, 2U);
+    QCOMPARE(counter.position().frames, 5U);
+    QVERIFY(workOf(*project.controller).settings.flows());
+    QVERIFY(QFile(gate).open(QIODevice::WriteOnly));
+    QTRY_COMPARE(project.endings, QStringList{QString()});
+    QCOMPARE(counter.position().stage, WorkStage::Finished);
 }
 
 void TestFlowingProject::nextRunGoesStageByStage()
