@@ -219,7 +219,7 @@ public:
     void readyToGo();
     void launchDNGExtraction();
     /// Ends whatever runs; nothing more is delivered or launched. A dcraw that is converting a
-    /// frame ends by itself and its frame is kept.
+    /// frame ends by itself and its frame is kept, unless frames flow: then it is ended, too.
     void stop();
     /// Ends the frames that a stopped run is still converting and waits for that.
     void endConversions();
