@@ -63,7 +63,7 @@ _filmwright_cli()
             ;;
         convert:--white-balance) _filmwright_cli_words "$word" camera auto; return ;;
         convert:--lut) _filmwright_cli_paths "$word" '*.cube'; return ;;
-        convert:--exposure | convert:--frames) return ;;
+        convert:--exposure | convert:--frames | convert:--buffer) return ;;
         convert:--repair-pixels)
             _filmwright_cli_paths "$word" '*.@(fpm|bpm|txt)'
             mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W 'auto off' -- "$word")

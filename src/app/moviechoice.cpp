@@ -99,7 +99,7 @@ std::vector<MovieRoom> AppDelegate::upcomingMovies() const
         ConversionSettings settings = settingsFor(*project);
         settings.recipe = recipe;
         movies.push_back({moviePathFor(project->mlvPath(), settings, project->metadata()),
-                          movieBytes(project->metadata(), settings)});
+                          movieBytes(project->metadata(), settings), settings.recipe.has_value()});
     }
     return movies;
 }

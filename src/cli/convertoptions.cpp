@@ -113,6 +113,8 @@ const QString lut = QStringLiteral("lut");
 const QString frames = QStringLiteral("frames");
 const QString temporaryBase = QStringLiteral("temp-dir");
 const QString keepTemporary = QStringLiteral("keep-temp");
+const QString stages = QStringLiteral("stages");
+const QString buffer = QStringLiteral("buffer");
 const QString report = QStringLiteral("report");
 const QString progress = QStringLiteral("progress");
 const QString quiet = QStringLiteral("quiet");
@@ -197,6 +199,13 @@ void describe(QCommandLineParser &parser)
              "on where it stopped."),
          QStringLiteral("folder")},
         {keepTemporary, QStringLiteral("Keep all temporary files.")},
+        {stages,
+         QStringLiteral("Make a recipe's movie stage by stage, all frames at a time, as other "
+                        "movies are: it needs room for all of them, but can be taken up again.")},
+        {buffer,
+         QStringLiteral("What the frames between reading and encoding may take when a recipe's "
+                        "movie is made, such as 500M or 8G; 2G when not given."),
+         QStringLiteral("size")},
         {report, QStringLiteral("Write what became of each recording to this file, as JSON."),
          file},
         {quiet, QStringLiteral("Print no progress and no table at the end.")},
@@ -290,6 +299,38 @@ QString lutOf(const QCommandLineParser &parser, const std::optional<Recipe> &cho
     return path;
 }
 
+/// The units are those of 1024.
+qint64 bytesOf(const QString &value, QString &problem)
+{
+    static const QRegularExpression size(QStringLiteral("^([1-9]\\d{0,14})([KMGT]?)$"));
+    constexpr double mostBytes = 1e15;
+    const auto match = size.match(value);
+    double bytes = match.captured(1).toDouble();
+    const QString unit = match.captured(2);
+    if (!unit.isEmpty())
+        bytes *= std::pow(1024, 1 + QStringLiteral("KMGT").indexOf(unit));
+    if (match.hasMatch() && bytes <= mostBytes)
+        return static_cast<qint64>(bytes);
+    problem = QStringLiteral("--buffer is a number of bytes, or one with K, M, G or T behind it, "
+                             "not \"%1\"")
+                  .arg(value);
+    return usualFrameBuffer;
+}
+
+/// The frames' buffer that was chosen; 0 where they are to be on the disk all at once.
+qint64 frameBufferOf(const QCommandLineParser &parser, const std::optional<Recipe> &chosen,
+                     QString &problem)
+{
+    const bool makesMovie = chosen && !chosen->keepsRawFrames();
+    if (parser.isSet(buffer) && !makesMovie)
+        problem = QStringLiteral("--buffer is for movies that are made by a recipe");
+    else if (parser.isSet(buffer) && parser.isSet(stages))
+        problem = QStringLiteral("--stages needs room for all frames, whatever --buffer says");
+    if (parser.isSet(stages))
+        return 0;
+    return parser.isSet(buffer) ? bytesOf(parser.value(buffer), problem) : usualFrameBuffer;
+}
+
 MovieDestination destinationOf(const QCommandLineParser &parser, QString &problem)
 {
     MovieDestination destination;
@@ -337,6 +378,7 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     corrections.exposure = exposureOf(parser.value(exposure), problem);
     settings.frames = framesOf(parser, problem);
     settings.lut = lutOf(parser, settings.recipe, problem);
+    settings.frameBuffer = frameBufferOf(parser, settings.recipe, problem);
     settings.mergesNeighbours = parser.isSet(hdr);
     settings.blendsAlternatingRows = parser.isSet(dualIso);
     options.temporaryBase = parser.value(temporaryBase);

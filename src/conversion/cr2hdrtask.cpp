@@ -18,12 +18,12 @@ CR2HDRTask::~CR2HDRTask()
     setTaskWrapperdelegate(nullptr);
 }
 
-void CR2HDRTask::blend(const QString &folder, const QStringList &names)
+void CR2HDRTask::blend(const QString &folder, const QStringList &names, const QStringList &options)
 {
     m_logs.clear();
     // Names alone keep an hour of footage below the system's limit for a command line.
     setCurrentDirectoryPath(folder);
-    setArguments(names);
+    setArguments(options + names);
     start();
 }
 

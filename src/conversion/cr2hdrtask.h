@@ -36,8 +36,9 @@ public:
     CR2HDRTaskProtocol *delegate() const { return m_delegate; }
     void setDelegate(CR2HDRTaskProtocol *delegate) { m_delegate = delegate; }
 
-    /// Starts blending the named frames of the folder in place; returns at once.
-    void blend(const QString &folder, const QStringList &names);
+    /// Starts blending the named frames of the folder in place; returns at once. `options` stand in
+    /// front of the names.
+    void blend(const QString &folder, const QStringList &names, const QStringList &options = {});
 
     /// Every line of the current or last run.
     QStringList logs() const { return m_logs; }

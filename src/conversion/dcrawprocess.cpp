@@ -22,6 +22,11 @@ QString imageKey()
     return QStringLiteral("Image");
 }
 
+QString convertedPathKey()
+{
+    return QStringLiteral("ConvertedPath");
+}
+
 std::shared_ptr<SLOutlet> makeOutlet(const QString &name, SLOutletMode mode, QMetaType dataType)
 {
     auto outlet = SLOutlet::outlet();
@@ -52,6 +57,16 @@ void DCRawProcess::sharePathsOf(const DCRawProcess &other)
 {
     m_filePathPipeline = other.m_filePathPipeline;
     m_filePathPipeline->addOutput(inputs().front());
+}
+
+SLOutlet *DCRawProcess::addPathOutput()
+{
+    Outlets all = outputs();
+    all.push_back(
+        makeOutlet(convertedPathKey(), SLOutletModeOutput, QMetaType::fromType<QString>()));
+    setOutputs(all);
+    m_tellsPaths = true;
+    return all.back().get();
 }
 
 void DCRawProcess::addFilePath(const QString &path)
@@ -112,6 +127,8 @@ void DCRawProcess::dngConversionFinished(DCRawTask &task)
         m_lastFailure = task.lastOutput();
     }
     setOutputValue(frame.eightBits().toImage(), imageKey());
+    if (m_tellsPaths)
+        setOutputValue(path, convertedPathKey());
 }
 
 } // namespace filmwright

@@ -32,6 +32,10 @@ public:
     /// next. Before the manager runs; both belong to one manager.
     void sharePathsOf(const DCRawProcess &other);
 
+    /// Adds the output "ConvertedPath", on which every path comes out again behind its image, and
+    /// answers it. Once, before the manager runs.
+    SLOutlet *addPathOutput();
+
     /// Queues a DNG. Main thread, before or while the manager runs.
     void addFilePath(const QString &path);
 
@@ -62,6 +66,7 @@ private:
     std::unique_ptr<DCRawTask> m_dcRawTask;
     HDRInterleavedImageMerge m_interleavedMerge;
     std::atomic<bool> m_dualIso = false;
+    std::atomic<bool> m_tellsPaths = false;
     mutable QMutex m_failureLock;
     QByteArray m_lastFailure; // guarded by m_failureLock
 };

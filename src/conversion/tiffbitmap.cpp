@@ -132,6 +132,15 @@ TiffBitmap TiffBitmap::read(const QString &path)
     return TiffBitmap(*layout, bytes);
 }
 
+std::optional<TiffBitmap::Layout> TiffBitmap::layoutOf(const QString &path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const TiffHandle tiff = openTiff(file, TiffAccess::Read);
+    return tiff ? plausibleLayout(tiff.get(), file.size()) : std::nullopt;
+}
+
 bool TiffBitmap::isWhole(const QString &path)
 {
     QFile file(path);

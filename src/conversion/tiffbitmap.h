@@ -5,6 +5,8 @@
 #include <QImage>
 #include <QString>
 
+#include <optional>
+
 namespace filmwright {
 
 /// A bitmap with interleaved samples, as a TIFF file holds it. Copies share their bytes until one
@@ -20,6 +22,8 @@ public:
         int samplesPerPixel = 0;
         int bitsPerSample = 0;
         qsizetype bytesPerRow = 0; ///< at least the packed samples of a row; more is padding
+
+        bool operator==(const Layout &) const = default;
     };
 
     TiffBitmap() = default;
@@ -31,6 +35,9 @@ public:
     /// machine's byte order; empty when the file can't be read whole or holds anything else.
     static TiffBitmap read(const QString &path);
 
+    /// The layout in which read() would give the file; looks at the header only.
+    static std::optional<Layout> layoutOf(const QString &path);
+
     /// Whether the file is a TIFF file as long as its own header says, which that of a converter
     /// killed in mid-write isn't. Looks at the header only, not at the samples.
     static bool isWhole(const QString &path);
@@ -40,6 +47,7 @@ public:
     bool write(const QString &path) const;
 
     bool isEmpty() const { return m_bytes.isEmpty(); }
+    const Layout &layout() const { return m_layout; }
     int width() const { return m_layout.width; }
     int height() const { return m_layout.height; }
     int samplesPerPixel() const { return m_layout.samplesPerPixel; }

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QSize>
 #include <QString>
 #include <QStringList>
+
+#include <optional>
 
 namespace filmwright {
 
@@ -27,12 +30,24 @@ QString movieDescription(qint32 format, qint32 quality);
 /// The bytes that each pixel of a raw movie takes; 0 for one that is compressed.
 double rawBytesOfPixel(qint32 format, qint32 quality);
 
+/// Red, green and blue samples in the machine's byte order, frame by frame, without anything
+/// between them.
+struct RawVideo
+{
+    QSize size;
+    int bitsPerSample = 8;          ///< or 16
+    bool tellsSquarePixels = false; ///< as a TIFF with equal resolutions does
+
+    bool operator==(const RawVideo &) const = default;
+};
+
 /// What a movie is made of.
 struct MovieSources
 {
     QString tiffsDirectory; ///< ends with a path separator; holds tmp%06d.tiff from 0 on
     QString soundPath;      ///< empty: a movie without sound
     float fps = 0;          ///< frames a second
+    std::optional<RawVideo> video = {}; ///< on the standard input, in place of the TIFFs
 };
 
 /// The recording's path with the extension of the format.

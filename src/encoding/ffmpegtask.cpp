@@ -34,7 +34,8 @@ QString FFmpegTask::moviePath() const
 void FFmpegTask::buildMovie()
 {
     const QString sound = m_tiffsDirectory + QStringLiteral("tmp.wav");
-    const MovieSources sources{m_tiffsDirectory, QFile::exists(sound) ? sound : QString(), m_fps};
+    const MovieSources sources{m_tiffsDirectory, QFile::exists(sound) ? sound : QString(), m_fps,
+                               m_rawVideo};
     // With no file in the way, ffmpeg has no reason to ask whether it may overwrite one.
     QFile::remove(moviePath());
     setArguments(m_recipeMovie ? recipeArguments(*m_recipeMovie, sources, moviePath())

@@ -60,6 +60,10 @@ public:
     QString moviePath() const;
     void setMoviePath(const QString &path) { m_moviePath = path; }
 
+    /// Has the movie of a recipe made of raw frames, which ffmpeg reads from its standard input;
+    /// nothing: of the TIFFs.
+    void setRawVideo(const std::optional<RawVideo> &video) { m_rawVideo = video; }
+
     /// Replaces any file at moviePath() by the movie; returns at once. A missing sound file gives a
     /// movie without sound.
     void buildMovie();
@@ -104,6 +108,7 @@ private:
     qint32 m_format = MovieFormatAVI;
     qint32 m_quality = MovieQualityMaximum;
     std::optional<RecipeMovie> m_recipeMovie;
+    std::optional<RawVideo> m_rawVideo;
     QStringList m_logs;
 };
 

@@ -42,15 +42,39 @@ QString escaped(const QString &value)
     return escapedOnce(escapedOnce(value));
 }
 
-QString pictureFilter(const Recipe &recipe, const QString &lut)
+QString pictureFilter(const Recipe &recipe, const QString &lut,
+                      const std::optional<RawVideo> &video)
 {
     QString filter;
+    if (video && video->tellsSquarePixels)
+        filter += QStringLiteral("setsar=1,");
     // Half of an even side may be odd, which most encoders don't take.
     if (recipe.developsHalfSize())
         filter += QStringLiteral("crop=floor(iw/2)*2:floor(ih/2)*2,");
     if (!lut.isEmpty())
         filter += QStringLiteral("lut3d=file=%1:interp=tetrahedral,").arg(escaped(lut));
     return filter + colourFilter(recipe);
+}
+
+QStringList pictureInput(const MovieSources &sources)
+{
+    const QString rate = exactRate(sources.fps).text();
+    if (!sources.video) {
+        return {QStringLiteral("-f"),         QStringLiteral("image2"),
+                QStringLiteral("-framerate"), rate,
+                QStringLiteral("-i"),         framePattern(sources.tiffsDirectory)};
+    }
+    const RawVideo &video = *sources.video;
+    return {QStringLiteral("-f"),
+            QStringLiteral("rawvideo"),
+            QStringLiteral("-pixel_format"),
+            video.bitsPerSample == 16 ? QStringLiteral("rgb48") : QStringLiteral("rgb24"),
+            QStringLiteral("-video_size"),
+            QStringLiteral("%1x%2").arg(video.size.width()).arg(video.size.height()),
+            QStringLiteral("-framerate"),
+            rate,
+            QStringLiteral("-i"),
+            QStringLiteral("pipe:0")};
 }
 
 /// Samples a second, as the head of mlv_dump's sound file has it; 0 when it is another kind of
@@ -116,13 +140,12 @@ QStringList recipeArguments(const RecipeMovie &movie, const MovieSources &source
                             const QString &moviePath)
 {
     const Recipe &recipe = movie.recipe;
-    QStringList arguments{QStringLiteral("-f"),         QStringLiteral("image2"),
-                          QStringLiteral("-framerate"), exactRate(sources.fps).text(),
-                          QStringLiteral("-i"),         framePattern(sources.tiffsDirectory)};
+    QStringList arguments = pictureInput(sources);
     const bool hasSound = !sources.soundPath.isEmpty() && !recipe.sound.isEmpty();
     if (hasSound)
         arguments << QStringLiteral("-i") << sources.soundPath;
-    arguments << QStringLiteral("-vf") << pictureFilter(recipe, movie.lut) << recipe.video;
+    arguments << QStringLiteral("-vf") << pictureFilter(recipe, movie.lut, sources.video)
+              << recipe.video;
     if (hasSound)
         arguments << recipe.sound << lengthArguments(sources, movie.frames);
     return arguments << containerArguments(recipe) << factArguments(movie.facts, sources.fps)

@@ -81,6 +81,8 @@ void MlvDumpTask::beginRun(MlvDumpMode mode)
 {
     ReportQueue::instance().leave(this);
     m_processMode = mode;
+    m_surveys = false;
+    m_closesGaps = false;
     m_log.clear();
     m_error = QString();
     m_unusableReason.clear();
@@ -130,10 +132,36 @@ void MlvDumpTask::extractDNGAtIndex(qint64 index, bool andWaitUntilExit)
     } else {
         removeFolder(workingFolder());
         createPrivateFolder(workingFolder());
+        m_closesGaps = true;
     }
     setArguments(frameArguments(m_mlvPath, index, m_darkPath, m_flatPath, extractionDirectory(),
                                 options, m_selection));
     startAndWaitUntilExit(andWaitUntilExit);
+}
+
+void MlvDumpTask::surveyFrames(const QString &survey, const QString &rowFrames)
+{
+    removeFolder(workingFolder());
+    createPrivateFolder(workingFolder());
+    m_surveyedFrames = 0;
+    QStringList options{QStringLiteral("--write-survey"), survey};
+    if (!rowFrames.isEmpty())
+        options << QStringLiteral("--survey-frames") << rowFrames;
+    runSurveyed(options, m_selection);
+    m_surveys = true;
+}
+
+void MlvDumpTask::extractSurveyed(const QString &survey, const FrameSelection &range)
+{
+    runSurveyed({QStringLiteral("--use-survey"), survey}, range);
+}
+
+void MlvDumpTask::runSurveyed(const QStringList &options, const FrameSelection &range)
+{
+    beginRun(MlvDumpModeDNG);
+    setArguments(frameArguments(m_mlvPath, 0, m_darkPath, m_flatPath, extractionDirectory(),
+                                m_corrections.arguments() + options, range));
+    start();
 }
 
 bool MlvDumpTask::framesExist(qint64 index) const
@@ -246,7 +274,9 @@ void MlvDumpTask::handleEndOfWork()
     case MlvDumpModeDNG:
         stop(false);
         m_processMode = MlvDumpModeNone;
-        if (m_clipFolder.isEmpty())
+        if (m_surveys)
+            m_surveyedFrames = processedFrames();
+        else if (m_closesGaps)
             checkForSkippedFrame();
         tell(&MlvDumpTaskProtocol::dngExtractionFinished);
         break;
@@ -268,12 +298,17 @@ void MlvDumpTask::handleEndOfWork()
     m_log.clear();
 }
 
-/// The line before the last tells how many frames were averaged: "Processed 8 video frames …".
-void MlvDumpTask::finishCalibration(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &))
+/// The line before the last tells how many frames there were: "Processed 8 video frames …".
+quint64 MlvDumpTask::processedFrames() const
 {
     const QString processed = entryAt(m_log, m_log.size() - 2);
     const QString count = entryAt(processed.split(QLatin1Char(' ')), 1);
-    m_metadata.videoFrames = static_cast<quint64>(leadingInteger(count));
+    return static_cast<quint64>(leadingInteger(count));
+}
+
+void MlvDumpTask::finishCalibration(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &))
+{
+    m_metadata.videoFrames = processedFrames();
     tell(report);
 }
 

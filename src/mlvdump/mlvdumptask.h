@@ -114,6 +114,17 @@ public:
     /// holds. Throws std::invalid_argument when no recording is set.
     void extractDNGAtIndex(qint64 index, bool andWaitUntilExit);
 
+    /// Instead of extracting the frames finds out what has to be known of all of them and writes it
+    /// to that file, and the sound; ends with dngExtractionFinished(). With `rowFrames` it also
+    /// writes the frames that cr2hdr makes its survey of, "%06d.dng" behind that prefix. The
+    /// working folder is begun anew.
+    void surveyFrames(const QString &survey, const QString &rowFrames = {});
+    /// How many frames the last survey is of.
+    quint64 surveyedFrames() const { return m_surveyedFrames; }
+    /// Extracts a part of the surveyed frames, which are numbered in their files from 0 on;
+    /// `range` counts as the recording does. Ends with dngExtractionFinished().
+    void extractSurveyed(const QString &survey, const FrameSelection &range);
+
     // Averages the dark, the dark of the flat, the flat into their files in the extraction
     // directory.
     void prepareDark();
@@ -135,6 +146,7 @@ protected:
 
 private:
     void beginRun(MlvDumpMode mode);
+    void runSurveyed(const QStringList &options, const FrameSelection &range);
     void average(MlvDumpMode mode, const QString &recording);
     bool framesExist(qint64 index) const;
     bool allFramesExist(const QString &directory) const;
@@ -143,6 +155,7 @@ private:
     void takeUnusableReason(const QString &line);
     void handleErrorLine(const QString &line);
     void handleEndOfWork();
+    quint64 processedFrames() const;
     void finishCalibration(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &));
     void tell(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &));
     void tellLater(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &));
@@ -158,6 +171,9 @@ private:
     QString m_clipFolder;
     RawCorrections m_corrections;
     FrameSelection m_selection;
+    quint64 m_surveyedFrames = 0;
+    bool m_surveys = false;    ///< the current run makes a survey
+    bool m_closesGaps = false; ///< the current run extracts all frames of the working folder
     QString m_error;
     QString m_unusableReason;
     QStringList m_warnings;

@@ -20,16 +20,25 @@ double weightOf(const RecordingWork &work)
     return static_cast<double>(std::max<quint64>(work.frames, 1)) * work.megapixels;
 }
 
+/// Frames that flow are through all of them when they are encoded.
+QList<WorkStage> stagesOf(const ConversionSettings &settings)
+{
+    if (settings.flows())
+        return {WorkStage::Encoding};
+    QList<WorkStage> stages{WorkStage::Extracting, WorkStage::Converting, WorkStage::Encoding};
+    if (settings.blendsAlternatingRows)
+        stages.insert(1, WorkStage::Blending);
+    if (settings.mergesNeighbours)
+        stages.insert(stages.size() - 1, WorkStage::Merging);
+    return stages;
+}
+
 /// Stages count alike, as in the recording's own bar.
 double partOf(const RecordingWork &work, const StagePosition &position)
 {
     if (position.stage == WorkStage::Finished)
         return 1;
-    QList<WorkStage> stages{WorkStage::Extracting, WorkStage::Converting, WorkStage::Encoding};
-    if (work.settings.blendsAlternatingRows)
-        stages.insert(1, WorkStage::Blending);
-    if (work.settings.mergesNeighbours)
-        stages.insert(stages.size() - 1, WorkStage::Merging);
+    const QList<WorkStage> stages = stagesOf(work.settings);
     const auto index = stages.indexOf(position.stage);
     if (index < 0)
         return 0;

@@ -42,6 +42,11 @@ MovieKind ConversionSettings::movieKind() const
     return recipe && recipe->keepsRawFrames() ? MovieKind::Folder : MovieKind::File;
 }
 
+bool ConversionSettings::flows() const
+{
+    return recipe && movieKind() == MovieKind::File && frameBuffer > 0 && !keepsFinishedWork;
+}
+
 bool ConversionSettings::isUsualDevelopment() const
 {
     return corrections.whiteBalance.isEmpty() && corrections.exposure == 0 && frames.isWhole() &&
@@ -71,6 +76,7 @@ void configure(MLVProjectController &project, const ConversionSettings &settings
     project.setRawCorrections(settings.corrections);
     project.setFrameSelection(settings.frames);
     project.setLut(settings.lut);
+    project.setFrameBuffer(settings.flows() ? settings.frameBuffer : 0);
     project.setKeepsTmpFiles(settings.keepsFinishedWork);
 }
 

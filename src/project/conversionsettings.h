@@ -33,6 +33,9 @@ struct CalibrationChoice
     bool isReady() const;
 };
 
+/// Some hundred frames, and little enough for any disk.
+inline constexpr qint64 usualFrameBuffer = qint64(2) << 30;
+
 /// What the conversion of a recording is asked for.
 struct ConversionSettings
 {
@@ -46,11 +49,16 @@ struct ConversionSettings
     QString lut; ///< a table of colours, a .cube file, that a recipe's frames go through; or empty
     bool mergesNeighbours = false;
     bool blendsAlternatingRows = false;
+    /// Bytes of the frames between reader and encoder where they flow; 0: stage by stage.
+    qint64 frameBuffer = usualFrameBuffer;
     int workers = 1;                  ///< frames converted at once
     bool keepsFinishedWork = false;   ///< the working folder of a movie that is written
     bool keepsUnfinishedWork = false; ///< that of a recording without its movie, for the next run
 
     MovieKind movieKind() const;
+    /// Whether frames go through all stages at the same time, as those of a recipe's movie do. Such
+    /// work can't be taken up again, and leaves no frames behind.
+    bool flows() const;
     /// Whether nothing of the frames and their look is chosen beside the movie's kind.
     bool isUsualDevelopment() const;
 };

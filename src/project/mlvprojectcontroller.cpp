@@ -7,6 +7,7 @@
 #include "project/framefolder.h"
 #include "project/moviefacts.h"
 #include "project/moviemark.h"
+#include "project/spacecheck.h"
 #include "runner/files.h"
 #include "sluice/slunitprocessmanager.h"
 
@@ -83,6 +84,8 @@ MLVProjectController::MLVProjectController()
 
 MLVProjectController::~MLVProjectController()
 {
+    if (m_flow && m_ffmpegTask->isRunning())
+        m_ffmpegTask->abort(); // it would make a movie of the frames that it has
     // The tasks may be in the middle of a call to this object.
     m_ffmpegTask->setDelegate(nullptr);
     m_ffmpegTask.release()->deleteLater();
@@ -264,9 +267,55 @@ void MLVProjectController::launchDNGExtraction()
     m_mlvDumptask->setClipFolder(keepsRaw ? extractionDirectory() : QString());
     if (m_movieHindrance.isEmpty() && keepsRaw)
         m_movieHindrance = beginFrameFolder();
-    if (m_movieHindrance.isEmpty())
-        m_mlvDumptask->extractDNGAtIndex(0);
+    if (m_movieHindrance.isEmpty()) {
+        if (flows())
+            launchFlow();
+        else
+            m_mlvDumptask->extractDNGAtIndex(0);
+    }
     setMode(MLVProjectModeExtracting);
+}
+
+bool MLVProjectController::flows() const
+{
+    return m_frameBuffer > 0 && m_recipe && movieKind() == MovieKind::File;
+}
+
+void MLVProjectController::launchFlow()
+{
+    endConversions();
+    m_framesToConvert = m_dngToProcess = m_convertedBefore = 0;
+    const FrameFlow::Plan plan{m_frames, framesInBuffer(*this), m_blendsAlternatingRows, m_dualISO,
+                               m_recipe->developsSixteenBits()};
+    m_flow = std::make_unique<FrameFlow>(
+        plan, *m_mlvDumptask, *m_cr2hdrTask,
+        [this](const QString &path) { m_dcRawProcesses.front()->addFilePath(path); });
+    for (const auto &unit : m_dcRawProcesses) {
+        SLOutlet *path = unit->addPathOutput();
+        path->setTarget(m_flow.get());
+        path->setSelector(&FrameFlow::frameConverted);
+    }
+    connect(m_flow.get(), &FrameFlow::surveyed, this, &MLVProjectController::takeSurvey);
+    connect(m_flow.get(), &FrameFlow::encoderWanted, this,
+            &MLVProjectController::launchFlowingMovie);
+    connect(
+        m_flow.get(), &FrameFlow::stuck, this, [this] { setMode(m_mode); }, Qt::QueuedConnection);
+    m_dcRawPorcessManager->execute();
+    m_flow->begin();
+}
+
+void MLVProjectController::takeSurvey()
+{
+    m_framesToConvert = m_dngToProcess = static_cast<int>(m_flow->frames());
+}
+
+/// The encoder has to be gone before: it takes the end of the pipe for the end of the movie.
+void MLVProjectController::endFlow()
+{
+    if (!m_flow)
+        return;
+    m_flow.reset();
+    endConversions();
 }
 
 /// Marked before the first frame, so that of two runs one leaves the folder alone.
@@ -318,6 +367,7 @@ void MLVProjectController::stop()
     m_cr2hdrTask->abort();
     if (m_ffmpegTask->isRunning())
         m_ffmpegTask->abort();
+    endFlow();
     if (std::exchange(m_writesFrameFolder, false))
         removeMovie();
     setMode(MLVProjectModeIdle);
@@ -344,7 +394,9 @@ void MLVProjectController::metaExtractionFinished(MlvDumpTask &)
 
 void MLVProjectController::dngExtractionFinished(MlvDumpTask &task)
 {
-    if (m_blendsAlternatingRows)
+    if (m_flow)
+        m_flow->framesExtracted();
+    else if (m_blendsAlternatingRows)
         launchBlend(task.extractionDirectory());
     else
         takeFrames(task.extractionDirectory());
@@ -361,10 +413,12 @@ void MLVProjectController::launchBlend(const QString &directory)
 /// Whoever watches judges the run.
 void MLVProjectController::blendFinished(CR2HDRTask &task)
 {
-    if (task.terminationStatus() == 0)
-        takeFrames(extractionDirectory());
-    else
+    if (task.terminationStatus() != 0)
         setMode(MLVProjectModeRGBConversion);
+    else if (m_flow)
+        m_flow->framesBlended();
+    else
+        takeFrames(extractionDirectory());
 }
 
 void MLVProjectController::dngExtractionAborted(MlvDumpTask &)
@@ -431,9 +485,18 @@ void MLVProjectController::endOldConversions()
 
 void MLVProjectController::imageRGBReceived(const QImage &image)
 {
+    const bool flowing = m_flow != nullptr;
+    if (flowing && m_mode == MLVProjectModeExtracting)
+        setMode(MLVProjectModeRGBConversion);
     if (m_delegate)
         m_delegate->imageRGBReceived(image, *this);
-    if (--m_dngToProcess == 0)
+    if (flowing && !m_flow)
+        return; // whoever was told has stopped the work
+    if (--m_dngToProcess > 0)
+        return;
+    if (flowing)
+        setMode(MLVProjectModeBuildingMovie);
+    else if (m_dngToProcess == 0)
         m_afterLastFrame.start();
 }
 
@@ -534,6 +597,21 @@ QString MLVProjectController::copyLut() const
 void MLVProjectController::launchMovieExtraction()
 {
     setMode(MLVProjectModeBuildingMovie);
+    m_ffmpegTask->setRawVideo(std::nullopt);
+    m_ffmpegTask->setStandardInput(-1);
+    launchMovie();
+}
+
+/// Beside extraction and conversion, whose modes go on.
+void MLVProjectController::launchFlowingMovie(const RawVideo &video)
+{
+    m_ffmpegTask->setRawVideo(video);
+    m_ffmpegTask->setStandardInput(m_flow->readEnd());
+    launchMovie();
+}
+
+void MLVProjectController::launchMovie()
+{
     m_ffmpegTask->setTiffsDirectory(tiffsDirectory());
     m_ffmpegTask->setDelegate(this);
     m_ffmpegTask->setMlvPath(m_mlvPath);
@@ -555,6 +633,11 @@ void MLVProjectController::launchMovieExtraction()
 
 void MLVProjectController::movieExtractionFinished(FFmpegTask &)
 {
+    if (m_flow) { // not all may have been needed
+        m_mlvDumptask->stop(false);
+        m_cr2hdrTask->abort();
+        endFlow();
+    }
     if (!m_keepsTmpFiles)
         cleanTmpFiles();
     setMode(MLVProjectModeFinished);

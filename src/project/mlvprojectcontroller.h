@@ -4,6 +4,7 @@
 #include "conversion/cr2hdrtask.h"
 #include "conversion/hdrdualimagesmerge.h"
 #include "encoding/ffmpegtask.h"
+#include "flow/frameflow.h"
 #include "mlvdump/mlvdumptask.h"
 #include "project/mlvprojectcontrollerprotocol.h"
 
@@ -42,7 +43,9 @@ enum MLVProjectMode : qint32 {
 QString stateText(MLVProjectMode mode, MlvDumpMode processMode);
 
 /// One queued recording and everything that is done to it: metadata, frames, conversion, movie.
-/// Each stage is started by the end of the one before; no event looks at the current mode.
+/// Each stage is started by the end of the one before; no event looks at the current mode. With a
+/// frame buffer a recipe's frames flow through extraction, conversion and encoding at the same
+/// time: the mode is the first of them that isn't over.
 ///
 /// Main thread only, with an event loop. Failures of the tools other than mlv_dump's error lines
 /// are not told by the delegate calls; ProjectMonitor finds them.
@@ -116,6 +119,15 @@ public:
     /// A table of colours that the frames of a recipe go through, a .cube file; none after
     /// creation. Before the movie is begun.
     void setLut(const QString &path) { m_lut = path; }
+
+    /// How many bytes the frames between reader and encoder may take, though never less than one
+    /// frame; 0, as after creation: all of them are extracted, then converted, then encoded. Only
+    /// for movies that a recipe makes. Before the extraction is launched.
+    void setFrameBuffer(qint64 bytes) { m_frameBuffer = bytes; }
+    qint64 frameBuffer() const { return m_frameBuffer; }
+    bool flows() const;
+    /// What flows; null before the launch, after the end, and where all goes stage by stage.
+    const FrameFlow *flow() const { return m_flow.get(); }
 
     /// Whether the working folder of a finished movie stays, for whoever wants to look into it.
     bool keepsTmpFiles() const { return m_keepsTmpFiles; }
@@ -208,7 +220,7 @@ public:
     void readyToGo();
     void launchDNGExtraction();
     /// Ends whatever runs; nothing more is delivered or launched. A dcraw that is converting a
-    /// frame ends by itself and its frame is kept.
+    /// frame ends by itself and its frame is kept, unless frames flow: then it is ended, too.
     void stop();
     /// Ends the frames that a stopped run is still converting and waits for that.
     void endConversions();
@@ -238,6 +250,9 @@ private:
     void takeFrames(const QString &directory);
     void finishFrameFolder(const QString &directory);
     void replaceMlvDumpTask();
+    void launchFlow();
+    void takeSurvey();
+    void endFlow();
     void launchRGBExtraction(const QString &directory);
     void endOldConversions();
     QByteArray lastConversionFailure() const;
@@ -248,6 +263,8 @@ private:
     QString lutCopy() const;
     QString copyLut() const;
     void launchMovieExtraction();
+    void launchFlowingMovie(const RawVideo &video);
+    void launchMovie();
 
     MLVProjectControllerProtocol *m_delegate = nullptr;
     std::unique_ptr<MlvDumpTask> m_mlvDumptask;
@@ -257,6 +274,7 @@ private:
     std::unique_ptr<CR2HDRTask> m_cr2hdrTask;
     HDRDualImagesMerge m_hdrMerge;
     std::unique_ptr<FFmpegTask> m_ffmpegTask;
+    std::unique_ptr<FrameFlow> m_flow; // uses the tasks
     QTimer m_afterLastFrame;
     QTimer m_nextMerge;
     std::deque<std::pair<QString, QString>> m_pairsToMerge;
@@ -273,6 +291,7 @@ private:
     FrameSelection m_frames;
     QString m_lut;
     RawCorrections m_corrections;
+    qint64 m_frameBuffer = 0;
     bool m_dualISO = false;
     bool m_blendsAlternatingRows = false;
     bool m_keepsTmpFiles = false;

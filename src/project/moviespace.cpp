@@ -11,16 +11,79 @@
 #include <QFileInfo>
 #include <QMap>
 
+#include <algorithm>
+
 namespace filmwright {
+
+namespace {
+
+struct EncodedFrames
+{
+    QLatin1String encoder;
+    QLatin1String profile;
+    double bytesOfPixel;
+};
+
+/// DNxHR has one size for each picture size; those of ProRes are the format's usual rates at 1080p,
+/// 102, 220 and 330 megabits a second; lossless frames of 16 bits with next to no noise take a
+/// third of their samples.
+constexpr EncodedFrames evenFrames[] = {
+    {QLatin1String("dnxhd"), QLatin1String("dnxhr_hqx"), 0.44},
+    {QLatin1String("prores_ks"), QLatin1String("lt"), 0.2},
+    {QLatin1String("prores_ks"), QLatin1String("hq"), 0.44},
+    {QLatin1String("prores_ks"), QLatin1String("4444"), 0.66},
+    {QLatin1String("ffv1"), QLatin1String(""), 2},
+};
+
+double bytesOfPixel(const Recipe &recipe)
+{
+    const qsizetype option = recipe.video.indexOf(QLatin1String("-profile:v"));
+    const QString profile = option < 0 ? QString() : recipe.video.value(option + 1);
+    for (const EncodedFrames &frames : evenFrames) {
+        if (recipe.videoEncoder() == frames.encoder && profile == frames.profile)
+            return frames.bytesOfPixel * (recipe.developsHalfSize() ? 0.25 : 1);
+    }
+    return 0;
+}
+
+QString needText(const std::vector<MovieRoom> &movies)
+{
+    const bool isOne = movies.size() == 1;
+    const auto isEstimate = [](const MovieRoom &movie) { return movie.isEstimate; };
+    if (std::any_of(movies.begin(), movies.end(), isEstimate))
+        return isOne ? QStringLiteral("its movie needs about")
+                     : QStringLiteral("the movies need about");
+    return isOne ? QStringLiteral("its raw movie needs") : QStringLiteral("the raw movies need");
+}
+
+} // namespace
 
 double movieBytes(const MlvMetadata &metadata, const ConversionSettings &settings)
 {
-    if (settings.recipe)
-        return 0;
     const QSize size = developedSize(metadata);
     const double pixels = static_cast<double>(size.width()) * size.height();
-    return static_cast<double>(metadata.videoFrames) * pixels *
-           rawBytesOfPixel(settings.format, settings.quality);
+    if (!settings.recipe)
+        return static_cast<double>(metadata.videoFrames) * pixels *
+               rawBytesOfPixel(settings.format, settings.quality);
+    return static_cast<double>(settings.frames.countOf(metadata.movieFrames())) * pixels *
+           bytesOfPixel(*settings.recipe);
+}
+
+QString growthProblem(const GrowingMovie &movie, double free)
+{
+    constexpr quint64 fewFrames = 48;
+    constexpr quint64 smallPart = 50;
+    if (movie.encoded < std::max(fewFrames, movie.frames / smallPart) ||
+        movie.encoded >= movie.frames)
+        return {};
+    const double frame = movie.bytes / static_cast<double>(movie.encoded);
+    const auto left = static_cast<double>(movie.frames - movie.encoded);
+    const double doubt = 1 + left / static_cast<double>(movie.frames);
+    if (frame * left <= free * doubt)
+        return {};
+    return QStringLiteral("the rest of its movie needs about %1, but only %2 are free in %3")
+        .arg(readableFileSize(frame * left), readableFileSize(free),
+             QFileInfo(movie.path).absolutePath());
 }
 
 /// By folder, not by file system: two folders of one disk that is nearly full are found out later,
@@ -37,9 +100,8 @@ QString movieSpaceProblem(const std::vector<MovieRoom> &movies)
         const double free = freeSpace(need.key());
         if (need.value() > free) {
             return QStringLiteral("%1 %2, but only %3 are free in %4")
-                .arg(movies.size() == 1 ? QStringLiteral("its raw movie needs")
-                                        : QStringLiteral("the raw movies need"),
-                     readableFileSize(need.value()), readableFileSize(free), need.key());
+                .arg(needText(movies), readableFileSize(need.value()), readableFileSize(free),
+                     need.key());
         }
     }
     return {};

@@ -7,6 +7,7 @@
 #include "project/framesize.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/moviemark.h"
+#include "project/moviespace.h"
 #include "project/spacecheck.h"
 #include "runner/files.h"
 #include "runner/notificationcenter.h"
@@ -16,14 +17,21 @@
 #include <QtConcurrent>
 
 #include <algorithm>
+#include <chrono>
+
+using namespace std::chrono_literals;
 
 namespace filmwright {
 
 namespace {
 
+const QString cr2hdr = QStringLiteral("cr2hdr");
 const QString dcraw = QStringLiteral("dcraw");
 const QString ffmpeg = QStringLiteral("ffmpeg");
 const QString mlvDump = QStringLiteral("mlv_dump");
+
+const QString withoutNeighbour =
+    QStringLiteral("its only frame has no neighbour to be merged with");
 
 /// The rate that ffmpeg would be given has two decimals.
 constexpr float leastRate = 0.005F;
@@ -77,6 +85,9 @@ ProjectMonitor::ProjectMonitor(MLVProjectController &project, Work work,
             });
     connect(&m_settling, &QFutureWatcherBase::finished, this,
             [this] { endWithMovie({m_settling.result()}); });
+    connect(&m_roomTimer, &QTimer::timeout, this, &ProjectMonitor::checkRoom);
+    if (work == Conversion)
+        m_roomTimer.start(1s);
     checkLater();
 }
 
@@ -139,7 +150,13 @@ void ProjectMonitor::checkLater()
 
 void ProjectMonitor::check()
 {
-    if (m_ended || m_project.isToolBusy())
+    if (m_ended)
+        return;
+    if (m_project.flow()) {
+        checkFlow(*m_project.flow());
+        return;
+    }
+    if (m_project.isToolBusy())
         return;
     if (m_work == Reading) {
         if (m_project.mlvProjectMode() == MLVProjectModeIdle)
@@ -170,6 +187,27 @@ void ProjectMonitor::check()
     }
 }
 
+/// Its tools wait for each other, so that one that isn't there any more is seen beside the others.
+void ProjectMonitor::checkFlow(const FrameFlow &flow)
+{
+    if (const QString hindrance = m_project.movieHindrance(); !hindrance.isEmpty())
+        fail({hindrance});
+    else if (!flow.problem().isEmpty())
+        fail({flow.problem()});
+    else if (const QString reason = m_project.unusableReason();
+             flow.lacksReader() && !reason.isEmpty())
+        fail({reason, mlvDump});
+    else if (flow.lacksReader())
+        fail(failureOf(mlvDump,
+                       QStringLiteral("mlv_dump ended before it had extracted the frames")));
+    else if (flow.lacksBlender())
+        fail({QStringLiteral("cr2hdr could not be started"), cr2hdr});
+    else if (flow.hasEncoder() && !m_project.encoder().isRunning())
+        fail(failureOf(ffmpeg, QStringLiteral("ffmpeg could not be started")));
+    else if (m_project.dualISO() && m_project.framesToConvert() == 1)
+        fail({withoutNeighbour});
+}
+
 void ProjectMonitor::checkReport()
 {
     if (!m_errorInReport.isEmpty())
@@ -188,7 +226,7 @@ void ProjectMonitor::checkConversion()
         return;
     const int blendStatus = m_project.blender().terminationStatus();
     if (m_project.blendsAlternatingRows() && blendStatus != 0)
-        fail(endOf(QStringLiteral("cr2hdr"), blendStatus, m_project.blender().logs()));
+        fail(endOf(cr2hdr, blendStatus, m_project.blender().logs()));
     if (m_project.framesToConvert() == 0)
         fail({QStringLiteral("no frame could be extracted")});
     if (m_project.convertedBefore() < m_project.framesToConvert())
@@ -209,6 +247,8 @@ void ProjectMonitor::checkImage(const QImage &image)
         // The frames that follow would fail, too, each after all its work.
         if (isTemporaryDirectoryFull(m_project))
             fail(failureOf(dcraw, QStringLiteral("dcraw could not write a frame")));
+        else if (m_project.flow()) // which needs each of them
+            fail(failureOf(dcraw, QStringLiteral("dcraw could not convert a frame")));
     } else if (const QString problem =
                    sizeProblem(image.size(), m_project.movieFormat(), m_project.recipe());
                !problem.isEmpty()) {
@@ -218,6 +258,8 @@ void ProjectMonitor::checkImage(const QImage &image)
 
 void ProjectMonitor::checkFrames()
 {
+    if (m_project.flow())
+        return; // they are looked at one by one
     const int wanted = m_project.framesToConvert();
     const int there =
         std::min(wanted - m_missingFrames, countFrames(m_project.extractionDirectory()));
@@ -231,10 +273,25 @@ void ProjectMonitor::checkFrames()
 void ProjectMonitor::checkMergedFrames(int pairs)
 {
     if (pairs == 0)
-        fail({QStringLiteral("its only frame has no neighbour to be merged with")});
+        fail({withoutNeighbour});
     const int merged = countFrames(m_project.tiffsDirectory());
     if (merged < pairs)
         fail({QStringLiteral("only %1 of %2 pairs of frames were merged").arg(merged).arg(pairs)});
+}
+
+/// How large the movies of most recipes get is only known while they grow.
+void ProjectMonitor::checkRoom()
+{
+    const FFmpegTask &encoder = m_project.encoder();
+    if (m_ended || !m_project.recipe() || !encoder.isRunning())
+        return;
+    const QString movie = encoder.moviePath();
+    const GrowingMovie growing{movie, static_cast<double>(QFileInfo(movie).size()),
+                               encoder.encodedFrames(),
+                               static_cast<quint64>(m_project.framesOfMovie())};
+    if (const QString problem = growthProblem(growing, freeSpace(QFileInfo(movie).absolutePath()));
+        !problem.isEmpty())
+        fail({problem});
 }
 
 void ProjectMonitor::checkMovie()

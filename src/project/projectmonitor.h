@@ -6,8 +6,11 @@
 
 #include <QFutureWatcher>
 #include <QObject>
+#include <QTimer>
 
 namespace filmwright {
+
+class FrameFlow;
 
 /// The sentence in an error line of mlv_dump.
 QString reasonOf(const QString &errorLine);
@@ -50,12 +53,14 @@ private:
 
     void checkLater();
     void check();
+    void checkFlow(const FrameFlow &flow);
     void checkReport();
     void checkConversion();
     void dropEarlierMerges();
     void checkImage(const QImage &image);
     void checkFrames();
     void checkMergedFrames(int pairs);
+    void checkRoom();
     void checkMovie();
     Failure encodingFailure() const;
     void endWithMovie(const Failure &failure);
@@ -68,6 +73,7 @@ private:
     const Work m_work;
     MLVProjectControllerProtocol *const m_listener;
     QFutureWatcher<QString> m_settling;
+    QTimer m_roomTimer;
     Failure m_errorInReport;
     int m_missingFrames = 0;
     bool m_ended = false;

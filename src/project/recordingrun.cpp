@@ -151,14 +151,15 @@ void RecordingRun::launch()
         return;
     }
     m_hasWork = true;
-    if (m_settings.keepsUnfinishedWork && m_settings.movieKind() == MovieKind::File)
+    if (keepsUnfinishedWork() && m_settings.movieKind() == MovieKind::File)
         claimUnfinishedWork(m_recording, m_settings, m_project.workingFolder());
     if (const QString problem = spaceProblem(m_project); !problem.isEmpty()) {
         endLater(problem);
         return;
     }
     const double movie = movieBytes(m_project.metadata(), m_settings);
-    if (const QString problem = movieSpaceProblem({{m_project.moviePath(), movie}});
+    if (const QString problem =
+            movieSpaceProblem({{m_project.moviePath(), movie, m_settings.recipe.has_value()}});
         !problem.isEmpty()) {
         endLater(problem);
         return;
@@ -168,6 +169,12 @@ void RecordingRun::launch()
     if (m_project.mlvProjectMode() != MLVProjectModePending)
         m_project.readyToGo();
     m_project.launchDNGExtraction();
+}
+
+/// Frames that flow are gone when they are encoded, and what was encoded can't be gone on with.
+bool RecordingRun::keepsUnfinishedWork() const
+{
+    return m_settings.keepsUnfinishedWork && !m_settings.flows();
 }
 
 /// Returns why its path can't be this recording's.
@@ -256,7 +263,7 @@ void RecordingRun::end(const Failure &failure)
     const bool stuck = m_forMovie || m_project.mlvProjectMode() == MLVProjectModeReadingData;
     if (!failure.isEmpty() && stuck && phase != Settling)
         m_project.stop();
-    if (phase == Converting && !m_settings.keepsUnfinishedWork)
+    if (phase == Converting && !keepsUnfinishedWork())
         discardWork();
     Q_EMIT ended();
 }
@@ -292,7 +299,7 @@ void RecordingRun::stop()
             m_monitor->disconnect(this);
     }
     m_project.stop();
-    if (phase == Converting && !m_settings.keepsUnfinishedWork)
+    if (phase == Converting && !keepsUnfinishedWork())
         discardWork();
 }
 

@@ -73,6 +73,7 @@ private:
     void launchWhenIdle();
     void launchWaiting();
     void launch();
+    bool keepsUnfinishedWork() const;
     QString chooseMovie();
     bool isMade() const;
     void skip();

@@ -47,6 +47,28 @@ double dngBytesOfPixel(const MLVProjectController &project)
     return (bitsPerSample > 0 ? bitsPerSample : usualBits) / 8.0;
 }
 
+/// Extracted and developed; 0 where the report doesn't tell the resolution.
+double bytesOfFlowingFrame(const MLVProjectController &project)
+{
+    const double pixels = pixelsOf(project.resolution());
+    const QSize size = developedSize(project.metadata());
+    const double developed =
+        size.isEmpty() ? pixels : static_cast<double>(size.width()) * size.height();
+    return pixels <= 0 ? 0
+                       : pixels * dngBytesOfPixel(project) + developed * tiffBytesOfPixel(project) +
+                             2 * bytesBesideSamples;
+}
+
+/// Beside few frames, the sound of an hour does count.
+double soundBytes(const MLVProjectController &project)
+{
+    constexpr double bytesOfSecond = 48000 * 4;
+    return project.audioFrames() == 0 || project.fps() <= 0
+               ? 0
+               : bytesOfSecond * static_cast<double>(project.framesToExtract()) /
+                     static_cast<double>(project.fps());
+}
+
 /// A tool hardly fails for want of space while more than this is free.
 constexpr double leastSpace = 65536;
 
@@ -88,17 +110,31 @@ SpaceNeed spaceNeed(const MLVProjectController &project)
     const double pixels = pixelsOf(project.resolution());
     if (pixels <= 0)
         return {};
+    SpaceNeed need;
+    const QFileInfoList files = QDir(project.extractionDirectory()).entryInfoList(QDir::Files);
+    for (const QFileInfo &file : files)
+        need.there += static_cast<double>(file.size());
+    if (project.flows()) {
+        const quint64 frames = std::min(framesInBuffer(project), project.framesToExtract());
+        need.frames =
+            static_cast<double>(frames) * bytesOfFlowingFrame(project) + soundBytes(project);
+        return need;
+    }
     double tiffs = project.dualISO() ? 2 : 1; // merged frames are TIFFs, too
     if (project.movieKind() == MovieKind::Folder)
         tiffs = 0;
     const double frame = pixels * dngBytesOfPixel(project) + bytesBesideSamples +
                          tiffs * (pixels * tiffBytesOfPixel(project) + bytesBesideSamples);
-    SpaceNeed need;
     need.frames = static_cast<double>(project.framesToExtract()) * frame;
-    const QFileInfoList files = QDir(project.extractionDirectory()).entryInfoList(QDir::Files);
-    for (const QFileInfo &file : files)
-        need.there += static_cast<double>(file.size());
     return need;
+}
+
+quint64 framesInBuffer(const MLVProjectController &project)
+{
+    const double frame = bytesOfFlowingFrame(project);
+    const double buffer =
+        std::min(static_cast<double>(project.frameBuffer()), freeSpace(temporaryDirectory()) / 2);
+    return frame > 0 ? std::max<quint64>(1, static_cast<quint64>(buffer / frame)) : 1;
 }
 
 QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)

@@ -11,7 +11,9 @@ class MLVProjectController;
 /// the movie's folder, and those of them that are there already.
 struct SpaceNeed
 {
-    double frames = 0; ///< of the whole recording: DNG files, TIFF files, merged frames
+    /// Of the whole recording, DNG files, TIFF files, merged frames; or of those that flow at a
+    /// time, and the sound.
+    double frames = 0;
     double there = 0;
 };
 
@@ -21,6 +23,10 @@ double freeSpace(const QString &folder);
 
 /// Needs the metadata; 0 where the report doesn't tell resolution or frame count.
 SpaceNeed spaceNeed(const MLVProjectController &project);
+
+/// How many of its frames, each extracted and developed, fit into the project's frame buffer and
+/// into half of what is free in the temporary directory; at least 1.
+quint64 framesInBuffer(const MLVProjectController &project);
 
 /// Whether the project's frames fit into the file system where they are extracted: asked before the
 /// extraction is launched. An empty string when they do, else a sentence for a person with both

@@ -63,8 +63,8 @@ bool developsFrames(const RecordingWork &work)
     return work.settings.movieKind() == MovieKind::File;
 }
 
-/// What a frame usually takes in a stage.
-double usualSeconds(WorkStage stage, const RecordingWork &work)
+/// What a frame usually takes in a stage where all frames go through it before the next.
+double usualSecondsAlone(WorkStage stage, const RecordingWork &work)
 {
     const int cores = std::max(1, QThread::idealThreadCount());
     switch (stage) {
@@ -81,6 +81,20 @@ double usualSeconds(WorkStage stage, const RecordingWork &work)
     default:
         return 0;
     }
+}
+
+/// What a frame usually takes in a stage. Where frames flow, the stages share the cores, and the
+/// last one tells what came through all of them.
+double usualSeconds(WorkStage stage, const RecordingWork &work)
+{
+    if (!work.settings.flows())
+        return usualSecondsAlone(stage, work);
+    double seconds = 0;
+    if (stage == WorkStage::Encoding) {
+        for (const WorkStage part : countedStages)
+            seconds += usualSecondsAlone(part, work);
+    }
+    return seconds;
 }
 
 } // namespace

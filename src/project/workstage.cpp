@@ -70,6 +70,7 @@ RecordingWork workOf(const MLVProjectController &project)
     work.settings.format = project.movieFormat();
     work.settings.quality = project.movieQuality();
     work.settings.recipe = project.recipe();
+    work.settings.frameBuffer = project.frameBuffer();
     work.settings.workers = project.conversionWorkers();
     return work;
 }
@@ -92,7 +93,7 @@ StagePosition StageCounter::position()
     case MLVProjectModeRGBConversion:
         return conversion();
     case MLVProjectModeBuildingMovie:
-        return {WorkStage::Encoding, m_project.encoder().encodedFrames(), framesOfMovie(m_project)};
+        return encoding();
     case MLVProjectModeFinished:
         return {WorkStage::Finished};
     default:
@@ -101,8 +102,16 @@ StagePosition StageCounter::position()
     }
 }
 
+/// Of frames that flow those count that have come through.
+StagePosition StageCounter::encoding() const
+{
+    return {WorkStage::Encoding, m_project.encoder().encodedFrames(), framesOfMovie(m_project)};
+}
+
 StagePosition StageCounter::conversion()
 {
+    if (m_project.flow())
+        return encoding();
     const CR2HDRTask &blender = m_project.blender();
     if (blender.isRunning()) {
         return {WorkStage::Blending, blendedFrames(blender),

@@ -56,6 +56,7 @@ public:
     StagePosition position();
 
 private:
+    StagePosition encoding() const;
     StagePosition conversion();
     quint64 extractedFrames();
 

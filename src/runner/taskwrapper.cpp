@@ -57,8 +57,10 @@ void deleteAfterExit(QProcess *child)
 }
 
 /// Runs in the child between fork and exec, where only async-signal-safe calls are allowed.
-void prepareChild(pid_t application)
+void prepareChild(pid_t application, int standardInput)
 {
+    if (standardInput >= 0 && dup2(standardInput, STDIN_FILENO) < 0)
+        _exit(EXIT_FAILURE);
     setpgid(0, 0);
     // What the application waits for in its own way would reach no child.
     sigset_t none;
@@ -121,7 +123,7 @@ void TaskWrapper::createChild()
     m_internalTask->setProcessChannelMode(QProcess::MergedChannels);
     m_internalTask->setStandardInputFile(QProcess::nullDevice());
     m_internalTask->setChildProcessModifier(
-        [application = getpid()] { prepareChild(application); });
+        [application = getpid(), input = m_standardInput] { prepareChild(application, input); });
     if (!m_currentDirectoryPath.isNull())
         m_internalTask->setWorkingDirectory(m_currentDirectoryPath);
     if (m_environmentVariables)

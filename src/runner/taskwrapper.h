@@ -26,10 +26,11 @@ inline constexpr QLatin1String
 /// Runs one external tool at a time as a child process and turns what it prints (standard output
 /// and standard error merged) into calls on a delegate.
 ///
-/// The child reads the null device, leads a process group of its own, so that signals reach its
-/// children too, hears every signal, also those that the application blocks, and dies with the
-/// application; what it has started and left behind is killed at its end. How a run ended is never
-/// judged here: subclasses recognise failures from the tool's text.
+/// The child reads the null device unless it is given something to read, leads a process group of
+/// its own, so that signals reach its children too, hears every signal, also those that the
+/// application blocks, and dies with the application; what it has started and left behind is killed
+/// at its end. How a run ended is never judged here: subclasses recognise failures from the tool's
+/// text.
 ///
 /// A wrapper is driven from one thread, on which all delegate calls arrive; only requestCancel()
 /// may come from another. An asynchronous run needs that thread's event loop. A wrapper may be
@@ -63,6 +64,10 @@ public:
     /// The child's working directory; a null string is the application's.
     QString currentDirectoryPath() const { return m_currentDirectoryPath; }
     void setCurrentDirectoryPath(const QString &path) { m_currentDirectoryPath = path; }
+
+    /// What children read as their standard input, an open descriptor that stays the caller's; -1:
+    /// the null device.
+    void setStandardInput(int descriptor) { m_standardInput = descriptor; }
 
     /// Not owned; cleared by its owner before it goes away.
     TaskWrapperDelegate *taskWrapperdelegate() const { return m_taskWrapperdelegate; }
@@ -147,6 +152,7 @@ private:
     TaskWrapperDelegate *m_taskWrapperdelegate = nullptr;
     std::optional<QProcessEnvironment> m_environmentVariables;
     QString m_currentDirectoryPath;
+    int m_standardInput = -1;
     QString m_lastBeginingLine;
     QByteArray m_lastOutput;
     pid_t m_group = 0; ///< the child's process group; 0 when none is to be ended

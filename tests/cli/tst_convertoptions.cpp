@@ -183,6 +183,31 @@ private Q_SLOTS:
         }
     }
 
+    void bufferIsForRecipes()
+    {
+        const QString recipe = m_folder.filePath(QStringLiteral("flow.recipe"));
+        writeFile(recipe, "[Recipe]\nExtension=mp4\nVideo=-c:v libx264\n");
+        const QStringList byRecipe{QStringLiteral("--recipe"), recipe, m_clip};
+        const auto with = [&](const char *line) { return words(line) + byRecipe; };
+        ConvertOptions options;
+        QVERIFY(!readConvertOptions(byRecipe, options));
+        QCOMPARE(options.settings.frameBuffer, qint64(2) << 30);
+        QVERIFY(options.settings.flows());
+        QVERIFY(!readConvertOptions(with("--buffer 500M"), options));
+        QCOMPARE(options.settings.frameBuffer, qint64(500) << 20);
+        QVERIFY(!readConvertOptions(with("--buffer 1234567"), options));
+        QCOMPARE(options.settings.frameBuffer, qint64(1234567));
+        QVERIFY(!readConvertOptions(with("--stages"), options));
+        QVERIFY(!options.settings.flows());
+        for (const char *wrong : {"--buffer 0", "--buffer 2GB", "--buffer -1", "--buffer 1.5G",
+                                  "--buffer 9999T", "--buffer 1G --stages"})
+            QCOMPARE(readConvertOptions(with(wrong), options), std::optional(ExitUnusable));
+        QCOMPARE(readConvertOptions(words("--buffer 1G CLIP"), options),
+                 std::optional(ExitUnusable));
+        QVERIFY(!readConvertOptions(words("--stages CLIP"), options)); // which it is anyway
+        QVERIFY(!options.settings.flows());
+    }
+
     void pathThatBeginsWithADash()
     {
         ConvertOptions options;

@@ -52,6 +52,7 @@ private Q_SLOTS:
 
     void outletsAndThreadMode();
     void everyPathIsConvertedAndDeliveredInOrder();
+    void pathsComeOutBehindTheirImages();
     void existingTiffIsDeliveredWithoutDcraw();
     void pathWithoutExtension();
     void failedConversionDeliversANullImage();
@@ -155,6 +156,27 @@ void tst_DCRawProcess::everyPathIsConvertedAndDeliveredInOrder()
         QCOMPARE(image, countingBitmap(4, 2).toImage());
     for (const QThread *thread : std::as_const(m_viewer->threads))
         QCOMPARE(thread, QCoreApplication::instance()->thread());
+}
+
+void tst_DCRawProcess::pathsComeOutBehindTheirImages()
+{
+    struct Listener : QObject
+    {
+        void told(const QString &told) { paths << told; }
+        QStringList paths;
+    } listener;
+    SLOutlet *output = m_unit->addPathOutput();
+    QCOMPARE(output->name(), QStringLiteral("ConvertedPath"));
+    output->setTarget(&listener);
+    output->setSelector(&Listener::told);
+    QStringList paths;
+    for (const char *name : {"tmp000000.dng", "tmp000001.dng", "tmp000002.dng"})
+        paths << path(QString::fromUtf8(name));
+    for (const QString &dng : std::as_const(paths))
+        m_unit->addFilePath(dng);
+    m_manager->execute();
+    QTRY_COMPARE(listener.paths, paths);
+    QCOMPARE(m_viewer->images.size(), 3);
 }
 
 void tst_DCRawProcess::existingTiffIsDeliveredWithoutDcraw()

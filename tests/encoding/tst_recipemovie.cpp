@@ -44,6 +44,7 @@ private Q_SLOTS:
     void soundAsLongAsThePicture_data();
     void soundAsLongAsThePicture();
     void plainArguments();
+    void rawVideoComesInByAPipe();
     void soundIsCutAndFilled();
     void strangeSoundIsTakenAsItIs();
     void silentRecipeReadsNoSound();
@@ -126,6 +127,25 @@ void TestRecipeMovie::plainArguments()
              words(QStringLiteral("-f image2 -framerate 24000/1001 -i /t%%/tmp%06d.tiff -vf ") +
                    colours +
                    QStringLiteral(" -c:v x -pix_fmt yuv422p10le -movflags +write_colr /c.mov")));
+}
+
+/// Only frames whose files would have told that their pixels are square say so.
+void TestRecipeMovie::rawVideoComesInByAPipe()
+{
+    const auto arguments = [](const RawVideo &video) {
+        return recipeArguments(plainMovie(), {QStringLiteral("/t/"), QString(), 25, video},
+                               QStringLiteral("/c.mov"));
+    };
+    const QString end =
+        colours + QStringLiteral(" -c:v x -pix_fmt yuv422p10le -movflags +write_colr /c.mov");
+    QCOMPARE(arguments({{1920, 1080}, 16, true}),
+             words(QStringLiteral("-f rawvideo -pixel_format rgb48 -video_size 1920x1080 "
+                                  "-framerate 25 -i pipe:0 -vf setsar=1,") +
+                   end));
+    QCOMPARE(arguments({{320, 192}, 8, false}),
+             words(QStringLiteral("-f rawvideo -pixel_format rgb24 -video_size 320x192 "
+                                  "-framerate 25 -i pipe:0 -vf ") +
+                   end));
 }
 
 void TestRecipeMovie::soundIsCutAndFilled()

@@ -321,7 +321,8 @@ void TestRecipes::interruptedWorkOfTheDefaultIsNotTaken()
          {std::pair{"", "8 8 8"}, {"prores-hq", "16 16 16"}, {"", "8 8 8"}}) {
         QStringList arguments{QStringLiteral("convert"), QStringLiteral("--temp-dir"), work.path()};
         if (*recipe)
-            arguments << QStringLiteral("--recipe") << QString::fromUtf8(recipe);
+            arguments << QStringLiteral("--stages") << QStringLiteral("--recipe")
+                      << QString::fromUtf8(recipe);
         CommandLine cli;
         cli.start(arguments << recording);
         QVERIFY(cli.waitForMessage(QStringLiteral("encoding")));

@@ -35,6 +35,10 @@ private Q_SLOTS:
     void fullWhileFramesAreExtracted();
     void fullWhileTheMovieIsWritten_data();
     void fullWhileTheMovieIsWritten();
+    void framesThatFlowFitWhereAllWouldNot();
+    void movieOfARecipeThatDoesNotFitIsRefused();
+    void fullWhileAFlowingMovieIsWritten();
+    void fullWhileFlowingFramesAreConverted();
     void rawFramesThatDoNotFitAreRefused();
     void rawFramesNeedNoTemporarySpace();
     void fullWhileRawFramesAreWritten();
@@ -186,6 +190,74 @@ void TestSpace::fullWhileTheMovieIsWritten()
     const QStringList failures = cli.messages().filter(QStringLiteral("failed: "));
     QCOMPARE(failures.size(), 1);
     QVERIFY2(failures.first().startsWith(start), qPrintable(failures.first()));
+}
+
+/// Six frames of 12 megabytes on a disk of 50.
+void TestSpace::framesThatFlowFitWhereAllWouldNot()
+{
+    const QString recording =
+        clip(QStringLiteral("a.MLV"), QStringLiteral("--size 1920x1080 --frames 6 --no-sound"));
+    CommandLine cli;
+    QVERIFY(run(cli, {QStringLiteral("--recipe"), QStringLiteral("prores-lt"), recording}));
+    QCOMPARE(cli.status(), 0);
+    QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("a.mov"))});
+    QCOMPARE(Movie::probe(movie(QStringLiteral("a.mov"))).frames(), 6);
+}
+
+void TestSpace::movieOfARecipeThatDoesNotFitIsRefused()
+{
+    const QString folder = m_folder->filePath(QStringLiteral("small"));
+    const QString recording =
+        clip(QStringLiteral("a.MLV"), QStringLiteral("--size 1920x1080 --frames 20 --no-sound"));
+    CommandLine cli;
+    QVERIFY(run(cli,
+                {QStringLiteral("--recipe"), QStringLiteral("ffv1"), QStringLiteral("--output"),
+                 folder, recording},
+                folder));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), QStringList());
+    QCOMPARE(cli.messages().constLast(),
+             QStringLiteral("a.MLV: failed: its movie needs about 82.94 MB, but only 52.43 MB are "
+                            "free in %1")
+                 .arg(folder));
+}
+
+void TestSpace::fullWhileAFlowingMovieIsWritten()
+{
+    ToolFolder tools;
+    const QString folder = m_folder->filePath(QStringLiteral("small"));
+    tools.addTool(QStringLiteral("ffmpeg"),
+                  QStringLiteral("case $* in *pipe:0*) %1; truncate -s -16K %2/fill;; esac; "
+                                 "exec %3 \"$@\"")
+                      .arg(fill.arg(folder), folder, realTool(QStringLiteral("ffmpeg"))));
+    CommandLine cli;
+    QVERIFY(
+        run(cli,
+            {QStringLiteral("--recipe"), QStringLiteral("ffv1"), folder + QStringLiteral("/a.MLV")},
+            folder, clip(QStringLiteral("a.MLV"), smallClip)));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), (QStringList{QStringLiteral("a.MLV"), QStringLiteral("fill")}));
+    QVERIFY2(
+        cli.messages().constLast().startsWith(
+            QStringLiteral("a.MLV: failed: no space left in the movie's folder %1: ").arg(folder)),
+        qPrintable(cli.messages().constLast()));
+}
+
+void TestSpace::fullWhileFlowingFramesAreConverted()
+{
+    ToolFolder tools;
+    tools.addTool(
+        QStringLiteral("dcraw"),
+        QStringLiteral("for f; do :; done; case $f in *1.dng) %1;; esac; exec %2 \"$@\"")
+            .arg(fill.arg(QStringLiteral("\"${f%/*}\"")), realTool(QStringLiteral("dcraw"))));
+    CommandLine cli;
+    QVERIFY(run(cli, {QStringLiteral("--recipe"), QStringLiteral("ffv1"),
+                      clip(QStringLiteral("a.MLV"), smallClip)}));
+    QCOMPARE(cli.status(), 1);
+    QVERIFY2(cli.messages().constLast().startsWith(
+                 QStringLiteral("a.MLV: failed: no space left in the temporary folder ")),
+             qPrintable(cli.messages().constLast()));
+    QVERIFY(!QFile::exists(movie(QStringLiteral("a.avi"))));
 }
 
 void TestSpace::rawFramesThatDoNotFitAreRefused()

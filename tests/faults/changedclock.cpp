@@ -62,6 +62,8 @@ void ChangedClock::addTo(QProcessEnvironment &environment) const
 {
     environment.insert(preload, knownLibrary());
     environment.insert(QStringLiteral("FAKETIME_TIMESTAMP_FILE"), m_file);
+    // No clock changes when a file was written last.
+    environment.insert(QStringLiteral("NO_FAKE_STAT"), QStringLiteral("1"));
     environment.insert(QStringLiteral("FAKETIME_NO_CACHE"), QStringLiteral("1"));
     environment.insert(QStringLiteral("FAKETIME_DONT_FAKE_MONOTONIC"), QStringLiteral("1"));
 }

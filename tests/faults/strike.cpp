@@ -33,6 +33,20 @@ const Tool tools[] = {
     {"ffmpeg", "", "*", "^ffmpeg ended with status %1: ", true, false, 0.1},
 };
 
+/// Of a run whose frames flow. Ranges have one frame, whose number the patterns get.
+const Tool flowingTools[] = {
+    tools[0],
+    tools[1],
+    {"mlv_dump", "of the survey", "--dng*--write-survey*",
+     "^mlv_dump ended before it had extracted the frames$", false, true, 0.006},
+    {"mlv_dump", "of a range", "--dng*-f\\ %1*--use-survey*",
+     "^mlv_dump ended before it had extracted the frames$", false, true, 0.006},
+    {"dcraw", "", "*tmp00000%1.dng", "^dcraw could not convert a frame$", false, false, 0.006},
+    {"cr2hdr", "", "*", "^cr2hdr ended with status %1: ", true, false, 0.02},
+    {"ffmpeg", "", "-f\\ rawvideo*", "^ffmpeg ended with status %1: ", true, false, 0.1},
+};
+const Tool &flowingEncoder = flowingTools[std::size(flowingTools) - 1];
+
 struct Fault
 {
     const char *name;
@@ -51,6 +65,9 @@ void expectReason(Strike &strike, const Tool &tool, int status)
     if (tool.judgedByStatus)
         strike.reason = strike.reason.arg(status);
 }
+
+/// Of 8 bits.
+constexpr int sizeOfTwoFrames = 2 * 128 * 72 * 3;
 
 void expectReasonIfRead(Strike &strike, const Tool &tool)
 {
@@ -129,6 +146,38 @@ const Fault toolFaults[] = {
      }},
 };
 
+const char madeNoMovie[] = "^ffmpeg (encoded only|ended with status|wrote no|left its) ";
+
+/// What only an encoder that reads a pipe can do.
+const Fault encoderFaults[] = {
+    {"begins late",
+     [](Strike &strike, const Tool &, Dice &) { strike.script = text("sleep 0.5"); }},
+    {"closes its input",
+     [](Strike &strike, const Tool &, Dice &) {
+         strike.script = text("exec <&-");
+         strike.outcome = Outcome::Reason;
+         strike.reason = text(madeNoMovie);
+     }},
+    {"closes its input and hangs",
+     [](Strike &strike, const Tool &, Dice &) {
+         strike.script = text("exec sleep 1000 <&-");
+         strike.outcome = Outcome::Reason;
+         strike.reason = text("^ffmpeg doesn't read its frames any more$");
+     }},
+    {"gets only a part of its frames",
+     [](Strike &strike, const Tool &, Dice &dice) {
+         strike.script =
+             text("head -c %1 | REAL \"$@\"; exit $?").arg(1 + dice.number(sizeOfTwoFrames));
+         strike.outcome = Outcome::Reason;
+         strike.reason = text(madeNoMovie);
+     }},
+    {"gets its frames slowly",
+     [](Strike &strike, const Tool &, Dice &) {
+         strike.script = text("{ for i in 1 2 3 4 5; do sleep 0.1; head -c 8000; done; cat; } | "
+                              "REAL \"$@\"; exit $?");
+     }},
+};
+
 struct Happening
 {
     const char *name;
@@ -142,7 +191,8 @@ struct Happening
 
 const char temporaryDiskFull[] = "^no space left in the temporary folder |"
                                  "^its frames need .* free in the temporary folder ";
-const char movieDiskFull[] = "^no space left in the movie's folder ";
+const char movieDiskFull[] = "^no space left in the movie's folder |^its movie needs about |"
+                             "^the rest of its movie needs about ";
 
 const Happening happenings[] = {
     {"the program is killed", Event::Killed, Outcome::Movie, ""},
@@ -161,10 +211,8 @@ const Happening happenings[] = {
     {"the clock is changed", Event::ClockChanged, Outcome::Movie, ""},
 };
 
-void strikeTool(Strike &strike, Dice &dice)
+void strikeWith(Strike &strike, const Tool &tool, const Fault &fault, Dice &dice)
 {
-    const Tool &tool = tools[dice.number(std::size(tools))];
-    const Fault &fault = toolFaults[dice.number(std::size(toolFaults))];
     strike.tool = text(tool.name);
     QString call = text(tool.call);
     const QString frame = QString::number(dice.number(4));
@@ -176,6 +224,23 @@ void strikeTool(Strike &strike, Dice &dice)
     strike.order.hasDark = strike.order.hasDark || call.startsWith(QLatin1String("-a"));
     strike.name = QStringLiteral("%1 %2 %3").arg(strike.tool, text(tool.purpose), text(fault.name));
     strike.name = strike.name.simplified();
+}
+
+void strikeTool(Strike &strike, Dice &dice)
+{
+    const Tool &tool = tools[dice.number(std::size(tools))];
+    strikeWith(strike, tool, toolFaults[dice.number(std::size(toolFaults))], dice);
+}
+
+void strikeFlowingTool(Strike &strike, Dice &dice)
+{
+    if (dice.number(3) == 0) {
+        strikeWith(strike, flowingEncoder, encoderFaults[dice.number(std::size(encoderFaults))],
+                   dice);
+    } else {
+        const Tool &tool = flowingTools[dice.number(std::size(flowingTools))];
+        strikeWith(strike, tool, toolFaults[dice.number(std::size(toolFaults))], dice);
+    }
 }
 
 void strikeRun(Strike &strike, Dice &dice)
@@ -195,8 +260,13 @@ void strikeRun(Strike &strike, Dice &dice)
 
 QStringList Order::options() const
 {
-    QStringList options{QStringLiteral("--jobs"), QString::number(jobs), QStringLiteral("--format"),
-                        format};
+    QStringList options{QStringLiteral("--jobs"), QString::number(jobs)};
+    // Room for two frames, so that most of the tools' work is still to come at any moment.
+    if (recipe.isEmpty())
+        options << QStringLiteral("--format") << format;
+    else
+        options << QStringLiteral("--recipe") << recipe << QStringLiteral("--buffer")
+                << QStringLiteral("180000");
     if (mergesNeighbours)
         options << QStringLiteral("--hdr");
     if (blendsAlternatingRows)
@@ -206,16 +276,17 @@ QStringList Order::options() const
 
 QString Order::nameOfMovie() const
 {
-    return QStringLiteral("%1 %2 %3 %4")
-        .arg(format)
+    return QStringLiteral("%1 %2 %3 %4 %5")
+        .arg(recipe, format)
         .arg(mergesNeighbours)
         .arg(blendsAlternatingRows)
         .arg(hasDark);
 }
 
-Strike Strike::make(quint32 seed, int number)
+namespace {
+
+Strike ordered(Dice &dice)
 {
-    Dice dice(seed, number);
     Strike strike;
     strike.order.jobs = 1 + dice.number(3);
     strike.order.format = dice.number(3) == 0 ? QStringLiteral("avi") : QStringLiteral("mov");
@@ -223,9 +294,35 @@ Strike Strike::make(quint32 seed, int number)
     strike.order.blendsAlternatingRows = dice.number(6) == 0;
     strike.order.hasDark = dice.number(6) == 0;
     strike.keepsWork = dice.number(4) == 0;
+    return strike;
+}
+
+} // namespace
+
+Strike Strike::make(quint32 seed, int number)
+{
+    Dice dice(seed, number);
+    Strike strike = ordered(dice);
     if (dice.number(2) == 0)
         strikeTool(strike, dice);
     else
         strikeRun(strike, dice);
+    return strike;
+}
+
+Strike Strike::makeFlowing(quint32 seed, int number)
+{
+    Dice dice(seed, number);
+    Strike strike = ordered(dice);
+    const bool isForWeb = strike.order.format == QLatin1String("avi");
+    strike.order.format = isForWeb ? QStringLiteral("mp4") : QStringLiteral("mov");
+    strike.order.recipe = isForWeb ? QStringLiteral("web") : QStringLiteral("prores-lt");
+    if (dice.number(2) == 0)
+        strikeFlowingTool(strike, dice);
+    else
+        strikeRun(strike, dice);
+    // Fewer frames at a time may still find room.
+    if (strike.event == Event::TemporaryDiskSmall)
+        strike.outcome = Outcome::Either;
     return strike;
 }

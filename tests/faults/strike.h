@@ -33,7 +33,8 @@ enum class Event {
 /// What a run is asked for.
 struct Order
 {
-    QString format;
+    QString format; ///< the movie's extension
+    QString recipe; ///< of frames that flow; empty: none, frames go stage by stage
     int jobs = 1;
     bool mergesNeighbours = false;
     bool blendsAlternatingRows = false;
@@ -44,10 +45,13 @@ struct Order
     QString nameOfMovie() const;
 };
 
-/// One fault of a run, and how the run has to end. The same seed and number always give the same.
+/// One fault of a run, and how the run has to end. The same seed and number always give the same,
+/// of either kind.
 struct Strike
 {
     static Strike make(quint32 seed, int number);
+    /// Of a run whose frames flow.
+    static Strike makeFlowing(quint32 seed, int number);
 
     QString name; ///< for a person
     Order order;

@@ -30,9 +30,12 @@ private Q_SLOTS:
     void initTestCase();
     void strike_data();
     void strike();
+    void strikeOnFlow_data();
+    void strikeOnFlow();
     void cleanupTestCase();
 
 private:
+    void play(const Strike &strike);
     const Rehearsal &rehearsalOf(const Order &order);
     const QByteArray &recordingFor(const Order &order) const
     {
@@ -63,23 +66,44 @@ const Rehearsal &TestFaults::rehearsalOf(const Order &order)
     return m_rehearsals[name];
 }
 
+namespace {
+
+void addStrikes(int strikes, Strike (*make)(quint32 seed, int number))
+{
+    QTest::addColumn<Strike>("strike");
+    const auto seed = static_cast<quint32>(setting("FILMWRIGHT_STRIKE_SEED", 1));
+    for (int number = 1; number <= strikes; ++number) {
+        const Strike strike = make(seed, number);
+        QTest::addRow("%d-%04d %s", int(seed), number, qPrintable(strike.name)) << strike;
+    }
+}
+
+} // namespace
+
 void TestFaults::strike_data()
 {
-    QTest::addColumn<quint32>("seed");
-    QTest::addColumn<int>("number");
-    const auto seed = static_cast<quint32>(setting("FILMWRIGHT_STRIKE_SEED", 1));
-    const int strikes = setting("FILMWRIGHT_STRIKES", 100);
-    for (int number = 1; number <= strikes; ++number) {
-        QTest::addRow("%d-%04d %s", int(seed), number, qPrintable(Strike::make(seed, number).name))
-            << seed << number;
-    }
+    addStrikes(setting("FILMWRIGHT_STRIKES", 100), Strike::make);
 }
 
 void TestFaults::strike()
 {
-    QFETCH(quint32, seed);
-    QFETCH(int, number);
-    const Strike strike = Strike::make(seed, number);
+    QFETCH(Strike, strike);
+    play(strike);
+}
+
+void TestFaults::strikeOnFlow_data()
+{
+    addStrikes(setting("FILMWRIGHT_FLOW_STRIKES", 40), Strike::makeFlowing);
+}
+
+void TestFaults::strikeOnFlow()
+{
+    QFETCH(Strike, strike);
+    play(strike);
+}
+
+void TestFaults::play(const Strike &strike)
+{
     const QString hindrance = Scene::hindrance(strike);
     if (!hindrance.isEmpty())
         QSKIP(qPrintable(hindrance));

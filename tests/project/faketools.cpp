@@ -45,7 +45,14 @@ FakeTools::FakeTools(int frames)
 QString FakeTools::extraction(int frames)
 {
     return QStringLiteral(
-               "n=0; while [ $n -lt %1 ]; do echo dng > \"$prefix$(printf '%06d' $n).dng\"; "
+               "n=0; end=%1\n"
+               "case \" $* \" in\n"
+               "*' --write-survey '*)"
+               " echo 'Processed %1 video frames at 25.0 FPS (1.0 s)'; echo Done; exit;;\n"
+               "*' --use-survey '*)"
+               " end=$((${5#*-} + 1)); case $5 in *-*) n=${5%%-*};; esac;;\n"
+               "esac\n"
+               "while [ $n -lt $end ]; do echo dng > \"$prefix$(printf '%06d' $n).dng\"; "
                "n=$((n + 1)); done; echo Done")
         .arg(frames);
 }

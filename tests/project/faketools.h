@@ -35,7 +35,7 @@ public:
     /// Replaces what cr2hdr does; its arguments are the frames' names.
     void setBlending(const QString &script);
 
-    /// A script that extracts so many frames.
+    /// A script that extracts so many frames, or surveys them and extracts a range.
     static QString extraction(int frames);
     /// A script that writes an average of so many frames.
     static QString averaging(int frames);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fakeproject.h"
+#include "project/conversionsettings.h"
 #include "project/framesize.h"
+#include "project/moviespace.h"
 #include "project/spacecheck.h"
 
 #include <QDir>
@@ -22,6 +24,10 @@ private Q_SLOTS:
     void mergedFramesNeedSpaceToo();
     void recipesNeedWhatTheirFramesNeed();
     void selectedFramesAloneNeedSpace();
+    void framesThatFlowNeedTheirBuffer();
+    void moviesOfRecipesNeedAboutWhatTheirEncodersWrite();
+    void movieThatGrowsBeyondItsDisk_data();
+    void movieThatGrowsBeyondItsDisk();
     void unknownResolutionNeedsNothing();
     void hugeCountsAreRefused();
 };
@@ -122,6 +128,77 @@ void TestSpaceCheck::selectedFramesAloneNeedSpace()
     const double all = spaceNeed(*fake.controller).frames;
     fake.controller->setFrameSelection({3, 0});
     QCOMPARE(spaceNeed(*fake.controller).frames, all * 8 / 10);
+}
+
+void TestSpaceCheck::framesThatFlowNeedTheirBuffer()
+{
+    FakeProject fake(100000);
+    fake.setRawInformation(QStringLiteral("1920x1080"), 14);
+    fake.read();
+    Recipe recipe;
+    recipe.extension = QStringLiteral("mov");
+    recipe.develop = QStringList{QStringLiteral("-6")};
+    fake.controller->setRecipe(recipe);
+    constexpr qint64 frame = 1920 * 1080 * 31 / 4 + 2 * 8192;
+    fake.controller->setFrameBuffer(7 * frame);
+    QCOMPARE(framesInBuffer(*fake.controller), 7U);
+    QCOMPARE(spaceNeed(*fake.controller).frames, 7.0 * frame);
+    fake.controller->setFrameBuffer(frame - 1); // nothing goes with less than one
+    QCOMPARE(framesInBuffer(*fake.controller), 1U);
+    fake.controller->setFrameBuffer(qint64(1) << 60); // nobody has that
+    const double need = spaceNeed(*fake.controller).frames;
+    QVERIFY(need <= freeSpace(fake.controller->workingFolder()) * 0.6);
+    fake.controller->setFrameBuffer(0);
+    QCOMPARE(spaceNeed(*fake.controller).frames, 100000.0 * frame);
+}
+
+void TestSpaceCheck::moviesOfRecipesNeedAboutWhatTheirEncodersWrite()
+{
+    MlvMetadata metadata;
+    metadata.resolution = QStringLiteral("1920x1080");
+    metadata.videoFrames = 100;
+    ConversionSettings settings;
+    settings.recipe.emplace();
+    settings.recipe->extension = QStringLiteral("mov");
+    const auto bytesOf = [&](const char *video) {
+        settings.recipe->video = QString::fromUtf8(video).split(QLatin1Char(' '));
+        return movieBytes(metadata, settings);
+    };
+    constexpr double pixels = 1920 * 1080;
+    QCOMPARE(bytesOf("-c:v prores_ks -profile:v hq"), 44 * pixels);
+    QCOMPARE(bytesOf("-c:v dnxhd -profile:v dnxhr_hqx"), 44 * pixels);
+    QCOMPARE(bytesOf("-c:v ffv1 -level 3"), 200 * pixels);
+    QCOMPARE(bytesOf("-c:v libx264 -crf 20"), 0.0); // goes by the scene
+    settings.frames = {11, 20};
+    QCOMPARE(bytesOf("-c:v ffv1 -level 3"), 20 * pixels);
+    const QString problem = movieSpaceProblem({{QStringLiteral("/clip.mov"), 1e30, true}});
+    QVERIFY2(problem.startsWith(QLatin1String("its movie needs about ")), qPrintable(problem));
+}
+
+void TestSpaceCheck::movieThatGrowsBeyondItsDisk_data()
+{
+    QTest::addColumn<int>("encoded");
+    QTest::addColumn<double>("free"); // for 1000 frames, of a megabyte each so far
+    QTest::addColumn<bool>("fits");
+    QTest::newRow("too early to say") << 47 << 1e6 << true;
+    QTest::newRow("room for all") << 100 << 901e6 << true;
+    QTest::newRow("room if the others are smaller") << 100 << 500e6 << true;
+    QTest::newRow("no room") << 100 << 450e6 << false;
+    QTest::newRow("known better later") << 900 << 80e6 << false;
+    QTest::newRow("all is there") << 1000 << 0.0 << true;
+}
+
+void TestSpaceCheck::movieThatGrowsBeyondItsDisk()
+{
+    QFETCH(int, encoded);
+    QFETCH(double, free);
+    QFETCH(bool, fits);
+    const GrowingMovie movie{QStringLiteral("/films/clip.mov"), encoded * 1e6,
+                             static_cast<quint64>(encoded), 1000};
+    const QString problem = growthProblem(movie, free);
+    QCOMPARE(problem.isEmpty(), fits);
+    if (!fits)
+        QVERIFY2(problem.contains(QLatin1String("are free in /films")), qPrintable(problem));
 }
 
 void TestSpaceCheck::unknownResolutionNeedsNothing()

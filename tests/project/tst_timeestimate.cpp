@@ -150,6 +150,7 @@ private Q_SLOTS:
     void steadyInRecordedRuns_data();
     void steadyInRecordedRuns();
     void rawFramesAreForetoldFromTheirExtraction();
+    void flowingFramesAreForetoldFromTheirEncoding();
     void followsAMachineThatGetsSlower();
     void laterRecordingsAreKnownFromEarlierOnes();
     void recordingWithoutFrameCountIsNotEstimated();
@@ -274,6 +275,28 @@ void TestTimeEstimate::rawFramesAreForetoldFromTheirExtraction()
     TimeEstimate::TimePoint now;
     for (quint64 done = 0; done <= 250; done += 50) { // 100 a second
         estimate.update(work, {WorkStage::Extracting, done, work.frames}, now);
+        now += 500ms;
+    }
+    QVERIFY(estimate.timeLeft());
+    QCOMPARE(estimate.timeLeft()->count(), 7.5);
+    QCOMPARE(estimate.timeFor(work)->count(), 10.0);
+}
+
+/// The last stage tells what has been through all of them.
+void TestTimeEstimate::flowingFramesAreForetoldFromTheirEncoding()
+{
+    RecordingWork work;
+    work.frames = 1000;
+    work.settings.recipe.emplace().extension = QStringLiteral("mov");
+    work.settings.blendsAlternatingRows = true;
+    QVERIFY(work.settings.flows());
+    TimeEstimate estimate;
+    TimeEstimate::TimePoint now;
+    estimate.update(work, {WorkStage::Extracting, 0, work.frames}, now);
+    now += 5s; // of the survey
+    QVERIFY(!estimate.timeLeft());
+    for (quint64 done = 0; done <= 250; done += 50) { // 100 a second
+        estimate.update(work, {WorkStage::Encoding, done, work.frames}, now);
         now += 500ms;
     }
     QVERIFY(estimate.timeLeft());

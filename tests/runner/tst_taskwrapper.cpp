@@ -9,9 +9,12 @@
 #include <QTest>
 #include <QThread>
 
+#include <array>
 #include <csignal>
+#include <fcntl.h>
 #include <functional>
 #include <stdexcept>
+#include <unistd.h>
 
 using namespace filmwright;
 
@@ -176,6 +179,7 @@ private Q_SLOTS:
     void withoutEnvironmentTheChildInherits();
     void workingDirectoryIsPassedOn();
     void standardInputIsTheNullDevice();
+    void childReadsThePipeThatItIsGiven();
 };
 
 void TestTaskWrapper::initialState()
@@ -810,6 +814,24 @@ void TestTaskWrapper::standardInputIsTheNullDevice()
     Recorder wrapper;
     LineListener listener(wrapper);
     wrapper.runShell(QStringLiteral("readlink /proc/self/fd/0; cat"), true);
+    QCOMPARE(wrapper.events.value(0), QStringLiteral("line /dev/null"));
+}
+
+void TestTaskWrapper::childReadsThePipeThatItIsGiven()
+{
+    std::array<int, 2> ends{};
+    QCOMPARE(pipe2(ends.data(), O_CLOEXEC), 0);
+    QCOMPARE(::write(ends[1], "frames\n", 7), 7);
+    close(ends[1]);
+    Recorder wrapper;
+    LineListener listener(wrapper);
+    wrapper.setStandardInput(ends[0]);
+    wrapper.runShell(QStringLiteral("cat"), true);
+    close(ends[0]);
+    QCOMPARE(wrapper.events.value(0), QStringLiteral("line frames"));
+    wrapper.setStandardInput(-1);
+    wrapper.events.clear();
+    wrapper.runShell(QStringLiteral("readlink /proc/self/fd/0"), true);
     QCOMPARE(wrapper.events.value(0), QStringLiteral("line /dev/null"));
 }
 
