@@ -81,12 +81,14 @@ FakeWindow::~FakeWindow()
     qunsetenv("TMPDIR");
 }
 
-void FakeWindow::launch()
+void FakeWindow::launch(const QStringList &recordings)
 {
     quit();
     delegate = std::make_unique<AppDelegate>(alerts, panel);
     delegate->window()->show();
     delegate->applicationDidFinishLaunching();
+    if (!recordings.isEmpty())
+        add(recordings);
 }
 
 void FakeWindow::quit()

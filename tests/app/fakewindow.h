@@ -46,8 +46,8 @@ public:
     /// before this is asked for.
     static void showPictures(bool shown);
 
-    /// Launches the application; a second time: quits and launches it anew.
-    void launch();
+    /// Launches the application and adds recordings; a second time: quits and launches it anew.
+    void launch(const QStringList &recordings = {});
     void quit();
 
     /// Makes files of these names (with folders as needed) and answers their paths.

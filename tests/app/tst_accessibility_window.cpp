@@ -235,8 +235,7 @@ private Q_SLOTS:
 void TestAccessibilityWindow::everyControlHasAName()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QTRY_VERIFY(window.stateView(0));
     const QList<QWidget *> found = controls(window);
     QVERIFY(found.size() > 20);
@@ -249,8 +248,7 @@ void TestAccessibilityWindow::everyControlHasAName()
 void TestAccessibilityWindow::cellsAreSpoken()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QAccessibleInterface *table = QAccessible::queryAccessibleInterface(window.table());
     QVERIFY(table && table->tableInterface());
     for (int column = 0; column < 4; ++column) {
@@ -271,8 +269,7 @@ void TestAccessibilityWindow::windowsTreeHasTheStatusAndEveryRow()
     window.setRawInformation(QStringLiteral("1920x1080"), 14);
     window.setBlock(QStringLiteral("IDNT"),
                     {{4, QStringLiteral("'Canon EOS 5D'")}, {5, QStringLiteral("'1'")}});
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QTRY_VERIFY(window.stateView(0));
     const QStringList texts = textsBelow(window.delegate->window());
     QVERIFY2(texts.contains(QStringLiteral("StaticText: 1 recording in the queue")),
@@ -296,8 +293,7 @@ void TestAccessibilityWindow::failureIsSpoken()
 {
     FakeWindow window;
     window.setEncoding(QStringLiteral("exit 1"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     QTRY_VERIFY(!window.stateView(0)->failure().isNull());
@@ -372,8 +368,7 @@ void TestAccessibilityWindow::everyMenuAndLabelHasItsOwnLetter()
 void TestAccessibilityWindow::tabReachesEveryControl()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     activate(*window.delegate->window());
     const QStringList stops = tabStops(*window.delegate->window());
@@ -416,8 +411,7 @@ void TestAccessibilityWindow::tabReachesEveryControlOfThePreferences()
 void TestAccessibilityWindow::recordingsAreChosenByTheArrows()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     activate(*window.delegate->window());
     window.table()->setFocus();
     type(Qt::Key_Home, Qt::ControlModifier);
@@ -448,8 +442,7 @@ void TestAccessibilityWindow::fieldIsEmptiedByItsKeys()
 {
     QFETCH(const Qt::Key, key);
     FakeWindow window(1);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
     activate(*window.delegate->window());
     window.select(a);
@@ -615,8 +608,7 @@ void TestAccessibilityWindow::textsStandOut()
     QFETCH(const QString, theme);
     useTheme(theme);
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QTRY_VERIFY(window.stateView(0));
     int checked = 0;
     for (const QWidget *widget : window.delegate->window()->findChildren<QWidget *>()) {
@@ -648,8 +640,7 @@ void TestAccessibilityWindow::selectedStateStandsOut()
     QFETCH(const QString, theme);
     useTheme(theme);
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     QTRY_VERIFY(window.stateView(0) && window.stateView(1));
     window.select(b);
     const QLabel &selected = *window.stateView(0)->textField();

@@ -199,8 +199,7 @@ void TestAddingFilesWindow::missingRecordingIsMarked()
 void TestAddingFilesWindow::cancelledChooserAddsNothing()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.open({});
     QCOMPARE(window.queue(), QStringList{a});
     QCOMPARE(window.alerts.shown, QStringList());
@@ -287,8 +286,7 @@ void TestAddingFilesWindow::roadsAskWhenTheQueueIsNotEmpty()
     QFETCH(const QString, alert);
     QFETCH(const QStringList, queue);
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.alerts.answers = {answer};
     const QStringList paths = window.makeRecordings({b});
     if (road == QLatin1String("chooser"))
@@ -340,8 +338,7 @@ void TestAddingFilesWindow::roadsAreRefusedWhileWorking()
 {
     FakeWindow window;
     window.setExtraction(QStringLiteral("exec sleep 60"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     const QStringList paths = window.makeRecordings({b});
     QVERIFY(window.welcomes(paths)); // the drop tells
@@ -373,8 +370,7 @@ void TestAddingFilesWindow::filesOpenedBeforeTheLaunchAreKept()
 void TestAddingFilesWindow::filesOpenedDuringAnAlertWait()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.alerts.answers = {1, 0};
     window.alerts.whileOpen = [&window] {
         window.alerts.whileOpen = nullptr;
@@ -412,8 +408,7 @@ void TestAddingFilesWindow::nothingStartsUntilAllAreRead()
 void TestAddingFilesWindow::missingToolAddsAndReplacesNothing()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QVERIFY(QFile::remove(window.tools.path() + QStringLiteral("/mlv_dump")));
     window.alerts.answers = {0, 0};
     QVERIFY(window.drop(window.makeRecordings({b})));
@@ -426,8 +421,7 @@ void TestAddingFilesWindow::missingToolAddsAndReplacesNothing()
 void TestAddingFilesWindow::removedRecordingsLeaveTheOthers()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     QAction *remove = window.action(QStringLiteral("removeMenuItem"));
     QVERIFY(!remove->isEnabled());
     window.select(b);
@@ -446,8 +440,7 @@ void TestAddingFilesWindow::removedRecordingsLeaveTheOthers()
 void TestAddingFilesWindow::lastRecordingRemovedLeavesNothingToStart()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.action(QStringLiteral("removeMenuItem"))->trigger();
     QVERIFY(!window.action(QStringLiteral("startStopItem"))->isEnabled());
@@ -473,8 +466,7 @@ void TestAddingFilesWindow::nothingIsRemovedWhileWorking()
 {
     FakeWindow window;
     window.setExtraction(QStringLiteral("exec sleep 60"));
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.select(b);
     window.pressStart();
     QVERIFY(!window.action(QStringLiteral("removeMenuItem"))->isEnabled());
@@ -511,8 +503,7 @@ void TestAddingFilesWindow::recentRecordingsAreRemembered()
 void TestAddingFilesWindow::recentRecordingIsOpenedFromTheMenu()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.launch();
     QCOMPARE(window.queue(), QStringList());
     window.widget<QMenu>(QStringLiteral("recentMenu"))->actions().at(1)->trigger();
@@ -524,8 +515,7 @@ void TestAddingFilesWindow::recentRecordingIsOpenedFromTheMenu()
 void TestAddingFilesWindow::recentRecordingsAreCleared()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const auto *menu = window.widget<QMenu>(QStringLiteral("recentMenu"));
     menu->actions().constLast()->trigger();
     QVERIFY(!menu->menuAction()->isEnabled());

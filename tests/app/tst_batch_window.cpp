@@ -77,8 +77,7 @@ void TestBatchWindow::nothingToStartBeforeARecordingIsRead()
 void TestBatchWindow::startConvertsEveryRecordingInListOrder()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     window.pressStart();
     QCOMPARE(window.action(QStringLiteral("startStopItem"))->text(), QStringLiteral("Stop"));
     window.waitForEnd();
@@ -110,8 +109,7 @@ void TestBatchWindow::missingAverageRefusesToStart()
     QFETCH(const QStringList, buttons);
     QFETCH(const QString, average);
     FakeWindow window(1);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     for (const QString &button : buttons)
         window.calibrate(button, button + QStringLiteral(".MLV"));
     QVERIFY(window.delegate->checkCalibrationIntegrity());
@@ -128,8 +126,7 @@ void TestBatchWindow::missingAverageRefusesToStart()
 void TestBatchWindow::flatDarkAloneNeedsNothing()
 {
     FakeWindow window(1);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.calibrate(QStringLiteral("flatDarkButton"), QStringLiteral("flatdark.MLV"));
     QVERIFY(QFile::remove(window.temporary(QStringLiteral("flat_dark.mlv"))));
     window.pressStart();
@@ -140,8 +137,7 @@ void TestBatchWindow::flatDarkAloneNeedsNothing()
 void TestBatchWindow::missingToolIsToldBeforeTheWork()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QVERIFY(QFile::remove(window.tools.path() + QStringLiteral("/ffmpeg")));
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", "/nowhere");
@@ -156,8 +152,7 @@ void TestBatchWindow::missingToolIsToldBeforeTheWork()
 void TestBatchWindow::finishedRecordingsAreConvertedAgain()
 {
     FakeWindow window;
-    window.launch();
-    window.add({b});
+    window.launch({b});
     window.pressStart();
     window.waitForEnd();
     window.add({a, c});
@@ -180,8 +175,7 @@ void TestBatchWindow::stopLaunchesNothingMore()
 {
     FakeWindow window;
     window.setEncoding(endless);
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     window.pressStart();
     QTRY_COMPARE(window.states(),
                  QStringList({QStringLiteral("Building movie"), pending, pending}));
@@ -202,8 +196,7 @@ void TestBatchWindow::stopLaunchesNothingMore()
 void TestBatchWindow::startAfterStopTakesTheWholeList()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.setEncoding(onlyForB("movie", endless, QStringLiteral("cp \"$film\" \"$movie\"")));
     window.pressStart();
     QTRY_COMPARE(window.states(), QStringList({finished, QStringLiteral("Building movie")}));
@@ -219,8 +212,7 @@ void TestBatchWindow::startAfterStopTakesTheWholeList()
 void TestBatchWindow::repairIsChosenForTheBatch()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const auto extraction = [&window] {
         window.pressStart();
         window.waitForEnd();
@@ -241,8 +233,7 @@ void TestBatchWindow::controlsAreLockedWhileWorking()
 {
     FakeWindow window;
     window.setExtraction(endless);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const auto enabled = [&window] {
         return QList<bool>{
             window.action(QStringLiteral("sourceItem"))->isEnabled(),
@@ -380,8 +371,7 @@ void TestBatchWindow::anyOtherPopUpItemStandsForTheSecond()
     QFETCH(const int, index);
     QFETCH(const int, value);
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     for (const char *name : {"movieFormatPopUpButton", "movieQualityPopUpButton"}) {
         auto *popUp = window.widget<QComboBox>(QLatin1String(name));
         popUp->addItem(QStringLiteral("third"));
@@ -418,8 +408,7 @@ void TestBatchWindow::averagesGivenToTheRecordings()
     QFETCH(const QString, dark);
     QFETCH(const QString, flat);
     FakeWindow window(1);
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     for (const QString &button : buttons)
         window.calibrate(button, button + QStringLiteral(".MLV"));
     window.pressStart();
@@ -435,8 +424,7 @@ void TestBatchWindow::averagesGivenToTheRecordings()
 void TestBatchWindow::calibrationIsReadAnewForEveryRecording()
 {
     FakeWindow window(1);
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
     window.setEncoding(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done; cp \"$film\" "
                                       "\"$movie\"")
@@ -459,8 +447,7 @@ void TestBatchWindow::errorLineStopsTheBatch()
     window.setExtraction(onlyForB("recording",
                                   QStringLiteral("echo '[ERROR] bad block'; exec sleep 60"),
                                   FakeTools::extraction(2)));
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     QStringList atAlert;
     window.alerts.whileOpen = [&] { atAlert = window.states(); };
     window.pressStart();
@@ -481,8 +468,7 @@ void TestBatchWindow::percentInAnErrorIsNoDirective()
 {
     FakeWindow window;
     window.setExtraction(QStringLiteral("echo '[ERROR] 100%% of %d %s lost'; exec sleep 60"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     QCOMPARE(window.alerts.shown,
@@ -492,8 +478,7 @@ void TestBatchWindow::percentInAnErrorIsNoDirective()
 void TestBatchWindow::errorWhileNothingRunsStartsABatch()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.setBeforeReport(
         onlyForB("recording", QStringLiteral("echo '[ERROR] torn block'"), QStringLiteral(":")));
     window.alerts.answers = {1, 1};
@@ -511,8 +496,7 @@ void TestBatchWindow::errorWhileAnAlertIsOpenWaits()
     window.setExtraction(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done\n"
                                         "echo '[ERROR] bad block'; exec sleep 60")
                              .arg(window.path(QStringLiteral("go"))));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     QStringList shownAtFirstAlert;
     window.alerts.whileOpen = [&] {
@@ -533,8 +517,7 @@ void TestBatchWindow::errorWhileAnAlertIsOpenWaits()
 void TestBatchWindow::convertedFrameIsShown()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const auto *preview = window.widget<ImageView>(QStringLiteral("imageView"));
     QVERIFY(preview->image().isNull());
     window.pressStart();
@@ -547,8 +530,7 @@ void TestBatchWindow::statusTellsStageAndFrames()
     FakeWindow window(3);
     window.setConversion(QStringLiteral("case \"$dng\" in *2.dng) exec sleep 5 ;; esac; "
                                         "cp \"$frame\" \"$tiff\""));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QTRY_COMPARE(window.status(), QStringLiteral("1 recording in the queue"));
     window.pressStart();
     const QString begin = QStringLiteral("1 of 1, 55 %: converting, 2 of 3 frames");

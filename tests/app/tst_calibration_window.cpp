@@ -283,8 +283,7 @@ void TestCalibrationWindow::calibrationOfAnotherSizeIsToldAtOnce()
     FakeWindow window(2);
     setShapes(window, QStringLiteral("small"), resolution, bits);
     window.setAveraging(endless);
-    window.launch();
-    window.add({QStringLiteral("a.MLV"), QStringLiteral("small.MLV"), QStringLiteral("b.MLV")});
+    window.launch({QStringLiteral("a.MLV"), QStringLiteral("small.MLV"), QStringLiteral("b.MLV")});
     choose(window, kind);
     QTRY_COMPARE(window.alerts.shown.size(), 1);
     QCOMPARE(window.alerts.shown.constFirst(),
@@ -324,8 +323,7 @@ void TestCalibrationWindow::recordingsThatFitAreNotTold()
 {
     FakeWindow window(1);
     setShapes(window, QStringLiteral("small"), QStringLiteral("640x360"), 14);
-    window.launch();
-    window.add({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
+    window.launch({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
     choose(window, dark);
     QTRY_VERIFY(!sheet(window)->isVisible());
     QTRY_COMPARE(window.tools.calls(QStringLiteral("mlv_dump")).size(), 4);
@@ -351,8 +349,7 @@ void TestCalibrationWindow::misfitGoesWithTheCalibration()
 {
     FakeWindow window(1);
     setShapes(window, QStringLiteral("small"), QStringLiteral("640x360"), 14);
-    window.launch();
-    window.add({QStringLiteral("small.MLV")});
+    window.launch({QStringLiteral("small.MLV")});
     choose(window, dark);
     QTRY_VERIFY(window.stateView(0)->toolTip().contains(QLatin1String("doesn't fit")));
     field(window, dark)->deleteClicked();
@@ -429,8 +426,7 @@ void TestCalibrationWindow::questionWaitsForAnOpenAlert()
     FakeWindow window(2);
     window.setAveraging(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done\n%2")
                             .arg(window.path(QStringLiteral("go")), FakeTools::averaging(2)));
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     choose(window, dark);
     window.alerts.whileOpen = [&window] {
         window.alerts.whileOpen = nullptr;
@@ -468,8 +464,7 @@ void TestCalibrationWindow::errorStartsNoBatch()
 {
     FakeWindow window(2);
     window.setAveraging(QStringLiteral("echo '[ERROR] torn block'; echo Done"));
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     choose(window, dark);
     QTRY_COMPARE(window.alerts.shown.size(), 1);
     QTRY_VERIFY(!sheet(window)->isVisible());
@@ -722,8 +717,7 @@ void TestCalibrationWindow::anotherFieldRemovesNothing()
 void TestCalibrationWindow::batchUsesTheFlatAloneAfterItsDarkIsDeleted()
 {
     FakeWindow window(1);
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     for (const QString &each : {flat, flatDark}) {
         choose(window, each);
         QTRY_VERIFY(!sheet(window)->isVisible());
@@ -742,8 +736,7 @@ void TestCalibrationWindow::calibrationMayChangeDuringABatch()
     window.setEncoding(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done; "
                                       "cp \"$film\" \"$movie\"")
                            .arg(go));
-    window.launch();
-    window.add({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
+    window.launch({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
     window.pressStart();
     QTRY_COMPARE(window.states().constFirst(), QStringLiteral("Building movie"));
     choose(window, dark);

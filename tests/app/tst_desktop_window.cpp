@@ -71,8 +71,7 @@ void TestDesktopWindow::displayStaysAwakeUntilTheEndOfTheBatch()
 {
     const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
     FakeWindow window;
-    window.launch();
-    window.add({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
+    window.launch({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
     QCOMPARE(screenSaver.calls(), QStringList());
     window.pressStart();
     QCOMPARE(screenSaver.calls(), QStringList{m_inhibit});
@@ -102,8 +101,7 @@ void TestDesktopWindow::displayMaySleepAfterStop()
     const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
     FakeWindow window;
     window.setExtraction(endlessExtraction);
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     window.pressStart();
     QCOMPARE(screenSaver.calls(), QStringList{m_inhibit});
     window.pressStart();
@@ -115,8 +113,7 @@ void TestDesktopWindow::displayMaySleepAfterAnError()
     const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
     FakeWindow window;
     window.setExtraction(QStringLiteral("echo '[ERROR] no frames'; sleep 60"));
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(screenSaver.calls(), (QStringList{m_inhibit, m_uninhibit}));
@@ -127,8 +124,7 @@ void TestDesktopWindow::displayMaySleepAfterQuit()
     const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
     FakeWindow window;
     window.setExtraction(endlessExtraction);
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     window.pressStart();
     window.quit();
     QCOMPARE(screenSaver.calls(), (QStringList{m_inhibit, m_uninhibit}));
@@ -138,8 +134,7 @@ void TestDesktopWindow::secondBatchTakesAnInhibitionOfItsOwn()
 {
     const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
     FakeWindow window;
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     for (int batch = 0; batch < 2; ++batch) {
         window.pressStart();
         window.waitForEnd();
@@ -151,8 +146,7 @@ void TestDesktopWindow::refusedStartTakesNoInhibition()
 {
     const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
     FakeWindow window;
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
     QVERIFY(QFile::remove(window.temporary(QStringLiteral("dark.mlv"))));
     window.pressStart();
@@ -164,8 +158,7 @@ void TestDesktopWindow::machineIsKeptFromSuspending()
 {
     const StandInService loginManager(QStringLiteral("org.freedesktop.login1"), suspendLock);
     FakeWindow window;
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     window.pressStart();
     window.waitForEnd();
     QCOMPARE(loginManager.calls(),
@@ -181,8 +174,7 @@ void TestDesktopWindow::endInTheBackgroundIsNotified()
             return {method == QLatin1String("Notify") ? QVariant(1U) : QVariant(QStringList())};
         });
     FakeWindow window;
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     QWidget other;
     other.show();
     other.activateWindow();
@@ -202,8 +194,7 @@ void TestDesktopWindow::batchThatAnErrorStopsIsNotified()
         });
     FakeWindow window;
     window.setExtraction(QStringLiteral("echo '[ERROR] no space'; sleep 60"));
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     QWidget other;
     other.show();
     other.activateWindow();
@@ -220,8 +211,7 @@ void TestDesktopWindow::launcherShowsTheBatch()
 {
     const LauncherListener launcher;
     FakeWindow window;
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     QCOMPARE(launcher.updates(), QStringList());
     window.pressStart();
     QTRY_COMPARE(launcher.updates().value(0), QStringLiteral("0 shown"));
@@ -233,8 +223,7 @@ void TestDesktopWindow::shownRecordingIsRevealed()
 {
     const StandInService fileManager(QStringLiteral("org.freedesktop.FileManager1"));
     FakeWindow window;
-    window.launch();
-    window.add({QStringLiteral("Übergröße #1.MLV")});
+    window.launch({QStringLiteral("Übergröße #1.MLV")});
     auto *cell = window.delegate->window()->findChild<ShowInFinderTableCellView *>();
     QTest::mouseClick(cell->openButton(), Qt::LeftButton);
     QTRY_COMPARE(fileManager.calls().size(), 1);
@@ -253,8 +242,7 @@ void TestDesktopWindow::showTellsWhenThereIsNoFileManager()
 {
     QFETCH(const bool, byMenu);
     FakeWindow window;
-    window.launch();
-    window.add({m_clip});
+    window.launch({m_clip});
     window.select(m_clip);
     auto *cell = window.delegate->window()->findChild<ShowInFinderTableCellView *>();
     if (byMenu)

@@ -63,8 +63,7 @@ void TestDetailsWindow::factsAreShown()
 void TestDetailsWindow::selectionIsFollowed()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     show(window, a);
     QCOMPARE(details(window)->windowTitle(), a);
     window.select(b);
@@ -80,8 +79,7 @@ void TestDetailsWindow::toolsLinesAreShownAndCopied()
 {
     FakeWindow window;
     window.setEncoding(QStringLiteral("echo 'Unknown encoder <h264>'; exit 1"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     show(window, a);
     window.pressStart();
     window.waitForEnd();
@@ -107,8 +105,7 @@ void TestDetailsWindow::toolsLinesAreShownAndCopied()
 void TestDetailsWindow::doubleClickWithoutAMovieShowsThem()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QWidget *viewport = window.table()->viewport();
     const QPoint place = window.table()->visualRect(window.table()->model()->index(0, 0)).center();
     QTest::mouseClick(viewport, Qt::LeftButton, {}, place);

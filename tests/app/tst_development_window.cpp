@@ -66,8 +66,7 @@ private Q_SLOTS:
     void choicesReachTheToolsOfTheirRowAlone()
     {
         FakeWindow window;
-        window.launch();
-        window.add({a, b});
+        window.launch({a, b});
         window.select(b);
         const Dialog dialog(window);
         QVERIFY(dialog.isOpen());
@@ -118,8 +117,7 @@ private Q_SLOTS:
         FakeWindow window;
         window.setBlock(QStringLiteral("EXPO"),
                         {{5, QStringLiteral(" 400")}, {8, QStringLiteral(" 20000µs")}});
-        window.launch();
-        window.add({a});
+        window.launch({a});
         const QString plainShutter = lineOf(window, 0, 0);
         const QString plainIso = lineOf(window, 0, 1);
         window.select(a);
@@ -136,8 +134,7 @@ private Q_SLOTS:
     void choicesAreShownWhereTheExposureIsUnknown()
     {
         FakeWindow window;
-        window.launch();
-        window.add({a});
+        window.launch({a});
         window.select(a);
         const Dialog dialog(window);
         dialog.exposure->setValue(0.5);
@@ -149,8 +146,7 @@ private Q_SLOTS:
     void dialogShowsWhatTheRowHas()
     {
         FakeWindow window;
-        window.launch();
-        window.add({a, b});
+        window.launch({a, b});
         window.select(a);
         const Dialog first(window);
         first.exposure->setValue(-0.75);
@@ -172,8 +168,7 @@ private Q_SLOTS:
     void severalRowsAtOnce()
     {
         FakeWindow window;
-        window.launch();
-        window.add({a, b});
+        window.launch({a, b});
         window.table()->selectAll();
         const Dialog dialog(window);
         dialog.exposure->setValue(2);
@@ -185,8 +180,7 @@ private Q_SLOTS:
     void cancelledDialogChangesNothing()
     {
         FakeWindow window;
-        window.launch();
-        window.add({a});
+        window.launch({a});
         window.select(a);
         const Dialog dialog(window);
         dialog.exposure->setValue(2);
@@ -197,8 +191,7 @@ private Q_SLOTS:
     void defaultsAreOneButtonAway()
     {
         FakeWindow window;
-        window.launch();
-        window.add({a});
+        window.launch({a});
         window.select(a);
         const Dialog dialog(window);
         dialog.exposure->setValue(2);
@@ -216,8 +209,7 @@ private Q_SLOTS:
     void wrongMultipliersAreNotTaken()
     {
         FakeWindow window;
-        window.launch();
-        window.add({a});
+        window.launch({a});
         window.select(a);
         const Dialog dialog(window);
         QVERIFY(!dialog.multipliers->isEnabled() && !dialog.temperature->isEnabled());
@@ -235,8 +227,7 @@ private Q_SLOTS:
     {
         FakeWindow window;
         window.setExtraction(QStringLiteral("exec sleep 60"));
-        window.launch();
-        window.add({a});
+        window.launch({a});
         const QAction *command = window.action(QStringLiteral("developmentMenuItem"));
         QVERIFY(!command->isEnabled());
         window.select(a);
@@ -250,8 +241,7 @@ private Q_SLOTS:
     void everythingIsReachedByKeys()
     {
         FakeWindow window;
-        window.launch();
-        window.add({a});
+        window.launch({a});
         window.select(a);
         const Dialog dialog(window);
         auto *shown = window.widget<QDialog>(QStringLiteral("developmentDialog"));

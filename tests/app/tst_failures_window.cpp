@@ -91,8 +91,7 @@ void TestFailuresWindow::failureCostsOneRecording()
             QStringLiteral("cp '%1' \"$movie\"").arg(window.path(QStringLiteral("short.mov"))),
             encode));
     }
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(
@@ -133,8 +132,7 @@ void TestFailuresWindow::fullTemporaryFolderSkipsTheRecording()
 void TestFailuresWindow::movieOfAnotherRunSkipsTheRecording()
 {
     FakeWindow window;
-    window.launch();
-    window.add({b, c});
+    window.launch({b, c});
     MovieMark another(window.delegate->projectList().front()->moviePath());
     QCOMPARE(another.set(), QString());
     window.pressStart();
@@ -150,8 +148,7 @@ void TestFailuresWindow::failureOfTheLastRunIsForgottenWithTheNext()
 {
     FakeWindow window;
     window.setEncoding(QStringLiteral("exit 1"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     QTRY_VERIFY(!window.stateView(0)->failure().isNull());
@@ -170,8 +167,7 @@ void TestFailuresWindow::recordingThatCannotBeReadIsMarked()
     FakeWindow window;
     window.setBeforeReport(
         onlyForB("recording", QStringLiteral("kill -SEGV $$"), QStringLiteral(":")));
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     QTRY_COMPARE(window.states(), QStringList({ready, ready}));
     QVERIFY(window.action(QStringLiteral("startStopItem"))->isEnabled());
     QTRY_COMPARE(window.stateView(0)->failure(),
@@ -203,8 +199,7 @@ void TestFailuresWindow::summaryForgetsAStoppedBatch()
 {
     FakeWindow window;
     window.setRawInformation(QStringLiteral("900000x900000"), 14);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart(); // skipped for want of room, stopped before the next one's turn
     window.pressStart();
     window.setBeforeReport(QStringLiteral("kill -SEGV $$"));

@@ -92,8 +92,8 @@ private Q_SLOTS:
 void TestLossesWindow::secondMovieOfANameIsRefused()
 {
     FakeWindow window;
-    window.launch();
-    window.add({QStringLiteral("clip.MLV"), QStringLiteral("x.MLV"), QStringLiteral("clip.mlv")});
+    window.launch(
+        {QStringLiteral("clip.MLV"), QStringLiteral("x.MLV"), QStringLiteral("clip.mlv")});
     window.pressStart();
     window.waitForEnd();
     const QString movie = window.recordings() + QStringLiteral("/clip.avi");
@@ -109,8 +109,7 @@ void TestLossesWindow::secondMovieOfANameIsRefused()
 void TestLossesWindow::calibrationChosenDuringABatchIsWaitedFor()
 {
     FakeWindow window(1);
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("A.MLV"));
     window.setEncoding(untilReleased(window, QStringLiteral("encode")) + QStringLiteral("; ") +
                        encode);
@@ -138,8 +137,7 @@ void TestLossesWindow::calibrationChosenDuringABatchIsWaitedFor()
 void TestLossesWindow::deletedCalibrationHoldsFromTheNextRecording()
 {
     FakeWindow window(1);
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("A.MLV"));
     window.setEncoding(untilReleased(window, QStringLiteral("encode")) + QStringLiteral("; ") +
                        encode);
@@ -184,8 +182,7 @@ void TestLossesWindow::unusableRecordingIsMarkedAndStartsNothing()
     FakeWindow window;
     window.setBeforeReport(onlyForB(
         "recording", QStringLiteral("echo '[UNUSABLE] no recording'; echo Done; exit 1"), nothing));
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     QTRY_COMPARE(window.stateView(1)->failure(), QStringLiteral("no recording"));
     QVERIFY(window.stateView(0)->failure().isEmpty());
     settle();
@@ -201,8 +198,7 @@ void TestLossesWindow::unusableRecordingCostsOnlyItself()
     window.setExtraction(onlyForB(
         "recording", QStringLiteral("echo '[UNUSABLE] another size than the dark'; exit 1"),
         FakeTools::extraction(2)));
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.alerts.shown,
@@ -217,8 +213,7 @@ void TestLossesWindow::mendedRecordingIsReadAgain()
     FakeWindow window;
     window.setBeforeReport(onlyForB(
         "recording", QStringLiteral("echo '[UNUSABLE] no recording'; echo Done; exit 1"), nothing));
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.alerts.shown,
@@ -239,8 +234,7 @@ void TestLossesWindow::errorBehindAnAlertStopsItsBatch()
                                   untilReleased(window, QStringLiteral("go")) +
                                       QStringLiteral("; echo '[ERROR] bad block'; exit 1"),
                                   FakeTools::extraction(2)));
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     window.pressStart();
     QTRY_COMPARE(window.states().constFirst(), finished);
     window.alerts.whileOpen = [&] {
@@ -260,8 +254,7 @@ void TestLossesWindow::errorBehindAnAlertStopsItsBatch()
 void TestLossesWindow::errorOfAnEarlierStateActsOnNone()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.setBeforeReport(QStringLiteral("case \"$recording\" in *a.*) ;; *) echo '[ERROR] torn'; "
                                           ": > \"$recording.told\" ;; esac"));
     const auto errors = [&window] { return window.alerts.shown.filter(QStringLiteral("torn")); };
@@ -342,8 +335,7 @@ void TestLossesWindow::removedRecordingLeavesNothing()
     QFETCH(const bool, replaced);
     FakeWindow window;
     window.setEncoding(QStringLiteral("exec sleep 60"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     QTRY_COMPARE(window.states(), QStringList{building});
     window.pressStart();
@@ -363,8 +355,7 @@ void TestLossesWindow::removedRecordingWithoutRoomLeavesNothing()
 {
     FakeWindow window;
     window.setRawInformation(QStringLiteral("900000x900000"), 14);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     window.select(a);
@@ -377,8 +368,7 @@ void TestLossesWindow::changedFolderLeavesNothing()
 {
     FakeWindow window;
     window.setEncoding(QStringLiteral("exec sleep 60"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     QTRY_COMPARE(window.states(), QStringList{building});
     window.pressStart();
@@ -396,8 +386,7 @@ void TestLossesWindow::changedFolderLeavesNothing()
 void TestLossesWindow::finishedRecordingLeavesNoNote()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.status(), QStringLiteral("2 movies written"));
@@ -412,8 +401,7 @@ void TestLossesWindow::quitWaitsForFramesInWork()
         QStringLiteral("trap '' TERM INT; : > '%1'; sleep 0.5; "
                        "mkdir -p \"$(dirname \"$tiff\")\"; cp \"$frame\" \"$tiff\"")
             .arg(window.path(QStringLiteral("converting"))));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     QTRY_VERIFY(QFileInfo::exists(window.path(QStringLiteral("converting"))));
     const QString directory = window.temporary(QString());
@@ -444,8 +432,7 @@ void TestLossesWindow::openWorksAfterTheQueueWasEmptied()
 void TestLossesWindow::removalTellsWhatIsLeft()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     QCOMPARE(window.status(), QStringLiteral("2 recordings in the queue"));
     window.select(a);
     QTest::keyClick(window.table(), Qt::Key_Delete);
@@ -456,8 +443,7 @@ void TestLossesWindow::stoppedBatchShowsWhatIsWritten()
 {
     FakeWindow window;
     window.setEncoding(onlyForB("movie", QStringLiteral("exec sleep 60"), encode));
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     window.pressStart();
     QTRY_COMPARE(window.states(), QStringList({finished, building, pending}));
     window.pressStart();
@@ -472,8 +458,7 @@ void TestLossesWindow::rateOfZeroIsRefusedWhenItIsRead()
 {
     FakeWindow window;
     window.setRate(QStringLiteral("0.004"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QTRY_COMPARE(window.stateView(0)->failure(),
                  QStringLiteral("no movie can be made of 0 frames a second, its frame rate"));
     const QString movie = window.recordings() + QStringLiteral("/a.avi");
@@ -489,8 +474,7 @@ void TestLossesWindow::oddFramesAreRefusedForMov()
 {
     FakeWindow window(3);
     FakeTools::writeTiff(window.path(QStringLiteral("whole.tiff")), 5);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     auto *format = window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"));
     format->setCurrentIndex(1);
     window.pressStart();
@@ -508,8 +492,7 @@ void TestLossesWindow::oddFramesAreRefusedForMov()
 void TestLossesWindow::deleteInAPopUpKeepsTheQueue()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     auto *format = window.widget<QComboBox>(QStringLiteral("movieFormatPopUpButton"));
     format->setFocus();
@@ -521,8 +504,7 @@ void TestLossesWindow::percentInANameStays()
 {
     FakeWindow window;
     window.setExtraction(QStringLiteral("exit 1"));
-    window.launch();
-    window.add({QStringLiteral("50%% done.MLV")});
+    window.launch({QStringLiteral("50%% done.MLV")});
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.alerts.shown.size(), 1);
@@ -537,8 +519,7 @@ void TestLossesWindow::toolIsNotGuessedFromAName()
     window.setBlending(QStringLiteral("echo 'cr2hdr has spoken'"));
     window.setEncoding(QStringLiteral("echo 'the encoder has spoken'; "
                                       "echo '/media/cr2hdr is gone'; exit 1"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.action(QStringLiteral("blendRowsMenuItem"))->trigger();
     window.pressStart();

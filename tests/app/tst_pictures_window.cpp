@@ -71,8 +71,7 @@ void TestPicturesWindow::rowShowsTheFirstFrame()
 {
     FakeWindow window;
     FakeWindow::showPictures(true);
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     QTRY_VERIFY(isFrame(pictureAt(window, 0)));
     QCOMPARE(pictured(window), QStringList{QStringLiteral("a.MLV")});
 }
@@ -82,8 +81,7 @@ void TestPicturesWindow::placeIsKeptUntilThePictureComes()
     FakeWindow window;
     FakeWindow::showPictures(true);
     window.setConversion(QStringLiteral("exec sleep 60"));
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     QTRY_COMPARE(pictured(window).size(), 1);
     const QImage place = pictureAt(window, 0);
     QCOMPARE(place.size(), window.table()->iconSize());
@@ -96,8 +94,7 @@ void TestPicturesWindow::textsStayAsTheyAre()
     FakeWindow window;
     FakeWindow::showPictures(true);
     window.setRawInformation(QStringLiteral("1920x1080"), 14);
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     QCOMPARE(window.cell(QStringLiteral("File"), 0), QStringLiteral("a.MLV\n1920x1080\n2 frames"));
     for (int column = 1; column < 5; ++column)
         QVERIFY(!window.table()->model()->index(0, column).data(Qt::DecorationRole).isValid());
@@ -107,8 +104,7 @@ void TestPicturesWindow::onlyRowsInSightHavePictures()
 {
     FakeWindow window;
     FakeWindow::showPictures(true);
-    window.launch();
-    window.add(numbered(60));
+    window.launch(numbered(60));
     const auto [first, last] = window.table()->rowsInSight();
     QCOMPARE(first, 0);
     QVERIFY(last < 30);
@@ -126,8 +122,7 @@ void TestPicturesWindow::scrolledRowsComeFirst()
     window.setConversion(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.02; done; "
                                         "cp \"$frame\" \"$tiff\"")
                              .arg(window.path(QStringLiteral("go"))));
-    window.launch();
-    window.add(numbered(60));
+    window.launch(numbered(60));
     QTRY_COMPARE(pictured(window).size(), 1);
     window.table()->scrollToBottom();
     QVERIFY(QFile(window.path(QStringLiteral("go"))).open(QIODevice::WriteOnly));
@@ -140,8 +135,7 @@ void TestPicturesWindow::pictureIsMadeOnce()
 {
     FakeWindow window;
     FakeWindow::showPictures(true);
-    window.launch();
-    window.add(numbered(3));
+    window.launch(numbered(3));
     for (int row = 0; row < 3; ++row)
         QTRY_VERIFY(isFrame(pictureAt(window, row)));
     window.table()->reloadData();
@@ -158,8 +152,7 @@ void TestPicturesWindow::brokenRecordingHasNone()
     window.setExtraction(QStringLiteral("case \"$*\" in *b.MLV*) echo '[UNUSABLE] torn'; exit 1 ;; "
                                         "*) %1 ;; esac")
                              .arg(FakeTools::extraction(1)));
-    window.launch();
-    window.add({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
+    window.launch({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
     QTRY_VERIFY(isFrame(pictureAt(window, 1)));
     QTRY_VERIFY(isTransparent(pictureAt(window, 0)));
     window.table()->reloadData();
@@ -172,8 +165,7 @@ void TestPicturesWindow::pictureIsAsSharpAsTheScreen()
 {
     FakeWindow window;
     FakeWindow::showPictures(true);
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     QTRY_VERIFY(isFrame(pictureAt(window, 0)));
     const auto icon = window.table()->model()->index(0, 0).data(Qt::DecorationRole).value<QIcon>();
     const QSizeF size = QSizeF(window.table()->iconSize()) * window.table()->devicePixelRatioF();
@@ -198,8 +190,7 @@ void TestPicturesWindow::readAgainIsPicturedAgain()
 {
     FakeWindow window;
     FakeWindow::showPictures(true);
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     QTRY_VERIFY(isFrame(pictureAt(window, 0)));
     window.alerts.answers = {0}; // replace
     window.add({QStringLiteral("a.MLV")});

@@ -145,8 +145,7 @@ void TestPreviewWindow::emptyPreviewSaysWhatItIsFor()
 void TestPreviewWindow::selectedRecordingShowsItsFirstFrame()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QVERIFY(window.previewCalls(mlvDump).isEmpty());
     window.show(a);
     QCOMPARE(window.askedFrames(), QStringList{QStringLiteral("0")});
@@ -158,8 +157,7 @@ void TestPreviewWindow::selectedRecordingShowsItsFirstFrame()
 void TestPreviewWindow::otherRecordingBeginsAtItsFirstFrame()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.show(a);
     window.slider()->setValue(60);
     window.waitForFrame();
@@ -173,8 +171,7 @@ void TestPreviewWindow::otherRecordingBeginsAtItsFirstFrame()
 void TestPreviewWindow::sliderShowsOtherFrames()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     QTest::keyClick(window.slider(), Qt::Key_Right);
     window.waitForFrame();
@@ -192,8 +189,7 @@ void TestPreviewWindow::sliderShowsOtherFrames()
 void TestPreviewWindow::keysMoveThePictureToo()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     activate(*window.delegate->window());
     window.image()->setFocus();
@@ -212,8 +208,7 @@ void TestPreviewWindow::unmeasuredFrameIsTold()
     window.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
                                         "until [ -e '%1' ]; do sleep 0.01; done ;; esac\n%2")
                              .arg(release, FakeTools::extraction(1)));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     QTRY_COMPARE_WITH_TIMEOUT(window.note(), QStringLiteral("Measuring the recording…"), patience);
     QVERIFY(!window.image()->image().isNull());
@@ -227,8 +222,7 @@ void TestPreviewWindow::unreadableFrameTellsTheToolsReason()
     PreviewWindow window;
     window.setExtraction(QStringLiteral(
         "echo '[UNUSABLE] The recording holds no frame that can be decoded'; exit 1"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     QTRY_COMPARE_WITH_TIMEOUT(window.image()->text(),
                               QStringLiteral("The recording holds no frame that can be decoded"),
@@ -241,8 +235,7 @@ void TestPreviewWindow::unusableRecordingTellsTheReason()
     PreviewWindow window;
     window.setBeforeReport(QStringLiteral("echo '[UNUSABLE] The recording is empty'; "
                                           "echo Processed 0; echo Done; exit 1"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     QTRY_COMPARE_WITH_TIMEOUT(window.image()->text(), QStringLiteral("The recording is empty"),
                               patience);
@@ -255,8 +248,7 @@ void TestPreviewWindow::reasonTakesThePlaceOfAConvertedFrame()
     window.setBeforeReport(
         QStringLiteral("case \"$recording\" in *b.MLV) echo '[UNUSABLE] The recording is empty'; "
                        "echo Processed 0; echo Done; exit 1 ;; esac"));
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.pressStart();
     window.waitForEnd();
     QVERIFY(!window.image()->image().isNull());
@@ -268,8 +260,7 @@ void TestPreviewWindow::reasonTakesThePlaceOfAConvertedFrame()
 void TestPreviewWindow::marksAreTheFramesOfTheMovie()
 {
     PreviewWindow window(12);
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.show(a);
     window.slider()->setValue(3);
     window.trigger("setInMenuItem");
@@ -297,8 +288,7 @@ void TestPreviewWindow::marksAreTheFramesOfTheMovie()
 void TestPreviewWindow::marksChangeHowRowsAreBlended()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.trigger("blendRowsMenuItem");
     window.waitForFrame();
@@ -320,8 +310,7 @@ void TestPreviewWindow::marksChangeHowRowsAreBlended()
 void TestPreviewWindow::marksExcludeNothingByMistake()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     const auto markAt = [&window](int frame, const char *action) {
         window.slider()->setValue(frame);
@@ -340,8 +329,7 @@ void TestPreviewWindow::marksExcludeNothingByMistake()
 void TestPreviewWindow::marksAreSetByKeys()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     activate(*window.delegate->window());
     window.slider()->setValue(7);
@@ -361,8 +349,7 @@ void TestPreviewWindow::marksStayAsTheyAreDuringABatch()
 {
     PreviewWindow window(2);
     window.setEncoding(QStringLiteral("exec sleep 1000"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     window.pressStart();
     QVERIFY(!window.action(QStringLiteral("setInMenuItem"))->isEnabled());
@@ -373,8 +360,7 @@ void TestPreviewWindow::marksStayAsTheyAreDuringABatch()
 void TestPreviewWindow::exposureIsSeenAtOnce()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     window.trigger("developmentMenuItem");
     window.widget<QDoubleSpinBox>(QStringLiteral("exposureField"))->setValue(1);
@@ -391,8 +377,7 @@ void TestPreviewWindow::exposureIsSeenAtOnce()
 void TestPreviewWindow::cancelledExposureIsTakenBack()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     window.trigger("developmentMenuItem");
     window.widget<QDoubleSpinBox>(QStringLiteral("exposureField"))->setValue(-1);
@@ -420,8 +405,7 @@ void TestPreviewWindow::choicesForTheMovieAreSeen()
     QFETCH(const QString, control);
     QFETCH(const QString, argument);
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     QVERIFY(!window.previewCalls(mlvDump).constLast().contains(argument));
     window.widget<QCheckBox>(control)->setChecked(true);
@@ -433,8 +417,7 @@ void TestPreviewWindow::calibrationIsSeen()
 {
     PreviewWindow window;
     window.setAveraging(FakeTools::averaging(1));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
     QTRY_VERIFY_WITH_TIMEOUT(window.previewCalls(mlvDump).constLast().contains(
@@ -451,8 +434,7 @@ void TestPreviewWindow::calibrationIsSeen()
 void TestPreviewWindow::neighboursAreSeenMerged()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     window.trigger("mergeNeighboursMenuItem");
     window.waitForFrame();
@@ -465,8 +447,7 @@ void TestPreviewWindow::neighboursAreSeenMerged()
 void TestPreviewWindow::batchIsShownWithoutASelection()
 {
     PreviewWindow window(2);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     QTRY_COMPARE_WITH_TIMEOUT(window.image()->image().size(), QSize(4, 2), patience);
     window.waitForEnd();
@@ -481,8 +462,7 @@ void TestPreviewWindow::selectedRecordingIsShownDuringABatch()
     window.setConversion(QStringLiteral("case \"$dng\" in */filmwright-preview-*) frame='%1' ;; "
                                         "esac; cp \"$frame\" \"$tiff\"")
                              .arg(wide));
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.show(a);
     QList<QSize> sizes;
     window.pressStart();
@@ -497,8 +477,7 @@ void TestPreviewWindow::selectedRecordingIsShownDuringABatch()
 void TestPreviewWindow::histogramIsShownAndRemembered()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const auto histogram = [&window] {
         return window.widget<HistogramView>(QStringLiteral("histogramView"));
     };
@@ -518,8 +497,7 @@ void TestPreviewWindow::histogramIsShownAndRemembered()
 void TestPreviewWindow::actualSizeIsACommand()
 {
     PreviewWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.show(a);
     QAction *command = window.action(QStringLiteral("actualSizeMenuItem"));
     command->trigger();
@@ -534,8 +512,7 @@ void TestPreviewWindow::nothingIsLeftAfterQuitting()
     const qsizetype children = childProcesses();
     PreviewWindow window;
     window.setConversion(QStringLiteral("exec sleep 1000"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     QTRY_VERIFY_WITH_TIMEOUT(runningChildren().contains(QStringLiteral("sleep")), patience);
     window.quit();

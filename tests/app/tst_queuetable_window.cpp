@@ -157,8 +157,7 @@ void TestQueueTableWindow::emptyQueueInvites()
 void TestQueueTableWindow::newestIsOnTop()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     QCOMPARE(window.table()->model()->rowCount(), 3);
     QStringList names;
     for (int row = 0; row < 3; ++row)
@@ -190,8 +189,7 @@ void TestQueueTableWindow::textsOfARecording()
     setLens(window, QStringLiteral(" 'Prime 35mm'"), QStringLiteral(" 35 mm"),
             QStringLiteral("5.60"));
     setExposure(window, QStringLiteral("20000µs (1/50.00)"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QCOMPARE(window.cell(file, 0), QStringLiteral("a.MLV\n1920x1080\n24 frames"));
     QCOMPARE(window.cell(camera, 0), QStringLiteral("Maker Model X\nPrime 35mm"));
     QCOMPARE(window.cell(exposure, 0), QStringLiteral("1/50 sec\nISO 400\n35 mm f/6"));
@@ -206,8 +204,7 @@ void TestQueueTableWindow::namesOfARecordingAreNoPlaces()
     window.setBlock(QStringLiteral("IDNT"), {{4, QStringLiteral(" a%2b")}});
     setLens(window, QStringLiteral(" c%1d"), QStringLiteral(" 35%1%4mm"), QStringLiteral("2"));
     setExposure(window, QStringLiteral("20000µs"));
-    window.launch();
-    window.add({QStringLiteral("take%1%3.MLV")});
+    window.launch({QStringLiteral("take%1%3.MLV")});
     QCOMPARE(window.cell(file, 0), QStringLiteral("take%1%3.MLV\n\n24 frames"));
     QCOMPARE(window.cell(camera, 0), QStringLiteral("a%2b\nc%1d"));
     QCOMPARE(window.cell(exposure, 0), QStringLiteral("1/50 sec\nISO 400\n35%1%4mm f/2"));
@@ -218,8 +215,7 @@ void TestQueueTableWindow::lensWithoutAName()
     FakeWindow window;
     window.setBlock(QStringLiteral("IDNT"), {{4, QStringLiteral(" 'Maker'")}});
     setLens(window, QStringLiteral(" ''"), QString(), QStringLiteral("1"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QCOMPARE(window.cell(camera, 0), QStringLiteral("Maker\nUnknow lens"));
 }
 
@@ -243,8 +239,7 @@ void TestQueueTableWindow::exposureTexts()
     FakeWindow window;
     setExposure(window, microseconds + QStringLiteral("µs"));
     setLens(window, QString(), QStringLiteral(" 35 mm"), QStringLiteral("2.80"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QCOMPARE(window.cell(exposure, 0), shutter + QStringLiteral("\nISO 400\n35 mm f/3"));
 }
 
@@ -266,8 +261,7 @@ void TestQueueTableWindow::apertureHasNoDecimals()
     QFETCH(const QString, shown);
     FakeWindow window;
     setLens(window, QString(), QStringLiteral(" 35 mm"), aperture);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QCOMPARE(window.cell(exposure, 0).section(QLatin1Char(' '), -1), shown);
 }
 
@@ -275,8 +269,7 @@ void TestQueueTableWindow::zeroShutterHasNoMeaning()
 {
     FakeWindow window;
     setExposure(window, QStringLiteral("0µs"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const QString text = window.cell(exposure, 0);
     QVERIFY2(text.startsWith(QLatin1String("1/2147483647 sec\nISO 400\n")), qPrintable(text));
 }
@@ -290,8 +283,7 @@ void TestQueueTableWindow::stateAndBarOfEveryMode()
     window.setExtraction(waitFor(window, extracting) + FakeTools::extraction(2));
     window.setConversion(waitFor(window, converting) + QStringLiteral("cp \"$frame\" \"$tiff\""));
     window.setEncoding(waitFor(window, building) + QStringLiteral("cp \"$film\" \"$movie\""));
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     QTRY_COMPARE(stateCell(window, 1), QStringLiteral("Ready: ") + stopped);
     window.pressStart();
     QTRY_COMPARE(stateCell(window, 1),
@@ -317,8 +309,7 @@ void TestQueueTableWindow::stateAndBarOfEveryMode()
 void TestQueueTableWindow::onlyStateAndShowHaveViews()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QTRY_VERIFY(window.stateView(0));
     QCOMPARE(window.stateView(0)->controller(), window.delegate->projectList().front().get());
     for (const QString &column : {file, camera, exposure})
@@ -328,8 +319,7 @@ void TestQueueTableWindow::onlyStateAndShowHaveViews()
 void TestQueueTableWindow::showCellHasItsRecording()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     const auto column = static_cast<int>(queueTableColumns.indexOf(QStringLiteral("Show")));
     for (int row = 0; row < 2; ++row) {
         const QModelIndex index = window.table()->model()->index(row, column);
@@ -364,8 +354,7 @@ void TestQueueTableWindow::cellsDrawnByTheTableTakeTheListsOrder()
 void TestQueueTableWindow::toolTipHasTheWholePath()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QCOMPARE(window.table()->model()->index(0, 0).data(Qt::ToolTipRole).toString(),
              window.delegate->projectList().front()->mlvPath());
     QCOMPARE(window.table()->textElideMode(), Qt::ElideMiddle);
@@ -376,8 +365,7 @@ void TestQueueTableWindow::toolTipIsNoMarkup()
 {
     FakeWindow window;
     window.setBlock(QStringLiteral("IDNT"), {{4, QStringLiteral(" a<img src='x'>b")}});
-    window.launch();
-    window.add({QStringLiteral("<b>bold<br>.MLV")});
+    window.launch({QStringLiteral("<b>bold<br>.MLV")});
     for (const int column : {0, 1}) {
         const QModelIndex cell = window.table()->model()->index(0, column);
         const QString shown = cell.data(Qt::ToolTipRole).toString();
@@ -395,8 +383,7 @@ void TestQueueTableWindow::toolTipIsNoMarkup()
 void TestQueueTableWindow::rowsHaveThreeLinesAtAnyFontSize()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     for (const double points : {8.0, 12.0, 30.0}) {
         QFont font = window.table()->font();
         font.setPointSizeF(points);
@@ -439,8 +426,7 @@ void TestQueueTableWindow::scrollingBringsViews()
 void TestQueueTableWindow::selectionStaysOnItsRecording()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.select(b);
     QCOMPARE(window.table()->selectedRows(), QList<int>{0});
     window.add({c});
@@ -475,8 +461,7 @@ void TestQueueTableWindow::dragIsHighlighted()
 void TestQueueTableWindow::commandsNeedASelection()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const QStringList commands{QStringLiteral("showMenuItem"), QStringLiteral("removeMenuItem"),
                                QStringLiteral("mergeNeighboursMenuItem"),
                                QStringLiteral("blendRowsMenuItem")};
@@ -495,8 +480,7 @@ void TestQueueTableWindow::commandsNeedASelection()
 void TestQueueTableWindow::commandsForSeveralRecordings()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.table()->selectAll();
     QVERIFY(!window.action(QStringLiteral("showMenuItem"))->isEnabled());
     QVERIFY(!window.action(QStringLiteral("playMovieMenuItem"))->isEnabled());
@@ -508,8 +492,7 @@ void TestQueueTableWindow::commandsAreLockedWhileWorking()
 {
     FakeWindow window;
     window.setExtraction(QStringLiteral("exec sleep 60"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.pressStart();
     for (const char *command : {"removeMenuItem", "mergeNeighboursMenuItem", "blendRowsMenuItem"})
@@ -523,8 +506,7 @@ void TestQueueTableWindow::commandsAreLockedWhileWorking()
 void TestQueueTableWindow::movieIsPlayedOnceItIsThere()
 {
     FakeWindow window;
-    window.launch();
-    window.add({QStringLiteral("50 % #1.MLV")});
+    window.launch({QStringLiteral("50 % #1.MLV")});
     window.table()->selectRow(0);
     QAction *play = window.action(QStringLiteral("playMovieMenuItem"));
     QVERIFY(!play->isEnabled());
@@ -546,8 +528,7 @@ void TestQueueTableWindow::movieIsPlayedOnceItIsThere()
 void TestQueueTableWindow::mergingIsToggled()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     const auto &projects = window.delegate->projectList();
     QAction *merge = window.action(QStringLiteral("mergeNeighboursMenuItem"));
     window.select(a);
@@ -575,8 +556,7 @@ void TestQueueTableWindow::mergingIsToggled()
 void TestQueueTableWindow::blendingIsToggled()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     QAction *blend = window.action(QStringLiteral("blendRowsMenuItem"));
     blend->trigger();
@@ -592,8 +572,7 @@ void TestQueueTableWindow::blendingIsToggled()
 void TestQueueTableWindow::blendingNeedsItsTool()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QVERIFY(QFile::remove(window.tools.path() + QStringLiteral("/cr2hdr")));
     window.select(a);
     window.action(QStringLiteral("blendRowsMenuItem"))->trigger();
@@ -607,8 +586,7 @@ void TestQueueTableWindow::blendingNeedsItsTool()
 void TestQueueTableWindow::contextMenuIsTheRecordingMenuWithoutStart()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     auto *menu = window.widget<QMenu>(QStringLiteral("rowMenu"));
     QWidget *viewport = window.table()->viewport();
     const QPoint place = window.table()->visualRect(window.table()->model()->index(1, 0)).center();
@@ -630,16 +608,14 @@ void TestQueueTableWindow::recordingWithoutExposureSaysSo()
                     {{5, QStringLiteral(" 0")}, {8, QStringLiteral(" 0µs")}});
     setLens(window, QStringLiteral(" 'Prime 35mm'"), QStringLiteral(" 35 mm"),
             QStringLiteral("5.60"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QCOMPARE(window.cell(exposure, 0), QStringLiteral("Unknown exposure\n35 mm f/6"));
 }
 
 void TestQueueTableWindow::rowTellsWhatWasChosenForIt()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QTRY_VERIFY(window.stateView(0));
     QVERIFY(!window.stateView(0)->choices()->isVisible());
     window.select(a);
@@ -655,8 +631,7 @@ void TestQueueTableWindow::rowTellsWhatWasChosenForIt()
 void TestQueueTableWindow::fullBarOfASelectedRowIsSeen()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     window.select(a);
@@ -671,8 +646,7 @@ void TestQueueTableWindow::fullBarOfASelectedRowIsSeen()
 void TestQueueTableWindow::doubleClickPlaysTheMovie()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     QAction *play = window.action(QStringLiteral("playMovieMenuItem"));

@@ -30,8 +30,7 @@ void TestQuitWindow::closingIsRefusedWhileWorking()
 {
     FakeWindow window;
     window.setExtraction(endless);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     QVERIFY(!window.delegate->window()->close());
     QVERIFY(window.delegate->window()->isVisible());
@@ -55,8 +54,7 @@ void TestQuitWindow::quitAsksWhileWorking()
 {
     FakeWindow window;
     window.setExtraction(endless);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.alerts.answers = {1};
     window.action(QStringLiteral("quitMenuItem"))->trigger();
@@ -72,8 +70,7 @@ void TestQuitWindow::quitDuringABatchStopsIt()
 {
     FakeWindow window;
     window.setExtraction(endless);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.alerts.answers = {0};
     constexpr int timedOut = 99;

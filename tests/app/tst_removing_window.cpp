@@ -49,8 +49,7 @@ void TestRemovingWindow::finishedRecordingsAreRemoved()
     FakeWindow window;
     window.setExtraction(onlyForB("prefix", QStringLiteral("echo '[UNUSABLE] no frame'"),
                                   FakeWindow::extraction(2)));
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     QVERIFY(!removeFinished(window)->isEnabled());
     window.pressStart();
     window.waitForEnd();
@@ -63,8 +62,7 @@ void TestRemovingWindow::finishedRecordingsAreRemoved()
 void TestRemovingWindow::commandsAreLockedWhileWorking()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     remove(window, c);
     window.pressStart();
     window.waitForEnd();
@@ -83,8 +81,7 @@ void TestRemovingWindow::commandsAreLockedWhileWorking()
 void TestRemovingWindow::removalIsUndone()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b, c, d});
+    window.launch({a, b, c, d});
     QVERIFY(!undo(window)->isEnabled());
     window.table()->selectRow(0); // d
     window.table()->selectionModel()->select(window.table()->model()->index(2, 0),
@@ -102,8 +99,7 @@ void TestRemovingWindow::removalIsUndone()
 void TestRemovingWindow::whatComesBackIsSelected()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     remove(window, b);
     window.select(a);
     undo(window)->trigger();
@@ -113,8 +109,7 @@ void TestRemovingWindow::whatComesBackIsSelected()
 void TestRemovingWindow::undoneRecordingIsAsItWas()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.status(), QStringLiteral("2 movies written"));
@@ -150,8 +145,7 @@ void TestRemovingWindow::recordingThatWasStillReadIsReadAnew()
 void TestRemovingWindow::recordingThatWasAddedAnewStaysAsItIs()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     remove(window, a);
     window.add({a});
     undo(window)->trigger();
@@ -161,8 +155,7 @@ void TestRemovingWindow::recordingThatWasAddedAnewStaysAsItIs()
 void TestRemovingWindow::onlyTheLastRemovalIsUndone()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b, c});
+    window.launch({a, b, c});
     remove(window, a);
     remove(window, b);
     undo(window)->trigger();
@@ -174,8 +167,7 @@ void TestRemovingWindow::onlyTheLastRemovalIsUndone()
 void TestRemovingWindow::replacedQueueDoesNotComeBack()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     remove(window, a);
     window.alerts.answers = {0};
     window.add({c});

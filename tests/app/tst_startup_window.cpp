@@ -135,8 +135,7 @@ void TestStartupWindow::firstStart()
 void TestStartupWindow::setUpHappensOnce()
 {
     FakeWindow window;
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     const QString file = leaveFile(window);
     window.delegate->appInitialization();
     QCOMPARE(window.queue(), QStringList{QStringLiteral("a.MLV")});
@@ -427,8 +426,7 @@ void TestStartupWindow::folderStaysDuringABatch()
     const QString folder = window.path(QStringLiteral("frames"));
     store(folder);
     window.setExtraction(QStringLiteral("exec sleep 60"));
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     window.pressStart();
     const FolderPreference preference(window);
     preference.choose(0);
@@ -463,8 +461,7 @@ void TestStartupWindow::framesConvertedAtOnceReachTheBatch()
     if (QThread::idealThreadCount() < 2)
         QSKIP("a single processor core converts one frame at a time");
     FakeWindow window;
-    window.launch();
-    window.add({QStringLiteral("a.MLV")});
+    window.launch({QStringLiteral("a.MLV")});
     auto *field = window.widget<QSpinBox>(QStringLiteral("prefWorkersField"));
     const MLVProjectController &project = *window.delegate->projectList().front();
     QCOMPARE(field->value(), 1);

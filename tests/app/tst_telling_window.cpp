@@ -75,8 +75,7 @@ private Q_SLOTS:
 void TestTellingWindow::duplicatesAreTold()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QVERIFY(window.drop(window.makeRecordings({a, b})));
     QCOMPARE(window.status(), QStringLiteral("1 recording is in the queue already"));
     window.waitUntilRead();
@@ -104,8 +103,7 @@ void TestTellingWindow::refusedDragIsTold()
 void TestTellingWindow::cancelThatAddsIsTold()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.alerts.answers = {-1};
     window.add({b});
     QCOMPARE(window.status(), QStringLiteral("1 recording was added all the same"));
@@ -115,8 +113,7 @@ void TestTellingWindow::closingDuringABatchIsTold()
 {
     FakeWindow window;
     window.setExtraction(endlessExtraction);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     QVERIFY(!window.delegate->window()->close());
     QCOMPARE(window.status(),
@@ -128,8 +125,7 @@ void TestTellingWindow::workersChangedDuringABatchAreTold()
 {
     FakeWindow window;
     window.setExtraction(endlessExtraction);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     auto *workers = window.widget<QSpinBox>(QStringLiteral("prefWorkersField"));
     workers->setMaximum(8);
     window.pressStart();
@@ -142,8 +138,7 @@ void TestTellingWindow::workersChangedDuringABatchAreTold()
 void TestTellingWindow::missingPlayerIsTold()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     window.select(a);
@@ -179,8 +174,7 @@ void TestTellingWindow::roomOfRawMoviesIsToldBeforeStart()
 {
     FakeWindow window(100);
     window.setRawInformation(QStringLiteral(" 1920x1080"), 14);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const QAction &start = *window.action(QStringLiteral("startStopItem"));
     QCOMPARE(start.toolTip(),
              QStringLiteral("Start or stop making the movies; they take 311.04 MB"));
@@ -192,8 +186,7 @@ void TestTellingWindow::rawMoviesThatDoNotFitAreToldBeforeStart()
 {
     FakeWindow window(60000000);
     window.setRawInformation(QStringLiteral(" 1920x1080"), 14);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     const QString told = QStringLiteral("1 recording in the queue: its raw movie needs 186.62 TB, "
                                         "but only ");
     QVERIFY2(window.status().startsWith(told), qPrintable(window.status()));
@@ -222,8 +215,7 @@ void TestTellingWindow::percentIsInTheTitle()
     FakeWindow window(4);
     window.setConversion(QStringLiteral("case \"$dng\" in *000002.dng) exec sleep 60 ;; esac; "
                                         "cp \"$frame\" \"$tiff\""));
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     QCOMPARE(window.delegate->window()->windowTitle(), QStringLiteral("Filmwright"));
     window.pressStart();
     QTRY_COMPARE(window.delegate->window()->windowTitle(), QStringLiteral("25 % – Filmwright"));
@@ -258,8 +250,7 @@ void TestTellingWindow::brokenRecordingHidesNoTime()
                  QStringLiteral(":")));
     window.setConversion(QStringLiteral("case \"$dng\" in *000004.dng) exec sleep 60 ;; esac; "
                                         "sleep 0.6; cp \"$frame\" \"$tiff\""));
-    window.launch();
-    window.add({a, b, QStringLiteral("c.MLV")});
+    window.launch({a, b, QStringLiteral("c.MLV")});
     window.pressStart();
     QTRY_VERIFY_WITH_TIMEOUT(window.status().contains(QLatin1String(" in all")), 20000);
     window.pressStart();
@@ -269,8 +260,7 @@ void TestTellingWindow::errorNamesItsRecording()
 {
     FakeWindow window;
     window.setExtraction(QStringLiteral("echo '[ERROR] no space'; sleep 60"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     QString told;
     window.alerts.whileOpen = [&] { told = window.status(); };
     window.pressStart();
@@ -340,8 +330,7 @@ void TestTellingWindow::nothingToCancelUnderTheQuestion()
 void TestTellingWindow::barIsEmptyAfterAdding()
 {
     FakeWindow window;
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     auto *bar = window.widget<ProgressIndicator>(QStringLiteral("progressIndicator"));

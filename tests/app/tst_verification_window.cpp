@@ -65,8 +65,7 @@ void TestVerificationWindow::progressIsShown()
 {
     FakeWindow window;
     window.setVerification(waiting);
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.action(verify)->trigger();
     QTRY_COMPARE(window.status(), QStringLiteral("Verifying a.MLV, 43 %"));
@@ -81,8 +80,7 @@ void TestVerificationWindow::lossesAreShownInTheRow()
     window.setVerification(QStringLiteral("echo '[LOST] 2 frames are missing: 3-4'\n"
                                           "echo '[NOTE] the white level is wrong'\n"
                                           "echo Processed 1 video frames; echo Done; exit 1"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.action(verify)->trigger();
     QTRY_COMPARE(window.stateView(0)->textField()->text(), QStringLiteral("Verified: not whole"));
@@ -97,8 +95,7 @@ void TestVerificationWindow::notesOfAWholeRecordingAreShown()
     FakeWindow window;
     window.setVerification(QStringLiteral("echo '[NOTE] the white level is wrong'\n"
                                           "echo Processed 1 video frames; echo Done"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.action(verify)->trigger();
     QTRY_COMPARE(window.stateView(0)->textField()->text(), QStringLiteral("Verified: whole"));
@@ -110,8 +107,7 @@ void TestVerificationWindow::toolThatDiesIsShown()
 {
     FakeWindow window;
     window.setVerification(QStringLiteral("kill -9 $$"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.action(verify)->trigger();
     QTRY_COMPARE(window.stateView(0)->textField()->text(), QStringLiteral("Verified: unreadable"));
@@ -123,8 +119,7 @@ void TestVerificationWindow::stopForgetsThoseThatWait()
 {
     FakeWindow window;
     window.setVerification(waiting);
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.table()->selectAll();
     QVERIFY(!window.action(stopVerifying)->isEnabled());
     window.action(verify)->trigger();
@@ -144,8 +139,7 @@ void TestVerificationWindow::removedRecordingDoesNoHarm()
 {
     FakeWindow window;
     window.setVerification(waiting);
-    window.launch();
-    window.add({a, b});
+    window.launch({a, b});
     window.select(a);
     window.action(verify)->trigger();
     QTRY_COMPARE(window.status(), QStringLiteral("Verifying a.MLV, 43 %"));
@@ -160,8 +154,7 @@ void TestVerificationWindow::quittingEndsTheTool()
 {
     FakeWindow window;
     window.setVerification(QStringLiteral("echo $$ > \"$recording.pid\"; exec sleep 600"));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.select(a);
     window.action(verify)->trigger();
     QFile pid(window.recordings() + QStringLiteral("/a.MLV.pid"));
@@ -178,8 +171,7 @@ void TestVerificationWindow::notesOfAMovieAreNoFailure()
     FakeWindow window;
     window.setExtraction(QStringLiteral("echo '[NOTE] the white level is wrong'\n") +
                          FakeTools::extraction(2));
-    window.launch();
-    window.add({a});
+    window.launch({a});
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.status(), QStringLiteral("1 movie written"));
