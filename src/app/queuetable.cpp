@@ -244,7 +244,7 @@ QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
     if (column == QLatin1String("State")) {
         const RecordingRun &run = runOf(project);
         QStringList texts = QStringList{project.state()} + choicesFor(project);
-        texts += misfits(project) + run.outcome().problems() + run.outcome().notes +
+        texts += run.outcome().problems() + misfits(project) + run.outcome().notes +
                  calibrationTexts(run.settings().calibration);
         if (const QString state = m_verifications.stateText(project.mlvPath()); !state.isEmpty())
             texts << state;
@@ -359,7 +359,7 @@ void AppDelegate::updateDetails()
     QList<RecordingFact> facts = recordingFacts(project.metadata());
     const RecordingRun &run = runOf(project);
     const CheckResult checked = m_verifications.result(project.mlvPath()).value_or(CheckResult());
-    QStringList warnings = misfits(project) + run.outcome().problems() + run.outcome().notes +
+    QStringList warnings = run.outcome().problems() + misfits(project) + run.outcome().notes +
                            project.warnings() + project.notes() + checked.sentences();
     warnings.removeDuplicates();
     const auto add = [&facts](const QString &name, const QStringList &values) {

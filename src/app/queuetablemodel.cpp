@@ -54,8 +54,10 @@ QVariant QueueTableModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return m_dataSource->objectValueForTableColumn(column, row);
-    case Qt::DecorationRole:
-        return index.column() == 0 ? QVariant(m_dataSource->pictureForRow(row)) : QVariant();
+    case Qt::DecorationRole: {
+        const QIcon picture = index.column() == 0 ? m_dataSource->pictureForRow(row) : QIcon();
+        return picture.isNull() ? QVariant() : picture;
+    }
     case Qt::ToolTipRole:
         return shownAsItStands(m_dataSource->toolTipForTableColumn(column, row));
     case Qt::AccessibleTextRole:

@@ -680,7 +680,7 @@ void TestQueueTableWindow::statesAreWholeAtTheUsualSize()
     ProgressTableCellView &view = *window.stateView(0);
     view.setOutcome(true, {});
     view.textField()->setText(state);
-    QTest::qWaitForWindowExposed(window.delegate->window());
+    QVERIFY(QTest::qWaitForWindowExposed(window.delegate->window()));
     QCoreApplication::sendPostedEvents();
     view.layout()->activate();
     QVERIFY2(view.textField()->width() >= view.textField()->sizeHint().width(),

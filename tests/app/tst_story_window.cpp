@@ -248,6 +248,8 @@ void TestStoryWindow::badRecordingsCostOnlyThemselves()
     window.panel.chosen = QStringList{dark};
     window.press(QStringLiteral("darkButton"));
     QTRY_VERIFY(!window.sheet()->isVisible());
+    QTRY_COMPARE(window.alerts.shown.size(), 1);
+    QVERIFY(window.alerts.shown.takeFirst().contains(QStringLiteral("small.MLV, 160")));
     QVERIFY(QFile::remove(QDir(window.recordings()).filePath(QStringLiteral("vanished.MLV"))));
     QWidget other; // whoever has started a long batch does something else
     other.show();

@@ -190,7 +190,8 @@ struct Happening
 };
 
 const char temporaryDiskFull[] = "^no space left in the temporary folder |"
-                                 "^its frames need .* free in the temporary folder ";
+                                 "^its frames need .* free in the temporary folder |"
+                                 "^calibration failed: .* No space left on device$";
 const char movieDiskFull[] = "^no space left in the movie's folder |^its movie needs about |"
                              "^the rest of its movie needs about ";
 

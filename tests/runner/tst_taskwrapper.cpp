@@ -643,8 +643,9 @@ void TestTaskWrapper::stopInterruptsAChildThatIgnoresTermination()
 {
     Recorder wrapper;
     LineListener listener(wrapper);
-    wrapper.runShell(QStringLiteral("trap '' TERM; trap 'exit 7' INT; echo up; "
-                                    "while :; do sleep 1000; done"));
+    // A shell that is about to start a program when the signal comes would wait for its end.
+    wrapper.runShell(
+        QStringLiteral("trap '' TERM; trap 'exit 7' INT; echo up; while :; do :; done"));
     QTRY_COMPARE(wrapper.events, lines({"up"}));
     wrapper.stop(false);
     QCOMPARE(wrapper.terminationStatus(), 7);
