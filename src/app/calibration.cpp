@@ -103,11 +103,10 @@ bool replaceFile(const QString &target, const QString &source)
 /// The task may be in the middle of a call when its last owner lets go.
 std::shared_ptr<MlvDumpTask> AppDelegate::makeCalibrationTask()
 {
-    const std::shared_ptr<MlvDumpTask> made(MlvDumpTask::mlvDumpTask().release(),
-                                            [](MlvDumpTask *task) {
-                                                task->setDelegate(nullptr);
-                                                task->deleteLater();
-                                            });
+    std::shared_ptr<MlvDumpTask> made(MlvDumpTask::mlvDumpTask().release(), [](MlvDumpTask *task) {
+        task->setDelegate(nullptr);
+        task->deleteLater();
+    });
     made->setDelegate(this);
     return made;
 }

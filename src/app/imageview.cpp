@@ -28,7 +28,7 @@ ImageView::ImageView(QWidget *parent)
     : QWidget(parent)
 {
     setAccessibleName(QStringLiteral("Preview"));
-    setMinimumSize(160, 90);
+    setMinimumSize(80, 45);
     setFocusPolicy(Qt::StrongFocus);
 }
 

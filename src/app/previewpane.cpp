@@ -158,6 +158,7 @@ void PreviewPane::showPlace()
         m_note->setText(QStringLiteral("Measuring the recording…"));
     else
         m_note->setText(marked.isEmpty() ? QString() : QStringLiteral("Movie: %1").arg(marked));
+    m_note->setVisible(!m_note->text().isEmpty()); // the place may need the whole line
     m_slider->setAccessibleDescription(m_place->text());
 }
 
