@@ -29,9 +29,10 @@ void ToolFolder::addTool(const QString &name, const QString &script)
 {
     QFile tool(m_folder.filePath(name));
     QVERIFY2(tool.open(QIODevice::WriteOnly), "tool not written");
-    // Each argument ends with a unit separator, each call with a record separator.
-    tool.write("#!/bin/sh\n{ for argument in \"$@\"; do printf '%s\\037' \"$argument\"; done; "
-               "printf '\\036'; } >> \"$0.calls\"\n");
+    // Each argument ends with a unit separator, each call with a record separator. Written at once:
+    // several calls may run beside each other.
+    tool.write(
+        "#!/bin/sh\nIFS='\037'; printf \"%s${1+$IFS}\\036\" \"$*\" >> \"$0.calls\"; unset IFS\n");
     tool.write(script.toUtf8() + '\n');
     tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
