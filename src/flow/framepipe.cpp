@@ -31,6 +31,8 @@ FramePipe::FramePipe(const Frames &frames)
     m_writer->moveToThread(&m_thread);
     connect(&m_thread, &QThread::started, m_writer, &FrameWriter::begin);
     connect(&m_thread, &QThread::finished, m_writer, &QObject::deleteLater);
+    connect(this, &FramePipe::toBeWritten, m_writer, &FrameWriter::write);
+    connect(this, &FramePipe::toBeClosed, m_writer, &FrameWriter::finish);
     connect(m_writer, &FrameWriter::taken, this, &FramePipe::taken);
     connect(m_writer, &FrameWriter::failed, this, &FramePipe::failed);
     connect(m_writer, &FrameWriter::closedByReader, this, &FramePipe::closedByReader);
@@ -53,12 +55,12 @@ void FramePipe::closeReadEnd()
 
 void FramePipe::write(const QString &dngPath)
 {
-    QMetaObject::invokeMethod(m_writer, [writer = m_writer, dngPath] { writer->write(dngPath); });
+    Q_EMIT toBeWritten(dngPath);
 }
 
 void FramePipe::finish()
 {
-    QMetaObject::invokeMethod(m_writer, [writer = m_writer] { writer->finish(); });
+    Q_EMIT toBeClosed();
 }
 
 } // namespace filmwright

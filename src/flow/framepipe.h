@@ -51,6 +51,10 @@ Q_SIGNALS:
     /// The reader has closed its end before everything was written. Nothing more is written.
     void closedByReader();
 
+    // For the thread.
+    void toBeWritten(const QString &dngPath);
+    void toBeClosed();
+
 private:
     int m_readEnd = -1;
     QThread m_thread;
