@@ -8,6 +8,7 @@
 #include "app/previewpane.h"
 #include "app/queuetableview.h"
 #include "row.h"
+#include "unattended.h"
 
 #include <QApplication>
 #include <QDir>
@@ -30,42 +31,6 @@ namespace {
 constexpr const char *allowed = "what we allow it";
 constexpr int recordings = 12;
 constexpr int framesEach = 48;
-
-/// Nobody is there to answer; the default buttons harm nothing.
-class SilentAlerts : public AlertPresenter
-{
-public:
-    int runAlert(const QString &, const QString &, const QString &, const QString &,
-                 const QString &) override
-    {
-        return 1;
-    }
-};
-
-class NoPanel : public OpenPanel
-{
-public:
-    QStringList recordingsAndFolders() override { return {}; }
-    QString recording(const QString &) override { return {}; }
-    QString folder(const QString &) override { return {}; }
-};
-
-double milliseconds(const QElapsedTimer &timer)
-{
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
-}
-
-double percentile(std::vector<double> values, double part)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(static_cast<std::size_t>(part * static_cast<double>(values.size() - 1)));
-}
-
-void waitWhile(const std::function<bool()> &busy)
-{
-    while (busy())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
 
 /// Notes how late a timer of 5 ms comes.
 class Lateness

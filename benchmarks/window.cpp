@@ -6,6 +6,7 @@
 #include "app/appdelegate.h"
 #include "app/queuetableview.h"
 #include "row.h"
+#include "unattended.h"
 
 #include <QApplication>
 #include <QDir>
@@ -28,43 +29,6 @@
 using namespace filmwright;
 
 namespace {
-
-/// Nobody is there to answer; the default buttons harm nothing.
-class SilentAlerts : public AlertPresenter
-{
-public:
-    int runAlert(const QString &title, const QString &message, const QString &, const QString &,
-                 const QString &) override
-    {
-        std::fprintf(stderr, "%s: %s\n", qPrintable(title), qPrintable(message));
-        return 1;
-    }
-};
-
-class NoPanel : public OpenPanel
-{
-public:
-    QStringList recordingsAndFolders() override { return {}; }
-    QString recording(const QString &) override { return {}; }
-    QString folder(const QString &) override { return {}; }
-};
-
-double milliseconds(const QElapsedTimer &timer)
-{
-    return static_cast<double>(timer.nsecsElapsed()) / 1e6;
-}
-
-double percentile(std::vector<double> values, double part)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(static_cast<std::size_t>(part * static_cast<double>(values.size() - 1)));
-}
-
-void waitWhile(const std::function<bool()> &busy)
-{
-    while (busy())
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-}
 
 constexpr const char *allowed = "what we allow it";
 

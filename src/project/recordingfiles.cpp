@@ -26,6 +26,19 @@ bool isPartOf(std::string_view stem, std::string_view name)
            isDigit(extension[3]);
 }
 
+QStringList filesOf(const QString &path, FolderListing &listing)
+{
+    const QFileInfo recording(path);
+    const std::string stem = QFile::encodeName(recording.completeBaseName()).toStdString();
+    QStringList parts;
+    for (const std::string &name : listing.namesIn(recording.dir().filesystemPath())) {
+        if (isPartOf(stem, name))
+            parts << recording.dir().filePath(QFile::decodeName(name.c_str()));
+    }
+    parts.sort(Qt::CaseInsensitive);
+    return QStringList{path} + parts;
+}
+
 } // namespace
 
 bool isRecordingName(const QString &path)
@@ -46,23 +59,10 @@ const std::vector<std::string> &FolderListing::namesIn(const std::filesystem::pa
     return listed->second;
 }
 
-static QStringList recordingFiles(const QString &path, FolderListing &listing)
-{
-    const QFileInfo recording(path);
-    const std::string stem = QFile::encodeName(recording.completeBaseName()).toStdString();
-    QStringList parts;
-    for (const std::string &name : listing.namesIn(recording.dir().filesystemPath())) {
-        if (isPartOf(stem, name))
-            parts << recording.dir().filePath(QFile::decodeName(name.c_str()));
-    }
-    parts.sort(Qt::CaseInsensitive);
-    return QStringList{path} + parts;
-}
-
 QStringList recordingFiles(const QString &path)
 {
     FolderListing listing;
-    return recordingFiles(path, listing);
+    return filesOf(path, listing);
 }
 
 QByteArray recordingIdentity(const QString &path)
@@ -74,7 +74,7 @@ QByteArray recordingIdentity(const QString &path)
 QByteArray recordingIdentity(const QString &path, FolderListing &listing)
 {
     QByteArray identity;
-    for (const QString &name : recordingFiles(path, listing)) {
+    for (const QString &name : filesOf(path, listing)) {
         const QFileInfo file(name);
         identity += QStringLiteral("%1 %2 %3\n")
                         .arg(file.size())
