@@ -31,9 +31,8 @@ QByteArray run(const QString &program, const QStringList &arguments)
     QProcess process;
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     process.start(program, arguments);
-    if (!process.waitForFinished(-1) || process.exitCode() != 0) {
+    if (!process.waitForFinished(-1) || process.exitCode() != 0)
         throw std::runtime_error(qPrintable(program + QStringLiteral(" failed")));
-    }
     return process.readAllStandardOutput();
 }
 
@@ -53,9 +52,8 @@ QStringList frames(const QString &folder, const QString &name, const QStringList
     run(tool(QStringLiteral("mlv_dump")), {QStringLiteral("--dng"), QStringLiteral("-o"),
                                            frameFolder.filePath(QStringLiteral("tmp")), recording});
     QStringList paths;
-    for (const QString &file : frameFolder.entryList({QStringLiteral("*.dng")}, QDir::Files)) {
+    for (const QString &file : frameFolder.entryList({QStringLiteral("*.dng")}, QDir::Files))
         paths.append(frameFolder.filePath(file));
-    }
     return paths;
 }
 
@@ -150,9 +148,8 @@ void copyAll(const QStringList &paths, const QString &folder)
     for (const QString &path : paths) {
         const QString copy = folder + QLatin1Char('/') + QFileInfo(path).fileName();
         QFile::remove(copy);
-        if (!QFile::copy(path, copy)) {
+        if (!QFile::copy(path, copy))
             throw std::runtime_error(qPrintable(copy + QStringLiteral(" cannot be written")));
-        }
     }
 }
 
@@ -165,9 +162,8 @@ void measureSpeed(const QString &folder)
     const QString work = folder + QStringLiteral("/work");
     QDir().mkpath(work);
     QStringList paths;
-    for (const QString &path : originals) {
+    for (const QString &path : originals)
         paths.append(work + QLatin1Char('/') + QFileInfo(path).fileName());
-    }
     double bestCopy = 1e9;
     double bestBlend = 1e9;
     for (int round = 0; round < rounds; ++round) {

@@ -33,9 +33,8 @@ void measure(const char *path)
     std::printf("%s:", path);
     for (int round = 0; round < rounds; ++round) {
         const double begin = timeSpent();
-        for (const auto &stream : streams) {
+        for (const auto &stream : streams)
             raw::decodeLosslessJpeg(stream, samples);
-        }
         const double seconds = timeSpent() - begin;
         const auto megapixels = static_cast<double>(samples.size() * streams.size()) / 1e6;
         std::printf(" %.0f", megapixels / seconds);
@@ -48,9 +47,8 @@ void measure(const char *path)
 int main(int argc, char **argv)
 {
     try {
-        for (int i = 1; i < argc; ++i) {
+        for (int i = 1; i < argc; ++i)
             measure(argv[i]);
-        }
         return 0;
     } catch (const std::exception &error) {
         std::fprintf(stderr, "%s\n", error.what());

@@ -22,10 +22,9 @@ namespace {
 QStringList filePaths(const QList<QUrl> &urls)
 {
     QStringList paths;
-    for (const QUrl &url : urls) {
+    for (const QUrl &url : urls)
         if (url.isLocalFile())
             paths << url.toLocalFile();
-    }
     return paths;
 }
 
@@ -94,12 +93,11 @@ void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
         replaceQueue();
     const std::size_t before = m_projectList->size();
     m_duplicates = 0;
-    for (const QString &path : paths) {
+    for (const QString &path : paths)
         if (QFileInfo(path).isDir())
             scanDirectoryForMLVFiles(path);
         else
             addMLVFile(path);
-    }
     m_listing.clear();
     m_recentDocuments.save();
     fillRecentMenu();

@@ -60,10 +60,9 @@ void AppDelegate::tellUnfitFor(const QString &calibrationRecording)
         if (differ(shape, other))
             unfit << QStringLiteral("%1, %2").arg(QFileInfo(recording).fileName(), other);
     };
-    if (calibrationRecording == m_darkPath || calibrationRecording == m_flatPath) {
+    if (calibrationRecording == m_darkPath || calibrationRecording == m_flatPath)
         for (const auto &project : *m_projectList)
             compare(project->mlvPath(), frameShape(project->metadata()));
-    }
     if (calibrationRecording == m_flatPath)
         compare(m_flatDarkPath, calibrationShape(m_flatDarkPath));
     if (calibrationRecording == m_flatDarkPath)

@@ -380,10 +380,9 @@ QStringList AppDelegate::logOf(const MLVProjectController &project) const
     if (printed.isEmpty())
         printed = project.lastToolLines();
     QStringList log;
-    for (auto tool = printed.cbegin(); tool != printed.cend(); ++tool) {
+    for (auto tool = printed.cbegin(); tool != printed.cend(); ++tool)
         for (const QString &line : tool.value())
             log << QStringLiteral("%1: %2").arg(tool.key(), line);
-    }
     return log;
 }
 

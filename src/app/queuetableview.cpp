@@ -78,16 +78,14 @@ void QueueTableView::updateVisibleViews()
     if (!m_dataSource || rows == 0 || rows != m_dataSource->numberOfRowsInTableView(*this))
         return;
     const auto [first, last] = rowsInSight();
-    for (const QPersistentModelIndex &index : std::as_const(m_cellsWithViews)) {
+    for (const QPersistentModelIndex &index : std::as_const(m_cellsWithViews))
         if (index.isValid() && (index.row() < first || index.row() > last))
             setIndexWidget(index, nullptr);
-    }
     m_cellsWithViews.clear();
     for (int row = first; row <= last; ++row) {
-        for (const QString &column : queueTableColumns) {
+        for (const QString &column : queueTableColumns)
             if (m_dataSource->viewForTableColumn(*this, column, row))
                 m_cellsWithViews << cell(column, row);
-        }
     }
     showSelection();
     Q_EMIT rowsInSightChanged();

@@ -26,10 +26,9 @@ void RowPictures::show(const QStringList &recordings, const QSize &size, double 
     m_size = size;
     m_devicePixelRatio = devicePixelRatio;
     QList<FrameRequest> missing;
-    for (const QString &recording : recordings) {
+    for (const QString &recording : recordings)
         if (!isKnown(recording))
             missing << FrameRequest{recording, 1, {}, FrameRequest::Small};
-    }
     m_frames.fetch(missing);
 }
 

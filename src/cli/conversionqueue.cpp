@@ -30,10 +30,9 @@ ConversionQueue::~ConversionQueue() = default;
 void ConversionQueue::tellUpcoming()
 {
     std::vector<RecordingWork> upcoming;
-    for (qsizetype i = m_next + 1; i < m_outcomes.size(); ++i) {
+    for (qsizetype i = m_next + 1; i < m_outcomes.size(); ++i)
         if (const auto work = m_survey.workOf(m_outcomes.at(i).recording))
             upcoming.push_back(*work);
-    }
     m_progress.setUpcoming(std::move(upcoming));
 }
 

@@ -40,14 +40,12 @@ QString unreadablePath(const ConvertOptions &options)
     const CalibrationChoice &chosen = options.settings.calibration;
     const QString map = options.settings.corrections.pixelMap();
     for (const QString &file :
-         {chosen.dark, chosen.flat, chosen.flatDark, map, options.settings.lut}) {
+         {chosen.dark, chosen.flat, chosen.flatDark, map, options.settings.lut})
         if (!file.isEmpty())
             paths << file;
-    }
-    for (const QString &path : std::as_const(paths)) {
+    for (const QString &path : std::as_const(paths))
         if (!QFileInfo(path).isReadable())
             return path;
-    }
     return {};
 }
 

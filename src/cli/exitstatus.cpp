@@ -22,10 +22,9 @@ void printLine(const QString &line)
 
 QString printable(QString text)
 {
-    for (QChar &character : text) {
+    for (QChar &character : text)
         if (!character.isPrint() && !character.isSurrogate())
             character = QChar(QChar::ReplacementCharacter);
-    }
     return text;
 }
 

@@ -68,9 +68,8 @@ QJsonObject describe(const QString &path, const MlvMetadata &metadata, const QSt
         {QStringLiteral("resolution"), metadata.resolution},
         {QStringLiteral("warnings"), QJsonArray::fromStringList(warnings)},
     };
-    if (metadata.movieFrames() != metadata.videoFrames) {
+    if (metadata.movieFrames() != metadata.videoFrames)
         object.insert(QStringLiteral("movieFrames"), static_cast<qint64>(metadata.movieFrames()));
-    }
     return object;
 }
 

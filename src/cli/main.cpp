@@ -62,10 +62,9 @@ int main(int argc, char *argv[])
 
     const QStringList arguments = QCoreApplication::arguments().mid(1);
     const QString name = arguments.value(0);
-    for (const Command &command : commands) {
+    for (const Command &command : commands)
         if (name == command.name)
             return command.run(arguments.mid(1));
-    }
     if (name == QLatin1String("--version") || name == QLatin1String("-v")) {
         printLine(QStringLiteral("filmwright-cli " FILMWRIGHT_VERSION));
         return ExitSuccess;

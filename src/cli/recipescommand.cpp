@@ -71,10 +71,9 @@ int runRecipes(const QStringList &arguments)
     QList<RecipeFile> recipes = foundRecipes();
     const auto ffmpeg = FFmpegTask::ffmpegTask();
     const QMap<QString, CapabilityList> encoders = ffmpeg->readEncoders();
-    for (RecipeFile &file : recipes) {
+    for (RecipeFile &file : recipes)
         if (file.problem.isEmpty())
             file.problem = ffmpeg->lackFor(file.recipe, encoders);
-    }
     if (parser.isSet(json))
         printAsJson(recipes);
     else

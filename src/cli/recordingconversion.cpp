@@ -50,10 +50,9 @@ void RecordingConversion::controllerUpdated(MLVProjectController &controller)
 {
     if (controller.mlvProjectMode() == MLVProjectModeExtracting)
         m_progressTimer.start();
-    if (controller.mlvProjectMode() == MLVProjectModeRGBConversion) {
+    if (controller.mlvProjectMode() == MLVProjectModeRGBConversion)
         for (const QString &warning : m_run.outcome().warnings + m_run.outcome().notes)
             m_display.warn(QStringLiteral("%1: %2").arg(QFileInfo(m_path).fileName(), warning));
-    }
     showProgress();
 }
 

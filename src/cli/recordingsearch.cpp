@@ -107,12 +107,11 @@ QStringList findRecordings(const QStringList &paths, QList<Unreachable> *unreach
                            const QString &skipped)
 {
     Search search(unreachable, skipped);
-    for (const QString &path : paths) {
+    for (const QString &path : paths)
         if (QFileInfo(path).isDir())
             search.searchFolder(QFile::encodeName(path));
         else
             search.add(path);
-    }
     return search.recordings();
 }
 

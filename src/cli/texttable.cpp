@@ -46,10 +46,9 @@ QString commonFolder(const QStringList &paths)
     if (paths.isEmpty())
         return {};
     QString common = folderOf(paths.constFirst());
-    for (const QString &path : paths) {
+    for (const QString &path : paths)
         while (!path.startsWith(common))
             common = folderOf(common.chopped(1));
-    }
     return common;
 }
 

@@ -72,10 +72,9 @@ CapabilityList audioEncodersIn(const QStringList &lines)
 QStringList supportedPixFmtsIn(const QStringList &lines)
 {
     const QLatin1String label("Supported pixel formats:");
-    for (const QString &line : lines) {
+    for (const QString &line : lines)
         if (const QString entry = line.trimmed(); entry.startsWith(label))
             return entry.mid(label.size()).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    }
     return {};
 }
 

@@ -74,10 +74,9 @@ Parts atomsIn(QFile &file, qint64 begin, qint64 end)
 
 Part child(QFile &file, const Part &parent, const char *type)
 {
-    for (const Part &atom : atomsIn(file, parent.begin, parent.end)) {
+    for (const Part &atom : atomsIn(file, parent.begin, parent.end))
         if (atom.type == type)
             return atom;
-    }
     return {};
 }
 
@@ -125,10 +124,9 @@ Parts chunksIn(QFile &file, qint64 begin, qint64 end)
 /// The chunks in the list of that second type; none when it isn't among the chunks.
 Parts listIn(QFile &file, const Parts &chunks, const char *type)
 {
-    for (const Part &chunk : chunks) {
+    for (const Part &chunk : chunks)
         if ((chunk.type == "LIST" || chunk.type == "RIFF") && typeAt(file, chunk.begin) == type)
             return chunksIn(file, chunk.begin + 4, chunk.end);
-    }
     return {};
 }
 

@@ -129,10 +129,9 @@ QString developmentProblem(const QStringList &words)
         if (values < 0)
             return QStringLiteral("\"%1\" is not for recipes; -6, -h, -m, -n and -C are")
                 .arg(option);
-        for (int value = 0; value < values; ++value) {
+        for (int value = 0; value < values; ++value)
             if (!number.match(words.value(++i)).hasMatch())
                 return QStringLiteral("%1 lacks a number").arg(option);
-        }
     }
     return {};
 }
@@ -140,10 +139,9 @@ QString developmentProblem(const QStringList &words)
 QString encoderIn(const QStringList &words, QChar stream)
 {
     QString encoder;
-    for (qsizetype i = 0; i + 1 < words.size(); i += 2) {
+    for (qsizetype i = 0; i + 1 < words.size(); i += 2)
         if (isEncoderOption(words.at(i), stream))
             encoder = words.at(i + 1);
-    }
     return encoder;
 }
 

@@ -184,10 +184,9 @@ private:
     void refuseOtherFields()
     {
         const QStringList &all = fields();
-        for (const QString &field : all.mid(all.indexOf(QStringLiteral("Extension")) + 1)) {
+        for (const QString &field : all.mid(all.indexOf(QStringLiteral("Extension")) + 1))
             if (!take(field).isEmpty())
                 fail(field, QStringLiteral("with Extension=dng there is no %1").arg(field));
-        }
     }
 
     QString take(const QString &field)

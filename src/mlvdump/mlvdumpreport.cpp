@@ -72,10 +72,9 @@ QString trimmedTwice(const QString &text)
 QString labelled(const QStringList &block, const char *label)
 {
     const QString name = QString::fromLatin1(label);
-    for (const QString &line : block) {
+    for (const QString &line : block)
         if (const QString entry = line.trimmed(); entry.startsWith(name + QLatin1Char(' ')))
             return entry.mid(name.size()).trimmed();
-    }
     return {};
 }
 

@@ -58,10 +58,9 @@ MlvDumpTask::~MlvDumpTask()
 
 QString MlvDumpTask::mlvPath() const
 {
-    for (const QString &path : {m_mlvPath, m_darkPath, m_flatPath}) {
+    for (const QString &path : {m_mlvPath, m_darkPath, m_flatPath})
         if (!path.isNull())
             return path;
-    }
     return m_flatDarkPath;
 }
 
@@ -180,10 +179,9 @@ quint64 MlvDumpTask::framesToExtract() const
 
 bool MlvDumpTask::allFramesExist(const QString &directory) const
 {
-    for (quint64 number = 0; number < framesToExtract(); ++number) {
+    for (quint64 number = 0; number < framesToExtract(); ++number)
         if (!QFileInfo::exists(directory + frameName(number)))
             return false;
-    }
     return true;
 }
 

@@ -20,10 +20,9 @@ QStringList RawCorrections::arguments() const
         {QStringLiteral("--exposure"), exposure == 0 ? QString() : exposureValueText(exposure)},
     };
     QStringList arguments;
-    for (const auto &[option, value] : options) {
+    for (const auto &[option, value] : options)
         if (!value.isEmpty())
             arguments << option << value;
-    }
     if (repairsColumns)
         arguments << QStringLiteral("--repair-columns");
     return arguments;

@@ -32,10 +32,9 @@ void ToolRun::begin(const ToolCall &call)
 
 void ToolRun::receivedLine(const QString &line, TaskWrapper &)
 {
-    for (const QLatin1String mark : {QLatin1String("[UNUSABLE] "), QLatin1String("[ERROR] ")}) {
+    for (const QLatin1String mark : {QLatin1String("[UNUSABLE] "), QLatin1String("[ERROR] ")})
         if (line.startsWith(mark))
             m_reason = line.sliced(mark.size());
-    }
 }
 
 QString ToolRun::reason() const

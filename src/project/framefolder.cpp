@@ -120,10 +120,9 @@ bool nameFiles(const QString &movie)
     const QDir folder(unfinishedFolder(movie));
     const QStringList entries = folderEntries(folder.path());
     qsizetype number = 0;
-    for (const QString &entry : entries.filter(frame)) {
+    for (const QString &entry : entries.filter(frame))
         if (!rename(folder.filePath(entry), folder.filePath(frameName(movie, number++))))
             return false;
-    }
     const QString sound = extractedName + QStringLiteral(".wav");
     return !entries.contains(sound) ||
            rename(folder.filePath(sound), folder.filePath(nameOf(movie) + QStringLiteral(".wav")));

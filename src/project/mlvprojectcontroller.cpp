@@ -347,10 +347,9 @@ QStringList MLVProjectController::toolNames(bool blendsAlternatingRows,
 /// A run that died may have been asked for another format. Returns what hinders this run's.
 QString MLVProjectController::clearUnfinishedMovies() const
 {
-    for (const QString &extension : movieExtensions()) {
+    for (const QString &extension : movieExtensions())
         if (const QString movie = pathWithExtension(m_mlvPath, extension); movie != moviePath())
             MovieMark::clear(movie);
-    }
     return MovieMark::clear(moviePath(), movieKind());
 }
 
@@ -534,10 +533,9 @@ void MLVProjectController::mergeNextPair()
 /// Of any worker: what hinders one dcraw mostly hinders all.
 QByteArray MLVProjectController::lastConversionFailure() const
 {
-    for (const auto &unit : m_dcRawProcesses) {
+    for (const auto &unit : m_dcRawProcesses)
         if (QByteArray failure = unit->lastFailure(); !failure.isEmpty())
             return failure;
-    }
     return {};
 }
 
@@ -550,10 +548,9 @@ QMap<QString, QStringList> MLVProjectController::lastToolLines() const
         {"ffmpeg", m_ffmpegTask->lastOutput()},
     };
     QMap<QString, QStringList> lines;
-    for (const auto &[tool, output] : outputs) {
+    for (const auto &[tool, output] : outputs)
         if (!output.isEmpty())
             lines.insert(QString::fromLatin1(tool), lastLines(output));
-    }
     return lines;
 }
 

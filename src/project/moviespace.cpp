@@ -39,10 +39,9 @@ double bytesOfPixel(const Recipe &recipe)
 {
     const qsizetype option = recipe.video.indexOf(QLatin1String("-profile:v"));
     const QString profile = option < 0 ? QString() : recipe.video.value(option + 1);
-    for (const EncodedFrames &frames : evenFrames) {
+    for (const EncodedFrames &frames : evenFrames)
         if (recipe.videoEncoder() == frames.encoder && profile == frames.profile)
             return frames.bytesOfPixel * (recipe.developsHalfSize() ? 0.25 : 1);
-    }
     return 0;
 }
 

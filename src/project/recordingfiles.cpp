@@ -31,10 +31,9 @@ QStringList filesOf(const QString &path, FolderListing &listing)
     const QFileInfo recording(path);
     const std::string stem = QFile::encodeName(recording.completeBaseName()).toStdString();
     QStringList parts;
-    for (const std::string &name : listing.namesIn(recording.dir().filesystemPath())) {
+    for (const std::string &name : listing.namesIn(recording.dir().filesystemPath()))
         if (isPartOf(stem, name))
             parts << recording.dir().filePath(QFile::decodeName(name.c_str()));
-    }
     parts.sort(Qt::CaseInsensitive);
     return QStringList{path} + parts;
 }

@@ -90,10 +90,9 @@ double usualSeconds(WorkStage stage, const RecordingWork &work)
     if (!work.settings.flows())
         return usualSecondsAlone(stage, work);
     double seconds = 0;
-    if (stage == WorkStage::Encoding) {
+    if (stage == WorkStage::Encoding)
         for (const WorkStage part : countedStages)
             seconds += usualSecondsAlone(part, work);
-    }
     return seconds;
 }
 

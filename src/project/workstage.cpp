@@ -19,11 +19,10 @@ quint64 blendedFrames(const CR2HDRTask &blender)
     const QStringList lines = blender.logs();
     const QStringList names = blender.arguments();
     quint64 told = 0;
-    for (const QString &line : lines) {
+    for (const QString &line : lines)
         if (told < static_cast<quint64>(names.size()) &&
             line.startsWith(names.at(static_cast<qsizetype>(told)) + QLatin1String(" : ")))
             ++told;
-    }
     return told;
 }
 

@@ -42,10 +42,9 @@ std::shared_ptr<SLOutlet> SLPipeline::output() const
 
 void SLPipeline::setOutput(const std::shared_ptr<SLOutlet> &output)
 {
-    for (const auto &entry : m_outputs) {
+    for (const auto &entry : m_outputs)
         if (const auto previous = entry.lock(); previous && previous->m_pipeline == this)
             previous->m_pipeline = nullptr;
-    }
     m_outputs.clear();
     if (output)
         addOutput(output);
@@ -65,10 +64,9 @@ void SLPipeline::setValue(const QVariant &value)
         m_values.push_back(value);
     }
     // Told without the lock: the units take their manager's first and then this one.
-    for (const auto &entry : m_outputs) {
+    for (const auto &entry : m_outputs)
         if (const auto output = entry.lock())
             output->valueArrived();
-    }
 }
 
 QVariant SLPipeline::value()

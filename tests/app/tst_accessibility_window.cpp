@@ -37,11 +37,10 @@ const QString b = QStringLiteral("b.MLV");
 /// Part of a control that is one for a person.
 bool isInside(const QWidget &widget)
 {
-    for (const QWidget *parent = widget.parentWidget(); parent; parent = parent->parentWidget()) {
+    for (const QWidget *parent = widget.parentWidget(); parent; parent = parent->parentWidget())
         if (qobject_cast<const QComboBox *>(parent) ||
             qobject_cast<const QAbstractSpinBox *>(parent))
             return true;
-    }
     return qobject_cast<const QHeaderView *>(&widget) ||
            widget.objectName().startsWith(QLatin1String("qt_")) ||
            widget.inherits("QTableCornerButton");
@@ -77,10 +76,9 @@ QString described(const QWidget &widget)
 QList<QWidget *> controls(const FakeWindow &window)
 {
     QList<QWidget *> found;
-    for (QWidget *widget : window.delegate->window()->findChildren<QWidget *>()) {
+    for (QWidget *widget : window.delegate->window()->findChildren<QWidget *>())
         if (isControl(*widget))
             found << widget;
-    }
     return found;
 }
 
@@ -187,10 +185,9 @@ QStringList textsBelow(const QAccessibleInterface &place)
     QStringList texts{QStringLiteral("%1: %2").arg(
         QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(place.role())),
         place.text(QAccessible::Name))};
-    for (int child = 0; child < place.childCount(); ++child) {
+    for (int child = 0; child < place.childCount(); ++child)
         if (const QAccessibleInterface *below = place.child(child))
             texts += textsBelow(*below);
-    }
     return texts;
 }
 

@@ -34,10 +34,9 @@ QStringList recentEntries(const FakeWindow &window)
 {
     QStringList entries;
     const auto *menu = window.widget<QMenu>(QStringLiteral("recentMenu"));
-    for (const QAction *entry : menu->actions()) {
+    for (const QAction *entry : menu->actions())
         if (!entry->isSeparator())
             entries << entry->text();
-    }
     return entries;
 }
 

@@ -94,10 +94,9 @@ QList<QStringList> averagings(const FakeWindow &window)
 QStringList substractions(const FakeWindow &window)
 {
     QStringList outputs;
-    for (const QStringList &call : window.tools.calls(QStringLiteral("mlv_dump"))) {
+    for (const QStringList &call : window.tools.calls(QStringLiteral("mlv_dump")))
         if (call.constFirst() == QLatin1String("-s"))
             outputs << QFileInfo(call.at(3)).fileName();
-    }
     return outputs;
 }
 

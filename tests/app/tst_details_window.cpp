@@ -91,10 +91,9 @@ void TestDetailsWindow::toolsLinesAreShownAndCopied()
                  qPrintable(log->toPlainText()));
     QTRY_VERIFY(details(window)->wholeText().contains(QLatin1String("\nWarnings: ")));
     auto *buttons = details(window)->findChild<QDialogButtonBox *>();
-    for (QAbstractButton *button : buttons->buttons()) {
+    for (QAbstractButton *button : buttons->buttons())
         if (buttons->buttonRole(button) == QDialogButtonBox::ActionRole)
             button->click();
-    }
     const QString copied = QGuiApplication::clipboard()->text();
     QCOMPARE(copied, details(window)->wholeText());
     QVERIFY(copied.startsWith(QStringLiteral("a.MLV\n")));

@@ -77,10 +77,9 @@ private Q_SLOTS:
         window.pressStart();
         window.waitForEnd();
         QStringList extractions;
-        for (const QStringList &call : window.conversionCalls(QStringLiteral("mlv_dump"))) {
+        for (const QStringList &call : window.conversionCalls(QStringLiteral("mlv_dump")))
             if (call.constFirst() == QLatin1String("--dng"))
                 extractions << call.mid(5).join(QLatin1Char(' ')).section(QLatin1Char('/'), 0, 0);
-        }
         QCOMPARE(extractions, (QStringList{QStringLiteral("-o "),
                                            QStringLiteral("--white-balance auto --exposure 1 "
                                                           "-o ")}));

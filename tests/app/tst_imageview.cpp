@@ -23,10 +23,9 @@ QRect areaOf(const QImage &view, const QColor &colour)
 {
     QRect area;
     for (int y = 0; y < view.height(); ++y) {
-        for (int x = 0; x < view.width(); ++x) {
+        for (int x = 0; x < view.width(); ++x)
             if (view.pixelColor(x, y) == colour)
                 area |= QRect(x, y, 1, 1);
-        }
     }
     return area;
 }
@@ -35,10 +34,9 @@ QRect areaOf(const QImage &view, const QColor &colour)
 QImage map(const QSize &size)
 {
     QImage image(size, QImage::Format_RGB32);
-    for (int y = 0; y < size.height(); ++y) {
+    for (int y = 0; y < size.height(); ++y)
         for (int x = 0; x < size.width(); ++x)
             image.setPixel(x, y, qRgb(x % 256, y % 256, x / 256 + 16 * (y / 256)));
-    }
     return image;
 }
 
@@ -101,10 +99,9 @@ void TestImageView::emptyViewSaysWhatItIsFor()
     QCOMPARE(empty.size(), QSize(300, 200) * density);
     const QRgb background = empty.pixel(1, 1);
     bool hasText = false;
-    for (int x = 0; x < empty.width(); ++x) {
+    for (int x = 0; x < empty.width(); ++x)
         for (int y = empty.height() / 3; y < 2 * empty.height() / 3; ++y)
             hasText = hasText || empty.pixel(x, y) != background;
-    }
     QVERIFY(hasText);
     QVERIFY(view.image().isNull());
     QCOMPARE(view.accessibleName(), QStringLiteral("Preview"));
@@ -148,10 +145,9 @@ void TestImageView::imageIsAsSharpAsTheScreen()
     ImageView view;
     view.resize(200, 100);
     QImage stripes = plain(view.size() * density, Qt::white);
-    for (int y = 0; y < stripes.height(); ++y) {
+    for (int y = 0; y < stripes.height(); ++y)
         for (int x = 0; x < stripes.width(); x += 2)
             stripes.setPixelColor(x, y, Qt::black);
-    }
     view.setImage(stripes);
     const QImage shown = view.grab().toImage().convertToFormat(stripes.format());
     QCOMPARE(shown.size(), stripes.size());

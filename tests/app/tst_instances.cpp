@@ -59,10 +59,9 @@ private:
     QStringList readRecordings() const
     {
         QStringList recordings;
-        for (const QStringList &call : m_tools->tools.calls(QStringLiteral("mlv_dump"))) {
+        for (const QStringList &call : m_tools->tools.calls(QStringLiteral("mlv_dump")))
             if (call.contains(QStringLiteral("-m")))
                 recordings << call.constLast();
-        }
         return recordings;
     }
     QString makeRecording(const QString &name) const

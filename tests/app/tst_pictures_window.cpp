@@ -14,10 +14,9 @@ const QString mlvDump = QStringLiteral("mlv_dump");
 QStringList pictured(const FakeWindow &window)
 {
     QStringList names;
-    for (const QStringList &call : window.tools.calls(mlvDump)) {
+    for (const QStringList &call : window.tools.calls(mlvDump))
         if (call.constLast().contains(QLatin1String("filmwright-preview-")))
             names << QFileInfo(call.filter(QStringLiteral(".MLV")).value(0)).fileName();
-    }
     return names;
 }
 

@@ -277,10 +277,9 @@ void TestPreviewWindow::marksAreTheFramesOfTheMovie()
     window.pressStart();
     window.waitForEnd();
     QStringList ranges;
-    for (const QStringList &call : window.conversionCalls(mlvDump)) {
+    for (const QStringList &call : window.conversionCalls(mlvDump))
         if (call.constFirst() == QLatin1String("--dng"))
             ranges << call.at(4);
-    }
     QCOMPARE(ranges, QStringList({QStringLiteral("2-4"), QStringLiteral("0-0")}));
 }
 
@@ -294,10 +293,9 @@ void TestPreviewWindow::marksChangeHowRowsAreBlended()
     window.waitForFrame();
     const auto surveyed = [&window] {
         QStringList ranges;
-        for (const QStringList &call : window.previewCalls(mlvDump)) {
+        for (const QStringList &call : window.previewCalls(mlvDump))
             if (call.contains(QLatin1String("--survey-frames")))
                 ranges << call.at(4);
-        }
         return ranges;
     };
     QCOMPARE(surveyed(), QStringList{QStringLiteral("0-0")});

@@ -65,10 +65,9 @@ public:
         QObject::connect(table()->model(), &QAbstractItemModel::dataChanged, table(), [this] {
             const QStringList now = states();
             seen.resize(now.size());
-            for (qsizetype i = 0; i < now.size(); ++i) {
+            for (qsizetype i = 0; i < now.size(); ++i)
                 if (seen.at(i).isEmpty() || seen.at(i).constLast() != now.at(i))
                     seen[i] << now.at(i);
-            }
         });
     }
 

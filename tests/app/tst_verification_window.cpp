@@ -48,10 +48,9 @@ void TestVerificationWindow::selectedRowsAreVerifiedOneAfterTheOther()
     window.action(verify)->trigger();
     QTRY_COMPARE(window.status(), QStringLiteral("Verification ended"));
     QStringList verified;
-    for (const QStringList &call : window.tools.calls(QStringLiteral("mlv_dump"))) {
+    for (const QStringList &call : window.tools.calls(QStringLiteral("mlv_dump")))
         if (call.constFirst() == QLatin1String("--verify"))
             verified << call.at(1);
-    }
     verified.sort();
     QCOMPARE(verified, (QStringList{window.recordings() + QLatin1Char('/') + a,
                                     window.recordings() + QLatin1Char('/') + b}));

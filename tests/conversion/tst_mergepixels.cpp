@@ -112,10 +112,9 @@ void tst_MergePixels::latticePairsEqualTheReference()
                                          100, 127, 128, 160, 200, 253, 254, 255};
     Bytes colours;
     for (const std::uint8_t red : levels) {
-        for (const std::uint8_t green : levels) {
+        for (const std::uint8_t green : levels)
             for (const std::uint8_t blue : levels)
                 colours.insert(colours.end(), {red, green, blue});
-        }
     }
     for (std::size_t i = 0; i < colours.size(); i += 3) {
         Bytes first;

@@ -123,11 +123,9 @@ void tst_TiffBitmap::writtenIsReadBack_data()
 {
     QTest::addColumn<int>("samples");
     QTest::addColumn<int>("bits");
-    for (const int samples : {1, 2, 3, 4, 5}) {
-        for (const int bits : {8, 16}) {
+    for (const int samples : {1, 2, 3, 4, 5})
+        for (const int bits : {8, 16})
             QTest::addRow("%d samples of %d bits", samples, bits) << samples << bits;
-        }
-    }
 }
 
 void tst_TiffBitmap::writtenIsReadBack()

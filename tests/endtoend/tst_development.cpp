@@ -214,10 +214,9 @@ void TestDevelopment::clippedWhiteStaysWhite()
     constexpr int top = 96;
     constexpr int side = 28;
     for (int y = top; y < top + side; ++y) {
-        for (int x = left; x < left + side; ++x) {
+        for (int x = left; x < left + side; ++x)
             for (int channel = 0; channel < 3; ++channel)
                 mean[channel] += pixels.at((y * 640 + x) * 3 + channel) / 257.0 / (side * side);
-        }
     }
     const auto [least, most] = std::minmax_element(mean.cbegin(), mean.cend());
     QVERIFY2(*most - *least <= 4, qPrintable(QString::number(*most - *least)));

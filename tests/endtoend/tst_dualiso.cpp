@@ -159,12 +159,11 @@ void TestDualIso::secondStartMergesNothingAgain()
         QVERIFY(cli.waitForEnd());
         const QFileInfoList merged = hdr.entryInfoList(QDir::Files);
         QCOMPARE(merged.size(), 3);
-        for (qsizetype frame = 0; frame < merged.size(); ++frame) {
+        for (qsizetype frame = 0; frame < merged.size(); ++frame)
             if (run == 0)
                 written << merged.at(frame).lastModified();
             else
                 QCOMPARE(merged.at(frame).lastModified(), written.at(frame));
-        }
     }
 }
 

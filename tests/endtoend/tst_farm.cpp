@@ -47,11 +47,10 @@ QList<QStringList> jobs(const QString &log)
 {
     QFile file(log);
     QList<QStringList> rows;
-    if (file.open(QIODevice::ReadOnly)) {
+    if (file.open(QIODevice::ReadOnly))
         for (const QString &line :
              QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts).mid(1))
             rows << line.split(QLatin1Char('\t'));
-    }
     return rows;
 }
 

@@ -55,10 +55,9 @@ void TestLocale::recordingIsConvertedWithoutAWordAboutTheLocale()
                   QStringLiteral("env | grep -E '^(LC_[A-Z]+|LANG)=' >'%1'; exec %2 \"$@\"")
                       .arg(seen, realTool(QStringLiteral("ffmpeg"))));
     CommandLine cli;
-    for (const QString &key : cli.environment.keys()) {
+    for (const QString &key : cli.environment.keys())
         if (key.startsWith(QLatin1String("LC_")) || key == QLatin1String("LANG"))
             cli.environment.remove(key);
-    }
     if (!variable.isEmpty())
         cli.environment.insert(variable, locale);
     QVERIFY(cli.run({QStringLiteral("convert"), path(QStringLiteral("Übung 映画.MLV"))}));

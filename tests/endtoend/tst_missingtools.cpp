@@ -110,10 +110,9 @@ void TestMissingTools::otherCommandsNameTheirToolToo()
 {
     QFETCH(QString, command);
     QFETCH(QString, tool);
-    for (const char *name : {"mlv_dump", "dcraw", "ffmpeg", "cr2hdr"}) {
+    for (const char *name : {"mlv_dump", "dcraw", "ffmpeg", "cr2hdr"})
         if (tool != QLatin1String(name))
             m_tools->addTool(QString::fromUtf8(name), QStringLiteral("exit 0"));
-    }
     QStringList arguments{command};
     if (command == QLatin1String("info"))
         arguments << m_clip;
@@ -153,9 +152,8 @@ void TestMissingTools::listOfToolsTellsWhatDevelops()
     provideAllBut(QString());
     const QTemporaryDir others;
     const QString path = other.isEmpty() ? QString() : others.path() + u'/' + other;
-    if (!other.isEmpty()) {
+    if (!other.isEmpty())
         QVERIFY(QFile::link(realTool(QStringLiteral("ffmpeg")), path)); // isn't run
-    }
     m_cli->environment.insert(QStringLiteral("PATH"), others.path());
     m_cli->environment.insert(QStringLiteral("FILMWRIGHT_DCRAW"), isForced ? path : QString());
 

@@ -46,10 +46,9 @@ void SmallDisk::fill(qint64 free)
     QFile file(filler());
     QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
     // What the run writes or removes meanwhile counts, too.
-    for (qint64 excess = available() - free; excess > 0; excess = available() - free) {
+    for (qint64 excess = available() - free; excess > 0; excess = available() - free)
         if (file.write(QByteArray(excess, '\0')) <= 0)
             return;
-    }
 }
 
 qint64 SmallDisk::available() const

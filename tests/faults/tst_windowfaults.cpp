@@ -84,10 +84,9 @@ void TestWindowFaults::strike()
     const Order &order = strike.strike.order;
     const WindowRehearsal plain = rehearsalOf(order, false);
     const WindowRehearsal calibrated = rehearsalOf(order, true);
-    for (const WindowRehearsal &rehearsal : {plain, calibrated}) {
+    for (const WindowRehearsal &rehearsal : {plain, calibrated})
         for (const QByteArray &movie : rehearsal.movies)
             QVERIFY(!movie.isEmpty());
-    }
     WindowScene scene(footageFor(order), strike, plain, calibrated);
     const QStringList complaints = scene.play();
     m_endings[QString::fromUtf8(QTest::currentDataTag())] = scene.ending();

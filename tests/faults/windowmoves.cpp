@@ -24,10 +24,9 @@ void WindowScene::launch()
 void WindowScene::openAll()
 {
     QStringList paths;
-    for (const QString &name : entries(m_window->recordings())) {
+    for (const QString &name : entries(m_window->recordings()))
         if (name.endsWith(QLatin1String(".MLV")))
             paths << path(name);
-    }
     m_window->open(paths);
     const auto isRead = [this] {
         return m_window->action(QStringLiteral("sourceItem"))->isEnabled() || toolHangs();

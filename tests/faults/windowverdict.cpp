@@ -74,10 +74,9 @@ void WindowScene::checkRemoved()
 {
     const QStringList queue = m_window->queue();
     for (const QString &entry : entries(m_window->temporary(QString()))) {
-        for (const QString &name : m_footage.recordings.keys()) {
+        for (const QString &name : m_footage.recordings.keys())
             if (entry.startsWith(name) && !queue.contains(name))
                 complain(QStringLiteral("%1 is left of what was removed").arg(entry));
-        }
     }
 }
 

@@ -11,13 +11,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const auto stream = std::as_bytes(std::span(data, size));
     try {
         const auto count = raw::losslessJpegShape(stream).sampleCount();
-        if (count / 8 > size) {
+        if (count / 8 > size)
             return 0; // nobody who reads a recording gets this far
-        }
         std::vector<std::uint16_t> samples(count);
-        if (raw::decodeLosslessJpeg(stream, samples) > size) {
+        if (raw::decodeLosslessJpeg(stream, samples) > size)
             std::abort();
-        }
     } catch (const raw::Error &) {
         return 0;
     }

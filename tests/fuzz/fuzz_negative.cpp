@@ -13,9 +13,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     static const int file = ::memfd_create("frame", 0);
-    if (::ftruncate(file, 0) != 0 || ::pwrite(file, data, size, 0) != static_cast<ssize_t>(size)) {
+    if (::ftruncate(file, 0) != 0 || ::pwrite(file, data, size, 0) != static_cast<ssize_t>(size))
         return 0;
-    }
     dcraw::Options options;
     options.file = "/proc/self/fd/" + std::to_string(file);
     options.cameraWhiteBalance = true;

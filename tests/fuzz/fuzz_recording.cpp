@@ -21,9 +21,8 @@ public:
     void fill(const std::uint8_t *data, std::size_t size) const
     {
         if (::ftruncate(m_descriptor, 0) != 0 ||
-            ::pwrite(m_descriptor, data, size, 0) != static_cast<ssize_t>(size)) {
+            ::pwrite(m_descriptor, data, size, 0) != static_cast<ssize_t>(size))
             std::abort();
-        }
     }
     std::string path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
 

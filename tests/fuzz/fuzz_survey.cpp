@@ -15,9 +15,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     static const int survey = ::memfd_create("survey", MFD_CLOEXEC);
     static const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (::ftruncate(survey, 0) != 0 ||
-        ::pwrite(survey, data, size, 0) != static_cast<ssize_t>(size)) {
+        ::pwrite(survey, data, size, 0) != static_cast<ssize_t>(size))
         std::abort();
-    }
     mlvdump::Options options;
     options.mode = mlvdump::Mode::Frames;
     options.input = "corpus/survey.MLV";

@@ -30,10 +30,9 @@ FakeTools::FakeTools(int frames)
     , m_verification(QStringLiteral("echo Processed 1 video frames; echo Done"))
 {
     for (const QString &header :
-         {QStringLiteral("EXPO"), QStringLiteral("IDNT"), QStringLiteral("LENS")}) {
+         {QStringLiteral("EXPO"), QStringLiteral("IDNT"), QStringLiteral("LENS")})
         for (int line = 1; line <= linesPerBlock; ++line)
             m_blocks[header][line] = QStringLiteral("f/1");
-    }
     writeTiff(path(QStringLiteral("whole.tiff")));
     writeMovie(path(QStringLiteral("whole.mov")), frames);
     writeMlvDump();

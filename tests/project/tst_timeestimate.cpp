@@ -108,10 +108,9 @@ std::vector<Moment> recordedRun(const QString &name)
         QString stage;
         lines >> moment.second >> stage >> moment.position.done >> Qt::ws;
         for (const WorkStage known : {WorkStage::Extracting, WorkStage::Converting,
-                                      WorkStage::Encoding, WorkStage::Finished}) {
+                                      WorkStage::Encoding, WorkStage::Finished})
             if (stageName(known) == stage)
                 moment.position.stage = known;
-        }
         moment.position.frames = 400;
         moments.push_back(moment);
     }

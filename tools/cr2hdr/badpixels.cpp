@@ -37,20 +37,17 @@ public:
         };
         // Most values are done with here.
         if (isBetween(row[static_cast<std::size_t>(mirrored(x - 2, m_frame.width))],
-                      row[static_cast<std::size_t>(mirrored(x + 2, m_frame.width))])) {
+                      row[static_cast<std::size_t>(mirrored(x + 2, m_frame.width))]))
             return value;
-        }
         Neighbours around = neighbours(x, y);
         const auto [least, most] = std::minmax_element(around.begin(), around.end());
-        if (isBetween(*least, *most)) {
+        if (isBetween(*least, *most))
             return value;
-        }
         const bool hot = value > *most + margin(*most, y) && *most < m_clippedFrom;
         // Dark points are common in pictures; a dead pixel shows in an even place.
         const bool cold = value < *least - margin(*least / 2, y) && *most < 2 * *least;
-        if (!hot && !cold) {
+        if (!hot && !cold)
             return value;
-        }
         std::nth_element(around.begin(), around.begin() + 4, around.end());
         return around[4];
     }
@@ -96,9 +93,8 @@ void repairBadPixels(Frame &frame, const Model &model, int threads)
     parallelRows(frame.height, threads, [&](int first, int end) {
         for (int y = first; y < end; ++y) {
             auto row = frame.row(y);
-            for (int x = 0; x < frame.width; ++x) {
+            for (int x = 0; x < frame.width; ++x)
                 row[static_cast<std::size_t>(x)] = repair.repaired(x, y);
-            }
         }
     });
 }

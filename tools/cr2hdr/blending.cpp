@@ -30,11 +30,9 @@ constexpr float meanUncertainty = 0.36F;
 void matchExposures(Frame &frame, const Model &model)
 {
     for (int y = 0; y < frame.height; ++y) {
-        if (model.pattern.isHigh(y)) {
-            for (float &value : frame.row(y)) {
+        if (model.pattern.isHigh(y))
+            for (float &value : frame.row(y))
                 value = model.matched(value);
-            }
-        }
     }
 }
 
@@ -75,9 +73,8 @@ public:
         float toInterpolated =
             pair.nativeVariance / (pair.nativeVariance + pair.interpolatedVariance + errorVariance);
         const float trusted = trust(pair.high);
-        if (!m_pattern.isHigh(y)) {
+        if (!m_pattern.isHigh(y))
             return pair.low + trusted * toInterpolated * (pair.high - pair.low);
-        }
         const float both = pair.high + toInterpolated * (pair.low - pair.high);
         // A saturated value is a lower bound of the light.
         return trusted * both + (1 - trusted) * std::max(pair.low, pair.high);
@@ -128,9 +125,8 @@ Frame interpolated(const Frame &frame, const Model &model, int threads)
     const float clippedFrom = model.matched(model.clippedFrom);
     parallelRows(frame.height, threads, [&](int first, int end) {
         Interpolation interpolation(frame, model.pattern);
-        for (int y = first; y < end; ++y) {
+        for (int y = first; y < end; ++y)
             interpolation.fillRow(y, clippedFrom, result.row(y));
-        }
     });
     return result;
 }
@@ -148,9 +144,8 @@ void blend(Frame &frame, const Model &model, int threads)
     parallelRows(frame.height, threads, [&](int first, int end) {
         for (int y = first; y < end; ++y) {
             auto row = errors.row(y);
-            for (std::size_t x = 0; x < row.size(); ++x) {
+            for (std::size_t x = 0; x < row.size(); ++x)
                 row[x] = weighed.errorAt(x, y);
-            }
         }
     });
     errors = boxMean(errors, errorReachX, errorReachY, threads);
@@ -158,9 +153,8 @@ void blend(Frame &frame, const Model &model, int threads)
         for (int y = first; y < end; ++y) {
             auto row = frame.row(y);
             const auto errorRow = errors.row(y);
-            for (std::size_t x = 0; x < row.size(); ++x) {
+            for (std::size_t x = 0; x < row.size(); ++x)
                 row[x] = weighed.blendedAt(x, y, errorRow[x]);
-            }
         }
     });
 }

@@ -30,9 +30,8 @@ bool ExposureMatching::areAlike(float one, float other) const
 void ExposureMatching::add(const Frame &frame, const RowPattern &pattern)
 {
     for (int y = 4; y + 4 < frame.height; ++y) {
-        if (!pattern.isHigh(y)) {
+        if (!pattern.isHigh(y))
             continue;
-        }
         const auto highAbove = frame.row(y - 4);
         const auto lowAbove = frame.row(y - 2);
         const auto high = frame.row(y);
@@ -43,9 +42,8 @@ void ExposureMatching::add(const Frame &frame, const RowPattern &pattern)
             // so that neither is favoured.
             const float around = (high[x - 2] + high[x + 2]) / 2;
             if (around > shareOfClipped * m_clippedFrom || !areAlike(high[x - 2], high[x + 2]) ||
-                !areAlike(highAbove[x], highBelow[x]) || !areAlike(highAbove[x], around)) {
+                !areAlike(highAbove[x], highBelow[x]) || !areAlike(highAbove[x], around))
                 continue;
-            }
             const float bin = binsPerStop * std::log2(1 + std::max(0.0F, around));
             Bin &sums = m_bins[std::min(static_cast<std::size_t>(bin), m_bins.size() - 1)];
             sums.low += static_cast<double>(lowAbove[x] + lowBelow[x]) / 2;
@@ -67,9 +65,8 @@ std::optional<ExposureMatch> ExposureMatching::match() const
         double lowLow = 0;
         double lowHigh = 0;
         for (const Bin &bin : m_bins) {
-            if (bin.count < fewestValues) {
+            if (bin.count < fewestValues)
                 continue;
-            }
             const double x = bin.low / bin.count;
             const double y = bin.high / bin.count;
             const double expected = 1 + expectedMisfit * std::abs(y);
@@ -83,9 +80,8 @@ std::optional<ExposureMatch> ExposureMatching::match() const
             lowHigh += weight * x * y;
         }
         const double spread = weights * lowLow - low * low;
-        if (!(spread > 0)) {
+        if (!(spread > 0))
             return std::nullopt;
-        }
         gain = (weights * lowHigh - low * high) / spread;
         offset = (high - gain * low) / weights;
     }

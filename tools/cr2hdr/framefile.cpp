@@ -36,9 +36,8 @@ std::string textOf(const dng::RawFile &file, std::uint16_t tag)
 {
     const auto &fields = file.directories().image.fields();
     const auto found = fields.find(tag);
-    if (found == fields.end()) {
+    if (found == fields.end())
         return {};
-    }
     const std::vector<std::byte> &data = found->second.data;
     const std::string text(reinterpret_cast<const char *>(data.data()), data.size());
     return text.substr(0, text.find('\0'));
@@ -65,9 +64,8 @@ Frame readFrame(const dng::RawFile &file)
 std::uint64_t originOf(const dng::RawFile &file)
 {
     std::string names;
-    for (const auto tag : {tag::reelName, tag::uniqueCameraModel, tag::cameraSerialNumber}) {
+    for (const auto tag : {tag::reelName, tag::uniqueCameraModel, tag::cameraSerialNumber})
         names += textOf(file, tag) + '\n';
-    }
     return std::hash<std::string>()(names);
 }
 

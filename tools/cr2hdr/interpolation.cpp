@@ -67,9 +67,8 @@ void Interpolation::takeRows(int y)
     m_nearIsAbove = m_pattern.isHigh(y + 3) != m_pattern.isHigh(y); // row y − 1, modulo 4
     const int toNear = m_nearIsAbove ? -1 : 1;
     m_hasNear = exists(y + toNear) && exists(y - 2) && exists(y + 2);
-    if (m_hasNear) {
+    if (m_hasNear)
         m_near.take(m_frame, y + toNear);
-    }
 }
 
 // Adds the sums over a strip of columns to the costs.
@@ -77,9 +76,8 @@ template <typename Unlikeness>
 void Interpolation::addCosts(const Unlikeness &unlikeness)
 {
     float strip = 0;
-    for (int x = -stripReach; x < stripReach; ++x) {
+    for (int x = -stripReach; x < stripReach; ++x)
         strip += unlikeness(x);
-    }
     for (int x = 0; x < m_frame.width; ++x) {
         strip += unlikeness(x + stripReach);
         m_costs[static_cast<std::size_t>(x)] += strip;
@@ -98,9 +96,8 @@ void Interpolation::chooseShifts(bool fromLow, float clippedFrom)
             const float middle = *m_native.at(x);
             // No edge goes from dark to dark through a saturated place.
             if (fromLow && middle >= clippedFrom &&
-                std::max(above, below) < clearlyBelow * clippedFrom) {
+                std::max(above, below) < clearlyBelow * clippedFrom)
                 return m_frame.saturation;
-            }
             // What both ends have in common may not be in the middle: stripes fit stripes.
             const auto unlikeMiddle = [&](float end) {
                 return std::abs(std::min(end, clippedFrom) - std::min(middle, clippedFrom));
@@ -122,9 +119,8 @@ void Interpolation::chooseShifts(bool fromLow, float clippedFrom)
 Interpolation::NearGreen Interpolation::nearGreen(int x, int shift) const
 {
     const int way = m_nearIsAbove ? -shift / 2 : shift / 2;
-    if (way % 2 != 0) {
+    if (way % 2 != 0)
         return {*m_near.at(x + way), *m_near.at(x + way), 0};
-    }
     const float left = *m_near.at(x + way - 1);
     const float right = *m_near.at(x + way + 1);
     return {(left + right) / 2, std::max(left, right), std::abs(left - right)};
@@ -133,9 +129,8 @@ Interpolation::NearGreen Interpolation::nearGreen(int x, int shift) const
 float Interpolation::valueAt(int x, int y, float above, float below, int shift) const
 {
     const float mean = (above + below) / 2;
-    if (!m_hasNear || !m_frame.isGreen(x, y)) {
+    if (!m_hasNear || !m_frame.isGreen(x, y))
         return mean;
-    }
     // The neighbouring row is nearer, but its greens are beside the place: good between rows that
     // differ, bad between columns that do.
     const NearGreen near = nearGreen(x, shift);
@@ -163,15 +158,13 @@ std::optional<float> Interpolation::wayToAbove(int x, int shift, float clippedFr
         const float native = *m_native.at(neighbour);
         const float above = *m_above.at(neighbour - shift);
         const float below = *m_below.at(neighbour + shift);
-        if (native >= clippedFrom || std::abs(above - below) < tellingShare * (above + below)) {
+        if (native >= clippedFrom || std::abs(above - below) < tellingShare * (above + below))
             return std::nullopt;
-        }
         ways[static_cast<std::size_t>(side)] =
             std::clamp((native - below) / (above - below), 0.0F, 1.0F);
     }
-    if (std::abs(ways[0] - ways[1]) > mostDisagreement) {
+    if (std::abs(ways[0] - ways[1]) > mostDisagreement)
         return std::nullopt;
-    }
     return (ways[0] + ways[1]) / 2;
 }
 
@@ -180,13 +173,11 @@ float Interpolation::saturatedValueAt(int x, int y, int shift, float clippedFrom
 {
     const float above = *m_above.at(x - shift);
     const float below = *m_below.at(x + shift);
-    if (const auto way = wayToAbove(x, shift, clippedFrom)) {
+    if (const auto way = wayToAbove(x, shift, clippedFrom))
         return std::max(below + *way * (above - below), clippedFrom);
-    }
     const float brighter = std::max(above, below);
-    if (brighter >= clippedFrom && std::min(above, below) < clearlyBelow * clippedFrom) {
+    if (brighter >= clippedFrom && std::min(above, below) < clearlyBelow * clippedFrom)
         return brighter; // of an edge this is the bright side
-    }
     return valueAt(x, y, above, below, shift);
 }
 

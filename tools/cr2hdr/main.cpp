@@ -55,9 +55,8 @@ Options parseOptions(std::span<char *const> arguments)
     for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
         const std::string_view text = *argument;
         const auto value = [&]() -> std::filesystem::path {
-            if (++argument == arguments.end() || std::string_view(*argument).empty()) {
+            if (++argument == arguments.end() || std::string_view(*argument).empty())
                 throw UsageError("an option needs a file");
-            }
             return *argument;
         };
         if (optionsEnded || !text.starts_with('-')) {
@@ -75,23 +74,19 @@ Options parseOptions(std::span<char *const> arguments)
             throw UsageError("unknown option");
         }
     }
-    if (options.frames.empty()) {
+    if (options.frames.empty())
         throw UsageError("no file is given");
-    }
-    if (!options.writtenSurvey.empty() && !options.knownSurvey.empty()) {
+    if (!options.writtenSurvey.empty() && !options.knownSurvey.empty())
         throw UsageError("a survey is either written or used");
-    }
     return options;
 }
 
 bool run(const Options &options)
 {
-    if (!options.writtenSurvey.empty()) {
+    if (!options.writtenSurvey.empty())
         return dualiso::surveyRecording(options.frames, options.writtenSurvey);
-    }
-    if (!options.knownSurvey.empty()) {
+    if (!options.knownSurvey.empty())
         return dualiso::blendSurveyed(options.frames, options.knownSurvey);
-    }
     return dualiso::blendRecording(options.frames);
 }
 

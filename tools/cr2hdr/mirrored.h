@@ -7,9 +7,8 @@ namespace dualiso {
 /// that it has the same filter colour. `at` is less than `count` positions outside.
 constexpr int mirrored(int at, int count)
 {
-    if (at < 0) {
+    if (at < 0)
         return -at;
-    }
     return at < count ? at : 2 * (count - 1) - at;
 }
 

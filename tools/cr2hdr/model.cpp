@@ -24,13 +24,11 @@ std::optional<Model> measure(std::span<const Frame> frames, const RowPattern &pa
     const float step = frames.front().step;
     const Noise highNoise = highRows.noise(step);
     ExposureMatching matching(saturation.clippedFrom(), highNoise);
-    for (const Frame &frame : frames) {
+    for (const Frame &frame : frames)
         matching.add(frame, pattern);
-    }
     const auto match = matching.match();
-    if (!match || match->gain < leastGain) {
+    if (!match || match->gain < leastGain)
         return std::nullopt;
-    }
     return Model{pattern, *match, saturation.clippedFrom(), lowRows.noise(step), highNoise};
 }
 

@@ -27,9 +27,8 @@ double trimmedVariance(std::vector<float> differences)
     const auto smaller = [](float a, float b) { return std::abs(a) < std::abs(b); };
     std::nth_element(differences.begin(), differences.begin() + kept, differences.end(), smaller);
     double sum = 0;
-    for (auto value = differences.begin(); value != differences.begin() + kept; ++value) {
+    for (auto value = differences.begin(); value != differences.begin() + kept; ++value)
         sum += static_cast<double>(*value) * static_cast<double>(*value);
-    }
     return sum / static_cast<double>(kept) / keptVariance / varianceOfDifference;
 }
 
@@ -37,9 +36,8 @@ double trimmedVariance(std::vector<float> differences)
 
 std::size_t NoiseMeasurement::binOf(float light)
 {
-    if (light <= firstBinLight) {
+    if (light <= firstBinLight)
         return 0;
-    }
     const float bin = 1 + binsPerStop * std::log2(light / firstBinLight);
     return std::min(static_cast<std::size_t>(bin), binCount - 1);
 }
@@ -49,15 +47,13 @@ void NoiseMeasurement::add(const Frame &frame, const RowPattern &pattern, bool h
     // Every row of a small frame; of a large one no more than fill the bins several times over.
     const int pairsApart = std::max(1, frame.height / 400) * 4;
     for (int y = 0; y < frame.height; ++y) {
-        if (pattern.isHigh(y) != highRows || y % pairsApart >= 4) {
+        if (pattern.isHigh(y) != highRows || y % pairsApart >= 4)
             continue;
-        }
         const auto row = frame.row(y);
         for (std::size_t x = 2; x + 2 < row.size(); ++x) {
             const float around = (row[x - 2] + row[x + 2]) / 2;
-            if (std::max({row[x - 2], row[x], row[x + 2]}) > 0.9F * frame.saturation) {
+            if (std::max({row[x - 2], row[x], row[x + 2]}) > 0.9F * frame.saturation)
                 continue;
-            }
             const std::size_t bin = binOf(around);
             if (m_differences[bin].size() < enoughDifferences) {
                 m_differences[bin].push_back(row[x] - around);
@@ -84,9 +80,8 @@ Noise NoiseMeasurement::noise(float step) const
     const double rounding = static_cast<double>(step) * static_cast<double>(step) / 12;
     Noise noise;
     const std::vector<Point> measured = points();
-    if (measured.empty()) {
+    if (measured.empty())
         return noise;
-    }
     const auto quietest = std::min_element(
         measured.begin(), measured.end(),
         [](const Point &one, const Point &other) { return one.variance < other.variance; });
@@ -94,11 +89,9 @@ Noise NoiseMeasurement::noise(float step) const
 
     // Texture only ever adds to the differences, so the smaller of the slopes are the noise's.
     std::vector<double> slopes;
-    for (const Point &point : measured) {
-        if (point.light > quietest->light + 4 * std::sqrt(read)) {
+    for (const Point &point : measured)
+        if (point.light > quietest->light + 4 * std::sqrt(read))
             slopes.push_back(std::max(0.0, point.variance - read) / point.light);
-        }
-    }
     double slope = 0;
     if (!slopes.empty()) {
         const auto quarter = slopes.begin() + static_cast<std::ptrdiff_t>(slopes.size() / 4);

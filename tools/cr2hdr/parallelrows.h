@@ -14,9 +14,8 @@ void parallelRows(int height, int threads, const Work &work)
 {
     std::vector<std::jthread> others;
     const int share = (height + threads - 1) / threads;
-    for (int first = share; first < height; first += share) {
+    for (int first = share; first < height; first += share)
         others.emplace_back(work, first, std::min(first + share, height));
-    }
     work(0, std::min(share, height));
 }
 

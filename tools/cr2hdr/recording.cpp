@@ -30,9 +30,8 @@ struct Outcome
 Outcome blendFrame(const std::filesystem::path &path, const Survey &survey, int threads)
 {
     const dng::RawFile file(path);
-    if (isBlended(file)) {
+    if (isBlended(file))
         return {true, std::string(leftAsItIs) + "blended before"};
-    }
     if (file.format() != survey.format) {
         return {false,
                 std::string(notBlended) + "has another size, depth or level than the others"};
@@ -46,9 +45,8 @@ Outcome blendFrame(const std::filesystem::path &path, const Survey &survey, int 
     search.add(frame);
     const Finding finding = search.finding();
     // A frame that leaves it open is blended like the rest, or the picture would jump.
-    if (finding == Finding::NotDualIso) {
+    if (finding == Finding::NotDualIso)
         return {true, std::string(leftAsItIs) + "not dual ISO"};
-    }
     if (finding == Finding::DualIso && search.pattern() != survey.model->pattern) {
         return {false, std::string(notBlended) + "other rows are bright than in the others: " +
                            search.pattern().letters()};
@@ -83,9 +81,8 @@ bool blendFrames(std::span<const std::filesystem::path> paths, const std::option
     const auto blend = [&](std::size_t i) {
         const Outcome outcome = attempt(paths[i], survey, threadsOfFrame);
         log.tell(i, labelOf(paths[i]), outcome.text);
-        if (!outcome.ok) {
+        if (!outcome.ok)
             allOk = false;
-        }
     };
     parallel::shareWork(paths.size(), workers, [&] { return blend; });
     return allOk;
@@ -96,9 +93,8 @@ bool blendFrames(std::span<const std::filesystem::path> paths, const std::option
 bool blendRecording(std::span<const std::filesystem::path> paths)
 {
     const auto found = survey(paths);
-    if (found) {
+    if (found)
         printFindings(*found);
-    }
     return blendFrames(paths, found);
 }
 

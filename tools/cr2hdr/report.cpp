@@ -63,9 +63,8 @@ void printFindings(const Survey &survey)
 std::string labelOf(const std::filesystem::path &path)
 {
     std::string label = path.string();
-    if (label.size() > largestLabel) {
+    if (label.size() > largestLabel)
         label = "..." + label.substr(label.size() - largestLabel);
-    }
     std::replace_if(
         label.begin(), label.end(),
         [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }, '?');

@@ -25,9 +25,8 @@ constexpr std::uint64_t leastPairs = 200;
 std::string RowPattern::letters() const
 {
     std::string letters;
-    for (const bool isHighRow : high) {
+    for (const bool isHighRow : high)
         letters += isHighRow ? 'H' : 'L';
-    }
     return letters;
 }
 
@@ -41,9 +40,8 @@ void PatternSearch::add(const Frame &frame)
         for (std::size_t x = 0; x < upper.size(); ++x) {
             const auto [less, more] = std::minmax(upper[x], lower[x]);
             const bool saturated = more > most && less > clearlyUnsaturated * frame.saturation;
-            if (more < leastLight || saturated) {
+            if (more < leastLight || saturated)
                 continue;
-            }
             const float stops = std::log2(std::max(1.0F, lower[x]) / std::max(1.0F, upper[x]));
             const long bin = std::lround((stops + largestStops) * stepsPerStop);
             ++histogram[static_cast<std::size_t>(bin)];
@@ -62,25 +60,21 @@ double PatternSearch::medianStops(std::size_t rowClass) const
     const std::uint64_t half = pairs(rowClass) / 2;
     std::uint64_t counted = 0;
     std::size_t bin = 0;
-    for (; counted <= half; ++bin) {
+    for (; counted <= half; ++bin)
         counted += m_ratios[rowClass][bin];
-    }
     return (static_cast<double>(bin) - 1) / stepsPerStop - largestStops;
 }
 
 Finding PatternSearch::finding() const
 {
-    for (std::size_t rowClass = 0; rowClass < m_ratios.size(); ++rowClass) {
-        if (pairs(rowClass) < leastPairs) {
+    for (std::size_t rowClass = 0; rowClass < m_ratios.size(); ++rowClass)
+        if (pairs(rowClass) < leastPairs)
             return Finding::Unclear;
-        }
-    }
     for (const std::size_t rowClass : {std::size_t{0}, std::size_t{1}}) {
         const double down = medianStops(rowClass);
         const double downAgain = medianStops(rowClass + 2);
-        if (down * downAgain >= 0 || std::abs(down - downAgain) / 2 < leastContrastStops) {
+        if (down * downAgain >= 0 || std::abs(down - downAgain) / 2 < leastContrastStops)
             return Finding::NotDualIso;
-        }
     }
     return Finding::DualIso;
 }

@@ -33,9 +33,8 @@ float SaturationSearch::clippedFrom() const
     const auto all = std::accumulate(m_counts.begin(), m_counts.end(), 0.0);
     double above = 0;
     std::size_t level = m_counts.size();
-    while (level > 0 && above < all * believableShare) {
+    while (level > 0 && above < all * believableShare)
         above += m_counts[--level];
-    }
     return margin * static_cast<float>(level);
 }
 

@@ -23,11 +23,9 @@ bool isUsable(const std::filesystem::path &path)
 std::optional<std::size_t> usableFrom(std::span<const std::filesystem::path> paths,
                                       std::size_t index, std::size_t end)
 {
-    for (; index < end; ++index) {
-        if (isUsable(paths[index])) {
+    for (; index < end; ++index)
+        if (isUsable(paths[index]))
             return index;
-        }
-    }
     return std::nullopt;
 }
 
@@ -79,9 +77,8 @@ void judge(Survey &survey, std::vector<Frame> frames)
     for (std::size_t i = 0; i < frames.size(); ++i) {
         const bool hasPattern =
             kinds[i].finding == Finding::DualIso && kinds[i].pattern == *pattern;
-        if (hasPattern || kinds[i].finding == Finding::Unclear) {
+        if (hasPattern || kinds[i].finding == Finding::Unclear)
             measured.push_back(std::move(frames[i]));
-        }
     }
     survey.model = measure(measured, *pattern);
     survey.obstacle = survey.model ? Obstacle::None : Obstacle::Unmatched;
@@ -112,22 +109,19 @@ std::optional<Survey> survey(std::span<const std::filesystem::path> paths)
     begins.push_back(paths.size());
     for (std::size_t part = 0; part + 1 < begins.size(); ++part) {
         const auto index = usableFrom(paths, begins[part], begins[part + 1]);
-        if (!index) {
+        if (!index)
             continue;
-        }
         try {
             const dng::RawFile file(paths[*index]);
             found = found.value_or(Survey{file.format(), originOf(file), {}, Obstacle::None});
-            if (file.format() == found->format) {
+            if (file.format() == found->format)
                 frames.push_back(readFrame(file));
-            }
         } catch (const raw::Error &) {
             continue; // told when its turn comes
         }
     }
-    if (frames.empty()) {
+    if (frames.empty())
         return std::nullopt;
-    }
     judge(*found, std::move(frames));
     return found;
 }

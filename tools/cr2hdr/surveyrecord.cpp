@@ -20,9 +20,8 @@ void addFormat(SurveyWriter &writer, const dng::RawFormat &format)
 {
     writer.begin("format").add(format.width).add(format.height).add(format.bitsPerSample);
     writer.add(format.blackLevel).add(format.whiteLevel);
-    for (const auto colour : format.colours) {
+    for (const auto colour : format.colours)
         writer.add(colour);
-    }
 }
 
 dng::RawFormat takeFormat(SurveyReader &reader)
@@ -34,9 +33,8 @@ dng::RawFormat takeFormat(SurveyReader &reader)
     format.bitsPerSample = reader.number<int>();
     format.blackLevel = reader.number<std::uint32_t>();
     format.whiteLevel = reader.number<std::uint32_t>();
-    for (auto &colour : format.colours) {
+    for (auto &colour : format.colours)
         colour = reader.number<std::uint8_t>();
-    }
     return format;
 }
 
@@ -46,9 +44,8 @@ void addModel(SurveyWriter &writer, const Model &model)
     writer.begin("exposure").add(model.exposure.gain).add(model.exposure.offset);
     writer.add(model.clippedFrom);
     writer.begin("noise");
-    for (const auto &noise : {model.lowNoise, model.highNoise}) {
+    for (const auto &noise : {model.lowNoise, model.highNoise})
         writer.add(noise.readVariance).add(noise.varianceOfLight);
-    }
 }
 
 RowPattern takePattern(SurveyReader &reader)
@@ -60,9 +57,8 @@ RowPattern takePattern(SurveyReader &reader)
                            [](char letter) { return letter == 'H'; });
     const bool isDual =
         std::ranges::count(pattern.high, true) == 2 && pattern.high[0] != pattern.high[2];
-    if (letters != pattern.letters() || !isDual) {
+    if (letters != pattern.letters() || !isDual)
         SurveyReader::throwDamaged();
-    }
     return pattern;
 }
 
@@ -90,9 +86,8 @@ void requireOrigin(const Survey &survey, std::span<const std::filesystem::path> 
 {
     for (const auto &path : frames) {
         try {
-            if (originOf(dng::RawFile(path)) != survey.origin) {
+            if (originOf(dng::RawFile(path)) != survey.origin)
                 throw surveyfile::SurveyError("The survey is of another recording");
-            }
             return;
         } catch (const raw::Error &) {
             continue;
@@ -108,9 +103,8 @@ void writeSurvey(const Survey &survey, const std::filesystem::path &path)
     writer.begin("recording").add(survey.origin);
     addFormat(writer, survey.format);
     writer.begin("obstacle").add(static_cast<int>(survey.obstacle));
-    if (survey.model) {
+    if (survey.model)
         addModel(writer, *survey.model);
-    }
     writer.write(path);
 }
 
@@ -123,9 +117,8 @@ Survey readSurvey(const std::filesystem::path &path, std::span<const std::filesy
     survey.format = takeFormat(reader);
     reader.begin("obstacle");
     survey.obstacle = Obstacle(reader.number<int>(0, static_cast<int>(Obstacle::Unmatched)));
-    if (survey.obstacle == Obstacle::None) {
+    if (survey.obstacle == Obstacle::None)
         survey.model = takeModel(reader);
-    }
     reader.end();
     requireOrigin(survey, frames);
     return survey;

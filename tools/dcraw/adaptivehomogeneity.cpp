@@ -33,9 +33,8 @@ void AdaptiveHomogeneity::read(int first, Picture &rows)
     if (m_next != first + border) // not where the last call ended
         start(first);
     for (int y = first; y < end; ++y) {
-        while (m_next <= y + border) {
+        while (m_next <= y + border)
             advance();
-        }
         const int row = y - first;
         const int width = m_development.width;
         if (!isInside(y, border)) {
@@ -132,9 +131,8 @@ void AdaptiveHomogeneity::makePreferences(int row)
     bool wide = false;
     for (std::size_t d = 0; d < 2; ++d) {
         Range range;
-        for (int y = row - 1; y <= row + 1; ++y) {
+        for (int y = row - 1; y <= row + 1; ++y)
             range.include(m_ranges[static_cast<unsigned>(y) % m_ranges.size()][d]);
-        }
         wide = wide || range.high - range.low > largestNarrowDifference;
     }
     for (int half = 0; half < 2; ++half) {

@@ -45,16 +45,14 @@ std::optional<int> takeNumber(std::string_view &text)
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
     if (text.starts_with('+')) {
         text.remove_prefix(1);
-        if (text.starts_with('-')) {
+        if (text.starts_with('-'))
             return std::nullopt;
-        }
     }
     int number = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
     require(error != std::errc::result_out_of_range, "has a list of bad pixels with large numbers");
-    if (error != std::errc()) {
+    if (error != std::errc())
         return std::nullopt;
-    }
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     return number;
 }
@@ -78,9 +76,8 @@ public:
         , m_height(height)
         , m_samples(static_cast<std::size_t>(width) * static_cast<std::size_t>(height))
     {
-        for (int row = 0; row < height; ++row) {
+        for (int row = 0; row < height; ++row)
             rows.read(row, {&at(0, row), static_cast<std::size_t>(width)});
-        }
     }
 
     [[nodiscard]] bool holds(int column, int row) const
@@ -101,9 +98,8 @@ public:
                 }
             }
         }
-        if (count > 0) { // always, in a picture of the least size
+        if (count > 0) // always, in a picture of the least size
             at(column, row) = static_cast<std::uint16_t>(sum / count);
-        }
     }
 
     std::vector<std::uint16_t> take() { return std::move(m_samples); }
@@ -132,9 +128,8 @@ std::vector<BadPixel> readBadPixels(const std::string &path)
         const auto column = takeNumber(line);
         const auto row = column ? takeNumber(line) : std::nullopt;
         const auto since = row ? takeNumber(line) : std::nullopt;
-        if (since) {
+        if (since)
             pixels.push_back({*column, *row, *since});
-        }
     }
     return pixels;
 }
@@ -146,9 +141,8 @@ void requireNoDefaultList()
         std::error_code error;
         require(fs::symlink_status(folder / ".badpixels", error).type() == fs::file_type::not_found,
                 "would be developed with a list of bad pixels");
-        if (folder == folder.root_path()) {
+        if (folder == folder.root_path())
             return;
-        }
     }
 }
 
@@ -158,11 +152,9 @@ std::unique_ptr<SampleRows> withoutBadPixels(const SampleRows &samples,
                                              std::time_t pictureTime)
 {
     Picture picture(samples, development.width, development.height);
-    for (const BadPixel &pixel : pixels) {
-        if (picture.holds(pixel.column, pixel.row) && pixel.since <= pictureTime) {
+    for (const BadPixel &pixel : pixels)
+        if (picture.holds(pixel.column, pixel.row) && pixel.since <= pictureTime)
             picture.replace(pixel.column, pixel.row);
-        }
-    }
     const auto width = static_cast<std::size_t>(development.width);
     return std::make_unique<DecodedRows>(picture.take(), 0, width, width);
 }

@@ -16,9 +16,8 @@ void Bilinear::read(int first, Picture &rows)
     if (m_next != first + 1)
         m_next = std::max(first - 1, 0);
     for (int y = first; y < end; ++y) {
-        for (; m_next <= std::min(y + 1, m_development.height - 1); ++m_next) {
+        for (; m_next <= std::min(y + 1, m_development.height - 1); ++m_next)
             m_light.make(m_next);
-        }
         m_light.interpolate(y, 0, m_development.width, rows, y - first);
     }
 }

@@ -24,9 +24,8 @@ public:
     void number(std::size_t place, Number value)
     {
         auto bytes = std::bit_cast<std::array<std::byte, sizeof value>>(value);
-        if constexpr (order != std::endian::native) {
+        if constexpr (order != std::endian::native)
             std::reverse(bytes.begin(), bytes.end());
-        }
         put(place, bytes);
     }
 

@@ -42,11 +42,9 @@ Matrix product(const DoubleMatrix &left, const Matrix &right)
 {
     Matrix result{};
     for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t j = 0; j < 3; ++j) {
-            for (std::size_t k = 0; k < 3; ++k) {
+        for (std::size_t j = 0; j < 3; ++j)
+            for (std::size_t k = 0; k < 3; ++k)
                 result[i][j] = static_cast<float>(result[i][j] + left[i][k] * right[k][j]);
-            }
-        }
     }
     return result;
 }
@@ -62,17 +60,13 @@ RgbToCamera rgbToCamera(const DoubleMatrix &colorMatrix)
 {
     RgbToCamera result;
     for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t j = 0; j < 3; ++j) {
-            for (std::size_t k = 0; k < 3; ++k) {
+        for (std::size_t j = 0; j < 3; ++j)
+            for (std::size_t k = 0; k < 3; ++k)
                 result.matrix[i][j] += colorMatrix[i][k] * rgbToXyz[k][j];
-            }
-        }
-        for (const double value : result.matrix[i]) {
+        for (const double value : result.matrix[i])
             result.rowSums[i] += value;
-        }
-        for (double &value : result.matrix[i]) {
+        for (double &value : result.matrix[i])
             value /= result.rowSums[i];
-        }
     }
     return result;
 }
@@ -84,31 +78,25 @@ DoubleMatrix inverseOfSquare(const DoubleMatrix &matrix)
     std::array<std::array<double, 6>, 3> work{};
     for (std::size_t i = 0; i < 3; ++i) {
         work[i][i + 3] = 1;
-        for (std::size_t j = 0; j < 3; ++j) {
-            for (std::size_t k = 0; k < 3; ++k) {
+        for (std::size_t j = 0; j < 3; ++j)
+            for (std::size_t k = 0; k < 3; ++k)
                 work[i][j] += matrix[k][i] * matrix[k][j];
-            }
-        }
     }
     for (std::size_t i = 0; i < 3; ++i) {
         const double pivot = work[i][i];
-        for (double &value : work[i]) {
+        for (double &value : work[i])
             value /= pivot;
-        }
         for (std::size_t k = 0; k < 3; ++k) {
-            if (k == i) {
+            if (k == i)
                 continue;
-            }
             const double factor = work[k][i];
-            for (std::size_t j = 0; j < 6; ++j) {
+            for (std::size_t j = 0; j < 6; ++j)
                 work[k][j] -= work[i][j] * factor;
-            }
         }
     }
     DoubleMatrix inverse{};
-    for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i)
         std::copy(work[i].begin() + 3, work[i].end(), inverse[i].begin());
-    }
     return inverse;
 }
 
@@ -119,9 +107,8 @@ Matrix pseudoInverse(const DoubleMatrix &matrix)
     for (std::size_t i = 0; i < 3; ++i) {
         for (std::size_t j = 0; j < 3; ++j) {
             double sum = 0;
-            for (std::size_t k = 0; k < 3; ++k) {
+            for (std::size_t k = 0; k < 3; ++k)
                 sum += inverse[j][k] * matrix[i][k];
-            }
             result[j][i] = static_cast<float>(sum);
         }
     }
@@ -150,9 +137,8 @@ CameraColour cameraColour(const std::array<std::array<double, 3>, 3> &colorMatri
     CameraColour colour{};
     colour.cameraToRgb = pseudoInverse(camera.matrix);
     colour.cameraToXyz = relativeXyz(colour.cameraToRgb);
-    for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i)
         colour.daylight[i] = static_cast<float>(1 / camera.rowSums[i]);
-    }
     colour.daylight[3] = colour.daylight[1];
     return colour;
 }

@@ -14,9 +14,8 @@ Cores::Cores()
 void Cores::takeElsewhere(std::jthread &thread) const
 {
     const int own = ::sched_getcpu();
-    if (m_count < 2 || own < 0) {
+    if (m_count < 2 || own < 0)
         return;
-    }
     cpu_set_t others = m_set;
     CPU_CLR(static_cast<unsigned>(own), &others);
     ::pthread_setaffinity_np(thread.native_handle(), sizeof others, &others);
@@ -24,9 +23,8 @@ void Cores::takeElsewhere(std::jthread &thread) const
 
 void Cores::useAll() const
 {
-    if (m_count > 1) {
+    if (m_count > 1)
         ::sched_setaffinity(0, sizeof m_set, &m_set);
-    }
 }
 
 } // namespace dcraw

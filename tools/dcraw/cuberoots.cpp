@@ -35,9 +35,8 @@ using Bits = std::array<std::uint32_t, 65536>;
 constexpr Bits bitsOf(const std::array<float, 65536> &values)
 {
     Bits bits{};
-    for (std::size_t i = 0; i < values.size(); ++i) {
+    for (std::size_t i = 0; i < values.size(); ++i)
         bits[i] = std::bit_cast<std::uint32_t>(values[i]);
-    }
     return bits;
 }
 
@@ -45,11 +44,9 @@ constexpr Bits bitsOf(const std::array<float, 65536> &values)
 constexpr std::uint32_t hash(const Bits &values)
 {
     std::uint32_t result = 0x811c9dc5;
-    for (const std::uint32_t value : values) {
-        for (unsigned shift = 0; shift < 32; shift += 8) {
+    for (const std::uint32_t value : values)
+        for (unsigned shift = 0; shift < 32; shift += 8)
             result = (result ^ ((value >> shift) & 0xff)) * 0x01000193;
-        }
-    }
     return result;
 }
 

@@ -26,9 +26,8 @@ public:
     void read(int row, std::span<std::uint16_t> samples) const override
     {
         std::size_t start = m_first + static_cast<std::size_t>(row) * m_stride;
-        for (; !samples.empty(); samples = samples.subspan(m_width), start += m_stride) {
+        for (; !samples.empty(); samples = samples.subspan(m_width), start += m_stride)
             std::copy_n(&m_samples[start], m_width, samples.begin());
-        }
     }
 
 private:

@@ -57,9 +57,8 @@ public:
     [[nodiscard]] std::optional<std::array<Value, count>> values(std::uint16_t tag) const
     {
         const dng::Field *field = find(tag);
-        if (field == nullptr) {
+        if (field == nullptr)
             return std::nullopt;
-        }
         std::array<Value, count> values{};
         require(field->type == fieldType<Value> && field->data.size() == sizeof values,
                 "has a field of an unusual type");
@@ -93,9 +92,8 @@ public:
     [[nodiscard]] std::optional<std::string> text(std::uint16_t tag) const
     {
         const dng::Field *field = find(tag);
-        if (field == nullptr) {
+        if (field == nullptr)
             return std::nullopt;
-        }
         require(field->type == dng::FieldType::Ascii, "has a field of an unusual type");
         std::string text(field->data.size(), '\0');
         std::transform(field->data.begin(), field->data.end(), text.begin(),

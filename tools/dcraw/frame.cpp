@@ -34,9 +34,8 @@ std::array<std::array<std::uint8_t, 2>, 2> pattern(const Negative &negative)
 
 Interpolation interpolation(const Options &options)
 {
-    if (options.halfSize) {
+    if (options.halfSize)
         return Interpolation::HalfSize;
-    }
     return options.quality == 0 ? Interpolation::Bilinear : Interpolation::AdaptiveHomogeneity;
 }
 
@@ -75,9 +74,8 @@ void setColour(const Negative &negative, const Options &options, Development &de
             "has or is given an extreme white balance");
     development.cameraToXyz = colour.cameraToXyz;
     development.convertsColour = options.colourSpace != 0;
-    if (development.convertsColour) {
+    if (development.convertsColour)
         development.cameraToOutput = cameraToOutput(colour.cameraToRgb, options.colourSpace);
-    }
 }
 
 Development developmentOf(const Negative &negative, const Options &options)
@@ -103,9 +101,8 @@ std::vector<std::byte> profileOf(const Options &options)
 {
     const double power = std::floor(meanPower(toneCurve(options.gamma.value_or(Gamma{}))) + 0.5);
     require(power >= 1 && power <= 32766, "is to get an extreme curve");
-    if (options.colourSpace == 0) {
+    if (options.colourSpace == 0)
         return {};
-    }
     const auto profile = colourProfile(options.colourSpace, static_cast<std::uint16_t>(power));
     return {profile.begin(), profile.end()};
 }

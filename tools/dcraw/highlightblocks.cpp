@@ -24,9 +24,8 @@ std::uint16_t largest(const std::uint16_t *values, std::size_t columns)
     const hn::ScalableTag<std::uint16_t> tag;
     auto result = hn::Zero(tag);
     std::size_t x = 0;
-    for (; x + hn::Lanes(tag) <= columns; x += hn::Lanes(tag)) {
+    for (; x + hn::Lanes(tag) <= columns; x += hn::Lanes(tag))
         result = hn::Max(result, hn::LoadU(tag, values + x));
-    }
     HWY_ALIGN std::uint16_t lanes[hn::MaxLanes(hn::ScalableTag<std::uint16_t>())];
     hn::Store(result, tag, lanes);
     const std::uint16_t ofVectors = *std::max_element(lanes, lanes + hn::Lanes(tag));

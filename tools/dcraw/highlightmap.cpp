@@ -34,9 +34,8 @@ HighlightMap::HighlightMap(const Development &development)
 bool HighlightMap::examine(const RowGroup &group)
 {
     bool isSaturated = false;
-    for (Colour &colour : m_colours) {
+    for (Colour &colour : m_colours)
         isSaturated = noteRatios(colour, group) || isSaturated;
-    }
     return isSaturated;
 }
 
@@ -67,9 +66,8 @@ HighlightRebuilder::HighlightRebuilder(const HighlightMap &map, int mostRows)
     : m_map(map)
 {
     const int blocks = mostRows / map.blockSize() + 2 * HighlightMap::reach;
-    for (std::size_t i = 0; i < map.colours().size(); ++i) {
+    for (std::size_t i = 0; i < map.colours().size(); ++i)
         m_grids.emplace_back(map.width(), blocks);
-    }
 }
 
 /// Blocks further away than the reach have no influence, so that those between are all that has to

@@ -70,9 +70,8 @@ std::uint64_t spreadRow(const float *above, const float *here, const float *belo
         const auto bit = static_cast<std::size_t>(std::countr_zero(wanted));
         const std::size_t end = std::min((bit + 1) * chunk, width);
         bool hasChanged = false;
-        for (std::size_t first = bit * chunk; first < end; first += hn::Lanes(floatTag)) {
+        for (std::size_t first = bit * chunk; first < end; first += hn::Lanes(floatTag))
             hasChanged = spreadVector(above, here, below, result, first, width) || hasChanged;
-        }
         changed |= std::uint64_t{hasChanged} << bit;
     }
     return changed;
@@ -104,9 +103,8 @@ void RatioGrid::spread(int passes)
 {
     m_changed.assign(static_cast<std::size_t>(m_rows) + 2, ~std::uint64_t{0});
     m_changing.assign(m_changed.size(), 0);
-    while (passes > 0 && spreadOnce()) {
+    while (passes > 0 && spreadOnce())
         --passes;
-    }
 }
 
 bool RatioGrid::spreadOnce()

@@ -29,9 +29,8 @@ void useLargePages()
     void *const heap = std::malloc(reserved);
     void *aligned = heap;
     std::size_t space = reserved;
-    if (heap != nullptr && std::align(largePage, largePage, aligned, space) != nullptr) {
+    if (heap != nullptr && std::align(largePage, largePage, aligned, space) != nullptr)
         madvise(aligned, space / largePage * largePage, MADV_HUGEPAGE);
-    }
     std::free(heap);
 }
 

@@ -42,9 +42,8 @@ void LightRows::interpolate(int y, int first, int end, Picture &rows, int row) c
     const int lastRow = m_development.height - 1;
     const int lastColumn = m_development.width - 1;
     if (y == 0 || y == lastRow) {
-        for (int x = first; x < end; ++x) {
+        for (int x = first; x < end; ++x)
             interpolateAtEdge(y, x, rows, row);
-        }
         return;
     }
     if (first == 0)

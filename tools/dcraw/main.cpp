@@ -70,12 +70,10 @@ int printAbout()
 
 int main(int argc, char *argv[])
 {
-    if (argc == 2 && argv[1] == std::string_view("--filmwright")) {
+    if (argc == 2 && argv[1] == std::string_view("--filmwright"))
         return printAbout();
-    }
-    if (dcraw::forcedDcraw()) {
+    if (dcraw::forcedDcraw())
         return dcraw::handOver(argv, {});
-    }
     dcraw::useLargePages();
     const std::span arguments(argv, static_cast<std::size_t>(argc));
     std::string subject = "the command line";

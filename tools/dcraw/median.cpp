@@ -17,9 +17,8 @@ void subtract(const Picture &picture, int colour, int y, Differences &result)
 {
     const std::uint16_t *values = picture.row(colour, y);
     const std::uint16_t *greens = picture.row(1, y);
-    for (std::size_t x = 0; x < result.size(); ++x) {
+    for (std::size_t x = 0; x < result.size(); ++x)
         result[x] = values[x] - greens[x];
-    }
 }
 
 void sort(std::int32_t &first, std::int32_t &second)
@@ -48,9 +47,8 @@ class RowFilter
 public:
     explicit RowFilter(int width)
     {
-        for (Differences *row : {&m_above, &m_here, &m_below, &m_low, &m_middle, &m_high}) {
+        for (Differences *row : {&m_above, &m_here, &m_below, &m_low, &m_middle, &m_high})
             row->resize(static_cast<std::size_t>(width));
-        }
     }
 
     void filter(const Share &share, int colour, Picture &picture)

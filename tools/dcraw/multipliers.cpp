@@ -14,9 +14,8 @@ using Multipliers = std::array<float, 4>;
 Multipliers ofCamera(const std::array<double, 3> &neutral)
 {
     Multipliers result{};
-    for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i)
         result[i] = static_cast<float>(1 / neutral[i]);
-    }
     result[3] = result[1];
     return result;
 }
@@ -27,23 +26,19 @@ Multipliers given(const std::array<double, 4> &numbers)
     Multipliers result{};
     std::transform(numbers.begin(), numbers.end(), result.begin(),
                    [](double number) { return static_cast<float>(number); });
-    if (result[1] == 0) {
+    if (result[1] == 0)
         result[1] = 1;
-    }
-    if (result[3] == 0) {
+    if (result[3] == 0)
         result[3] = result[1];
-    }
     return result;
 }
 
 Multipliers chosen(const Negative &negative, const Options &options, const CameraColour &colour)
 {
-    if (options.cameraWhiteBalance) {
+    if (options.cameraWhiteBalance)
         return ofCamera(negative.neutral);
-    }
-    if (options.multipliers && static_cast<float>(options.multipliers->front()) != 0) {
+    if (options.multipliers && static_cast<float>(options.multipliers->front()) != 0)
         return given(*options.multipliers);
-    }
     return colour.daylight;
 }
 
@@ -69,9 +64,8 @@ std::array<float, 4> multipliers(const Negative &negative, const Options &option
     const auto [smallest, largest] = std::minmax_element(result.begin(), result.end());
     requireOrdinary(*smallest, *largest);
     const float one = options.highlights == 0 ? *smallest : *largest;
-    for (float &multiplier : result) {
+    for (float &multiplier : result)
         multiplier /= one;
-    }
     return result;
 }
 

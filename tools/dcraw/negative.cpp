@@ -79,9 +79,8 @@ double quotient(Ratio ratio)
 std::string text(const Fields &fields, std::uint16_t tag, std::size_t size)
 {
     const auto bytes = fields.text(tag);
-    if (!bytes) {
+    if (!bytes)
         return {};
-    }
     const std::size_t end = bytes->find('\0');
     require(end != std::string::npos, "has a text without an end");
     return bytes->substr(0, std::min(end, size));
@@ -90,9 +89,8 @@ std::string text(const Fields &fields, std::uint16_t tag, std::size_t size)
 std::time_t timeOf(const Fields &fields, std::uint16_t tag)
 {
     const auto bytes = fields.text(tag);
-    if (!bytes) {
+    if (!bytes)
         return 0;
-    }
     require(bytes->size() == 20, "has a date of another form");
     return parseTime(*bytes);
 }
@@ -149,9 +147,8 @@ std::array<std::uint8_t, 4> pattern(const Fields &fields)
 double pixelAspect(const Fields &fields)
 {
     const auto scale = fields.values<dng::Rational, 2>(tag::defaultScale);
-    if (!scale) {
+    if (!scale)
         return 1;
-    }
     const double horizontal = quotient((*scale)[0]);
     const double vertical = quotient((*scale)[1]);
     require(horizontal > 0 && vertical > 0, "has an impossible scale");
@@ -204,9 +201,8 @@ void readColour(const Fields &fields, Negative &negative)
     negative.white = fields.needed<std::uint32_t>(tag::whiteLevel);
     require(negative.white > negative.black, "has impossible levels");
     const auto matrix = fields.needed<dng::SRational, 9>(tag::colorMatrix1);
-    for (std::size_t i = 0; i < matrix.size(); ++i) {
+    for (std::size_t i = 0; i < matrix.size(); ++i)
         negative.colorMatrix[i / 3][i % 3] = quotient(matrix[i]);
-    }
     const auto neutral = fields.needed<dng::Rational, 3>(tag::asShotNeutral);
     std::transform(neutral.begin(), neutral.end(), negative.neutral.begin(),
                    quotient<dng::Rational>);
@@ -230,9 +226,8 @@ void readExif(const Fields &exif, Negative &negative)
     negative.fNumber = exifValue(exif, tag::fNumber);
     negative.focalLength = exifValue(exif, tag::focalLength);
     negative.iso = exif.value<std::uint16_t>(tag::isoSpeedRatings).value_or(0);
-    if (const std::time_t time = timeOf(exif, tag::dateTimeOriginal); time > 0) {
+    if (const std::time_t time = timeOf(exif, tag::dateTimeOriginal); time > 0)
         negative.time = time;
-    }
 }
 
 Texts readTexts(const Fields &fields)
@@ -260,9 +255,8 @@ Negative readNegative(const raw::File &file)
     readColour(fields, negative);
     negative.texts = readTexts(fields);
     negative.time = timeOf(fields, tag::dateTime);
-    if (const auto exif = fields.value<std::uint32_t>(tag::exifIfd)) {
+    if (const auto exif = fields.value<std::uint32_t>(tag::exifIfd))
         readExif(Fields(reader.entries(*exif), exifTags), negative);
-    }
     return negative;
 }
 

@@ -16,9 +16,8 @@ public:
 /// Throws NotCovered with the reason unless the condition holds.
 inline void require(bool condition, const char *reason)
 {
-    if (!condition) [[unlikely]] {
+    if (!condition) [[unlikely]]
         throw NotCovered(reason);
-    }
 }
 
 } // namespace dcraw

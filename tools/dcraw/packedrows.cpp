@@ -107,9 +107,8 @@ public:
                                                                        2 * groupSize + padding);
         m_file.read(m_offset + (m_top + static_cast<std::size_t>(row)) * m_rowBytes,
                     {bytes.get(), rows * m_rowBytes});
-        for (std::size_t i = 0; i < rows; ++i) {
+        for (std::size_t i = 0; i < rows; ++i)
             m_unpack(bytes.get() + i * m_rowBytes, m_left, samples.subspan(i * m_width, m_width));
-        }
     }
 
 private:

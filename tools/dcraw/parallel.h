@@ -33,9 +33,8 @@ void onThreads(unsigned threads, const Work &work)
     } catch (const std::system_error &) {
     }
     work();
-    for (auto &result : results) {
+    for (auto &result : results)
         result.get();
-    }
 }
 
 } // namespace dcraw

@@ -15,12 +15,11 @@ using Planes = std::array<const std::uint16_t *, 3>;
 template <typename Sample>
 std::byte *put(Sample sample, std::byte *result)
 {
-    if constexpr (std::endian::native == std::endian::little) {
+    if constexpr (std::endian::native == std::endian::little)
         std::memcpy(result, &sample, sizeof(Sample));
-    } else {
+    else
         for (std::size_t i = 0; i < sizeof(Sample); ++i)
             result[i] = static_cast<std::byte>((sample >> (8 * i)) & 0xff);
-    }
     return result + sizeof(Sample);
 }
 
@@ -49,11 +48,9 @@ void packRow(const Sample *tone, const Planes &planes, std::size_t columns, std:
         result = put(wordOf<Sample, 1>(tone, planes, x), result);
         result = put(wordOf<Sample, 2>(tone, planes, x), result);
     }
-    for (; x < columns; ++x) {
-        for (const std::uint16_t *plane : planes) {
+    for (; x < columns; ++x)
+        for (const std::uint16_t *plane : planes)
             result = put(tone[plane[x]], result);
-        }
-    }
 }
 
 } // namespace
@@ -62,9 +59,8 @@ PixelPacker::PixelPacker(const Development &development)
     : m_words(development.tone)
     , m_bytes(development.sixteenBits ? 0 : m_words.size())
 {
-    for (std::size_t value = 0; value < m_bytes.size(); ++value) {
+    for (std::size_t value = 0; value < m_bytes.size(); ++value)
         m_bytes[value] = static_cast<std::uint8_t>(m_words[value]);
-    }
     const auto lastOther =
         std::find_if(m_words.rbegin(), m_words.rend(),
                      [last = m_words.back()](std::uint16_t value) { return value != last; });

@@ -35,9 +35,8 @@ using Bytes = BytesAt<std::endian::big>;
 
 void putXyz(Bytes &bytes, std::size_t place, const Xyz &value)
 {
-    for (std::size_t i = 0; i < value.size(); ++i) {
+    for (std::size_t i = 0; i < value.size(); ++i)
         bytes.number(place + i * 4, value[i]);
-    }
 }
 
 /// The parts of a profile: what the directory says of them, and the start that each has.

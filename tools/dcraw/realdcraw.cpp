@@ -49,9 +49,8 @@ std::vector<std::string> programsInPath()
         const std::size_t end = std::min(rest.find(':'), rest.size());
         const std::string_view folder = end == 0 ? "." : rest.substr(0, end);
         auto program = std::string(folder) + "/dcraw";
-        if (isProgram(program)) {
+        if (isProgram(program))
             programs.push_back(std::move(program));
-        }
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     return programs;
@@ -88,9 +87,8 @@ std::optional<std::string> findRealDcraw()
 int handOver(char *const argv[], const std::string &reason)
 {
     const auto forced = forcedDcraw();
-    if (forced && isThisProgram(*forced)) {
+    if (forced && isThisProgram(*forced))
         return say(std::string(forcingVariable) + " names this very program");
-    }
     const auto real = forced ? forced : findRealDcraw();
     if (!real) {
         return say(reason + "; Filmwright's own dcraw develops the DNGs of its mlv_dump and cr2hdr "

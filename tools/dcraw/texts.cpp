@@ -47,12 +47,10 @@ void removeSpacesAtEnd(std::string &text)
 
 void requireOrdinaryCamera(const Texts &texts)
 {
-    for (const std::string_view start : {"K", "645", "FinePix ", "Digital Camera "}) {
+    for (const std::string_view start : {"K", "645", "FinePix ", "Digital Camera "})
         require(!texts.model.starts_with(start), "is from a camera with rules of its own");
-    }
-    for (const std::string_view make : {"Kodak", "Leica"}) {
+    for (const std::string_view make : {"Kodak", "Leica"})
         require(texts.make != make, "is from a camera with rules of its own");
-    }
 }
 
 } // namespace
@@ -63,19 +61,15 @@ Texts normalised(Texts texts)
         require(name->find_first_not_of(' ') != std::string::npos, "names no camera");
         require(name->find('\n') == std::string::npos, "names a camera in two lines");
     }
-    for (const std::string_view make : knownMakes) {
-        if (containsIgnoringCase(texts.make, make)) {
+    for (const std::string_view make : knownMakes)
+        if (containsIgnoringCase(texts.make, make))
             texts.make = make;
-        }
-    }
-    if (startsIgnoringCase(texts.model, "PENTAX")) {
+    if (startsIgnoringCase(texts.model, "PENTAX"))
         texts.make = "Pentax";
-    }
     removeSpacesAtEnd(texts.make);
     removeSpacesAtEnd(texts.model);
-    if (startsIgnoringCase(texts.model, texts.make + ' ')) {
+    if (startsIgnoringCase(texts.model, texts.make + ' '))
         texts.model.erase(0, texts.make.size() + 1);
-    }
     requireOrdinaryCamera(texts);
     return texts;
 }
@@ -87,9 +81,8 @@ std::time_t parseTime(const std::string &text)
     const std::string form = text.substr(0, length);
     std::array<int, 6> parts{};
     if (std::sscanf(form.c_str(), "%d:%d:%d %d:%d:%d", &parts[0], &parts[1], &parts[2], &parts[3],
-                    &parts[4], &parts[5]) != 6) {
+                    &parts[4], &parts[5]) != 6)
         return 0;
-    }
     require(
         std::all_of(parts.begin(), parts.end(), [](int part) { return std::abs(part) < largest; }),
         "has an extreme date");
@@ -101,9 +94,8 @@ std::time_t parseTime(const std::string &text)
     fields.tm_min = parts[4];
     fields.tm_sec = parts[5];
     const std::time_t time = ::timegm(&fields);
-    if (time <= 0) {
+    if (time <= 0)
         return 0;
-    }
     require(fields.tm_year + 1900 <= 9999, "has an extreme date");
     return time;
 }

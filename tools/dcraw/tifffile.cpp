@@ -26,9 +26,8 @@ int openEmpty(const std::string &path)
     require(::stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode),
             "is to be written to something that is no file");
     const int descriptor = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (descriptor < 0) {
+    if (descriptor < 0)
         fail(errno);
-    }
     return descriptor;
 }
 
@@ -45,9 +44,8 @@ TiffFile::TiffFile(const std::string &path, std::size_t headBytes, std::size_t r
 
 TiffFile::~TiffFile()
 {
-    if (m_isFinished) {
+    if (m_isFinished)
         return;
-    }
     if (m_descriptor >= 0) {
         // Where the path is a link, the file that it leads to stays, without content.
         static_cast<void>(::ftruncate(m_descriptor, 0));
@@ -75,12 +73,10 @@ void TiffFile::finish()
 {
     static_cast<void>(writeAt(m_fileBytes - 1, {&m_lastByte, 1}));
     // A disk on the network may say only now that it is full.
-    if (::close(std::exchange(m_descriptor, -1)) != 0) {
+    if (::close(std::exchange(m_descriptor, -1)) != 0)
         m_failure = errno;
-    }
-    if (m_failure != 0) {
+    if (m_failure != 0)
         fail(m_failure);
-    }
     m_isFinished = true;
 }
 

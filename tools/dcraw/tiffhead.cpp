@@ -143,9 +143,8 @@ void putImageDirectory(Bytes &bytes, const Negative &negative, const Development
     directory.addText(tag::dateTime, place::date, timeText(negative.time));
     directory.addText(artistTag, place::artist, {});
     directory.addLong(tag::exifIfd, place::exifDirectory);
-    if (profileBytes > 0) {
+    if (profileBytes > 0)
         directory.add(iccProfileTag, FieldType::Undefined, profileBytes, place::end);
-    }
 }
 
 void putExifDirectory(Bytes &bytes, const Negative &negative)

@@ -81,9 +81,8 @@ double ToneCurve::operator()(double light) const
 ToneCurve toneCurve(const Gamma &gamma)
 {
     const auto [exponent, slope] = gamma;
-    if (slope == 0 || (slope - 1) * (exponent - 1) > 0) {
+    if (slope == 0 || (slope - 1) * (exponent - 1) > 0)
         return {exponent, slope, 0, 0};
-    }
     const double meeting = meetingPoint(gamma);
     return {exponent, slope, meeting / slope, meeting * (1 / exponent - 1)};
 }
@@ -91,9 +90,8 @@ ToneCurve toneCurve(const Gamma &gamma)
 std::vector<std::uint16_t> toneTable(const Gamma &gamma, double brightness, bool sixteenBits)
 {
     const Table table(toneCurve(gamma), brightness);
-    if (!sixteenBits && gamma == Gamma{}) {
+    if (!sixteenBits && gamma == Gamma{})
         return tableOfSteps(table);
-    }
     std::vector<std::uint16_t> values(tableSize, sixteenBits ? 65535 : 255);
     for (std::size_t light = 0; light < table.white(); ++light) {
         const std::uint16_t value = table.at(light);

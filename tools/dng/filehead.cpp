@@ -23,9 +23,8 @@ constexpr std::size_t roundUp(std::size_t size, std::size_t step)
 std::size_t encodedSize(const Ifd &ifd)
 {
     std::size_t size = 2 + ifd.fields().size() * entryBytes + 4;
-    for (const auto &[tag, field] : ifd.fields()) {
+    for (const auto &[tag, field] : ifd.fields())
         size += field.data.size() > inlineBytes ? roundUp(field.data.size(), 2) : 0;
-    }
     return size;
 }
 
@@ -83,24 +82,21 @@ std::vector<std::byte> encodeFileHead(Ifd image, const Ifd &exif, std::uint32_t 
     const bool hasExif = !exif.fields().empty();
     image.setLongs(tag::stripByteCounts, {stripBytes});
     image.setLongs(tag::stripOffsets, {0});
-    if (hasExif) {
+    if (hasExif)
         image.setLongs(tag::exifIfd, {0});
-    }
     const std::size_t exifOffset = headerBytes + encodedSize(image);
     const std::size_t end = exifOffset + (hasExif ? encodedSize(exif) : 0);
     const std::size_t stripOffset = roundUp(end, 16);
     image.setLongs(tag::stripOffsets, {static_cast<std::uint32_t>(stripOffset)});
-    if (hasExif) {
+    if (hasExif)
         image.setLongs(tag::exifIfd, {static_cast<std::uint32_t>(exifOffset)});
-    }
 
     Writer writer;
     writer.bytes(tifflayout::littleEndian);
     writer.number(static_cast<std::uint32_t>(headerBytes));
     writer.directory(image);
-    if (hasExif) {
+    if (hasExif)
         writer.directory(exif);
-    }
     writer.padTo(stripOffset);
     return writer.take();
 }

@@ -35,9 +35,8 @@ DirectoryReader::DirectoryReader(const raw::File &file)
 std::uint32_t DirectoryReader::firstDirectory()
 {
     const auto header = bytes(0, headerBytes);
-    if (!std::equal(littleEndian.begin(), littleEndian.end(), header.begin())) {
+    if (!std::equal(littleEndian.begin(), littleEndian.end(), header.begin()))
         throw raw::Error("is not a little-endian TIFF file");
-    }
     return numberAt<std::uint32_t>(header, 4);
 }
 
@@ -71,9 +70,8 @@ std::uint32_t DirectoryReader::successor(std::uint32_t directory)
 // The parts of a sound file don't overlap, so that together they are no larger than the file.
 std::vector<std::byte> DirectoryReader::bytes(std::uint64_t offset, std::uint64_t size)
 {
-    if (offset > m_file.size() || size > m_file.size() - offset || size > m_bytesLeft) {
+    if (offset > m_file.size() || size > m_file.size() - offset || size > m_bytesLeft)
         throw raw::Error("is a damaged TIFF file");
-    }
     m_bytesLeft -= size;
     std::vector<std::byte> result(static_cast<std::size_t>(size));
     m_file.read(offset, result);
@@ -85,11 +83,9 @@ namespace {
 Ifd ifdOf(std::vector<Entry> entries)
 {
     Ifd ifd;
-    for (Entry &entry : entries) {
-        if (!entry.field.data.empty()) {
+    for (Entry &entry : entries)
+        if (!entry.field.data.empty())
             ifd.set(entry.tag, std::move(entry.field));
-        }
-    }
     return ifd;
 }
 
@@ -100,15 +96,12 @@ Directories readDirectories(const raw::File &file)
     DirectoryReader reader(file);
     const Ifd all = ifdOf(reader.entries(reader.firstDirectory()));
     Directories directories;
-    for (const auto &[tag, field] : all.fields()) {
-        if (tag != tag::exifIfd && tag != tag::subIfds && tag != tag::gpsIfd) {
+    for (const auto &[tag, field] : all.fields())
+        if (tag != tag::exifIfd && tag != tag::subIfds && tag != tag::gpsIfd)
             directories.image.set(tag, field);
-        }
-    }
     const auto exifOffset = wholeNumbers(all, tag::exifIfd);
-    if (!exifOffset.empty()) {
+    if (!exifOffset.empty())
         directories.exif = ifdOf(reader.entries(exifOffset.front()));
-    }
     return directories;
 }
 
@@ -116,9 +109,8 @@ std::vector<std::uint32_t> wholeNumbers(const Ifd &ifd, std::uint16_t tag)
 {
     std::vector<std::uint32_t> values;
     const auto found = ifd.fields().find(tag);
-    if (found == ifd.fields().end()) {
+    if (found == ifd.fields().end())
         return values;
-    }
     const Field &field = found->second;
     const std::size_t size = sizeOf(field.type);
     for (std::size_t i = 0; i < field.count; ++i) {
@@ -130,9 +122,8 @@ std::vector<std::uint32_t> wholeNumbers(const Ifd &ifd, std::uint16_t tag)
             values.push_back(numberAt<std::uint32_t>(field.data, i * size));
         } else if (field.type == FieldType::Rational) {
             const auto ratio = numberAt<Rational>(field.data, i * size);
-            if (ratio.denominator == 0 || ratio.numerator % ratio.denominator != 0) {
+            if (ratio.denominator == 0 || ratio.numerator % ratio.denominator != 0)
                 return {};
-            }
             values.push_back(ratio.numerator / ratio.denominator);
         }
     }

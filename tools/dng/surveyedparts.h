@@ -14,9 +14,8 @@ namespace dng {
 {
     constexpr std::size_t mostParts = 6;
     std::vector<std::size_t> begins(std::min(frames, mostParts));
-    for (std::size_t part = 0; part < begins.size(); ++part) {
+    for (std::size_t part = 0; part < begins.size(); ++part)
         begins[part] = frames * part / begins.size();
-    }
     return begins;
 }
 

@@ -308,9 +308,8 @@ template <typename Layout>
 {
     static_assert(std::is_trivially_copyable_v<Layout>);
     Layout layout{};
-    if (!bytes.empty()) {
+    if (!bytes.empty())
         std::memcpy(&layout, bytes.data(), std::min(bytes.size(), sizeof layout));
-    }
     return layout;
 }
 

@@ -15,15 +15,12 @@ FileHeader readHeader(const raw::File &file)
     const auto available = std::min<std::uint64_t>(file.size(), bytes.size());
     file.read(0, std::span(bytes).first(static_cast<std::size_t>(available)));
     const auto header = decodeLayout<FileHeader>(bytes);
-    if (header.type != blocktype::fileHeader) {
+    if (header.type != blocktype::fileHeader)
         throw raw::Error("does not begin with an MLV file header");
-    }
-    if (header.size < sizeof(BlockHeader) || header.size > file.size()) {
+    if (header.size < sizeof(BlockHeader) || header.size > file.size())
         throw raw::Error("is cut off within its file header");
-    }
-    if (header.size >= sizeof(FileHeader)) {
+    if (header.size >= sizeof(FileHeader))
         return header;
-    }
     return decodeLayout<FileHeader>(std::span(bytes).first(header.size));
 }
 
@@ -42,9 +39,8 @@ Chunk::Chunk(const std::filesystem::path &path)
 
 double framesPerSecond(const FileHeader &header)
 {
-    if (header.frameRateDenominator == 0) {
+    if (header.frameRateDenominator == 0)
         return 0;
-    }
     return static_cast<double>(header.frameRateNumerator) / header.frameRateDenominator;
 }
 

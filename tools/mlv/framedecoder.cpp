@@ -12,9 +12,8 @@ namespace {
 
 FrameFormat checkedFormat(const Recording &recording)
 {
-    if (!recording.rawInfo()) {
+    if (!recording.rawInfo())
         throw raw::Error("does not say what its frames look like (no RAWI block)");
-    }
     if (recording.changesFormat()) {
         throw raw::Error(
             "changes the size or depth of its frames on the way, which cannot be read");
@@ -25,9 +24,8 @@ FrameFormat checkedFormat(const Recording &recording)
 Compression checkedCompression(const FileHeader &header)
 {
     const std::uint16_t videoClass = header.videoClass;
-    if ((videoClass & videoclass::kindMask) != videoclass::raw) {
+    if ((videoClass & videoclass::kindMask) != videoclass::raw)
         throw raw::Error("holds no raw video");
-    }
     switch (videoClass & ~videoclass::kindMask) {
     case 0:
         return Compression::None;
@@ -101,11 +99,10 @@ std::span<std::uint16_t> FrameDecoder::decodeRowPairs(const DataBlock &block, in
 void FrameDecoder::decodePacked(const DataBlock &block, std::span<std::byte> packed)
 {
     requirePlausible(block);
-    if (m_compression == Compression::Lzma) {
+    if (m_compression == Compression::Lzma)
         decodeLzmaFrame(readData(block), packed);
-    } else {
+    else
         m_recording.read(block, packed);
-    }
 }
 
 void FrameDecoder::decodeLossless(const DataBlock &block)
@@ -115,9 +112,8 @@ void FrameDecoder::decodeLossless(const DataBlock &block)
     const bool tooLarge =
         std::any_of(m_samples.begin(), m_samples.end(),
                     [level = m_format.maxLevel()](std::uint16_t sample) { return sample > level; });
-    if (tooLarge) {
+    if (tooLarge)
         throw raw::Error("has a lossless picture with levels beyond its depth");
-    }
 }
 
 void FrameDecoder::requirePlausible(const DataBlock &block) const
@@ -135,9 +131,8 @@ void FrameDecoder::requirePlausible(const DataBlock &block) const
         plausible = canLzmaFrameHold(block.size, m_format.packedBytes());
         break;
     }
-    if (!plausible) {
+    if (!plausible)
         throw raw::Error("has a frame that is cut off");
-    }
 }
 
 std::span<const std::byte> FrameDecoder::readData(const DataBlock &block)

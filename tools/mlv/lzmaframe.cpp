@@ -32,9 +32,8 @@ Options decodeProperties(std::span<const std::byte> properties)
 {
     lzma_filter filter{LZMA_FILTER_LZMA1, nullptr};
     if (lzma_properties_decode(&filter, nullptr, asUnsigned(properties.data()),
-                               properties.size()) != LZMA_OK) {
+                               properties.size()) != LZMA_OK)
         throw raw::Error("has an LZMA frame with impossible properties");
-    }
     return Options(static_cast<lzma_options_lzma *>(filter.options));
 }
 
@@ -61,22 +60,19 @@ bool canLzmaFrameHold(std::size_t size, std::size_t frameSize)
 void decodeLzmaFrame(std::span<const std::byte> data, std::span<std::byte> frame)
 {
     std::uint32_t size = 0;
-    if (data.size() < sizeFieldBytes + propertyBytes) {
+    if (data.size() < sizeFieldBytes + propertyBytes)
         throw raw::Error("has an LZMA frame without a whole header");
-    }
     std::memcpy(&size, data.data(), sizeof size);
-    if (size != frame.size()) {
+    if (size != frame.size())
         throw raw::Error("has an LZMA frame of another size");
-    }
     const auto options = decodeProperties(data.subspan(sizeFieldBytes, propertyBytes));
     // Nothing is copied from further back than the start of the frame.
     options->dict_size = std::min(options->dict_size, std::max(size, 4096U));
 
     Stream stream;
     const lzma_filter filters[] = {{LZMA_FILTER_LZMA1, options.get()}, {LZMA_VLI_UNKNOWN, nullptr}};
-    if (lzma_raw_decoder(&stream.state, filters) != LZMA_OK) {
+    if (lzma_raw_decoder(&stream.state, filters) != LZMA_OK)
         throw raw::Error("has an LZMA frame that cannot be read");
-    }
     const auto packed = data.subspan(sizeFieldBytes + propertyBytes);
     stream.state.next_in = asUnsigned(packed.data());
     stream.state.avail_in = packed.size();
@@ -85,9 +81,8 @@ void decodeLzmaFrame(std::span<const std::byte> data, std::span<std::byte> frame
     const lzma_ret result = lzma_code(&stream.state, LZMA_FINISH);
     // The end marker is optional, and padding may follow: only the frame has to be whole.
     if ((result != LZMA_OK && result != LZMA_STREAM_END && result != LZMA_BUF_ERROR) ||
-        stream.state.avail_out != 0) {
+        stream.state.avail_out != 0)
         throw raw::Error("has an LZMA frame that is damaged or cut off");
-    }
 }
 
 } // namespace mlv

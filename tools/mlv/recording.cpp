@@ -47,9 +47,8 @@ std::set<std::pair<int, std::filesystem::path>> continuations(const std::filesys
          entry.increment(error)) {
         const auto &path = entry->path();
         const int counter = continuationCounter(path.extension().string());
-        if (counter >= 0 && path.stem() == first.stem()) {
+        if (counter >= 0 && path.stem() == first.stem())
             found.emplace(counter, path);
-        }
     }
     return found;
 }
@@ -108,9 +107,8 @@ Recording::Recording(const std::filesystem::path &path)
 {
     m_chunks.emplace_back(path);
     openContinuations(path);
-    for (std::size_t chunk = 0; chunk < m_chunks.size(); ++chunk) {
+    for (std::size_t chunk = 0; chunk < m_chunks.size(); ++chunk)
         scan(static_cast<std::uint16_t>(chunk));
-    }
     finishIndex();
 }
 
@@ -119,22 +117,18 @@ Recording::Recording(const std::filesystem::path &path, RecordingIndex index)
 {
     m_chunks.emplace_back(path);
     openContinuations(path);
-    if (index.guid != header().guid || index.chunks != marksOf(m_chunks)) {
+    if (index.guid != header().guid || index.chunks != marksOf(m_chunks))
         throw ForeignIndex("is of another recording");
-    }
     for (const auto &place : index.settings) {
-        if (place.chunk >= m_chunks.size()) {
+        if (place.chunk >= m_chunks.size())
             throw ForeignIndex("is damaged");
-        }
         BlockWalk walk(m_chunks[place.chunk], place.offset);
-        if (const auto block = walk.next()) {
+        if (const auto block = walk.next())
             takeSettings(walk, *block, place.chunk);
-        }
     }
     if (!std::ranges::all_of(m_video,
-                             [this](const auto &block) { return liesIn(block, m_chunks); })) {
+                             [this](const auto &block) { return liesIn(block, m_chunks); }))
         throw ForeignIndex("is damaged");
-    }
     finishIndex();
 }
 
@@ -146,17 +140,15 @@ RecordingIndex Recording::index() const
 void Recording::openContinuations(const std::filesystem::path &path)
 {
     const std::string extension = path.extension().string();
-    if (!isMlvExtension(extension)) {
+    if (!isMlvExtension(extension))
         return;
-    }
     std::set<int> met;
     int last = -1;
     std::error_code error;
     for (const auto &[counter, file] : continuations(path, error)) {
         met.insert(counter);
-        if (openContinuation(file)) {
+        if (openContinuation(file))
             last = counter;
-        }
     }
     if (error) {
         m_warnings.push_back("its folder cannot be listed (" + error.message() +
@@ -204,22 +196,20 @@ void Recording::read(const DataBlock &block, std::span<std::byte> bytes) const
 void Recording::scan(std::uint16_t chunk)
 {
     BlockWalk walk(m_chunks[chunk]);
-    while (const auto block = walk.next()) {
+    while (const auto block = walk.next())
         visit(walk, *block, chunk);
-    }
     warnOfEnd(walk, chunk);
 }
 
 void Recording::visit(BlockWalk &walk, const Block &block, std::uint16_t chunk)
 {
     const auto &type = block.header.type;
-    if (type == blocktype::videoFrame) {
+    if (type == blocktype::videoFrame)
         addData<VideoFrame>(walk, block, chunk, m_video);
-    } else if (type == blocktype::audioFrame) {
+    else if (type == blocktype::audioFrame)
         addData<AudioFrame>(walk, block, chunk, m_audio);
-    } else if (takeSettings(walk, block, chunk)) {
+    else if (takeSettings(walk, block, chunk))
         m_settings.push_back({block.offset, chunk});
-    }
 }
 
 /// Answers whether anything was taken.
@@ -227,33 +217,24 @@ bool Recording::takeSettings(BlockWalk &walk, const Block &block, std::uint16_t 
 {
     const auto &type = block.header.type;
     const auto timestamp = block.header.timestamp;
-    if (type == blocktype::rawInfo) {
+    if (type == blocktype::rawInfo)
         return addRawInfo(walk.layout<RawInfo>());
-    }
-    if (type == blocktype::rawCapture) {
+    if (type == blocktype::rawCapture)
         return keepFirst(m_rawCapture, walk.layout<RawCapture>());
-    }
-    if (type == blocktype::waveInfo) {
+    if (type == blocktype::waveInfo)
         return keepFirst(m_waveInfo, walk.layout<WaveInfo>());
-    }
-    if (type == blocktype::identity) {
+    if (type == blocktype::identity)
         return keepFirst(m_identity, walk.layout<Identity>());
-    }
-    if (type == blocktype::info) {
+    if (type == blocktype::info)
         return m_info.empty() && readInfo(block, chunk);
-    }
-    if (type == blocktype::clock) {
+    if (type == blocktype::clock)
         return m_clock.add(timestamp, walk.layout<Clock>());
-    }
-    if (type == blocktype::exposure) {
+    if (type == blocktype::exposure)
         return m_exposure.add(timestamp, walk.layout<Exposure>());
-    }
-    if (type == blocktype::lens) {
+    if (type == blocktype::lens)
         return m_lens.add(timestamp, walk.layout<Lens>());
-    }
-    if (type == blocktype::whiteBalance) {
+    if (type == blocktype::whiteBalance)
         return m_whiteBalance.add(timestamp, walk.layout<WhiteBalance>());
-    }
     return false;
 }
 
@@ -289,9 +270,8 @@ void Recording::addData(BlockWalk &walk, const Block &block, std::uint16_t chunk
     if constexpr (std::is_same_v<Layout, VideoFrame>) {
         index.back().cropX = layout.cropX;
         index.back().cropY = layout.cropY;
-        if (m_expectsOther) {
+        if (m_expectsOther)
             m_otherNumber = std::min(m_otherNumber.value_or(layout.number), layout.number);
-        }
     }
 }
 
@@ -312,9 +292,8 @@ void Recording::dropShortFrames()
     const bool compressed =
         (header().videoClass & (videoclass::losslessJpeg | videoclass::lzma)) != 0;
     if (compressed || !m_rawInfo || m_changesFormat ||
-        !raw::isSupportedDepth(m_rawInfo->bitsPerSample)) {
+        !raw::isSupportedDepth(m_rawInfo->bitsPerSample))
         return;
-    }
     const auto frameSize = raw::packedSize(std::size_t{m_rawInfo->width} * m_rawInfo->height,
                                            m_rawInfo->bitsPerSample);
     m_damagedBlocks += std::erase_if(
@@ -332,9 +311,8 @@ void Recording::warnOfEnd(const BlockWalk &walk, std::uint16_t chunk)
         m_warnings.push_back(name + " is damaged at byte " + std::to_string(walk.position()) +
                              ": the " + rest + " from there on are not read");
     }
-    if (walk.repaired()) {
+    if (walk.repaired())
         m_remarks.push_back(name + " has filler blocks without a size, which were stepped over");
-    }
 }
 
 void Recording::warnOfLosses(std::size_t repeatedFrames, std::size_t repeatedSounds)

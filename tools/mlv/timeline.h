@@ -25,9 +25,8 @@ public:
     bool add(std::uint64_t timestamp, const Layout &value)
     {
         constexpr std::size_t maxChanges = 65536;
-        if (m_entries.size() == maxChanges) {
+        if (m_entries.size() == maxChanges)
             return false;
-        }
         m_entries.push_back({timestamp, value});
         return true;
     }
@@ -43,9 +42,8 @@ public:
     /// without any.
     [[nodiscard]] const Entry *at(std::uint64_t timestamp) const
     {
-        if (m_entries.empty()) {
+        if (m_entries.empty())
             return nullptr;
-        }
         const auto after = std::upper_bound(
             m_entries.begin(), m_entries.end(), timestamp,
             [](std::uint64_t time, const Entry &entry) { return time < entry.timestamp; });

@@ -25,12 +25,10 @@ public:
     {
         forEachFrame(m_recording, m_recording.videoFrames(), threads,
                      [this](auto &decoder, const auto &block) { add(decoder, block); });
-        if (m_damaged > 0) {
+        if (m_damaged > 0)
             m_output.warning(format("%zu damaged frames are left out of the average", m_damaged));
-        }
-        if (m_added == 0) {
+        if (m_added == 0)
             throw raw::Error("holds no frame that can be averaged");
-        }
         return {mean(), m_added};
     }
 

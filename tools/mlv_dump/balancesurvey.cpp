@@ -71,9 +71,8 @@ std::optional<Tile> tileAt(const std::uint16_t *samples, const mlv::FrameFormat 
     const double green = (sums[1] + sums[2]) / 2 / samplesOfAColour - format.blackLevel;
     const double blue = sums[3] / samplesOfAColour - format.blackLevel;
     if (brightest > format.whiteLevel - nearClip * range ||
-        std::min({red, green, blue}) < leastLight * range) {
+        std::min({red, green, blue}) < leastLight * range)
         return std::nullopt;
-    }
     return Tile{{std::log(red / green), std::log(blue / green)}, green / range};
 }
 
@@ -85,9 +84,8 @@ std::vector<Tile> tilesOf(std::span<const std::uint16_t> samples, const mlv::Fra
             const auto corner =
                 static_cast<std::size_t>(y) * static_cast<std::size_t>(format.width) +
                 static_cast<std::size_t>(x);
-            if (const auto tile = tileAt(&samples[corner], format)) {
+            if (const auto tile = tileAt(&samples[corner], format))
                 tiles.push_back(*tile);
-            }
         }
     }
     return tiles;
@@ -120,9 +118,8 @@ std::vector<Tile> allTiles(const mlv::Recording &recording, const Calibration &c
                  });
     std::ranges::sort(frames, {}, &Surveyed::number);
     std::vector<Tile> all;
-    for (const auto &frame : frames) {
+    for (const auto &frame : frames)
         all.insert(all.end(), frame.tiles.begin(), frame.tiles.end());
-    }
     return all;
 }
 
@@ -142,9 +139,8 @@ std::vector<Chroma> locus(const ColourMatrix &matrix)
 double totalWeight(const std::vector<Tile> &tiles)
 {
     double sum = 0;
-    for (const auto &tile : tiles) {
+    for (const auto &tile : tiles)
         sum += tile.weight;
-    }
     return sum;
 }
 
@@ -153,9 +149,8 @@ std::vector<Tile> nearLocus(std::vector<Tile> tiles, const ColourMatrix &matrix)
     const auto colours = locus(matrix);
     for (auto &tile : tiles) {
         double nearest = std::numeric_limits<double>::infinity();
-        for (const auto &colour : colours) {
+        for (const auto &colour : colours)
             nearest = std::min(nearest, squaredDistance(tile.chroma, colour));
-        }
         tile.weight *= bell(nearest, locusWidth);
     }
     return tiles;
@@ -197,9 +192,8 @@ std::optional<Neutral> surveyBalance(const mlv::Recording &recording,
     const auto tiles = allTiles(recording, calibration, format, threads);
     const auto likely = nearLocus(tiles, matrix);
     const bool isLikely = totalWeight(likely) >= leastNearLocus * totalWeight(tiles);
-    if (tiles.empty()) {
+    if (tiles.empty())
         return std::nullopt;
-    }
     const auto common = commonColour(isLikely ? likely : tiles);
     const Neutral neutral{std::exp(common.red), 1, std::exp(common.blue)};
     return isUsable(neutral) ? std::optional(neutral) : std::nullopt;

@@ -24,9 +24,8 @@ std::vector<std::uint16_t> firstFrame(const std::filesystem::path &path, const s
         throw ShapeMismatch(name + " is " + shape(decoder.format()) + ", but the recording is " +
                             shape(footage));
     }
-    if (recording.videoFrames().empty()) {
+    if (recording.videoFrames().empty())
         throw raw::Error("holds no whole frame");
-    }
     const auto samples = decoder.decode(recording.videoFrames().front());
     return {samples.begin(), samples.end()};
 }
@@ -57,12 +56,10 @@ Calibration::Calibration(const std::filesystem::path &dark, const std::filesyste
 
 void Calibration::apply(std::span<std::uint16_t> samples) const
 {
-    if (!m_dark.empty()) {
+    if (!m_dark.empty())
         subtractDark(samples);
-    }
-    if (m_flat) {
+    if (m_flat)
         m_flat->apply(samples);
-    }
 }
 
 void Calibration::subtractDark(std::span<std::uint16_t> samples) const

@@ -19,9 +19,8 @@ std::optional<sys_seconds> timeOf(const mlv::Clock &clock)
     const bool fits = clock.year + 1900 < 9999 && clock.month < 12 && clock.day <= 31 &&
                       clock.hour < 24 && clock.minute < 60 && clock.second < 60;
     const year_month_day date(year(clock.year + 1900), month(clock.month + 1U), day(clock.day));
-    if (!fits || !date.ok()) {
+    if (!fits || !date.ok())
         return std::nullopt;
-    }
     return sys_days(date) + hours(clock.hour) + minutes(clock.minute) + seconds(clock.second);
 }
 
@@ -31,9 +30,8 @@ std::optional<CameraTime> cameraTime(const mlv::Recording &recording, std::uint6
 {
     const auto *entry = recording.clock().at(timestamp);
     const auto read = entry == nullptr ? std::nullopt : timeOf(entry->value);
-    if (!read) {
+    if (!read)
         return std::nullopt;
-    }
     constexpr std::uint64_t longest = 24ULL * 3600 * 1000000;
     const auto passed = timestamp > entry->timestamp ? timestamp - entry->timestamp : 0;
     return *read + microseconds(static_cast<long>(std::min(passed, longest)));

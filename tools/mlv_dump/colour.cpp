@@ -100,31 +100,25 @@ Neutral neutralOfKelvin(double kelvin, const ColourMatrix &matrix)
     const double y = -3 * x * x + 2.87 * x - 0.275;
     const std::array<double, 3> xyz{x / y, 1, (1 - x - y) / y};
     Neutral neutral{};
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column) {
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < 3; ++column)
             neutral[row] += matrix[row * 3 + column] * xyz[column];
-        }
-    }
     const double green = neutral[1];
-    for (auto &value : neutral) {
+    for (auto &value : neutral)
         value /= green;
-    }
     return isUsable(neutral) ? neutral : Neutral{1, 1, 1};
 }
 
 Neutral asShotNeutral(const mlv::WhiteBalance *balance, const ColourMatrix &matrix)
 {
-    if (balance == nullptr) {
+    if (balance == nullptr)
         return neutralOfKelvin(daylightKelvin, matrix);
-    }
     const bool custom = balance->mode == mlv::WhiteBalanceMode::Custom;
     const double kelvin = kelvinOf(*balance);
-    if (hasGains(*balance) && (custom || kelvin == 0) && isUsable(neutralOfGains(*balance))) {
+    if (hasGains(*balance) && (custom || kelvin == 0) && isUsable(neutralOfGains(*balance)))
         return neutralOfGains(*balance);
-    }
-    if (custom && balance->gainRed != 0 && !hasGains(*balance)) {
+    if (custom && balance->gainRed != 0 && !hasGains(*balance))
         return {1, 1, 1};
-    }
     return neutralOfKelvin(kelvin == 0 ? daylightKelvin : kelvin, matrix);
 }
 

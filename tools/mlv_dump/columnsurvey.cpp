@@ -71,9 +71,8 @@ void ColumnSurvey::addRow(std::span<const std::uint16_t> samples, int y, int cro
         }
         const double light = row[x] - m_format.blackLevel;
         const double mean = sum / count - m_format.blackLevel;
-        if (!fits || std::abs(light - mean) >= farthest * mean) {
+        if (!fits || std::abs(light - mean) >= farthest * mean)
             continue;
-        }
         const int part = y * sides / m_format.height * sides + x * sides / width;
         const auto bin =
             static_cast<std::size_t>((light / mean - 1 + farthest) / (2 * farthest) * bins);
@@ -86,14 +85,12 @@ std::optional<double> ColumnSurvey::median(int part, int line, int column) const
 {
     const auto *const histogram = &m_ratios[binOf(part, line, column)];
     const auto total = std::accumulate(histogram, histogram + bins, 0U);
-    if (total < few) {
+    if (total < few)
         return std::nullopt;
-    }
     double below = 0;
     int bin = 0;
-    while (below + histogram[bin] < total / 2.0) {
+    while (below + histogram[bin] < total / 2.0)
         below += histogram[bin++];
-    }
     const double within = (total / 2.0 - below) / histogram[bin];
     return 1 - farthest + 2 * farthest * (bin + within) / bins;
 }
@@ -103,14 +100,11 @@ ColumnSurvey::Estimate ColumnSurvey::estimate(int line, int column) const
     constexpr double deviationsOfMedian = 1.4826;
     constexpr double medianScatter = 1.2533; // of a median beside that of a mean
     std::vector<double> parts;
-    for (int part = 0; part < sides * sides; ++part) {
-        if (const auto gain = median(part, line, column)) {
+    for (int part = 0; part < sides * sides; ++part)
+        if (const auto gain = median(part, line, column))
             parts.push_back(*gain);
-        }
-    }
-    if (parts.size() < fewParts) {
+    if (parts.size() < fewParts)
         return {};
-    }
     const double gain = mlvdump::median(parts);
     std::vector<double> distances;
     std::ranges::transform(parts, std::back_inserter(distances),
@@ -138,9 +132,8 @@ ColumnSurvey::Result ColumnSurvey::result() const
     double oddMean = 0;
     for (std::size_t column = 0; column < period; ++column) {
         const auto &green = estimates[greenLine(column)][column];
-        if (!green.isKnown) {
+        if (!green.isKnown)
             return {};
-        }
         (column % 2 == 0 ? evenMean : oddMean) += green.gain / 4;
         result.scatter = std::max(result.scatter, green.scatter);
         strongest = std::max(strongest, std::abs(green.gain - 1) / std::max(green.scatter, 1e-6));
@@ -158,9 +151,8 @@ ColumnSurvey::Result ColumnSurvey::result() const
         gains.gains[1 - line][column] = differs ? own : green.gain;
     }
     const bool isVisible = gains.most() > 1 + visible || gains.least() < 1 - visible;
-    if (isVisible && result.scatter <= goodEnough && strongest >= certain) {
+    if (isVisible && result.scatter <= goodEnough && strongest >= certain)
         result.gains = gains;
-    }
     return result;
 }
 

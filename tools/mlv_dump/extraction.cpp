@@ -63,9 +63,8 @@ void Extraction::extract(FrameEncoder &encoder, std::size_t index)
     } catch (const raw::Error &) {
         damaged = true;
     }
-    if (!m_turnstile.enter(index)) {
+    if (!m_turnstile.enter(index))
         return;
-    }
     if (damaged) {
         m_output.warning(
             format("frame %u is damaged and replaced by the frame before it", frame.number));
@@ -88,11 +87,10 @@ const mlv::DataBlock *Extraction::standIn()
 
 void Extraction::publish(std::size_t index, output::OutputFile &file)
 {
-    if (index == m_heldBackIndex) {
+    if (index == m_heldBackIndex)
         m_heldBack.emplace(std::move(file));
-    } else {
+    else
         file.commit();
-    }
     m_output.line(format("Frame %zu of %zu", index + 1, m_frames.size()));
     m_output.flush();
 }

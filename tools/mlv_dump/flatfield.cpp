@@ -15,9 +15,8 @@ std::int64_t levelBelow(const std::vector<std::size_t> &histogram, std::size_t l
                         int blackLevel)
 {
     std::size_t level = 0;
-    for (std::size_t count = histogram[0]; count < limit; count += histogram[level]) {
+    for (std::size_t count = histogram[0]; count < limit; count += histogram[level])
         ++level;
-    }
     return level == 0 ? 0 : static_cast<std::int64_t>(level) - 1 - blackLevel;
 }
 
@@ -46,9 +45,8 @@ FlatField::FlatField(std::span<const std::uint16_t> flat, const mlv::FrameFormat
     const bool dark = m_numerator <= 0 || m_denominator <= 0 ||
                       std::any_of(m_median.begin(), m_median.end(),
                                   [](std::int64_t median) { return median <= 0; });
-    if (dark) {
+    if (dark)
         throw raw::Error("has too little light to be a flat field");
-    }
     prepareDivisors(flat);
 }
 
@@ -102,9 +100,8 @@ void FlatField::apply(std::span<std::uint16_t> samples) const
     const auto denominator = static_cast<double>(m_denominator);
     const auto width = static_cast<std::size_t>(m_format.width);
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        if (m_divisors[i] == 0) {
+        if (m_divisors[i] == 0)
             continue;
-        }
         const std::int64_t median = m_median[i / width % 2 * 2 + i % width % 2];
         const std::int64_t product = (samples[i] - black) * median * m_numerator;
         const auto even = cutQuotient(cutQuotient(product, denominator), m_divisors[i]);

@@ -14,9 +14,8 @@ FrameEncoder::FrameEncoder(const mlv::Recording &recording, const Calibration &c
     , m_tags(tags)
     , m_decoder(recording)
 {
-    if (repair != nullptr && !repair->isEmpty()) {
+    if (repair != nullptr && !repair->isEmpty())
         m_repairer.emplace(*repair);
-    }
 }
 
 std::span<const std::byte> FrameEncoder::encode(const PlannedFrame &frame)
@@ -25,11 +24,10 @@ std::span<const std::byte> FrameEncoder::encode(const PlannedFrame &frame)
     const bool isLossless = m_decoder.compression() == mlv::Compression::LosslessJpeg;
     const bool rowsEndWithWords = format.width * format.bitsPerSample % 16 == 0;
     const bool onlyPixels = !m_repairer || m_repairer->leavesColumns();
-    if (m_calibration.isEmpty() && onlyPixels && !isLossless && rowsEndWithWords) {
+    if (m_calibration.isEmpty() && onlyPixels && !isLossless && rowsEndWithWords)
         encodePacked(frame);
-    } else {
+    else
         encodeSamples(frame);
-    }
     return m_file;
 }
 
@@ -50,9 +48,8 @@ void FrameEncoder::encodePacked(const PlannedFrame &frame)
     m_decoder.requirePlausible(*frame.block);
     const auto strip = beginFile(frame, m_decoder.format().packedBytes());
     m_decoder.decodePacked(*frame.block, strip);
-    if (m_decoder.format().bitsPerSample != 16) {
+    if (m_decoder.format().bitsPerSample != 16)
         raw::swapWordBytes(strip);
-    }
     if (m_repairer) {
         m_repairer->apply(raw::PackedSamples(strip, m_decoder.format().bitsPerSample),
                           cropOf(*frame.block));
@@ -63,9 +60,8 @@ void FrameEncoder::encodeSamples(const PlannedFrame &frame)
 {
     const auto samples = m_decoder.decode(*frame.block);
     m_calibration.apply(samples);
-    if (m_repairer) {
+    if (m_repairer)
         m_repairer->apply(samples, cropOf(*frame.block));
-    }
     const auto &format = m_decoder.format();
     const auto width = static_cast<std::size_t>(format.width);
     const auto order =

@@ -20,9 +20,8 @@ int usualBlackLevel(const mlv::Recording &recording, int bitsPerSample)
         0x80000252, // 500D
         0x80000261, // 50D
     };
-    if (bitsPerSample > 14) {
+    if (bitsPerSample > 14)
         return 0;
-    }
     const auto code = recording.identity() ? recording.identity()->model : 0;
     const bool isEarly = std::ranges::find(earlyCameras, code) != earlyCameras.end();
     return (isEarly ? early : mostCameras) >> (14 - bitsPerSample);
@@ -36,12 +35,10 @@ FrameLevels frameLevels(const mlv::Recording &recording, const mlv::FrameFormat 
     using Kind = LevelChoice::Kind;
     FrameLevels levels{recorded, {}};
     auto &format = levels.format;
-    if (black.kind == Kind::Given) {
+    if (black.kind == Kind::Given)
         format.blackLevel = std::clamp(black.level, 0, format.maxLevel() - 1);
-    }
-    if (white.kind == Kind::Given) {
+    if (white.kind == Kind::Given)
         format.whiteLevel = white.level;
-    }
     const bool judgesBlack = black.kind == Kind::Auto && recorded.blackLevel == 0;
     const auto survey =
         judgesBlack || white.kind == Kind::Auto ? surveyLevels(recording, threads) : std::nullopt;

@@ -29,9 +29,8 @@ int quantile(const Histogram &histogram, double share)
     double below = 0;
     int level = 0;
     while (level < levels - 1 &&
-           (below += histogram[static_cast<std::size_t>(level)]) < share * total) {
+           (below += histogram[static_cast<std::size_t>(level)]) < share * total)
         ++level;
-    }
     return level;
 }
 
@@ -60,13 +59,11 @@ FrameNoise::FrameNoise(Residuals &residuals, const mlv::FrameFormat &format)
         }
     };
     forEachSample([&](std::size_t step, int spread, int) { count(spreads[step], spread); });
-    for (std::size_t step = 0; step < steps; ++step) {
+    for (std::size_t step = 0; step < steps; ++step)
         m_limits[step].even = quantile(spreads[step], 0.5);
-    }
     forEachSample([&](std::size_t step, int spread, int residual) {
-        if (spread <= m_limits[step].even) {
+        if (spread <= m_limits[step].even)
             count(residualsOfEven[step], residual);
-        }
     });
     int striking = 1 << 14; // without samples nothing strikes
     for (std::size_t step = 0; step < steps; ++step) {

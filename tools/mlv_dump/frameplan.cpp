@@ -13,12 +13,10 @@ FramePlan planFrames(const mlv::DataIndex &frames, const FrameRange &range)
     std::size_t jumps = 0;
     const auto add = [&](const mlv::DataBlock &block, std::uint64_t behind = 0) {
         const bool selected = range.contains(number);
-        if (selected && plan.frames.empty()) {
+        if (selected && plan.frames.empty())
             plan.startsBehind = static_cast<std::uint32_t>(behind);
-        }
-        if (selected) {
+        if (selected)
             plan.frames.push_back({number, &block});
-        }
         plan.reachesEnd = selected;
         ++number;
         return selected;
@@ -29,9 +27,8 @@ FramePlan planFrames(const mlv::DataIndex &frames, const FrameRange &range)
             ++jumps;
         } else {
             mayBeMissing -= gap;
-            for (std::uint64_t missing = 1; missing <= gap; ++missing) {
+            for (std::uint64_t missing = 1; missing <= gap; ++missing)
                 filled += add(frames[i - 1], missing) ? 1U : 0U;
-            }
         }
         add(frames[i]);
     }

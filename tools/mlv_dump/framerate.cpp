@@ -34,16 +34,14 @@ std::optional<FrameRate> exactRate(double framesPerSecond)
 {
     constexpr double near = 0.005;
     constexpr double most = 100000;
-    if (!(framesPerSecond >= near && framesPerSecond <= most)) {
+    if (!(framesPerSecond >= near && framesPerSecond <= most))
         return std::nullopt;
-    }
     const FrameRate whole{atLeastOne(framesPerSecond), 1};
     const FrameRate broadcast{1000 * atLeastOne(framesPerSecond * 1.001), 1001};
     const FrameRate &nearest =
         distance(broadcast, framesPerSecond) < distance(whole, framesPerSecond) ? broadcast : whole;
-    if (distance(nearest, framesPerSecond) <= near) {
+    if (distance(nearest, framesPerSecond) <= near)
         return nearest;
-    }
     const std::uint32_t thousandths = atLeastOne(framesPerSecond * 1000);
     const std::uint32_t common = std::gcd(thousandths, 1000U);
     return FrameRate{thousandths / common, 1000 / common};

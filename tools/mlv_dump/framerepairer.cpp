@@ -19,25 +19,20 @@ FrameRepairer::FrameRepairer(const Repair &repair)
 
 void FrameRepairer::apply(std::span<std::uint16_t> samples, const Place &crop)
 {
-    if (m_repair.columns) {
+    if (m_repair.columns)
         m_repair.columns->evenOut(samples, m_format, crop.x, crop.y);
-    }
-    if (crop != m_crop) {
+    if (crop != m_crop)
         prepare(crop);
-    }
-    for (const auto &step : m_steps) {
+    for (const auto &step : m_steps)
         samples[step.index] = replacement(samples, step);
-    }
 }
 
 void FrameRepairer::apply(raw::PackedSamples samples, const Place &crop)
 {
-    if (crop != m_crop) {
+    if (crop != m_crop)
         prepare(crop);
-    }
-    for (const auto &step : m_steps) {
+    for (const auto &step : m_steps)
         samples.set(step.index, replacement(samples, step));
-    }
 }
 
 bool FrameRepairer::isGood(int x, int y) const
@@ -59,21 +54,17 @@ FrameRepairer::Step FrameRepairer::stepOf(std::uint32_t index) const
 void FrameRepairer::markBad()
 {
     const auto mark = [this](int x, int y) {
-        if (x >= 0 && x < m_format.width && y >= 0 && y < m_format.height) {
+        if (x >= 0 && x < m_format.width && y >= 0 && y < m_format.height)
             m_states[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_format.width) +
                      static_cast<std::size_t>(x)] = State::Bad;
-        }
     };
     m_states.assign(m_format.sampleCount(), State::Good);
-    for (const auto &place : m_repair.pixels) {
+    for (const auto &place : m_repair.pixels)
         mark(place.x - m_crop.x, place.y - m_crop.y);
-    }
     for (int y = 0; m_repair.lattice && y < m_format.height; ++y) {
-        for (int x = 0; x < m_format.width; ++x) {
-            if (m_repair.lattice->has(x + m_crop.x, y + m_crop.y)) {
+        for (int x = 0; x < m_format.width; ++x)
+            if (m_repair.lattice->has(x + m_crop.x, y + m_crop.y))
                 mark(x, y);
-            }
-        }
     }
 }
 
@@ -93,37 +84,29 @@ void FrameRepairer::prepare(const Place &crop)
             ready.push_back(index);
         }
     };
-    for (std::uint32_t index = 0; index < m_states.size(); ++index) {
-        if (m_states[index] == State::Bad) {
+    for (std::uint32_t index = 0; index < m_states.size(); ++index)
+        if (m_states[index] == State::Bad)
             collect(index);
-        }
-    }
     while (!ready.empty()) {
         // All of a ring are made of what lies about it, not of each other.
         std::vector<std::uint32_t> ring;
         ring.swap(ready);
-        for (const auto index : ring) {
+        for (const auto index : ring)
             m_steps.push_back(stepOf(index));
-        }
-        for (const auto index : ring) {
+        for (const auto index : ring)
             m_states[index] = State::Good;
-        }
         for (const auto index : ring) {
             const auto width = static_cast<std::uint32_t>(m_format.width);
             const auto rows = static_cast<std::uint32_t>(m_repair.rowStep) * width;
             const auto x = index % width;
-            if (x >= columnStep) {
+            if (x >= columnStep)
                 collect(index - columnStep);
-            }
-            if (x + columnStep < width) {
+            if (x + columnStep < width)
                 collect(index + columnStep);
-            }
-            if (index >= rows) {
+            if (index >= rows)
                 collect(index - rows);
-            }
-            if (index + rows < m_states.size()) {
+            if (index + rows < m_states.size())
                 collect(index + rows);
-            }
         }
     }
     m_states.clear();

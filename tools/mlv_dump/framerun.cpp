@@ -31,18 +31,16 @@ public:
         , m_known(knownMatrix(recording))
         , m_reelName(options.input.stem().string())
     {
-        if (options.keepsRecordedMatrix) {
+        if (options.keepsRecordedMatrix)
             m_known.reset();
-        }
     }
 
     /// Finds out what has to be known, tells it, and writes the sound.
     Survey survey()
     {
         tell(m_levels.remarks);
-        if (m_calibration.flat()) {
+        if (m_calibration.flat())
             m_output.line(m_calibration.flat()->description());
-        }
         m_output.flush();
         const auto plan = framePlan(m_options.range);
         tell(plan.remarks);
@@ -50,9 +48,8 @@ public:
         auto soundPath = m_options.output;
         soundPath += ".wav";
         writeSound(m_recording, pictureTime(plan), slate(), m_sources, soundPath, m_output);
-        if (m_known) {
+        if (m_known)
             m_output.note(m_known->remark());
-        }
         Survey survey;
         survey.recording = m_recording.index();
         survey.selection = m_options.range;
@@ -75,9 +72,8 @@ public:
     {
         m_sources.requireOther(m_options.writtenSurvey);
         const auto frames = selectedFrames(survey);
-        if (!m_options.surveyedFrames.empty()) {
+        if (!m_options.surveyedFrames.empty())
             write(survey, m_options.surveyedFrames, spread(frames), {});
-        }
         writeSurvey(survey, m_options, m_options.writtenSurvey);
         m_output.line(
             format("Surveyed frames %u to %u", frames.front().number, frames.back().number));
@@ -94,9 +90,8 @@ public:
         const auto end = std::find_if(first, frames.end(), [this](const auto &frame) {
             return !m_options.range.contains(frame.number);
         });
-        if (first == end) {
+        if (first == end)
             throw raw::Error(noFrames);
-        }
         return write(survey, m_options.output, {first, end}, {frames.begin(), first});
     }
 
@@ -126,9 +121,8 @@ private:
 
     void tell(const std::vector<std::string> &remarks)
     {
-        for (const auto &remark : remarks) {
+        for (const auto &remark : remarks)
             m_output.note(remark);
-        }
         m_output.flush();
     }
 
@@ -163,9 +157,8 @@ private:
             m_options.repair.columns || m_options.balance.kind == BalanceChoice::Kind::Auto;
         if (looksAtFrames && m_options.white.kind != LevelChoice::Kind::Auto) {
             const auto survey = surveyLevels(m_recording, threads());
-            if (survey && survey->clip && *survey->clip > format.blackLevel) {
+            if (survey && survey->clip && *survey->clip > format.blackLevel)
                 format.whiteLevel = std::min(format.whiteLevel, *survey->clip);
-            }
         }
         return format;
     }
@@ -173,9 +166,8 @@ private:
     [[nodiscard]] FramePlan framePlan(const FrameRange &range) const
     {
         auto plan = planFrames(m_recording.videoFrames(), range);
-        if (plan.frames.empty()) {
+        if (plan.frames.empty())
             throw raw::Error(noFrames);
-        }
         return plan;
     }
 
@@ -184,9 +176,8 @@ private:
     {
         auto frames = framePlan(survey.selection).frames;
         const auto good = std::ranges::find(frames, survey.firstGood, &PlannedFrame::number);
-        if (good == frames.end()) {
+        if (good == frames.end())
             surveyfile::SurveyReader::throwDamaged();
-        }
         std::for_each(frames.begin(), good, [good](auto &frame) { frame.block = good->block; });
         return frames;
     }
@@ -248,9 +239,8 @@ std::size_t runFrames(const Options &options, const mlv::Recording &recording,
                       const std::optional<Survey> &known, Output &output)
 {
     FrameRun run(options, recording, known, output);
-    if (known) {
+    if (known)
         return run.write(*known);
-    }
     const auto survey = run.survey();
     return options.writtenSurvey.empty() ? run.write(survey) : run.keep(survey);
 }

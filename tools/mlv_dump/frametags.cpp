@@ -47,16 +47,14 @@ dng::Rational pixelHeight(const mlv::RawCapture &capture, std::uint32_t width, s
 {
     const std::uint32_t columns = std::uint32_t{capture.binningX} + capture.skippingX;
     const std::uint32_t lines = std::uint32_t{capture.binningY} + capture.skippingY;
-    if (columns == 0 || lines == 0) {
+    if (columns == 0 || lines == 0)
         return {1, 1};
-    }
     // The shorter measure is stretched, so that no sample is lost.
     const bool isHigher = lines >= columns;
     const std::uint32_t side = isHigher ? height : width;
     const double stretched = 1.0 * side * std::max(lines, columns) / std::min(lines, columns);
-    if (std::lround(stretched) % 2 == 0 || lines == columns) {
+    if (std::lround(stretched) % 2 == 0 || lines == columns)
         return {lines, columns};
-    }
     const auto even = static_cast<std::uint32_t>(std::lround(stretched / 2) * 2);
     return isHigher ? dng::Rational{even, side} : dng::Rational{side, even};
 }
@@ -106,15 +104,13 @@ void FrameTags::setCamera()
 {
     const auto &identity = m_recording.identity();
     std::string name = identity ? asciiText(harmless(identity->name)) : std::string();
-    if (name.empty()) {
+    if (name.empty())
         name = "Unknown camera"; // readers refuse a file without a name
-    }
     m_common.setText(tag::make, name.substr(0, name.find(' ')));
     m_common.setText(tag::model, name);
     m_common.setText(tag::uniqueCameraModel, name);
-    if (identity) {
+    if (identity)
         m_common.setText(tag::cameraSerialNumber, asciiText(harmless(identity->serial)));
-    }
 }
 
 void FrameTags::setLevels(const mlv::FrameFormat &format)
@@ -208,17 +204,15 @@ dng::Ifd FrameTags::image(std::uint32_t number, const mlv::DataBlock &block) con
 void FrameTags::setTimeCode(dng::Ifd &image, std::uint32_t number) const
 {
     if (m_choices.slate) {
-        if (const auto bytes = m_choices.slate->timeCode(number)) {
+        if (const auto bytes = m_choices.slate->timeCode(number))
             image.setBytes(tag::timeCodes, *bytes);
-        }
         return;
     }
     // The frame in its second has two decimal digits, of two and four bits.
     const auto rate = static_cast<std::uint64_t>(
         std::lround(std::clamp(m_recording.framesPerSecond(), 0.0, 1000.0)));
-    if (rate > 0 && rate < 40) {
+    if (rate > 0 && rate < 40)
         image.setBytes(tag::timeCodes, timeCodeBytes(number / rate, number % rate));
-    }
 }
 
 dng::Ifd FrameTags::exif(const mlv::DataBlock &block) const
@@ -226,16 +220,14 @@ dng::Ifd FrameTags::exif(const mlv::DataBlock &block) const
     dng::Ifd exif;
     exif.setUndefined(tag::exifVersion, "0230");
     exif.setText(tag::dateTimeOriginal, dateTime(block.timestamp));
-    if (const auto time = cameraTime(m_recording, block.timestamp); time && m_choices.slate) {
+    if (const auto time = cameraTime(m_recording, block.timestamp); time && m_choices.slate)
         exif.setText(tag::subSecTimeOriginal, milliseconds(*time));
-    }
     if (const auto *entry = m_recording.exposure().at(block.timestamp)) {
         const auto &exposure = entry->value;
         const auto shutter = static_cast<std::uint32_t>(
             std::min<std::uint64_t>(exposure.shutter, std::numeric_limits<std::uint32_t>::max()));
-        if (shutter > 0) {
+        if (shutter > 0)
             exif.setRational(tag::exposureTime, {shutter, 1000000});
-        }
         if (exposure.iso > 0) {
             exif.setShorts(tag::isoSpeedRatings,
                            {static_cast<std::uint16_t>(std::min(exposure.iso, 65535U))});
@@ -243,12 +235,10 @@ dng::Ifd FrameTags::exif(const mlv::DataBlock &block) const
     }
     if (const auto *entry = m_recording.lens().at(block.timestamp)) {
         const auto &lens = entry->value;
-        if (lens.aperture > 0) {
+        if (lens.aperture > 0)
             exif.setRational(tag::fNumber, {lens.aperture, 100});
-        }
-        if (lens.focalLength > 0) {
+        if (lens.focalLength > 0)
             exif.setRational(tag::focalLength, {lens.focalLength, 1});
-        }
         exif.setText(tag::lensModel, asciiText(harmless(lens.name)));
         exif.setText(tag::lensSerialNumber, asciiText(harmless(lens.serial)));
     }

@@ -37,11 +37,9 @@ constexpr std::array<Slip, 3> slips{{
 
 bool records(const mlv::RawInfo &rawInfo, const TenThousandths &matrix)
 {
-    for (std::size_t i = 0; i < matrix.size(); ++i) {
-        if (rawInfo.colourMatrix[2 * i] != matrix[i] || rawInfo.colourMatrix[2 * i + 1] != 10000) {
+    for (std::size_t i = 0; i < matrix.size(); ++i)
+        if (rawInfo.colourMatrix[2 * i] != matrix[i] || rawInfo.colourMatrix[2 * i + 1] != 10000)
             return false;
-        }
-    }
     return true;
 }
 
@@ -60,9 +58,8 @@ std::optional<KnownMatrix> knownMatrix(const mlv::Recording &recording)
         return identity && rawInfo && identity->model == candidate.model &&
                records(*rawInfo, candidate.recorded);
     });
-    if (slip == slips.end()) {
+    if (slip == slips.end())
         return std::nullopt;
-    }
     KnownMatrix known{slip->camera, {}};
     std::ranges::transform(slip->right, known.matrix.begin(),
                            [](std::int32_t number) { return number / 10000.0; });

@@ -36,9 +36,8 @@ struct Lattice
     [[nodiscard]] int size() const
     {
         int count = 0;
-        for (const auto line : cell) {
+        for (const auto line : cell)
             count += std::popcount(line);
-        }
         return count;
     }
 };

@@ -34,11 +34,9 @@ LatticeEvidence::LatticeEvidence(const PixelStatistics &statistics)
     levelColumns();
     levelLines();
     measureScatter();
-    for (int line = 0; line < Lattice::lines; ++line) {
-        for (int column = 0; column < Lattice::columns; ++column) {
+    for (int line = 0; line < Lattice::lines; ++line)
+        for (int column = 0; column < Lattice::columns; ++column)
             m_places.push_back(best(column, line));
-        }
-    }
 }
 
 void LatticeEvidence::takeFrom(int y, int column, double usual)
@@ -53,15 +51,12 @@ void LatticeEvidence::levelColumns()
     for (int first = 0; first < 2; ++first) {
         for (int column = 0; column < Lattice::columns; ++column) {
             std::vector<double> shares;
-            for (int y = first; y < m_height; y += 2) {
-                if (at(y, column).count > 0) {
+            for (int y = first; y < m_height; y += 2)
+                if (at(y, column).count > 0)
                     shares.push_back(at(y, column).excess);
-                }
-            }
             const double usual = median(shares);
-            for (int y = first; y < m_height; y += 2) {
+            for (int y = first; y < m_height; y += 2)
                 takeFrom(y, column, usual);
-            }
         }
     }
 }
@@ -72,15 +67,12 @@ void LatticeEvidence::levelLines()
 {
     for (int y = 0; y < m_height; ++y) {
         std::vector<double> shares;
-        for (int column = 0; column < Lattice::columns; ++column) {
-            if (at(y, column).count > 0) {
+        for (int column = 0; column < Lattice::columns; ++column)
+            if (at(y, column).count > 0)
                 shares.push_back(at(y, column).excess);
-            }
-        }
         const double usual = median(shares);
-        for (int column = 0; column < Lattice::columns; ++column) {
+        for (int column = 0; column < Lattice::columns; ++column)
             takeFrom(y, column, usual);
-        }
     }
 }
 
@@ -88,11 +80,9 @@ void LatticeEvidence::measureScatter()
 {
     constexpr double deviationsOfMedian = 1.4826;
     std::vector<double> distances;
-    for (const auto &value : m_values) {
-        if (value.count > 0) {
+    for (const auto &value : m_values)
+        if (value.count > 0)
             distances.push_back(std::abs(value.excess) * std::sqrt(value.count));
-        }
-    }
     m_scatter = std::max(0.1, deviationsOfMedian * median(distances));
 }
 
@@ -102,9 +92,8 @@ double LatticeEvidence::best(int column, int line) const
     const int ahead = (line - m_firstLine % Lattice::lines + Lattice::lines) % Lattice::lines;
     for (int y = ahead; y < m_height; y += Lattice::lines) {
         const auto &value = at(y, column);
-        if (value.count > 0) {
+        if (value.count > 0)
             sums.push_back(sums.back() + value.excess * std::sqrt(value.count) / m_scatter);
-        }
     }
     double best = 0;
     for (std::size_t first = 0; first < sums.size(); ++first) {
@@ -191,18 +180,14 @@ void LatticeEvidence::confine(Lattice &lattice) const
     const auto begin = likelihoods.begin();
     const auto firstOf = begin + static_cast<std::ptrdiff_t>(first);
     const auto endOf = begin + static_cast<std::ptrdiff_t>(end);
-    if (std::accumulate(begin, firstOf, 0.0) > nothing) {
+    if (std::accumulate(begin, firstOf, 0.0) > nothing)
         first = 0;
-    }
-    if (std::accumulate(endOf, likelihoods.end(), 0.0) > nothing) {
+    if (std::accumulate(endOf, likelihoods.end(), 0.0) > nothing)
         end = likelihoods.size();
-    }
-    if (first > 0) {
+    if (first > 0)
         lattice.firstLine = m_firstLine + static_cast<int>(first);
-    }
-    if (end < likelihoods.size()) {
+    if (end < likelihoods.size())
         lattice.lastLine = m_firstLine + static_cast<int>(end) - 1;
-    }
 }
 
 } // namespace mlvdump

@@ -26,11 +26,9 @@ bool isGreen(int column, int line)
 template <typename Visit>
 void forEachPlace(Visit visit)
 {
-    for (int line = 0; line < Lattice::lines; ++line) {
-        for (int column = 0; column < Lattice::columns; ++column) {
+    for (int line = 0; line < Lattice::lines; ++line)
+        for (int column = 0; column < Lattice::columns; ++column)
             visit(column, line);
-        }
-    }
 }
 
 void insert(Lattice &lattice, int column, int line)
@@ -42,11 +40,9 @@ void insert(Lattice &lattice, int column, int line)
 template <typename Visit>
 void forEachMember(int column, int line, const LatticePeriod &period, Visit visit)
 {
-    for (int y = line % period.lines; y < Lattice::lines; y += period.lines) {
-        for (int x = column % period.columns; x < Lattice::columns; x += period.columns) {
+    for (int y = line % period.lines; y < Lattice::lines; y += period.lines)
+        for (int x = column % period.columns; x < Lattice::columns; x += period.columns)
             visit(x, y);
-        }
-    }
 }
 
 /// The lattice with all its places repeated after that period; none where there is no evidence of
@@ -58,9 +54,8 @@ std::optional<Lattice> repeated(const Lattice &lattice, const LatticePeriod &per
     Lattice whole = lattice;
     bool isWhole = true;
     forEachPlace([&](int column, int line) {
-        if (!isWhole || !lattice.cellHas(column, line)) {
+        if (!isWhole || !lattice.cellHas(column, line))
             return;
-        }
         int members = 0;
         int likely = 0;
         forEachMember(column, line, period, [&](int x, int y) {
@@ -78,9 +73,8 @@ std::vector<LatticePeriod> periods()
 {
     std::vector<LatticePeriod> all;
     forEachPlace([&](int column, int line) {
-        if (Lattice::columns % (column + 1) == 0 && Lattice::lines % (line + 1) == 0) {
+        if (Lattice::columns % (column + 1) == 0 && Lattice::lines % (line + 1) == 0)
             all.push_back({column + 1, line + 1});
-        }
     });
     std::ranges::stable_sort(all, {},
                              [](const auto &period) { return period.columns * period.lines; });
@@ -92,17 +86,15 @@ std::array<double, 2> limits(const LatticeEvidence &evidence)
 {
     double farthestGreen = 0;
     forEachPlace([&](int column, int line) {
-        if (isGreen(column, line)) {
+        if (isGreen(column, line))
             farthestGreen = std::max(farthestGreen, evidence.ofPlace(column, line));
-        }
     });
     const double limit = std::max(certain, timesGreen * farthestGreen);
     std::array<std::vector<double>, 2> beyond;
     forEachPlace([&](int column, int line) {
         const double found = evidence.ofPlace(column, line);
-        if (!isGreen(column, line) && found > limit) {
+        if (!isGreen(column, line) && found > limit)
             beyond[static_cast<std::size_t>(line % 2)].push_back(found);
-        }
     });
     // A pixel that has members of the lattice about it seems to deviate too, if less.
     return {std::max(limit, besideTypical * median(beyond[0])),
@@ -115,9 +107,8 @@ std::optional<Lattice> certainPlaces(const LatticeEvidence &evidence,
     Lattice lattice;
     forEachPlace([&](int column, int line) {
         if (!isGreen(column, line) &&
-            evidence.ofPlace(column, line) > limits[static_cast<std::size_t>(line % 2)]) {
+            evidence.ofPlace(column, line) > limits[static_cast<std::size_t>(line % 2)])
             insert(lattice, column, line);
-        }
     });
     constexpr int redAndBlue = Lattice::columns * Lattice::lines / 2;
     const bool isLattice = lattice.size() > 0 && lattice.size() <= redAndBlue / largestPart;
@@ -132,11 +123,9 @@ Lattice completed(const Lattice &lattice, const LatticeEvidence &evidence,
         return lattice.cellHas(column, line) ||
                evidence.ofPlace(column, line) > enough * limits[static_cast<std::size_t>(line % 2)];
     };
-    for (const auto &period : periods()) {
-        if (const auto whole = repeated(lattice, period, isLikely)) {
+    for (const auto &period : periods())
+        if (const auto whole = repeated(lattice, period, isLikely))
             return *whole;
-        }
-    }
     return lattice;
 }
 
@@ -147,9 +136,8 @@ std::optional<Lattice> findLattice(const PixelStatistics &statistics)
     const LatticeEvidence evidence(statistics);
     const auto limits = mlvdump::limits(evidence);
     const auto places = certainPlaces(evidence, limits);
-    if (!places) {
+    if (!places)
         return std::nullopt;
-    }
     auto lattice = completed(*places, evidence, limits);
     evidence.confine(lattice);
     return lattice;
@@ -160,9 +148,8 @@ LatticePeriod periodOf(const Lattice &lattice)
     const auto has = [&](int column, int line) { return lattice.cellHas(column, line); };
     for (const auto &period : periods()) {
         const auto whole = repeated(lattice, period, has);
-        if (whole && whole->cell == lattice.cell) {
+        if (whole && whole->cell == lattice.cell)
             return period;
-        }
     }
     return {Lattice::columns, Lattice::lines};
 }

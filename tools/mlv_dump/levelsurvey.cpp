@@ -46,9 +46,8 @@ public:
         double above = 0;
         m_top = static_cast<int>(m_levels.size()) - 1;
         while (m_top > 0 &&
-               (above += m_levels[static_cast<std::size_t>(m_top)]) <= strayShare * m_total) {
+               (above += m_levels[static_cast<std::size_t>(m_top)]) <= strayShare * m_total)
             --m_top;
-        }
     }
 
     [[nodiscard]] int top() const { return m_top; }
@@ -58,9 +57,8 @@ public:
         double below = 0;
         int level = 0;
         while (level < m_top &&
-               (below += m_levels[static_cast<std::size_t>(level)]) <= darkShare * m_total) {
+               (below += m_levels[static_cast<std::size_t>(level)]) <= darkShare * m_total)
             ++level;
-        }
         return level;
     }
 
@@ -80,9 +78,8 @@ public:
     {
         for (int level = m_lowestClip; level < m_top - 3 * m_width; ++level) {
             const bool isPeak = m_levels[static_cast<std::size_t>(level)] >= pileShare * m_total;
-            if (isPeak && isPile(level) && isPileFromAbove(level)) {
+            if (isPeak && isPile(level) && isPileFromAbove(level))
                 return true;
-            }
         }
         return false;
     }
@@ -131,9 +128,8 @@ std::array<Histogram, 4> histograms(std::span<const std::uint16_t> samples,
     const auto width = static_cast<std::size_t>(format.width);
     for (std::size_t row = 0; row < samples.size() / width; ++row) {
         auto *const pair = &colours[row % 2 * 2];
-        for (std::size_t x = 0; x < width; ++x) {
+        for (std::size_t x = 0; x < width; ++x)
             ++pair[x % 2][samples[row * width + x]];
-        }
     }
     return colours;
 }
@@ -143,9 +139,8 @@ std::array<Histogram, 4> histograms(std::span<const std::uint16_t> samples,
 FrameExtremes frameExtremes(std::span<const std::uint16_t> samples, const mlv::FrameFormat &format)
 {
     std::vector<Distribution> colours;
-    for (auto &histogram : histograms(samples, format)) {
+    for (auto &histogram : histograms(samples, format))
         colours.emplace_back(std::move(histogram), format);
-    }
     FrameExtremes extremes{format.maxLevel(), 0, std::nullopt};
     bool isDrawn = false;
     int lowest = format.maxLevel();
@@ -162,9 +157,8 @@ FrameExtremes frameExtremes(std::span<const std::uint16_t> samples, const mlv::F
     // All colours clip at one level; piles at different ones are areas of the scene.
     const int width = pileWidth(format);
     if (!isDrawn && lowest <= highest && highest - lowest <= 2 * width &&
-        extremes.brightest - lowest <= 2 * width) {
+        extremes.brightest - lowest <= 2 * width)
         extremes.clip = lowest;
-    }
     return extremes;
 }
 
@@ -187,21 +181,18 @@ std::optional<LevelSurvey> surveyLevels(const mlv::Recording &recording, unsigne
                          return; // the extraction tells of damaged frames
                      }
                  });
-    if (frames.empty()) {
+    if (frames.empty())
         return std::nullopt;
-    }
     LevelSurvey survey{frames.front().darkest, std::nullopt};
     int brightest = 0;
     for (const auto &frame : frames) {
         survey.darkest = std::min(survey.darkest, frame.darkest);
         brightest = std::max(brightest, frame.brightest);
-        if (frame.clip) {
+        if (frame.clip)
             survey.clip = std::min(survey.clip.value_or(*frame.clip), *frame.clip);
-        }
     }
-    if (survey.clip && brightest - *survey.clip > 2 * width) {
+    if (survey.clip && brightest - *survey.clip > 2 * width)
         survey.clip.reset(); // another frame goes higher
-    }
     return survey;
 }
 

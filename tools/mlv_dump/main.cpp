@@ -29,9 +29,8 @@ int runWith(const std::vector<std::string_view> &arguments)
         return run(options, output);
     } catch (const UsageError &error) {
         output.error(std::string(error.what()) + "; see mlv_dump --help");
-        if (!error.asksForFrames()) {
+        if (!error.asksForFrames())
             output.finish({});
-        }
         return wrongUsage;
     }
 }

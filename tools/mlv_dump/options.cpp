@@ -30,13 +30,11 @@ std::optional<FrameRange> parseRange(std::string_view text)
     }
     const auto first = parseNumber<std::uint32_t>(text.substr(0, dash));
     const auto last = parseNumber<std::uint32_t>(text.substr(dash + 1));
-    if (!first || !last) {
+    if (!first || !last)
         return std::nullopt;
-    }
     FrameRange range{*first, std::max(*first, *last)};
-    if (*last == 0) {
+    if (*last == 0)
         range.last = FrameRange().last;
-    }
     return range;
 }
 
@@ -52,21 +50,18 @@ public:
     {
         while (m_next < m_arguments.size()) {
             const auto argument = m_arguments[m_next++];
-            if (argument == "--" && !m_onlyFiles) {
+            if (argument == "--" && !m_onlyFiles)
                 m_onlyFiles = true;
-            } else if (argument.size() > 1 && argument.front() == '-' && !m_onlyFiles) {
+            else if (argument.size() > 1 && argument.front() == '-' && !m_onlyFiles)
                 parseOption(argument);
-            } else {
+            else
                 setInput(argument);
-            }
         }
         m_options.mode = mode();
-        if (needsInput() && m_options.input.empty()) {
+        if (needsInput() && m_options.input.empty())
             fail("no recording is named");
-        }
-        if (m_options.mode == Mode::Average && m_options.output.empty()) {
+        if (m_options.mode == Mode::Average && m_options.output.empty())
             fail("an averaged frame needs a file to be written to (-o)");
-        }
         checkSurvey();
         if (m_options.mode == Mode::Frames && m_options.output.empty()) {
             m_options.output = m_options.input;
@@ -140,30 +135,26 @@ private:
 
     std::string_view value(std::string_view option)
     {
-        if (m_next == m_arguments.size()) {
+        if (m_next == m_arguments.size())
             fail("the option " + std::string(option) + " needs a value");
-        }
         return m_arguments[m_next++];
     }
 
     void setRange(std::string_view text)
     {
         const auto range = parseRange(text);
-        if (!range) {
+        if (!range)
             fail("the frames of -f are not given as FIRST-LAST or LAST");
-        }
         m_options.range = *range;
     }
 
     LevelChoice level(std::string_view option)
     {
         const auto text = value(option);
-        if (text == "auto") {
+        if (text == "auto")
             return {LevelChoice::Kind::Auto, 0};
-        }
-        if (text == "recorded") {
+        if (text == "recorded")
             return {LevelChoice::Kind::Recorded, 0};
-        }
         const auto level = parseNumber<std::uint16_t>(text);
         if (!level) {
             fail("the level of " + std::string(option) +
@@ -174,9 +165,8 @@ private:
 
     void setMatrix(std::string_view text)
     {
-        if (text != "auto" && text != "recorded") {
+        if (text != "auto" && text != "recorded")
             fail("the matrix is neither auto nor recorded");
-        }
         m_options.keepsRecordedMatrix = text == "recorded";
     }
 
@@ -194,9 +184,8 @@ private:
     {
         constexpr double most = 10;
         const auto exposure = parseNumber<double>(text);
-        if (!exposure || !(std::abs(*exposure) <= most)) {
+        if (!exposure || !(std::abs(*exposure) <= most))
             fail("the exposure is not between -10 and 10");
-        }
         m_options.exposure = *exposure;
     }
 
@@ -204,9 +193,8 @@ private:
     void setPixelRepair(std::string_view text)
     {
         using Pixels = RepairChoice::Pixels;
-        if (text.empty()) {
+        if (text.empty())
             fail("the pixels to repair are neither auto nor off nor a map");
-        }
         auto &repair = m_options.repair;
         repair.pixels = text == "auto" ? Pixels::Auto : text == "off" ? Pixels::Off : Pixels::Map;
         repair.map = repair.pixels == Pixels::Map ? text : std::string_view();
@@ -215,37 +203,30 @@ private:
     void setThreads(std::string_view text)
     {
         const auto threads = parseNumber<unsigned>(text);
-        if (!threads || *threads == 0 || *threads > 1024) {
+        if (!threads || *threads == 0 || *threads > 1024)
             fail("the number of threads is not between 1 and 1024");
-        }
         m_options.threads = *threads;
     }
 
     void setInput(std::string_view path)
     {
-        if (!m_options.input.empty()) {
+        if (!m_options.input.empty())
             fail("more than one recording is named");
-        }
         m_options.input = path;
     }
 
     [[nodiscard]] Mode mode() const
     {
-        if (m_help || m_version) {
+        if (m_help || m_version)
             return m_help ? Mode::Help : Mode::Version;
-        }
-        if (m_verify || m_survey) {
+        if (m_verify || m_survey)
             return m_verify ? Mode::Verify : Mode::Survey;
-        }
-        if (m_metadataOnly) {
+        if (m_metadataOnly)
             return Mode::Report;
-        }
-        if (m_average) {
+        if (m_average)
             return Mode::Average;
-        }
-        if (m_frames) {
+        if (m_frames)
             return Mode::Frames;
-        }
         return m_options.output.empty() ? Mode::Report : Mode::Rewrite;
     }
 
@@ -253,15 +234,12 @@ private:
     {
         const bool writes = !m_options.writtenSurvey.empty();
         const bool uses = !m_options.knownSurvey.empty();
-        if ((writes || uses) && m_options.mode != Mode::Frames) {
+        if ((writes || uses) && m_options.mode != Mode::Frames)
             fail("a survey is one for frames (--dng)");
-        }
-        if (writes && uses) {
+        if (writes && uses)
             fail("a survey is either written or used");
-        }
-        if (!m_options.surveyedFrames.empty() && !writes) {
+        if (!m_options.surveyedFrames.empty() && !writes)
             fail("the option --survey-frames needs --write-survey");
-        }
     }
 
     [[nodiscard]] bool needsInput() const

@@ -24,9 +24,8 @@ std::optional<Number> takeNumber(std::string_view &text, int base = 10)
     text.remove_prefix(std::min(text.find_first_not_of(blanks), text.size()));
     Number number{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
-    if (error != std::errc()) {
+    if (error != std::errc())
         return std::nullopt;
-    }
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
     return number;
 }
@@ -41,15 +40,13 @@ std::optional<Place> placeOf(std::string_view line)
 
 void requireSameCamera(std::string_view firstLine, const mlv::Recording &recording)
 {
-    if (!firstLine.starts_with(cameraMark)) {
+    if (!firstLine.starts_with(cameraMark))
         return;
-    }
     firstLine.remove_prefix(cameraMark.size());
     const auto code = takeNumber<std::uint32_t>(firstLine, 16);
     const auto &identity = recording.identity();
-    if (code && identity && *code != identity->model) {
+    if (code && identity && *code != identity->model)
         throw ForeignMap("The pixel map is that of another camera");
-    }
 }
 
 std::vector<Place> parse(std::string_view text, const mlv::Recording &recording)
@@ -63,9 +60,8 @@ std::vector<Place> parse(std::string_view text, const mlv::Recording &recording)
             requireSameCamera(line, recording);
             isFirst = false;
         }
-        if (const auto place = placeOf(line)) {
+        if (const auto place = placeOf(line))
             places.push_back(*place);
-        }
         text.remove_prefix(std::min(end + 1, text.size()));
     }
     return places;
@@ -77,9 +73,8 @@ std::vector<Place> readPixelMap(const std::filesystem::path &path, const mlv::Re
 {
     try {
         auto places = parse(raw::readText(path, largestFile), recording);
-        if (places.empty()) {
+        if (places.empty())
             throw raw::Error("names no pixel");
-        }
         std::sort(places.begin(), places.end());
         places.erase(std::unique(places.begin(), places.end()), places.end());
         return places;

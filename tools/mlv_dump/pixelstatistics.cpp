@@ -60,9 +60,8 @@ void PixelStatistics::addRow(const Residuals::Row &row, const FrameNoise &noise,
         if (noise.isBelowClip(sample - residual) &&
             (strikes || noise.isAbove(sample - residual, 2 * limits.striking))) {
             ++pixel->judged;
-            if (strikes) {
+            if (strikes)
                 ++(excess > 0 ? pixel->high : pixel->low);
-            }
         }
         shares[column].counted += isEven ? 1 : 0;
         shares[column].unusual += isEven && distance > limits.usual ? 1 : 0;

@@ -27,9 +27,8 @@ RecordingWriter::RecordingWriter(const mlv::Recording &source, const std::filesy
     , m_file(path)
 {
     writeHeader(source.header(), frameCount);
-    for (const auto &chunk : source.chunks()) {
+    for (const auto &chunk : source.chunks())
         copyMetadata(chunk);
-    }
 }
 
 void RecordingWriter::writeHeader(const mlv::FileHeader &source, std::uint32_t frameCount)
@@ -50,9 +49,8 @@ void RecordingWriter::copyMetadata(const mlv::Chunk &chunk)
     std::array<std::byte, 65536> buffer;
     mlv::BlockWalk walk(chunk);
     while (const auto block = walk.next()) {
-        if (!isCopied(block->header.type)) {
+        if (!isCopied(block->header.type))
             continue;
-        }
         for (std::uint32_t copied = 0; copied < block->header.size;) {
             const auto part = std::span(buffer).first(
                 std::min<std::size_t>(buffer.size(), block->header.size - copied));

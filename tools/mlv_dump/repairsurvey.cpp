@@ -85,9 +85,8 @@ public:
                 const FrameNoise noise(residuals, m_format);
                 statistics.add(residuals, noise, m_format.height, crop);
             }
-            if (columns) {
+            if (columns)
                 columnSurvey.add(samples, crop.x, crop.y);
-            }
         });
         if (pixels) {
             takeLattice(findLattice(statistics), corner, end);
@@ -95,9 +94,8 @@ public:
                 findSinglePixels(statistics, m_found.repair.lattice,
                                  m_format.whiteLevel >> std::max(0, m_format.bitsPerSample - 14)));
         }
-        if (columns) {
+        if (columns)
             takeColumns(columnSurvey.result());
-        }
     }
 
     FoundRepair found() { return std::move(m_found); }
@@ -152,9 +150,8 @@ private:
     void takePixels(const SinglePixels &single)
     {
         auto &pixels = m_found.repair.pixels;
-        for (const auto *places : {&single.hot, &single.cold, &single.stuck}) {
+        for (const auto *places : {&single.hot, &single.cold, &single.stuck})
             pixels.insert(pixels.end(), places->begin(), places->end());
-        }
         std::sort(pixels.begin(), pixels.end());
         pixels.erase(std::unique(pixels.begin(), pixels.end()), pixels.end());
         remark("Repaired pixels: %zu hot, %zu cold, %zu stuck", single.hot.size(),
@@ -163,16 +160,13 @@ private:
 
     void takeLattice(const std::optional<Lattice> &lattice, const Place &corner, const Place &end)
     {
-        if (!lattice) {
+        if (!lattice)
             return;
-        }
         m_found.repair.lattice = lattice;
         std::size_t places = 0;
-        for (int y = corner.y; y < end.y; ++y) {
-            for (int x = corner.x; x < end.x; ++x) {
+        for (int y = corner.y; y < end.y; ++y)
+            for (int x = corner.x; x < end.x; ++x)
                 places += lattice->has(x, y) ? 1U : 0U;
-            }
-        }
         const auto period = periodOf(*lattice);
         const int first = std::max(corner.y, lattice->firstLine);
         const int last = std::min(end.y - 1, lattice->lastLine);
@@ -208,20 +202,17 @@ FoundRepair findRepair(const mlv::Recording &recording, const std::filesystem::p
                        const Calibration &calibration, unsigned threads)
 {
     using Pixels = RepairChoice::Pixels;
-    if (choice.isNothing()) {
+    if (choice.isNothing())
         return {};
-    }
     Search search(recording, format, calibration, threads);
     if (choice.pixels == Pixels::Map) {
         search.takeMap(choice.map);
     } else if (choice.pixels == Pixels::Auto) {
-        if (const auto map = pixelMapBeside(recordingPath, recording)) {
+        if (const auto map = pixelMapBeside(recordingPath, recording))
             search.takeMap(*map);
-        }
     }
-    if (choice.pixels == Pixels::Auto || choice.columns) {
+    if (choice.pixels == Pixels::Auto || choice.columns)
         search.survey(choice.pixels == Pixels::Auto, choice.columns);
-    }
     return search.found();
 }
 

@@ -39,14 +39,12 @@ void printReport(const mlv::Recording &recording, Output &output)
         const auto &chunk = recording.chunks()[i];
         printFileHeader(recording, i, output);
         mlv::BlockWalk walk(chunk);
-        while (const auto block = walk.next()) {
+        while (const auto block = walk.next())
             printBlock(chunk, walk, *block, output);
-        }
     }
     const auto frames = planFrames(recording.videoFrames(), {}).frames.size();
-    if (frames != recording.videoFrames().size()) {
+    if (frames != recording.videoFrames().size())
         output.line(format("Frames with filled gaps: %zu", frames));
-    }
     output.flush();
 }
 

@@ -38,17 +38,15 @@ void print(Output &out, const mlv::RawInfo &raw)
 
 std::string cropWords(unsigned cropFactor)
 {
-    if (cropFactor == 100) {
+    if (cropFactor == 100)
         return "Full frame";
-    }
     return cropFactor >= 160 && cropFactor <= 162 ? "APS-C" : "35mm equiv";
 }
 
 std::string samplingWords(unsigned binning, unsigned skipping, const char *unit)
 {
-    if (binning + skipping <= 1) {
+    if (binning + skipping <= 1)
         return format("every %s", unit);
-    }
     return format("%u of %u %ss read", binning, binning + skipping, unit);
 }
 
@@ -63,9 +61,8 @@ void print(Output &out, const mlv::RawCapture &capture)
     out.line(format("      sampling         %ux%u (%s, %s)", factorY, factorX,
                     samplingWords(capture.binningY, capture.skippingY, "line").c_str(),
                     samplingWords(capture.binningX, capture.skippingX, "column").c_str()));
-    if (capture.offsetX != mlv::unknownOffset && capture.offsetY != mlv::unknownOffset) {
+    if (capture.offsetX != mlv::unknownOffset && capture.offsetY != mlv::unknownOffset)
         out.line(format("      offset           %d,%d", capture.offsetX, capture.offsetY));
-    }
 }
 
 void print(Output &out, const mlv::WaveInfo &wave)
@@ -243,11 +240,9 @@ void printBlock(const Chunk &chunk, BlockWalk &walk, const Block &block, Output 
     output.line(format("      Size: %u", header.size));
     output.line(format("      Time: %" PRIu64 ".%03u000 ms", header.timestamp / 1000,
                        static_cast<unsigned>(header.timestamp % 1000)));
-    for (const auto &printer : printers) {
-        if (printer.type == header.type) {
+    for (const auto &printer : printers)
+        if (printer.type == header.type)
             printer.print(chunk, walk, block, output);
-        }
-    }
 }
 
 } // namespace mlvdump

@@ -14,9 +14,8 @@ bool rowPairsAlternate(std::span<const std::uint16_t> samples, const mlv::FrameF
     std::array<double, 4> light{};
     for (std::size_t row = 0; row < rows; ++row) {
         double sum = 0;
-        for (const auto sample : samples.subspan(row * width, width)) {
+        for (const auto sample : samples.subspan(row * width, width))
             sum += std::max(0, sample - format.blackLevel);
-        }
         light[row % 4] += sum;
     }
     // Rows of the same colours are two apart.

@@ -27,9 +27,8 @@ std::vector<std::string> tagRemarks(const Options &options, const mlv::Recording
     auto remarks = frameLevels(recording, mlv::FrameDecoder(recording).format(), options.black,
                                options.white, options.threadCount())
                        .remarks;
-    if (const auto known = knownMatrix(recording); known && !options.keepsRecordedMatrix) {
+    if (const auto known = knownMatrix(recording); known && !options.keepsRecordedMatrix)
         remarks.push_back(known->remark());
-    }
     return remarks;
 }
 
@@ -40,18 +39,16 @@ bool printFindings(const Options &options, const mlv::Recording &recording, Outp
         output.line("Checked " + std::to_string(done) + " of " + std::to_string(total) + " bytes");
         output.flush();
     });
-    for (const auto &loss : findings.losses) {
+    for (const auto &loss : findings.losses)
         output.loss(loss);
-    }
     try {
         const auto tags = tagRemarks(options, recording);
         findings.remarks.insert(findings.remarks.end(), tags.begin(), tags.end());
     } catch (const raw::ReadError &) {
         findings.remarks.push_back("what the disk can't read is not judged");
     }
-    for (const auto &remark : findings.remarks) {
+    for (const auto &remark : findings.remarks)
         output.note(remark);
-    }
     return !findings.losses.empty();
 }
 
@@ -66,9 +63,8 @@ public:
         , m_decoder(recording)
         , m_calibration(options.dark, options.flat, m_decoder.format())
     {
-        if (m_calibration.flat()) {
+        if (m_calibration.flat())
             output.line(m_calibration.flat()->description());
-        }
         output.flush();
         SourceFiles(recording, options.references()).requireOther(options.output);
     }
@@ -87,12 +83,10 @@ public:
     {
         const auto plan = planFrames(m_recording.videoFrames(), m_options.range);
         const auto &frames = plan.frames;
-        if (frames.empty()) {
+        if (frames.empty())
             throw raw::Error("has none of the frames that are asked for");
-        }
-        for (const auto &remark : plan.remarks) {
+        for (const auto &remark : plan.remarks)
             m_output.note(remark);
-        }
         m_output.flush();
         RecordingWriter writer(m_recording, m_options.output,
                                static_cast<std::uint32_t>(frames.size()));
@@ -117,9 +111,8 @@ private:
 void requireReadableFrames(const mlv::Recording &recording)
 {
     static_cast<void>(mlv::FrameDecoder(recording));
-    if (recording.videoFrames().empty()) {
+    if (recording.videoFrames().empty())
         throw raw::Error("holds no whole frame");
-    }
 }
 
 std::size_t runMode(const Options &options, const mlv::Recording &recording, Output &output)
@@ -133,9 +126,8 @@ std::size_t runMode(const Options &options, const mlv::Recording &recording, Out
     case Mode::Rewrite:
         return RecordingRun(options, recording, output).rewrite();
     case Mode::Survey:
-        for (const auto &remark : tagRemarks(options, recording)) {
+        for (const auto &remark : tagRemarks(options, recording))
             output.note(remark);
-        }
         return recording.videoFrames().size();
     default:
         return recording.videoFrames().size();
@@ -211,28 +203,22 @@ int run(const Options &options, Output &output)
             summary.frames = runFrames(options, recording, known, output);
             return;
         }
-        for (const auto *sentences : {&recording.warnings(), &recording.remarks()}) {
-            for (const auto &sentence : *sentences) {
+        for (const auto *sentences : {&recording.warnings(), &recording.remarks()})
+            for (const auto &sentence : *sentences)
                 output.warning(sentence);
-            }
-        }
-        if (options.verbose) {
+        if (options.verbose)
             printReport(recording, output);
-        }
         summary.frames = runMode(options, recording, output);
     };
     const auto failure = failureOf(work);
-    if (failure && failure->isRecordings && isOneOfMany(options.mode)) {
+    if (failure && failure->isRecordings && isOneOfMany(options.mode))
         output.unusable(failure->reason);
-    } else if (failure) {
+    else if (failure)
         output.error(failure->reason);
-    }
-    if (!failure || options.mode != Mode::Frames) {
+    if (!failure || options.mode != Mode::Frames)
         output.finish(summary);
-    }
-    if (options.mode == Mode::Verify && failure) {
+    if (options.mode == Mode::Verify && failure)
         return unreadable;
-    }
     return failure || isLossy ? 1 : 0;
 }
 

@@ -39,11 +39,9 @@ public:
 
     SinglePixels run()
     {
-        for (int y = 0; y < m_statistics.height(); ++y) {
-            for (int x = 0; x < m_statistics.width(); ++x) {
+        for (int y = 0; y < m_statistics.height(); ++y)
+            for (int x = 0; x < m_statistics.width(); ++x)
                 judge(x, y);
-            }
-        }
         const auto pixels = static_cast<std::size_t>(m_statistics.width()) *
                             static_cast<std::size_t>(m_statistics.height());
         const bool tooMany =
@@ -57,19 +55,17 @@ private:
         const auto &pixel = m_statistics.pixel(x, y);
         const Place place{y + m_statistics.corner().y, x + m_statistics.corner().x};
         const bool isMember = m_lattice && m_lattice->has(place.x, place.y);
-        if (pixel.high + pixel.low == 0 || isMember) {
+        if (pixel.high + pixel.low == 0 || isMember)
             return;
-        }
         // Half of the frames have to be fit to show it.
         const bool isAlone = 2 * pixel.judged >= pixel.seen &&
                              std::abs(pixel.excess()) > standsOut * secondLargestAround(x, y);
-        if (isAlone && isNearlyAll(pixel.high, pixel.judged)) {
+        if (isAlone && isNearlyAll(pixel.high, pixel.judged))
             m_found.hot.push_back(place);
-        } else if (isAlone && isNearlyAll(pixel.low, pixel.judged)) {
+        else if (isAlone && isNearlyAll(pixel.low, pixel.judged))
             m_found.cold.push_back(place);
-        } else if (isStuck(x, y)) {
+        else if (isStuck(x, y))
             m_found.stuck.push_back(place);
-        }
     }
 
     /// A level that stands still amid noise is no measurement, however seldom it strikes.
@@ -88,9 +84,8 @@ private:
             for (int dx = -1; dx <= 1; ++dx) {
                 const bool isInside = x + dx >= 0 && x + dx < m_statistics.width() && y + dy >= 0 &&
                                       y + dy < m_statistics.height();
-                if (isInside && (dx != 0 || dy != 0)) {
+                if (isInside && (dx != 0 || dy != 0))
                     visit(m_statistics.pixel(x + dx, y + dy));
-                }
             }
         }
     }

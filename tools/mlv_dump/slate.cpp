@@ -32,15 +32,13 @@ std::optional<std::array<std::uint8_t, 8>> Slate::timeCode(std::uint64_t frame) 
     constexpr std::uint32_t mostOfPairs = 79;
     constexpr unsigned secondOfPair = 0x80;
     const std::uint32_t ofSecond = rate.framesOfTimecodeSecond();
-    if (ofSecond > mostOfPairs) {
+    if (ofSecond > mostOfPairs)
         return std::nullopt;
-    }
     const std::uint64_t number = firstNumber + frame;
     const std::uint64_t inSecond = number % ofSecond;
     const std::uint64_t seconds = number / ofSecond;
-    if (ofSecond <= mostOfSingles) {
+    if (ofSecond <= mostOfSingles)
         return timeCodeBytes(seconds, inSecond);
-    }
     auto bytes = timeCodeBytes(seconds, inSecond / 2);
     bytes[1] = static_cast<std::uint8_t>(bytes[1] | (inSecond % 2 == 1 ? secondOfPair : 0U));
     return bytes;
@@ -49,9 +47,8 @@ std::optional<std::array<std::uint8_t, 8>> Slate::timeCode(std::uint64_t frame) 
 Slate slateOf(const mlv::Recording &recording, const std::string &reelName)
 {
     const auto rate = exactRate(recording.framesPerSecond());
-    if (!rate) {
+    if (!rate)
         throw raw::Error("has no frame rate, without which there is no timecode");
-    }
     const auto begin = cameraTime(recording, 0);
     const std::uint64_t seconds = begin ? secondsSinceMidnight(*begin) : 0;
     return {*rate, seconds * rate->framesOfTimecodeSecond(), begin, asciiText(harmless(reelName)),

@@ -67,12 +67,10 @@ std::int64_t leadBytes(std::uint64_t soundStart, std::uint64_t pictureStart,
 std::uint64_t mostBytes(const PictureTime &picture, const std::optional<Slate> &slate,
                         const mlv::WaveInfo &info)
 {
-    if (slate) {
+    if (slate)
         return slate->rate.samplesOf(picture.frames, info.samplesPerSecond) * info.blockAlign;
-    }
-    if (!picture.isCut || picture.seconds <= 0) {
+    if (!picture.isCut || picture.seconds <= 0)
         return endless;
-    }
     constexpr double aDay = 86400;
     const auto samples = std::llround(std::min(picture.seconds, aDay) * info.samplesPerSecond);
     return static_cast<std::uint64_t>(samples) * info.blockAlign;
@@ -123,9 +121,8 @@ void writeSound(const mlv::Recording &recording, const PictureTime &picture,
                 const std::optional<Slate> &slate, const SourceFiles &sources,
                 const std::filesystem::path &path, Output &output)
 {
-    if (recording.audioBlocks().empty()) {
+    if (recording.audioBlocks().empty())
         return;
-    }
     if (!recording.waveInfo()) {
         output.warning("the recording does not say what its sound is (no WAVI block): left out");
         return;
@@ -139,21 +136,18 @@ void writeSound(const mlv::Recording &recording, const PictureTime &picture,
     const auto &blocks = recording.audioBlocks();
     std::uint64_t mostSilence =
         static_cast<std::uint64_t>(std::clamp(picture.seconds, 0.0, 86400.0) * info.bytesPerSecond);
-    for (const auto &block : blocks) {
+    for (const auto &block : blocks)
         mostSilence += block.size;
-    }
     const auto lead = leadBytes(blocks.front().timestamp, picture.start, info);
     const std::uint64_t most = mostBytes(picture, slate, info);
     const auto plan = planSound(blocks, lead, std::min(mostSilence, maxFileBytes), most);
-    for (const auto &warning : plan.warnings) {
+    for (const auto &warning : plan.warnings)
         output.warning(warning);
-    }
     const std::uint64_t bytes = slate ? most : plan.bytes;
     const auto chunks = slate ? clipChunks(*slate, picture.firstFrame, info) : std::string();
     // Chunks have an even size.
-    if (bytes + bytes % 2 > maxFileBytes - sizeof(FileHead) - chunks.size() - sizeof(SampleHead)) {
+    if (bytes + bytes % 2 > maxFileBytes - sizeof(FileHead) - chunks.size() - sizeof(SampleHead))
         throw RefusedOutput("The sound is too long for a WAV file");
-    }
     sources.requireOther(path);
     output::OutputFile file(path);
     writeHead(info, chunks, bytes, file);

@@ -47,9 +47,8 @@ SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead, std::uint64
         toSkip -= skip;
         append(plan, {silence - skippedSilence, &block, skip, block.size - skip}, mostBytes);
     }
-    if (lost > 0) {
+    if (lost > 0)
         plan.warnings.push_back(std::to_string(lost) + " lost sound blocks are silent");
-    }
     if (jumps > 0) {
         plan.warnings.push_back("the times or numbers of the sound jump too far to be true in " +
                                 std::to_string(jumps) + " places, which are left out");

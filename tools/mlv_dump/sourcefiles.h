@@ -26,16 +26,14 @@ public:
     void requireOther(const std::filesystem::path &path) const
     {
         bool same = false;
-        for (const auto &chunk : m_recording.chunks()) {
+        for (const auto &chunk : m_recording.chunks())
             same = same || chunk.file().isSameAs(path);
-        }
         for (const auto &reference : m_references) {
             std::error_code missing;
             same = same || std::filesystem::equivalent(path, reference, missing);
         }
-        if (same) {
+        if (same)
             throw RefusedOutput("The output would replace a file that is read");
-        }
     }
 
 private:

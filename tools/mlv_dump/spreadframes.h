@@ -15,9 +15,8 @@ namespace mlvdump {
 {
     count = std::min(frames.size(), count);
     std::vector<mlv::DataBlock> chosen;
-    for (std::size_t i = 0; i < count; ++i) {
+    for (std::size_t i = 0; i < count; ++i)
         chosen.push_back(frames[i * frames.size() / count]);
-    }
     return chosen;
 }
 

@@ -25,9 +25,8 @@ Iterator firstGood(mlv::FrameDecoder &decoder, Iterator begin, Iterator end)
 {
     const auto good =
         std::find_if(begin, end, [&](const auto &frame) { return isGood(decoder, frame); });
-    if (good == end) {
+    if (good == end)
         throw raw::Error("holds no frame that can be decoded");
-    }
     return good;
 }
 

@@ -50,13 +50,11 @@ std::vector<double> optionValues(const Options &options)
 void addIndex(SurveyWriter &writer, const mlv::RecordingIndex &index)
 {
     writer.begin("recording").add(index.guid);
-    for (const auto &chunk : index.chunks) {
+    for (const auto &chunk : index.chunks)
         writer.add(chunk.size).add(chunk.modified);
-    }
     writer.begin("settings");
-    for (const auto &block : index.settings) {
+    for (const auto &block : index.settings)
         writer.add(block.chunk).add(block.offset);
-    }
     writer.begin("frames").add(index.videoFrames.size());
     for (const auto &frame : index.videoFrames) {
         writer.begin("frame").add(frame.number).add(frame.timestamp).add(frame.chunk);
@@ -99,23 +97,19 @@ void addRepair(SurveyWriter &writer, const Repair &repair)
 {
     writer.begin("repair").add(repair.format.whiteLevel).add(repair.rowStep);
     writer.begin("pixels");
-    for (const auto &place : repair.pixels) {
+    for (const auto &place : repair.pixels)
         writer.add(place.x).add(place.y);
-    }
     writer.begin("lattice");
     if (repair.lattice) {
         writer.add(repair.lattice->firstLine).add(repair.lattice->lastLine);
-        for (const auto line : repair.lattice->cell) {
+        for (const auto line : repair.lattice->cell)
             writer.add(line);
-        }
     }
     writer.begin("columns");
     if (repair.columns) {
-        for (const auto &line : repair.columns->gains) {
-            for (const auto gain : line) {
+        for (const auto &line : repair.columns->gains)
+            for (const auto gain : line)
                 writer.add(gain);
-            }
-        }
     }
 }
 
@@ -124,20 +118,17 @@ Lattice takeLattice(SurveyReader &reader)
     Lattice lattice;
     lattice.firstLine = reader.number<int>(0);
     lattice.lastLine = reader.number<int>(0);
-    for (auto &line : lattice.cell) {
+    for (auto &line : lattice.cell)
         line = reader.number<std::uint32_t>(0, (1U << unsigned{Lattice::columns}) - 1);
-    }
     return lattice;
 }
 
 ColumnGains takeGains(SurveyReader &reader)
 {
     ColumnGains columns{};
-    for (auto &line : columns.gains) {
-        for (auto &gain : line) {
+    for (auto &line : columns.gains)
+        for (auto &gain : line)
             gain = reader.number<double>(0.5, 2);
-        }
-    }
     return columns;
 }
 
@@ -153,40 +144,33 @@ Repair takeRepair(SurveyReader &reader)
         repair.pixels.push_back({reader.number<int>(0, mostPlaces), x});
     }
     reader.begin("lattice");
-    if (reader.hasMore()) {
+    if (reader.hasMore())
         repair.lattice = takeLattice(reader);
-    }
     reader.begin("columns");
-    if (reader.hasMore()) {
+    if (reader.hasMore())
         repair.columns = takeGains(reader);
-    }
     return repair;
 }
 
 std::optional<Neutral> takeNeutral(SurveyReader &reader)
 {
     reader.begin("neutral");
-    if (!reader.hasMore()) {
+    if (!reader.hasMore())
         return std::nullopt;
-    }
     Neutral neutral{};
-    for (auto &light : neutral) {
+    for (auto &light : neutral)
         light = reader.number<double>();
-    }
-    if (!isUsable(neutral)) {
+    if (!isUsable(neutral))
         SurveyReader::throwDamaged();
-    }
     return neutral;
 }
 
 void requireSameOptions(SurveyReader &reader, const Options &options)
 {
     reader.begin("options");
-    for (const auto value : optionValues(options)) {
-        if (reader.number<double>() != value) {
+    for (const auto value : optionValues(options))
+        if (reader.number<double>() != value)
             throw SurveyError("The survey was made with other options");
-        }
-    }
 }
 
 } // namespace
@@ -195,18 +179,15 @@ void writeSurvey(const Survey &survey, const Options &options, const std::filesy
 {
     SurveyWriter writer(kind);
     writer.begin("options");
-    for (const auto value : optionValues(options)) {
+    for (const auto value : optionValues(options))
         writer.add(value);
-    }
     writer.begin("selection").add(survey.selection.first).add(survey.selection.last);
     writer.add(survey.firstGood);
     writer.begin("levels").add(survey.blackLevel).add(survey.whiteLevel);
     writer.begin("neutral");
-    if (survey.neutral) {
-        for (const auto light : *survey.neutral) {
+    if (survey.neutral)
+        for (const auto light : *survey.neutral)
             writer.add(light);
-        }
-    }
     addRepair(writer, survey.repair);
     addIndex(writer, survey.recording);
     writer.write(path);

@@ -9,9 +9,8 @@ namespace {
 
 void replaceAll(std::string &text, std::string_view mark, std::string_view replacement)
 {
-    for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
+    for (auto at = text.find(mark); at != std::string::npos; at = text.find(mark, at))
         text.replace(at, mark.size(), replacement);
-    }
 }
 
 bool isContinuation(char byte)
@@ -28,14 +27,12 @@ std::size_t characterSize(std::string_view text)
                              : (first & 0xf0) == 0xe0 ? 3
                              : (first & 0xf8) == 0xf0 ? 4
                                                       : 0;
-    if (size == 0 || size > text.size()) {
+    if (size == 0 || size > text.size())
         return 0;
-    }
     char32_t value = size == 1 ? first : first & (0x7fU >> size);
     for (std::size_t i = 1; i < size; ++i) {
-        if (!isContinuation(text[i])) {
+        if (!isContinuation(text[i]))
             return 0;
-        }
         value = (value << 6) | (static_cast<unsigned char>(text[i]) & 0x3fU);
     }
     constexpr std::array<char32_t, 5> smallest{0, 0, 0x80, 0x800, 0x10000};
@@ -73,13 +70,12 @@ std::string harmless(std::string_view text)
     result.reserve(text.size());
     while (!text.empty()) {
         const std::size_t size = characterSize(text);
-        if (size == 0) {
+        if (size == 0)
             result += '?';
-        } else if (isControl(text)) {
+        else if (isControl(text))
             result += ' ';
-        } else {
+        else
             result += text.substr(0, size);
-        }
         text.remove_prefix(size == 0 ? 1 : size);
     }
     replaceAll(result, "[ERROR]", "(ERROR)");
@@ -93,11 +89,10 @@ std::string asciiText(std::string_view text)
     std::string ascii;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x80) {
+        if (byte < 0x80)
             ascii += c;
-        } else if (byte >= 0xc0) {
+        else if (byte >= 0xc0)
             ascii += '?'; // one for each character, not for its further bytes
-        }
     }
     const auto end = ascii.find_last_not_of(' ');
     return ascii.substr(0, end == std::string::npos ? 0 : end + 1);

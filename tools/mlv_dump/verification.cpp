@@ -15,9 +15,8 @@ NumberRanges gaps(const mlv::DataIndex &index)
     NumberRanges missing;
     std::uint64_t expected = 0;
     for (const auto &block : index) {
-        if (block.number > expected) {
+        if (block.number > expected)
             missing.add(expected, block.number - 1U);
-        }
         expected = std::uint64_t{block.number} + 1;
     }
     return missing;
@@ -35,11 +34,9 @@ void tellGaps(const NumberRanges &missing, const char *one, const char *many, Fi
 void tellUnevenSound(const mlv::DataIndex &sounds, Findings &findings)
 {
     NumberRanges uneven;
-    for (std::size_t i = 1; i + 1 < sounds.size(); ++i) {
-        if (sounds[i].size != sounds.front().size) {
+    for (std::size_t i = 1; i + 1 < sounds.size(); ++i)
+        if (sounds[i].size != sounds.front().size)
             uneven.add(sounds[i].number, sounds[i].number);
-        }
-    }
     if (!uneven.isEmpty()) {
         findings.remarks.push_back("some sound blocks are not of the size of the first one: " +
                                    uneven.text());
@@ -70,9 +67,8 @@ public:
         , m_name("chunk " + std::to_string(number + 1) + " of the recording")
     {
         mlv::BlockWalk walk(chunk);
-        while (const auto block = walk.next()) {
+        while (const auto block = walk.next())
             take(block->header.type);
-        }
         m_rest = chunk.file().size() - walk.position();
     }
 
@@ -108,9 +104,8 @@ private:
     void tellCount(std::uint32_t said, std::uint32_t there, const char *what,
                    Findings &findings) const
     {
-        if (said == there || said == 0) {
+        if (said == there || said == 0)
             return;
-        }
         auto &told = said > there ? findings.losses : findings.remarks;
         told.push_back(m_name + " should have " + std::to_string(said) + " " + what + ", but has " +
                        std::to_string(there));
@@ -129,24 +124,21 @@ private:
 Findings verify(const mlv::Recording &recording, unsigned threads, const ReadingProgress &progress)
 {
     Findings findings{recording.warnings(), recording.remarks()};
-    for (std::size_t i = 0; i < recording.chunks().size(); ++i) {
+    for (std::size_t i = 0; i < recording.chunks().size(); ++i)
         ChunkCheck(recording.chunks()[i], i).tell(findings);
-    }
     tellGaps(gaps(recording.videoFrames()),
              " frame is missing: ", " frames are missing: ", findings);
     tellGaps(gaps(recording.audioBlocks()),
              " sound block is missing: ", " sound blocks are missing: ", findings);
     tellUnevenSound(recording.audioBlocks(), findings);
     tellOversizedFrames(recording, findings);
-    if (!recording.audioBlocks().empty() && !recording.waveInfo()) {
+    if (!recording.audioBlocks().empty() && !recording.waveInfo())
         findings.losses.push_back("nothing says what the sound is, so that it can't be used");
-    }
 
     const auto lost = readWhole(recording, threads, progress);
     NumberRanges damaged;
-    for (const std::uint32_t number : lost.damagedFrames) {
+    for (const std::uint32_t number : lost.damagedFrames)
         damaged.add(number, number);
-    }
     tellGaps(damaged, " frame is damaged: ", " frames are damaged: ", findings);
     if (lost.unreadableBytes > 0) {
         findings.losses.push_back("the disk can't read " + std::to_string(lost.unreadableBytes) +

@@ -31,9 +31,8 @@ std::optional<Neutral> parseMultipliers(std::string_view text)
         const bool isLast = i + 1 == multipliers.size();
         const auto comma = isLast ? text.size() : text.find(',');
         const auto number = parseNumber(text.substr(0, comma));
-        if (comma == std::string_view::npos || !number || !(*number > 0)) {
+        if (comma == std::string_view::npos || !number || !(*number > 0))
             return std::nullopt;
-        }
         multipliers[i] = *number;
         text.remove_prefix(isLast ? comma : comma + 1);
     }
@@ -46,9 +45,8 @@ std::optional<Neutral> parseMultipliers(std::string_view text)
 std::optional<BalanceChoice> parseBalance(std::string_view text)
 {
     using Kind = BalanceChoice::Kind;
-    if (text == "camera" || text == "auto") {
+    if (text == "camera" || text == "auto")
         return BalanceChoice{text == "auto" ? Kind::Auto : Kind::Camera, 0, {}};
-    }
     if (const auto kelvin = parseNumber(text)) {
         return *kelvin >= leastKelvin && *kelvin <= mostKelvin
                    ? std::optional(BalanceChoice{Kind::Kelvin, *kelvin, {}})

@@ -32,20 +32,17 @@ struct Piece
 void addStretch(std::vector<Piece> &pieces, std::uint16_t chunk, std::uint64_t from,
                 std::uint64_t to)
 {
-    for (; from < to; from += std::min(pieceBytes, to - from)) {
+    for (; from < to; from += std::min(pieceBytes, to - from))
         pieces.push_back({from, std::min(pieceBytes, to - from), nullptr, chunk});
-    }
 }
 
 /// The whole recording in the order in which it lies on the disk.
 std::vector<Piece> piecesOf(const mlv::Recording &recording, bool decodes)
 {
     std::vector<const mlv::DataBlock *> frames;
-    for (const auto &frame : recording.videoFrames()) {
-        if (decodes) {
+    for (const auto &frame : recording.videoFrames())
+        if (decodes)
             frames.push_back(&frame);
-        }
-    }
     std::ranges::sort(frames, {},
                       [](const auto *frame) { return std::pair(frame->chunk, frame->offset); });
     std::vector<Piece> pieces;
@@ -72,9 +69,8 @@ public:
         , m_pieces(piecesOf(recording,
                             mlv::FrameDecoder(recording).compression() != mlv::Compression::None))
     {
-        for (const auto &piece : m_pieces) {
+        for (const auto &piece : m_pieces)
             m_total += piece.size;
-        }
     }
 
     void run(unsigned threads)
@@ -94,11 +90,10 @@ private:
     void take(const Piece &piece, mlv::FrameDecoder &decoder, std::span<std::byte> buffer)
     {
         try {
-            if (piece.frame != nullptr) {
+            if (piece.frame != nullptr)
                 static_cast<void>(decoder.decode(*piece.frame));
-            } else {
+            else
                 read(piece, buffer);
-            }
         } catch (const raw::ReadError &) {
             noteUnreadable(piece);
         } catch (const raw::Error &) {
@@ -121,12 +116,10 @@ private:
     {
         const std::lock_guard lock(m_mutex);
         m_unread.unreadableBytes += piece.size;
-        for (const auto &frame : m_recording.videoFrames()) {
+        for (const auto &frame : m_recording.videoFrames())
             if (frame.chunk == piece.chunk && frame.offset < piece.offset + piece.size &&
-                piece.offset < frame.offset + frame.size) {
+                piece.offset < frame.offset + frame.size)
                 m_unread.damagedFrames.insert(frame.number);
-            }
-        }
     }
 
     void tell(std::uint64_t bytes)

@@ -14,11 +14,9 @@ constexpr Matrix srgbToXyz{
 Rgb product(const Matrix &matrix, const Rgb &colour)
 {
     Rgb result{};
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column) {
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < 3; ++column)
             result[row] += matrix[row][column] * colour[column];
-        }
-    }
     return result;
 }
 

@@ -20,22 +20,19 @@ void ChunkWriter::write(mlv::BlockType type, std::uint64_t timestamp,
                         std::initializer_list<std::span<const std::byte>> parts)
 {
     std::size_t size = sizeof(mlv::BlockHeader);
-    for (const auto &part : parts) {
+    for (const auto &part : parts)
         size += part.size();
-    }
     const mlv::BlockHeader header{type, static_cast<std::uint32_t>(size), timestamp};
     writeBytes(mlv::encodeLayout(header));
-    for (const auto &part : parts) {
+    for (const auto &part : parts)
         writeBytes(part);
-    }
 }
 
 void ChunkWriter::fillTo(std::uint64_t boundary)
 {
     std::uint64_t missing = boundary - m_position % boundary;
-    if (missing < sizeof(mlv::BlockHeader)) {
+    if (missing < sizeof(mlv::BlockHeader))
         missing += boundary;
-    }
     const std::vector<std::byte> padding(missing - sizeof(mlv::BlockHeader), std::byte{0xa5});
     write(mlv::blocktype::filler, 0, {padding});
 }
@@ -58,9 +55,8 @@ void ChunkWriter::writeBytes(std::span<const std::byte> bytes)
 
 void ChunkWriter::check() const
 {
-    if (!m_file) {
+    if (!m_file)
         throw std::system_error(errno, std::generic_category(), m_path);
-    }
 }
 
 } // namespace sample

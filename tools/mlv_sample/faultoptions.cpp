@@ -33,9 +33,8 @@ std::uint32_t cameraModel(std::string_view text)
     const auto digits = text.starts_with("0x") ? text.substr(2) : std::string_view();
     const auto [end, error] =
         std::from_chars(digits.data(), digits.data() + digits.size(), code, 16);
-    if (error != std::errc{} || end != digits.data() + digits.size()) {
+    if (error != std::errc{} || end != digits.data() + digits.size())
         refuseValue("--model", text);
-    }
     return code;
 }
 

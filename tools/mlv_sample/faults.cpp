@@ -34,9 +34,8 @@ float lightOf(std::uint16_t sample, const Levels &levels)
 
 Place cropOf(const Settings &settings, int frame)
 {
-    if (!settings.pans) {
+    if (!settings.pans)
         return settings.crop;
-    }
     // In steps that keep the pattern of colours, as cameras round them.
     return {settings.crop.x + frame / 2 % 4 * 8, settings.crop.y + frame % 6 * 2};
 }
@@ -75,9 +74,8 @@ void Faults::scatter(FaultyPixel::Kind kind, int count)
 bool Faults::isInLattice(const Place &place) const
 {
     const auto &faults = m_settings.faults;
-    if (place.y < faults.firstLatticeLine || place.y > faults.lastLatticeLine) {
+    if (place.y < faults.firstLatticeLine || place.y > faults.lastLatticeLine)
         return false;
-    }
     return std::ranges::any_of(faults.lattices, [&place](const Lattice &lattice) {
         const Place inCell{place.x % lattice.columns, place.y % lattice.lines};
         return std::ranges::find(lattice.cell, inCell) != lattice.cell.end();
@@ -89,11 +87,9 @@ std::vector<Place> Faults::latticePlaces(int frame) const
     std::vector<Place> places;
     const Place crop = cropOf(m_settings, frame);
     for (int y = crop.y; y < crop.y + m_settings.height; ++y) {
-        for (int x = crop.x; x < crop.x + m_settings.width; ++x) {
-            if (isInLattice({x, y})) {
+        for (int x = crop.x; x < crop.x + m_settings.width; ++x)
+            if (isInLattice({x, y}))
                 places.push_back({x, y});
-            }
-        }
     }
     return places;
 }
@@ -118,9 +114,8 @@ void Faults::apply(std::span<std::uint16_t> samples, const Levels &levels, int f
     for (const auto &[place, kind, level] : m_pixels) {
         const bool isInside = place.x >= crop.x && place.x < crop.x + m_settings.width &&
                               place.y >= crop.y && place.y < crop.y + m_settings.height;
-        if (!isInside) {
+        if (!isInside)
             continue;
-        }
         auto &sample = sampleAt(place);
         const float light = lightOf(sample, levels);
         const float fault = level * scaleOf(levels);
@@ -135,9 +130,8 @@ void Faults::applyColumnGains(std::span<std::uint16_t> samples, const Levels &le
                               const Place &crop) const
 {
     const auto &gains = m_settings.faults.columnGains;
-    if (gains == SensorFaults().columnGains) {
+    if (gains == SensorFaults().columnGains)
         return;
-    }
     const auto width = static_cast<std::size_t>(m_settings.width);
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const std::size_t column = (i % width + static_cast<std::size_t>(crop.x)) % gains.size();

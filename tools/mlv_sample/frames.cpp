@@ -61,9 +61,8 @@ const std::vector<std::uint16_t> &FrameMaker::make(int number)
     }
 
     ReadOut readOut{levelsFor(m_settings.bits)};
-    if (m_settings.clip > 0) {
+    if (m_settings.clip > 0)
         readOut.levels.white = m_settings.clip >> (14 - std::min(14, m_settings.bits));
-    }
     readOut.perfect = m_settings.perfect;
     readOut.noise = mixed(mixed(m_settings.seed) + static_cast<std::uint64_t>(number) * 4 +
                           static_cast<std::uint64_t>(m_settings.subject));

@@ -34,9 +34,8 @@ constexpr CodeTable makeCodeTable()
     std::size_t used = 0;
     for (int length = 1; length <= longestCode; ++length, next <<= 1U) {
         for (std::size_t category = 0; category < codeLengths.size(); ++category) {
-            if (codeLengths[category] != length) {
+            if (codeLengths[category] != length)
                 continue;
-            }
             ++table.countOfLength[static_cast<std::size_t>(length - 1)];
             table.categories[used++] = static_cast<std::uint8_t>(category);
             table.codes[category] = {next++, length};
@@ -77,9 +76,8 @@ private:
     void putByte(std::uint8_t byte)
     {
         m_bytes.push_back(std::byte{byte});
-        if (byte == 0xff) {
+        if (byte == 0xff)
             m_bytes.push_back(std::byte{0}); // or it would start a marker
-        }
     }
 
     std::vector<std::byte> &m_bytes;
@@ -112,13 +110,11 @@ struct Image
     int predicted(std::size_t line, std::size_t i, int predictor) const
     {
         const std::size_t at = line * lineSamples + i;
-        if (i < components) {
+        if (i < components)
             return line == 0 ? 1 << (bits - 1) : samples[at - lineSamples];
-        }
         const int left = samples[at - components];
-        if (line == 0) {
+        if (line == 0)
             return left;
-        }
         const int above = samples[at - lineSamples];
         const int aboveLeft = samples[at - lineSamples - components];
         switch (predictor) {
@@ -160,12 +156,10 @@ public:
         word(0xffc4);
         word(2 + 1 + longestCode + codeTable.categories.size());
         byte(id);
-        for (const std::uint8_t count : codeTable.countOfLength) {
+        for (const std::uint8_t count : codeTable.countOfLength)
             byte(count);
-        }
-        for (const std::uint8_t category : codeTable.categories) {
+        for (const std::uint8_t category : codeTable.categories)
             byte(category);
-        }
     }
 
     void startOfFrame(const Image &image)
@@ -215,9 +209,8 @@ std::vector<std::byte> encodeLosslessJpeg(std::span<const std::uint16_t> samples
     std::vector<std::byte> bytes;
     Markers markers(bytes);
     markers.word(0xffd8);
-    for (std::size_t i = 0; i < image.components; ++i) {
+    for (std::size_t i = 0; i < image.components; ++i)
         markers.huffmanTable(i);
-    }
     markers.startOfFrame(image);
     markers.startOfScan(image, predictor);
 

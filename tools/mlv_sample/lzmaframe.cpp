@@ -17,9 +17,8 @@ constexpr std::size_t propertyBytes = 5;
 
 void check(lzma_ret result)
 {
-    if (result != LZMA_OK) {
+    if (result != LZMA_OK)
         throw std::runtime_error("liblzma cannot compress a frame");
-    }
 }
 
 } // namespace
@@ -27,9 +26,8 @@ void check(lzma_ret result)
 std::vector<std::byte> encodeLzmaFrame(std::span<const std::byte> packed)
 {
     lzma_options_lzma options{};
-    if (lzma_lzma_preset(&options, fastPreset)) {
+    if (lzma_lzma_preset(&options, fastPreset))
         throw std::runtime_error("liblzma does not know its fast preset");
-    }
     const std::array<lzma_filter, 2> filters{
         {{LZMA_FILTER_LZMA1, &options}, {LZMA_VLI_UNKNOWN, nullptr}}};
 

@@ -14,13 +14,12 @@ constexpr int wrongUsage = 2;
 int run(std::span<const char *const> arguments)
 {
     const sample::Options options = sample::parseOptions(arguments);
-    if (options.help) {
+    if (options.help)
         std::cout << sample::helpText;
-    } else if (options.version) {
+    else if (options.version)
         std::cout << "mlv_sample " FILMWRIGHT_VERSION "\n";
-    } else {
+    else
         sample::writeRecording(options.settings);
-    }
     return 0;
 }
 

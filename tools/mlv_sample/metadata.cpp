@@ -59,11 +59,10 @@ mlv::FileHeader fileHeader(const Settings &settings, int chunk)
     header.chunk = static_cast<std::uint16_t>(chunk);
     header.chunkCount = static_cast<std::uint16_t>(settings.chunks);
     header.videoClass = mlv::videoclass::raw;
-    if (settings.compression == Compression::Lossless) {
+    if (settings.compression == Compression::Lossless)
         header.videoClass |= mlv::videoclass::losslessJpeg;
-    } else if (settings.compression == Compression::Lzma) {
+    else if (settings.compression == Compression::Lzma)
         header.videoClass |= mlv::videoclass::lzma;
-    }
     header.audioClass = settings.sound ? mlv::audioclass::wav : mlv::audioclass::none;
     header.frameRateNumerator = settings.rateNumerator;
     header.frameRateDenominator = settings.rateDenominator;

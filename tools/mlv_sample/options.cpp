@@ -184,9 +184,8 @@ const std::map<std::string_view, Setter> &setters()
          [](Settings &s, std::string_view t) { s.repeatedFrames = numberList("--repeat", t); }},
         {"--omit",
          [](Settings &s, std::string_view text) {
-             for (const std::string_view type : listItems(text)) {
+             for (const std::string_view type : listItems(text))
                  s.omittedBlocks.emplace(type);
-             }
          }},
         {"--sound-delay",
          [](Settings &s, std::string_view t) {
@@ -204,35 +203,27 @@ const std::map<std::string_view, Setter> &setters()
 
 const Setter *setterOf(std::string_view option)
 {
-    for (const auto *table : {&setters(), &faultSetters()}) {
-        if (const auto found = table->find(option); found != table->end()) {
+    for (const auto *table : {&setters(), &faultSetters()})
+        if (const auto found = table->find(option); found != table->end())
             return &found->second;
-        }
-    }
     return nullptr;
 }
 
 void checkSettings(const Settings &settings)
 {
-    if (settings.path.empty()) {
+    if (settings.path.empty())
         throw UsageError("no output file is given");
-    }
-    if (!raw::isSupportedDepth(settings.bits)) {
+    if (!raw::isSupportedDepth(settings.bits))
         throw UsageError("--bits must be 10, 12, 14 or 16");
-    }
-    if (settings.width % 8 != 0 || settings.height % 2 != 0) {
+    if (settings.width % 8 != 0 || settings.height % 2 != 0)
         throw UsageError("--size must be a multiple of 8 by a multiple of 2");
-    }
-    if (settings.highIso != 0 && settings.highIso <= settings.iso) {
+    if (settings.highIso != 0 && settings.highIso <= settings.iso)
         throw UsageError("--dual-iso needs the lower sensitivity first");
-    }
-    if (settings.crop.x % 8 != 0 || settings.crop.y % 2 != 0) {
+    if (settings.crop.x % 8 != 0 || settings.crop.y % 2 != 0)
         throw UsageError("--crop must be a multiple of 8 by a multiple of 2");
-    }
     const std::size_t dot = settings.path.rfind('.');
-    if (settings.chunks > 1 && (dot == std::string::npos || settings.path.size() - dot != 4)) {
+    if (settings.chunks > 1 && (dot == std::string::npos || settings.path.size() - dot != 4))
         throw UsageError("--split needs an output file that ends in .MLV");
-    }
 }
 
 } // namespace
@@ -245,9 +236,8 @@ Options parseOptions(std::span<const char *const> arguments)
         if (const auto flag = flags().find(argument); flag != flags().end()) {
             flag->second(options);
         } else if (const Setter *setter = setterOf(argument)) {
-            if (++i == arguments.size()) {
+            if (++i == arguments.size())
                 throw UsageError(std::string(argument) + " needs a value");
-            }
             (*setter)(options.settings, arguments[i]);
         } else if (argument.starts_with('-')) {
             throw UsageError("unknown option: " + std::string(argument));
@@ -257,12 +247,10 @@ Options parseOptions(std::span<const char *const> arguments)
             throw UsageError("more than one output file is given");
         }
     }
-    if (options.settings.subject != Subject::Chart) {
+    if (options.settings.subject != Subject::Chart)
         options.settings.sound = false;
-    }
-    if (!options.help && !options.version) {
+    if (!options.help && !options.version)
         checkSettings(options.settings);
-    }
     return options;
 }
 

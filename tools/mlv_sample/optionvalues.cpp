@@ -6,9 +6,8 @@ namespace sample {
 std::pair<std::string_view, std::string_view> halves(std::string_view text, char separator)
 {
     const std::size_t at = text.find(separator);
-    if (at == std::string_view::npos) {
+    if (at == std::string_view::npos)
         return {text, {}};
-    }
     return {text.substr(0, at), text.substr(at + 1)};
 }
 
@@ -31,9 +30,8 @@ std::set<int> numberList(std::string_view option, std::string_view text)
         const auto [first, last] = halves(item, '-');
         const int from = number(option, first, 0, most);
         const int to = last.empty() ? from : number(option, last, from, most);
-        for (int i = from; i <= to; ++i) {
+        for (int i = from; i <= to; ++i)
             numbers.insert(i);
-        }
     }
     return numbers;
 }

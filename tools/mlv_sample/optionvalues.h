@@ -29,9 +29,8 @@ Number number(std::string_view option, std::string_view text,
     Number value{};
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc{} || end != text.data() + text.size() || !(value >= least) ||
-        !(value <= most)) {
+        !(value <= most))
         refuseValue(option, text);
-    }
     return value;
 }
 
@@ -59,12 +58,10 @@ void readNumbers(std::string_view option, std::string_view text, Numbers &values
                  typename Numbers::value_type least, typename Numbers::value_type most)
 {
     const auto items = listItems(text);
-    if (items.size() != values.size()) {
+    if (items.size() != values.size())
         refuseValue(option, text);
-    }
-    for (std::size_t i = 0; i < items.size(); ++i) {
+    for (std::size_t i = 0; i < items.size(); ++i)
         values[i] = number(option, items[i], least, most);
-    }
 }
 
 /// The choice of that name. Throws UsageError when there is none.
@@ -73,9 +70,8 @@ Choice choice(std::string_view option, std::string_view text,
               const std::map<std::string_view, Choice> &choices)
 {
     const auto found = choices.find(text);
-    if (found == choices.end()) {
+    if (found == choices.end())
         refuseValue(option, text);
-    }
     return found->second;
 }
 

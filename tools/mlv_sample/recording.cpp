@@ -32,9 +32,8 @@ std::vector<std::string> chunkPaths(const Settings &settings)
         path.replace(
             path.size() - 2, 2,
             {static_cast<char>('0' + (chunk - 1) / 10), static_cast<char>('0' + (chunk - 1) % 10)});
-        if (settings.lowerCaseParts) {
+        if (settings.lowerCaseParts)
             path[path.size() - 3] = 'm';
-        }
         paths.push_back(path);
     }
     return paths;
@@ -58,18 +57,15 @@ public:
     {
         m_header = fileHeader(m_settings, chunk);
         ChunkWriter writer(path, m_header);
-        if (chunk == 0) {
+        if (chunk == 0)
             writeHead(writer);
-        }
         for (const Event &event : events) {
             write(writer, event);
-            if (m_settings.cameraPadding) {
+            if (m_settings.cameraPadding)
                 writer.fillTo(headBoundary);
-            }
         }
-        if (m_settings.zeroCounts) {
+        if (m_settings.zeroCounts)
             m_header.videoFrames = m_header.audioFrames = 0;
-        }
         writer.close(m_header);
     }
 
@@ -78,9 +74,8 @@ private:
     void put(ChunkWriter &writer, mlv::BlockType type, const Layout &layout,
              std::uint64_t timestamp = 0, std::span<const std::byte> rest = {})
     {
-        if (!m_settings.omittedBlocks.contains(std::string(type.data(), type.size()))) {
+        if (!m_settings.omittedBlocks.contains(std::string(type.data(), type.size())))
             writer.write(type, timestamp, {mlv::encodeLayout(layout), rest});
-        }
     }
 
     void writeHead(ChunkWriter &writer)
@@ -88,33 +83,29 @@ private:
         namespace type = mlv::blocktype;
         put(writer, type::rawInfo, rawInfo(m_settings));
         put(writer, type::rawCapture, rawCapture(m_settings));
-        if (m_settings.sound) {
+        if (m_settings.sound)
             put(writer, type::waveInfo, waveInfo());
-        }
         put(writer, type::exposure, exposure(m_settings, 0));
         put(writer, type::lens, lens(focalLength));
         put(writer, type::clock, clock());
         put(writer, type::identity, identity(m_settings));
         put(writer, type::whiteBalance, whiteBalance(m_settings));
-        if (m_settings.highIso > 0) {
+        if (m_settings.highIso > 0)
             put(writer, type::dualIso, dualIso(m_settings));
-        }
         std::string text = versionText();
         const mlv::VersionText length{static_cast<std::uint32_t>(text.size())};
         text.resize((text.size() + 3) / 4 * 4);
         put(writer, type::version, length, 0, bytesOf(text));
         writeText(writer, type::info, infoText(m_settings));
-        if (m_settings.cameraPadding) {
+        if (m_settings.cameraPadding)
             writeText(writer, {'X', 'T', 'R', 'A'}, "a block that no reader knows");
-        }
         writer.fillTo(headBoundary);
     }
 
     void writeText(ChunkWriter &writer, mlv::BlockType type, const std::string &text)
     {
-        if (!m_settings.omittedBlocks.contains(std::string(type.data(), type.size()))) {
+        if (!m_settings.omittedBlocks.contains(std::string(type.data(), type.size())))
             writer.write(type, 0, {bytesOf(text)});
-        }
     }
 
     void write(ChunkWriter &writer, const Event &event)
@@ -162,9 +153,8 @@ private:
         }
         m_payload.resize(raw::packedSize(samples.size(), m_settings.bits));
         raw::packSamples(samples, m_settings.bits, raw::WordOrder::LittleEndian, m_payload);
-        if (m_settings.compression == Compression::Lzma) {
+        if (m_settings.compression == Compression::Lzma)
             m_payload = encodeLzmaFrame(m_payload);
-        }
         return m_payload;
     }
 
@@ -202,11 +192,9 @@ void writeFiles(const Settings &settings, const std::vector<std::string> &paths)
                             std::span(events).subspan(first, next - first));
     }
     cutEnd(paths.back(), settings.cutBytes);
-    for (const int lost : settings.lostChunks) {
-        if (lost >= 0 && lost + 1 < settings.chunks) {
+    for (const int lost : settings.lostChunks)
+        if (lost >= 0 && lost + 1 < settings.chunks)
             std::filesystem::remove(paths[static_cast<std::size_t>(lost) + 1]);
-        }
-    }
 }
 
 /// The same scene as a perfect camera would record it at one sensitivity.
@@ -244,9 +232,8 @@ void writeRecording(const Settings &settings)
         }
         throw;
     }
-    if (!settings.truthPath.empty()) {
+    if (!settings.truthPath.empty())
         writeRecording(truthOf(settings));
-    }
 }
 
 } // namespace sample

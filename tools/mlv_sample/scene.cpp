@@ -200,18 +200,14 @@ Rgb Scene::colourAt(int x, int y, const Moment &moment) const
                     m_chartRadius};
     const double shareX = spot.shareX();
     const double shareY = spot.point.y;
-    if (inside(trackArea, shareX, shareY)) {
+    if (inside(trackArea, shareX, shareY))
         return track(spot, moment.seconds);
-    }
-    if (inside(counterArea, shareX, shareY)) {
+    if (inside(counterArea, shareX, shareY))
         return counter(spot, moment.frame);
-    }
-    if (inside(lampArea, shareX, shareY)) {
+    if (inside(lampArea, shareX, shareY))
         return moment.lampLit ? white : black;
-    }
-    if (shareY < 0.39) {
+    if (shareY < 0.39)
         return flatChart(spot);
-    }
     return dial(spot, sharpnessCharts(spot, backdrop), moment.seconds);
 }
 

@@ -34,9 +34,8 @@ double pointsAt(int x, int y, const Points &points)
     for (int cellY = cellOf(y - 4, points.pitch); cellY <= cellOf(y + 4, points.pitch); ++cellY) {
         for (int cellX = cellOf(x - 4, points.pitch); cellX <= cellOf(x + 4, points.pitch);
              ++cellX) {
-            if (scattered(cellX, cellY, Presence) >= points.share) {
+            if (scattered(cellX, cellY, Presence) >= points.share)
                 continue;
-            }
             const double shareX = scattered(cellX, cellY, OffsetX);
             const double shareY = scattered(cellX, cellY, OffsetY);
             const double dx = x - (cellX + shareX) * points.pitch;
@@ -90,9 +89,8 @@ Rgb landscapeAt(int x, int y, int frame)
     const double movedX = x + 3.3 * frame;
     const double movedY = y + 1.7 * frame;
     const double clouds = grainAt(movedX, movedY, 160);
-    if (grainAt(movedX, 0, 220) * 200 + 100 > y % 600) {
+    if (grainAt(movedX, 0, 220) * 200 + 100 > y % 600)
         return {0.45 + 0.3 * clouds, 0.55 + 0.25 * clouds, 0.75};
-    }
     const double grass =
         0.5 * grainAt(movedX, movedY, 4.5) + 0.3 * grainAt(movedX, movedY, 11) + 0.2 * clouds;
     return {0.15 + 0.5 * grass, 0.2 + 0.6 * grass, 0.1 + 0.35 * grass};

@@ -28,9 +28,8 @@ void addFrames(std::vector<Event> &events, const Settings &settings)
             change.stops = frame % 2 == 1 ? settings.hdrStops : 0;
             events.push_back(change);
         }
-        if (!settings.droppedFrames.contains(frame)) {
+        if (!settings.droppedFrames.contains(frame))
             events.insert(events.end(), settings.repeatedFrames.contains(frame) ? 2 : 1, event);
-        }
     }
 }
 
@@ -51,9 +50,8 @@ void addSound(std::vector<Event> &events, const Settings &settings)
                     timestampOf(static_cast<double>(delay + start) / soundRate)};
         event.firstSample = delay + start;
         event.sampleCount = static_cast<std::size_t>(next - start);
-        if (!settings.droppedSound.contains(number)) {
+        if (!settings.droppedSound.contains(number))
             events.push_back(event);
-        }
     }
 }
 
@@ -76,9 +74,8 @@ void addLaterLevels(std::vector<Event> &events, const Settings &settings)
 void disorder(std::vector<Event> &events, std::uint64_t seed)
 {
     Random random(seed);
-    for (std::size_t left = events.size(); left > 1; --left) {
+    for (std::size_t left = events.size(); left > 1; --left)
         std::swap(events[left - 1], events[random.next() % left]);
-    }
 }
 
 } // namespace
@@ -86,22 +83,18 @@ void disorder(std::vector<Event> &events, std::uint64_t seed)
 std::vector<Event> schedule(const Settings &settings)
 {
     std::vector<Event> events;
-    if (settings.changeSettings) {
+    if (settings.changeSettings)
         addChanges(events, settings);
-    }
-    if (settings.laterBlack >= 0) {
+    if (settings.laterBlack >= 0)
         addLaterLevels(events, settings);
-    }
     addFrames(events, settings);
-    if (settings.sound) {
+    if (settings.sound)
         addSound(events, settings);
-    }
     std::stable_sort(events.begin(), events.end(), [](const Event &one, const Event &other) {
         return one.timestamp < other.timestamp;
     });
-    if (settings.shuffle) {
+    if (settings.shuffle)
         disorder(events, settings.seed);
-    }
     return events;
 }
 

@@ -74,9 +74,8 @@ Sensor::Sensor(int width, int height)
             m_shading[index(x, y)] =
                 response * throughLens(static_cast<float>(x), static_cast<float>(y),
                                        static_cast<float>(width), static_cast<float>(height));
-            if (scattered(x, y, HotPixel) < hotPixelShare) {
+            if (scattered(x, y, HotPixel) < hotPixelShare)
                 m_darkSignal[index(x, y)] = 200.0F + 4000.0F * scattered(x, y, HotLevel);
-            }
         }
     }
     for (int x = 0; x < width; ++x) {
@@ -97,9 +96,8 @@ void Sensor::readRow(int y, std::span<const float> light, const ReadOut &readOut
     const float gain = readOut.gain;
     const std::size_t width = samples.size();
     if (readOut.perfect) {
-        for (std::size_t x = 0; x < width; ++x) {
+        for (std::size_t x = 0; x < width; ++x)
             samples[x] = toSample(light[x] * saturation * gain);
-        }
         return;
     }
 

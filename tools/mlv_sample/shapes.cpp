@@ -17,9 +17,8 @@ double coverage(double distance, double pixel)
 Rgb blended(const Rgb &below, const Rgb &above, double share)
 {
     Rgb result{};
-    for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i)
         result[i] = below[i] + (above[i] - below[i]) * share;
-    }
     return result;
 }
 
@@ -48,9 +47,8 @@ double starShare(Point fromCentre, int spokes, double pixel)
 
 double linesShare(double x, int lines, double width, double pixel)
 {
-    if (std::abs(x) > width / 2) {
+    if (std::abs(x) > width / 2)
         return 0;
-    }
     const double period = width / (lines - 0.5);
     const double wave = std::sin(2 * std::numbers::pi * (x + width / 2) / period);
     return coverage(-wave * period / (2 * std::numbers::pi), pixel);
@@ -78,11 +76,9 @@ double digitDistance(Point point, int digit)
                                            0x6d, 0x7d, 0x07, 0x7f, 0x6f};
 
     double nearest = std::numeric_limits<double>::max();
-    for (std::size_t i = 0; i < segments.size(); ++i) {
-        if ((lit[static_cast<std::size_t>(digit)] >> i) & 1U) {
+    for (std::size_t i = 0; i < segments.size(); ++i)
+        if ((lit[static_cast<std::size_t>(digit)] >> i) & 1U)
             nearest = std::min(nearest, boxDistance(point, segments[i].centre, segments[i].half));
-        }
-    }
     return nearest;
 }
 

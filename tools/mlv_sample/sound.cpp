@@ -27,9 +27,8 @@ double tickAt(const Settings &settings, double seconds)
     const int near = static_cast<int>(std::floor(seconds));
     for (int tick = near - 1; tick <= near; ++tick) {
         const double since = seconds - lampFrame(settings, tick) / settings.frameRate();
-        if (tick >= 0 && since >= 0 && since < tickSeconds) {
+        if (tick >= 0 && since >= 0 && since < tickSeconds)
             return tickLevel * (1 - since / tickSeconds) * wave(tickHertz, since);
-        }
     }
     return 0;
 }

@@ -14,12 +14,10 @@ std::string_view cutToSize(std::string_view text, std::size_t size)
     const auto isContinuation = [](char byte) {
         return (static_cast<unsigned char>(byte) & 0xc0) == 0x80;
     };
-    if (text.size() <= size) {
+    if (text.size() <= size)
         return text;
-    }
-    while (size > 0 && isContinuation(text[size])) {
+    while (size > 0 && isContinuation(text[size]))
         --size;
-    }
     return text.substr(0, size);
 }
 
@@ -38,9 +36,8 @@ LineOutput::~LineOutput()
 void LineOutput::line(std::string_view text)
 {
     const auto fitting = cutToSize(text, maxWrite - 1);
-    if (m_pending.size() + fitting.size() + 1 > maxWrite) {
+    if (m_pending.size() + fitting.size() + 1 > maxWrite)
         flush();
-    }
     m_pending += fitting;
     m_pending += '\n';
 }

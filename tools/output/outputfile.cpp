@@ -23,9 +23,8 @@ constexpr mode_t permissionBits = 07777;
 
 int checked(int descriptor)
 {
-    if (descriptor < 0) {
+    if (descriptor < 0)
         fail("cannot be written beside");
-    }
     return descriptor;
 }
 
@@ -72,46 +71,39 @@ OutputFile::OutputFile(OutputFile &&other) noexcept
 
 OutputFile::~OutputFile()
 {
-    if (m_descriptor >= 0) {
+    if (m_descriptor >= 0)
         ::close(m_descriptor);
-    }
-    if (m_isPending) {
+    if (m_isPending)
         ::unlink(m_partPath.c_str());
-    }
 }
 
 void OutputFile::takePermissionsOfOld()
 {
     struct stat status = {};
     if (::stat(m_path.c_str(), &status) != 0 ||
-        ::fchmod(m_descriptor, status.st_mode & permissionBits) != 0) {
+        ::fchmod(m_descriptor, status.st_mode & permissionBits) != 0)
         fail("cannot keep its permissions");
-    }
 }
 
 void OutputFile::write(std::span<const std::byte> bytes)
 {
-    if (!writeAll(m_descriptor, bytes)) {
+    if (!writeAll(m_descriptor, bytes))
         fail("cannot be written");
-    }
 }
 
 void OutputFile::sync()
 {
     // EINVAL: a file system without a disk behind it.
-    if (::fsync(m_descriptor) != 0 && errno != EINVAL) {
+    if (::fsync(m_descriptor) != 0 && errno != EINVAL)
         fail("cannot be written");
-    }
 }
 
 void OutputFile::commit()
 {
-    if (::close(std::exchange(m_descriptor, -1)) != 0) {
+    if (::close(std::exchange(m_descriptor, -1)) != 0)
         fail("cannot be written");
-    }
-    if (::rename(m_partPath.c_str(), m_path.c_str()) != 0) {
+    if (::rename(m_partPath.c_str(), m_path.c_str()) != 0)
         fail("cannot be replaced");
-    }
     m_isPending = false;
 }
 

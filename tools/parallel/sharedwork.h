@@ -24,27 +24,23 @@ void shareWork(std::size_t count, std::size_t threads, const MakeWork &makeWork)
     const auto run = [&] {
         try {
             auto work = makeWork();
-            for (std::size_t i = next++; i < count; i = next++) {
+            for (std::size_t i = next++; i < count; i = next++)
                 work(i);
-            }
         } catch (...) {
             next = count;
             const std::lock_guard lock(mutex);
-            if (!failure) {
+            if (!failure)
                 failure = std::current_exception();
-            }
         }
     };
     {
         std::vector<std::jthread> others;
-        while (others.size() + 1 < std::min(threads, count)) {
+        while (others.size() + 1 < std::min(threads, count))
             others.emplace_back(run);
-        }
         run();
     }
-    if (failure) {
+    if (failure)
         std::rethrow_exception(failure);
-    }
 }
 
 } // namespace parallel

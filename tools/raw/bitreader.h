@@ -28,9 +28,8 @@ public:
     void refill()
     {
         static_assert(std::endian::native == std::endian::little);
-        if (m_data.size() < sizeof(std::uint64_t)) [[unlikely]] {
+        if (m_data.size() < sizeof(std::uint64_t)) [[unlikely]]
             return refillBytewise();
-        }
         std::uint64_t word = 0;
         std::memcpy(&word, m_data.data(), sizeof word);
         // Bits that don't fill a whole byte come again with the next call, in the same places.
@@ -59,9 +58,8 @@ private:
     void refillBytewise()
     {
         for (; m_count < refilledBits; m_count += 8) {
-            if (m_data.empty()) {
+            if (m_data.empty())
                 m_data = m_scan->next();
-            }
             if (m_data.empty()) {
                 m_padding += 8;
                 continue;

@@ -25,9 +25,8 @@ File::File(const std::filesystem::path &path)
     // Without O_NONBLOCK the opening of a named pipe would wait for a writer.
     : m_descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
 {
-    if (m_descriptor < 0) {
+    if (m_descriptor < 0)
         throw ReadError("cannot be opened: " + reason(errno));
-    }
     struct stat status = {};
     if (::fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         ::close(m_descriptor);
@@ -47,9 +46,8 @@ File::File(File &&other) noexcept
 
 File::~File()
 {
-    if (m_descriptor >= 0) {
+    if (m_descriptor >= 0)
         ::close(m_descriptor);
-    }
 }
 
 void File::read(std::uint64_t offset, std::span<std::byte> bytes) const
@@ -57,15 +55,12 @@ void File::read(std::uint64_t offset, std::span<std::byte> bytes) const
     while (!bytes.empty()) {
         const ssize_t count =
             ::pread(m_descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR) {
+        if (count < 0 && errno == EINTR)
             continue;
-        }
-        if (count < 0) {
+        if (count < 0)
             throw ReadError("cannot be read: " + reason(errno));
-        }
-        if (count == 0) {
+        if (count == 0)
             throw ReadError("became shorter while it was read");
-        }
         bytes = bytes.subspan(static_cast<std::size_t>(count));
         offset += static_cast<std::uint64_t>(count);
     }
@@ -82,9 +77,8 @@ bool File::isSameAs(const std::filesystem::path &path) const
 std::string readText(const std::filesystem::path &path, std::uint64_t largest)
 {
     const File file(path);
-    if (file.size() > largest) {
+    if (file.size() > largest)
         throw Error("is too large to be one");
-    }
     std::string text(file.size(), '\0');
     file.read(0, std::as_writable_bytes(std::span(text)));
     return text;

@@ -14,12 +14,10 @@ constexpr int maxDifferenceSize = 16;
 /// 32768.
 std::uint16_t difference(std::uint32_t bits, int size)
 {
-    if (size == 0) {
+    if (size == 0)
         return 0;
-    }
-    if (size == maxDifferenceSize) {
+    if (size == maxDifferenceSize)
         return 32768;
-    }
     const bool negative = bits < (1U << (size - 1));
     return static_cast<std::uint16_t>(negative ? bits - (1U << size) + 1 : bits);
 }
@@ -43,18 +41,16 @@ HuffmanTable::HuffmanTable(std::span<const std::byte, 16> lengthCounts,
         m_codes[static_cast<std::size_t>(length)] = {code, count, symbol};
         code += count;
         symbol += count;
-        if (code > (1U << length) || symbol > symbols.size() || symbol > m_symbols.size()) {
+        if (code > (1U << length) || symbol > symbols.size() || symbol > m_symbols.size())
             throw Error("has an impossible Huffman table");
-        }
         code <<= 1;
     }
     std::transform(symbols.begin(), symbols.begin() + static_cast<std::ptrdiff_t>(symbol),
                    m_symbols.begin(),
                    [](std::byte size) { return std::to_integer<std::uint8_t>(size); });
     if (std::any_of(m_symbols.begin(), m_symbols.end(),
-                    [](std::uint8_t size) { return size > maxDifferenceSize; })) {
+                    [](std::uint8_t size) { return size > maxDifferenceSize; }))
         throw Error("has a Huffman table of impossible differences");
-    }
     fillLookup();
 }
 
@@ -66,9 +62,8 @@ void HuffmanTable::fillLookup()
             const int size = m_symbols[codes.firstSymbol + i];
             const int extra = differenceBits(size);
             const int spare = lookupBits - length - extra;
-            if (spare < 0) {
+            if (spare < 0)
                 continue;
-            }
             const std::uint32_t first = (codes.firstCode + i) << (lookupBits - length);
             for (std::uint32_t bits = 0; bits < (1U << extra); ++bits) {
                 const Entry entry{difference(bits, size),

@@ -79,12 +79,10 @@ void decodeRestOfLine(Scan &scan)
             *sample = add(predict<predictor>(sample, components, scan.lineLength), difference);
         }
     };
-    while (static_cast<std::size_t>(end - sample) >= groupSize) {
+    while (static_cast<std::size_t>(end - sample) >= groupSize)
         decode(groupSize);
-    }
-    if (sample < end) {
+    if (sample < end)
         decode(static_cast<std::size_t>(end - sample));
-    }
     scan.reader = reader;
     scan.invalid = scan.invalid || invalid;
 }
@@ -145,11 +143,9 @@ constexpr std::byte endOfImage{0xd9};
 /// The size of the stream up to and with its end marker.
 std::size_t streamEnd(std::span<const std::byte> stream, std::size_t position)
 {
-    for (std::size_t i = position; i + 1 < stream.size(); ++i) {
-        if (stream[i] == markerStart && stream[i + 1] == endOfImage) {
+    for (std::size_t i = position; i + 1 < stream.size(); ++i)
+        if (stream[i] == markerStart && stream[i + 1] == endOfImage)
             return i + 2;
-        }
-    }
     return stream.size();
 }
 
@@ -173,9 +169,8 @@ std::size_t decodeLosslessLines(const LosslessJpegHeader &header, std::span<cons
         decodeStartOfLine(scan, line == 0, middle);
         lineDecoder(line == 0 ? 1 : header.predictor)(scan);
         scan.line += scan.lineLength;
-        if (scan.invalid || scan.reader.isOverrun()) {
+        if (scan.invalid || scan.reader.isOverrun())
             throw Error("has a lossless picture that is damaged or cut off");
-        }
     }
     return header.scanStart + data.position();
 }
@@ -183,9 +178,8 @@ std::size_t decodeLosslessLines(const LosslessJpegHeader &header, std::span<cons
 std::size_t decodeLosslessJpeg(std::span<const std::byte> stream, std::span<std::uint16_t> samples)
 {
     const auto header = readLosslessJpegHeader(stream);
-    if (header.shape.sampleCount() != samples.size()) {
+    if (header.shape.sampleCount() != samples.size())
         throw Error("has a lossless picture of another size");
-    }
     return streamEnd(stream, decodeLosslessLines(header, stream, samples));
 }
 

@@ -58,9 +58,8 @@ void pack(const std::uint16_t *samples, std::byte *packed, std::size_t count)
             packed += 2;
         }
     }
-    if (filled > 0) {
+    if (filled > 0)
         storeWord<order>(packed, static_cast<std::uint16_t>(buffer << (16 - filled)));
-    }
 }
 
 // Eight samples fill whole words at every depth, so that the compiler unrolls a group into shifts
@@ -132,11 +131,10 @@ void unpackSamples(std::span<const std::byte> packed, int bitsPerSample, WordOrd
 {
     assert(isSupportedDepth(bitsPerSample));
     assert(packed.size() >= packedSize(samples.size(), bitsPerSample));
-    if (order == WordOrder::LittleEndian) {
+    if (order == WordOrder::LittleEndian)
         unpackDepth<WordOrder::LittleEndian>(packed, bitsPerSample, samples);
-    } else {
+    else
         unpackDepth<WordOrder::BigEndian>(packed, bitsPerSample, samples);
-    }
 }
 
 void packSamples(std::span<const std::uint16_t> samples, int bitsPerSample, WordOrder order,
@@ -144,11 +142,10 @@ void packSamples(std::span<const std::uint16_t> samples, int bitsPerSample, Word
 {
     assert(isSupportedDepth(bitsPerSample));
     assert(packed.size() >= packedSize(samples.size(), bitsPerSample));
-    if (order == WordOrder::LittleEndian) {
+    if (order == WordOrder::LittleEndian)
         packDepth<WordOrder::LittleEndian>(samples, bitsPerSample, packed);
-    } else {
+    else
         packDepth<WordOrder::BigEndian>(samples, bitsPerSample, packed);
-    }
 }
 
 void swapWordBytes(std::span<std::byte> words)

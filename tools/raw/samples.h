@@ -84,9 +84,8 @@ private:
         const auto byte = [&](int number) {
             return std::to_integer<std::uint32_t>(place.bytes[number]);
         };
-        if (isLittleEndian()) {
+        if (isLittleEndian())
             return byte(1) << 8U | byte(0);
-        }
         const auto two = byte(0) << 8U | byte(1);
         return place.three ? two << 8U | byte(2) : two;
     }

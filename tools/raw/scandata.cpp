@@ -33,9 +33,8 @@ std::span<const std::byte> ScanData::next()
         filled += count;
         m_position += count;
         if (filled == m_piece.size() || count + 1 >= rest.size() || rest[count] != markerStart ||
-            rest[count + 1] != std::byte{0}) {
+            rest[count + 1] != std::byte{0})
             break;
-        }
         m_piece[filled++] = markerStart;
         m_position += 2;
     }

@@ -24,20 +24,17 @@ SurveyReader::SurveyReader(const std::filesystem::path &path, std::string_view k
     : m_text(textOf(path))
     , m_rest(m_text)
 {
-    if (nextLine() != kind) {
+    if (nextLine() != kind)
         throw SurveyError("The survey is of another kind or version");
-    }
 }
 
 void SurveyReader::begin(std::string_view name)
 {
-    if (hasMore()) {
+    if (hasMore())
         throwDamaged();
-    }
     m_line = nextLine();
-    if (word() != name) {
+    if (word() != name)
         throwDamaged();
-    }
 }
 
 std::string_view SurveyReader::word()
@@ -51,9 +48,8 @@ std::string_view SurveyReader::word()
 void SurveyReader::end()
 {
     begin("end");
-    if (hasMore() || !m_rest.empty()) {
+    if (hasMore() || !m_rest.empty())
         throwDamaged();
-    }
 }
 
 void SurveyReader::throwDamaged()
@@ -64,9 +60,8 @@ void SurveyReader::throwDamaged()
 std::string_view SurveyReader::nextLine()
 {
     const auto end = m_rest.find('\n');
-    if (end == std::string_view::npos) {
+    if (end == std::string_view::npos)
         throwDamaged();
-    }
     const auto line = m_rest.substr(0, end);
     m_rest.remove_prefix(end + 1);
     return line;

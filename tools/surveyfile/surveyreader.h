@@ -37,9 +37,8 @@ public:
         const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
         // What is no number is not between two.
         if (error != std::errc() || end != text.data() + text.size() ||
-            !(number >= least && number <= most)) {
+            !(number >= least && number <= most))
             throwDamaged();
-        }
         return number;
     }
     /// Everything has been read.

@@ -149,12 +149,11 @@ void tst_SLPipeline::oneProducerAndOneConsumer()
             pipeline.setValue(QString::number(i));
     });
     QStringList taken;
-    while (taken.size() < count) {
+    while (taken.size() < count)
         if (const QVariant value = pipeline.value(); value.isValid())
             taken.append(value.toString());
         else
             std::this_thread::yield();
-    }
     producer.join();
     for (int i = 0; i < count; ++i)
         QCOMPARE(taken.at(i), QString::number(i));

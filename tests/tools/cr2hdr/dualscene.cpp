@@ -17,9 +17,8 @@ dualiso::Frame frame(const sample::Settings &settings, int number)
     dualiso::Frame frame(settings.width, settings.height);
     frame.step = std::ldexp(1.0F, 14 - settings.bits);
     frame.saturation = static_cast<float>(levels.white - levels.black) * frame.step;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
+    for (std::size_t i = 0; i < samples.size(); ++i)
         frame.values[i] = static_cast<float>(samples[i] - levels.black) * frame.step;
-    }
     return frame;
 }
 

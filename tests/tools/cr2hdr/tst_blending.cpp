@@ -25,9 +25,8 @@ Frame blended(const Frame &frame, int threads = 1)
 void addIsoPairs()
 {
     QTest::addColumn<int>("highIso");
-    for (const int highIso : {400, 800, 1600}) {
+    for (const int highIso : {400, 800, 1600})
         QTest::addRow("100/%d", highIso) << highIso;
-    }
 }
 
 } // namespace
@@ -81,9 +80,8 @@ private Q_SLOTS:
         const Frame truth = dualscene::truth(settings, 0);
         const Frame result = blended(dualscene::frame(settings, 0));
         double sum = 0;
-        for (std::size_t i = 0; i < truth.values.size(); ++i) {
+        for (std::size_t i = 0; i < truth.values.size(); ++i)
             sum += std::abs(static_cast<double>(result.values[i] - truth.values[i]));
-        }
         QVERIFY(sum / static_cast<double>(truth.values.size()) < 0.01 * fullScale);
     }
 
@@ -141,9 +139,8 @@ private Q_SLOTS:
             }
         }
         dualiso::blend(frame, model, 1);
-        for (std::size_t x = 8; x < 56; ++x) {
+        for (std::size_t x = 8; x < 56; ++x)
             QVERIFY(std::abs(frame.row(edge)[x] - truth.row(edge)[x]) < 0.05F * truth.row(edge)[x]);
-        }
     }
 
     void hotPixelsLeaveNoSpots()
@@ -154,11 +151,9 @@ private Q_SLOTS:
         frame.row(24)[30] = 9000; // in a patch, in a low and in a high row
         frame.row(26)[38] = 9000;
         const Frame result = blended(frame);
-        for (int y = 20; y < 30; ++y) {
-            for (std::size_t x = 25; x < 45; ++x) {
+        for (int y = 20; y < 30; ++y)
+            for (std::size_t x = 25; x < 45; ++x)
                 QVERIFY(std::abs(result.row(y)[x] - truth.row(y)[x]) < 120);
-            }
-        }
     }
 
     void theResultDoesNotDependOnTheNumberOfThreads()

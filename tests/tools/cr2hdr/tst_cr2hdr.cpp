@@ -52,18 +52,16 @@ QByteArray developed(const QString &path)
 double meanDifference(const QByteArray &one, const QByteArray &other)
 {
     double sum = 0;
-    for (qsizetype i = 0; i < one.size(); ++i) {
+    for (qsizetype i = 0; i < one.size(); ++i)
         sum += std::abs(int{static_cast<quint8>(one[i])} - int{static_cast<quint8>(other[i])});
-    }
     return sum / static_cast<double>(one.size()) / 255;
 }
 
 double mean(const QByteArray &picture)
 {
     double sum = 0;
-    for (const char value : picture) {
+    for (const char value : picture)
         sum += static_cast<quint8>(value);
-    }
     return sum / static_cast<double>(picture.size());
 }
 
@@ -133,9 +131,8 @@ private Q_SLOTS:
         QCOMPARE(lines[2], "Row pattern : LLHH (L low, H high sensitivity)");
         QVERIFY(lines[3].startsWith("Exposure difference : 3.0") ||
                 lines[3].startsWith("Exposure difference : 2.9"));
-        for (qsizetype i = 0; i < frames.size(); ++i) {
+        for (qsizetype i = 0; i < frames.size(); ++i)
             QCOMPARE(lines[8 + i], frames[i].toLocal8Bit() + " : blended");
-        }
     }
 
     void theMeanBrightnessDoesNotFlicker()
@@ -168,16 +165,13 @@ private Q_SLOTS:
                                            dng::tag::blackLevel,      dng::tag::whiteLevel};
         const auto &after = file.directories();
         QCOMPARE(after.image.fields().size(), before.image.fields().size());
-        for (const auto &[tag, field] : before.image.fields()) {
-            if (!changed.contains(tag)) {
+        for (const auto &[tag, field] : before.image.fields())
+            if (!changed.contains(tag))
                 QVERIFY(after.image.fields().at(tag).data == field.data);
-            }
-        }
         QVERIFY(before.image.fields().contains(dng::tag::asShotNeutral));
         QVERIFY(!before.exif.fields().empty());
-        for (const auto &[tag, field] : before.exif.fields()) {
+        for (const auto &[tag, field] : before.exif.fields())
             QVERIFY(after.exif.fields().at(tag).data == field.data);
-        }
     }
 
     void exiftoolFindsNothingToComplainOf()
@@ -239,9 +233,8 @@ private Q_SLOTS:
     void aKilledRunLeavesOnlyWholeFrames_data()
     {
         QTest::addColumn<int>("milliseconds");
-        for (const int milliseconds : {5, 15, 25, 35, 50}) {
+        for (const int milliseconds : {5, 15, 25, 35, 50})
             QTest::addRow("after %d ms", milliseconds) << milliseconds;
-        }
     }
 
     void aKilledRunLeavesOnlyWholeFrames()
@@ -295,9 +288,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, reason);
         const QStringList frames = dualFrames(2);
         const QString bad = m_folder->filePath(QStringLiteral("bad.dng"));
-        if (!content.isNull()) {
+        if (!content.isNull())
             setContent(bad, content);
-        }
         const Ended ended = cr2hdr({frames[0], bad, frames[1]});
         QCOMPARE(ended.status, 1);
         QVERIFY(ended.output.contains(bad.toLocal8Bit() + " : failed, " + reason + '\n'));
@@ -350,10 +342,9 @@ private Q_SLOTS:
 
         QProcess process;
         process.setChildProcessModifier([] {
-            if (::geteuid() == 0 && (::setgid(65534) != 0 ||
-                                     ::setuid(65534) != 0)) { // the superuser may write anywhere
+            if (::geteuid() == 0 &&
+                (::setgid(65534) != 0 || ::setuid(65534) != 0)) // the superuser may write anywhere
                 ::_exit(99);
-            }
         });
         process.start(program, {path});
         QVERIFY(process.waitForFinished(60000));
@@ -383,9 +374,8 @@ private Q_SLOTS:
     void eachWriteEndsAtALineEnd()
     {
         QString folder = m_folder->path();
-        for (int i = 0; i < 15; ++i) {
+        for (int i = 0; i < 15; ++i)
             folder += QLatin1Char('/') + QString(200, QLatin1Char('x'));
-        }
         QVERIFY(QDir().mkpath(folder));
         const QString path = folder + QStringLiteral("/a\nb.dng");
         QVERIFY(QFile::copy(dualFrames(1).first(), path));
@@ -424,9 +414,8 @@ private Q_SLOTS:
         QVERIFY(reader.waitForFinished(60000));
         QCOMPARE(program.exitStatus(), QProcess::NormalExit);
         QCOMPARE(program.exitCode(), 0);
-        for (const QString &path : frames) {
+        for (const QString &path : frames)
             QCOMPARE(dng::RawFile(path.toStdString()).format().bitsPerSample, 16);
-        }
     }
 
     void wrongUsageIsRefused()
@@ -513,9 +502,8 @@ private Q_SLOTS:
         QCOMPARE(runProgram(builtProgram(QStringLiteral("mlv_dump")), arguments).status, 0);
         QStringList surveyed;
         for (const auto &name :
-             QDir(m_folder->path()).entryList({QStringLiteral("spread*.dng")}, QDir::Files)) {
+             QDir(m_folder->path()).entryList({QStringLiteral("spread*.dng")}, QDir::Files))
             surveyed << m_folder->filePath(name);
-        }
         const QString survey = m_folder->filePath(QStringLiteral("survey"));
 
         const Ended blended = cr2hdr(whole);
@@ -530,9 +518,8 @@ private Q_SLOTS:
                     .status,
                 0);
         }
-        for (int i = 0; i < whole.size(); ++i) {
+        for (int i = 0; i < whole.size(); ++i)
             QVERIFY2(contentOf(parts[i]) == contentOf(whole[i]), qPrintable(parts[i]));
-        }
     }
 
     void aSurveyLeavesTheFramesAsTheyAre()
@@ -631,13 +618,11 @@ private:
         if (!QDir().mkpath(folder) || runProgram(builtProgram(QStringLiteral("mlv_dump")),
                                                  {QStringLiteral("--dng"), QStringLiteral("-o"),
                                                   folder + QStringLiteral("/tmp"), recording})
-                                              .status != 0) {
+                                              .status != 0)
             QTest::qFail("the frames could not be extracted", __FILE__, __LINE__);
-        }
         QStringList frames;
-        for (int i = 0; i < count; ++i) {
+        for (int i = 0; i < count; ++i)
             frames.append(folder + QStringLiteral("/tmp%1.dng").arg(i, 6, 10, QLatin1Char('0')));
-        }
         return frames;
     }
 

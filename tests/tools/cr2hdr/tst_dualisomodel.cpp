@@ -111,11 +111,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("highIso");
         QTest::addColumn<int>("bits");
-        for (const int highIso : {400, 800, 1600}) {
-            for (const int bits : {10, 12, 14}) {
+        for (const int highIso : {400, 800, 1600})
+            for (const int bits : {10, 12, 14})
                 QTest::addRow("100/%d, %d bits", highIso, bits) << highIso << bits;
-            }
-        }
     }
 
     void theExposureDifferenceIsMeasured()
@@ -138,11 +136,9 @@ private Q_SLOTS:
     {
         Frame frame = dualscene::frame(dualscene::dualSettings(800), 0);
         const dualiso::RowPattern pattern{{false, false, true, true}};
-        for (int y = 0; y < frame.height; ++y) {
-            for (float &value : frame.row(y)) {
+        for (int y = 0; y < frame.height; ++y)
+            for (float &value : frame.row(y))
                 value += pattern.isHigh(y) ? 40.0F : 0.0F;
-            }
-        }
         const auto model = dualiso::measure({&frame, 1}, pattern);
         QVERIFY(model.has_value());
         QVERIFY(isNear(model->exposure.offset, 40, 5));
@@ -170,11 +166,9 @@ private Q_SLOTS:
     {
         Frame frame = dualscene::frame(dualscene::dualSettings(800), 0);
         const dualiso::RowPattern pattern{{false, false, true, true}};
-        for (int y = 0; y < frame.height; ++y) {
-            for (float &value : frame.row(y)) {
+        for (int y = 0; y < frame.height; ++y)
+            for (float &value : frame.row(y))
                 value = pattern.isHigh(y) ? std::min(value, 11000.0F) : value;
-            }
-        }
         const auto model = dualiso::measure({&frame, 1}, pattern);
         QVERIFY(model.has_value());
         QVERIFY(model->clippedFrom < 11000);

@@ -92,9 +92,8 @@ ConverterRun ConverterFolder::run(const QString &program, const QStringList &arg
     process.setProcessEnvironment(environment);
     process.start(program, QStringList(arguments) << dng);
     ConverterRun result;
-    if (!process.waitForFinished(timeLimit)) {
+    if (!process.waitForFinished(timeLimit))
         qFatal("%s does not end", qPrintable(program));
-    }
     result.status =
         process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -process.exitCode();
     result.messages = process.readAll();

@@ -15,9 +15,8 @@ NegativeWriter::NegativeWriter()
 {
     constexpr int side = 22;
     setShape(side, side, 14);
-    for (int i = 0; i < side * side; ++i) {
+    for (int i = 0; i < side * side; ++i)
         samples[static_cast<std::size_t>(i)] = static_cast<std::uint16_t>(2048 + i % side * 500);
-    }
     image.setShorts(tag::photometricInterpretation, {dng::photometric::colourFilterArray});
     image.setShorts(tag::orientation, {1});
     image.setShorts(tag::samplesPerPixel, {1});
@@ -98,13 +97,11 @@ QByteArray NegativeWriter::encodedSamples() const
         int count = 0;
         for (int column = 0; column < m_width; ++column) {
             pending = pending << m_bits | *sample++;
-            for (count += m_bits; count >= 8; count -= 8) {
+            for (count += m_bits; count >= 8; count -= 8)
                 data.append(static_cast<char>(pending >> (count - 8)));
-            }
         }
-        if (count > 0) {
+        if (count > 0)
             data.append(static_cast<char>(pending << (8 - count)));
-        }
     }
     return data;
 }

@@ -90,9 +90,8 @@ public:
             }
         }
         Pixel pixel{};
-        for (unsigned c = 0; c < 3; ++c) {
+        for (unsigned c = 0; c < 3; ++c)
             pixel[c] = c == colour(y, x) ? at(y, x) : sum[c] / count[c];
-        }
         return pixel;
     }
 
@@ -110,11 +109,9 @@ bool isInside(const Mosaic &mosaic, int y, int x, int margin)
 template <typename Work>
 void forInside(const Mosaic &mosaic, int margin, const Work &work)
 {
-    for (int y = margin; y < mosaic.height() - margin; ++y) {
-        for (int x = margin; x < mosaic.width() - margin; ++x) {
+    for (int y = margin; y < mosaic.height() - margin; ++y)
+        for (int x = margin; x < mosaic.width() - margin; ++x)
             work(y, x);
-        }
-    }
 }
 
 Picture bilinear(const Mosaic &mosaic)
@@ -272,10 +269,9 @@ Picture adaptiveHomogeneity(const Development &development, const Mosaic &mosaic
                 continue;
             }
             std::array<int, 2> sum{};
-            for (unsigned d = 0; d < 2; ++d) {
+            for (unsigned d = 0; d < 2; ++d)
                 for (int part = 0; part < 9; ++part)
                     sum[d] += homogeneity[d].at(y - 1 + part / 3, x - 1 + part % 3);
-            }
             const Pixel &across = candidates[0].at(y, x);
             const Pixel &down = candidates[1].at(y, x);
             for (unsigned c = 0; c < 3; ++c) {
@@ -374,10 +370,9 @@ void rebuild(const Development &development, Picture &picture)
     const auto strongest = static_cast<unsigned>(
         std::max_element(multipliers.begin(), multipliers.end()) - multipliers.begin());
     const int blockSize = development.interpolation == Interpolation::HalfSize ? 2 : 4;
-    for (unsigned c = 0; c < 3; ++c) {
+    for (unsigned c = 0; c < 3; ++c)
         if (c != strongest)
             rebuild(picture, c, strongest, truncated(32000 * multipliers[c]), blockSize);
-    }
 }
 
 struct Opponent

@@ -119,9 +119,8 @@ void RandomNegative::chooseAreas()
         constexpr std::array<dng::Rational, 4> scales{{{5, 3}, {3, 1}, {1, 1}, {1001, 1000}}};
         std::array<dng::Rational, 2> scale{
             {{1, 1}, scales[static_cast<std::size_t>(between(0, 3))]}};
-        if (oneIn(3)) {
+        if (oneIn(3))
             std::swap(scale[0], scale[1]);
-        }
         m_writer.image.setRationals(tag::defaultScale, scale);
     }
 }
@@ -217,9 +216,8 @@ void RandomNegative::chooseArguments()
                               QStringLiteral("-T"),
                               QStringLiteral("-b"),
                               QString::number(std::exp2(real(-1, 5)), 'f', 6)};
-    if (oneIn(2)) {
+    if (oneIn(2))
         addFurtherOptions();
-    }
 }
 
 void RandomNegative::addFurtherOptions()
@@ -227,37 +225,28 @@ void RandomNegative::addFurtherOptions()
     const auto add = [this](const char *option, const QStringList &values = {}) {
         m_arguments << QString::fromLatin1(option) << values;
     };
-    if (oneIn(2)) {
+    if (oneIn(2))
         m_arguments.removeOne(QStringLiteral("-w"));
-    }
     if (oneIn(3)) {
         add("-r", {number(0.3, 3), oneIn(4) ? QStringLiteral("0") : number(0.3, 3), number(0.3, 3),
                    oneIn(3) ? QStringLiteral("0") : number(0.3, 3)});
     }
-    if (oneIn(2)) {
+    if (oneIn(2))
         add("-H", {QString::number(between(0, 3))});
-    }
-    if (oneIn(3)) {
+    if (oneIn(3))
         add("-o", {QString::number(between(0, 6))});
-    }
-    if (oneIn(2)) {
+    if (oneIn(2))
         add("-6");
-    }
-    if (oneIn(4)) {
+    if (oneIn(4))
         add("-4");
-    }
-    if (oneIn(4)) {
+    if (oneIn(4))
         add("-g", {number(1, 4), oneIn(4) ? QStringLiteral("0") : number(0.2, 20)});
-    }
-    if (oneIn(4)) {
+    if (oneIn(4))
         add("-q", {QStringLiteral("0")});
-    }
-    if (oneIn(4)) {
+    if (oneIn(4))
         add("-m", {QString::number(between(0, 3))});
-    }
-    if (oneIn(6)) {
+    if (oneIn(6))
         add("-h");
-    }
     if (oneIn(4)) {
         listBadPixels();
         add("-P", {QStringLiteral("bad.txt")});

@@ -21,11 +21,9 @@ constexpr std::array<std::array<double, 3>, 3> canon{
 std::uint32_t hashOf(const std::vector<std::uint16_t> &table)
 {
     std::uint32_t hash = 2166136261;
-    for (const std::uint16_t value : table) {
-        for (const int shift : {0, 8}) {
+    for (const std::uint16_t value : table)
+        for (const int shift : {0, 8})
             hash = (hash ^ (value >> shift & 0xff)) * 16777619;
-        }
-    }
     return hash;
 }
 
@@ -142,9 +140,8 @@ void TestDcrawConstants::daylightOtherwise()
     QFETCH(bool, isGiven);
     dcraw::Options options;
     options.highlights = 3;
-    if (isGiven) {
+    if (isGiven)
         options.multipliers = {0, 1, 1, 1};
-    }
     QVERIFY(dcraw::multipliers(negative(), options, daylightOnly) ==
             (std::array<float, 4>{1, 0.5F, 0.75F, 0.5F}));
 }

@@ -39,9 +39,8 @@ public:
         const auto first = static_cast<std::size_t>(row);
         std::copy(pixels.begin(), pixels.end(),
                   bytes.begin() + static_cast<std::ptrdiff_t>(first * m_rowBytes));
-        for (std::size_t i = 0; i < pixels.size() / m_rowBytes; ++i) {
+        for (std::size_t i = 0; i < pixels.size() / m_rowBytes; ++i)
             ++rowWrites[first + i];
-        }
         return --rowsUntilRefusal != 0;
     }
 
@@ -111,10 +110,9 @@ std::vector<std::uint16_t> samplesOf(const std::function<int(int, int)> &sample,
                                      int samplesWidth = width, int samplesHeight = height)
 {
     std::vector<std::uint16_t> samples;
-    for (int y = 0; y < samplesHeight; ++y) {
+    for (int y = 0; y < samplesHeight; ++y)
         for (int x = 0; x < samplesWidth; ++x)
             samples.push_back(static_cast<std::uint16_t>(sample(y, x)));
-    }
     return samples;
 }
 
@@ -212,10 +210,9 @@ private Q_SLOTS:
     {
         if (QTest::currentDataTag() == nullptr)
             return;
-        for (unsigned i = 0; i < dcraw::instructionSetNames.size(); ++i) {
+        for (unsigned i = 0; i < dcraw::instructionSetNames.size(); ++i)
             if (qstrcmp(QTest::currentDataTag(), dcraw::instructionSetNames[i]) == 0)
                 dcraw::useInstructionSet(static_cast<InstructionSet>(i));
-        }
     }
 
     void cleanup() { dcraw::useInstructionSet(dcraw::bestInstructionSet()); }
@@ -240,10 +237,9 @@ private Q_SLOTS:
     void evenColourStaysAsItIs()
     {
         const Result result(unchanged(), evenColour(1000, 2000, 3000));
-        for (int y = 0; y < height; ++y) {
+        for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
                 QCOMPARE(result.pixel(y, x), (Pixel{1000, 2000, 3000}));
-        }
     }
 
     void rowsOfDifferentBrightnessAreInterpolatedAlongTheRows_data() { addInstructionSets(); }
@@ -254,10 +250,9 @@ private Q_SLOTS:
         Development development = unchanged();
         development.pattern = {{{0, 1}, {1, 2}}};
         const Result result(development, samplesOf([&](int y, int) { return light(y); }));
-        for (int y = 5; y < height - 5; ++y) {
+        for (int y = 5; y < height - 5; ++y)
             for (int x = 5; x < width - 5; ++x)
                 QCOMPARE(result.at(y, x, 1), light(y));
-        }
     }
 
     void columnsOfDifferentBrightnessAreInterpolatedAlongTheColumns_data() { addInstructionSets(); }
@@ -266,10 +261,9 @@ private Q_SLOTS:
     {
         const auto light = [](int x) { return x / 2 % 2 == 0 ? 1000 : 9000; };
         const Result result(unchanged(), samplesOf([&](int, int x) { return light(x); }));
-        for (int y = 5; y < height - 5; ++y) {
+        for (int y = 5; y < height - 5; ++y)
             for (int x = 5; x < width - 5; ++x)
                 QCOMPARE(result.at(y, x, 1), light(x));
-        }
     }
 
     void theBorderIsTheMeanOfTheNeighboursThatExist()
@@ -499,9 +493,8 @@ private:
     static void addInstructionSets()
     {
         QTest::addColumn<int>("unused");
-        for (unsigned i = 0; i <= static_cast<unsigned>(dcraw::bestInstructionSet()); ++i) {
+        for (unsigned i = 0; i <= static_cast<unsigned>(dcraw::bestInstructionSet()); ++i)
             QTest::newRow(dcraw::instructionSetNames[i]) << 0;
-        }
     }
 
     /// Green is the strongest colour; red and blue are clipped at 32000, half of it.

@@ -33,11 +33,9 @@ quint32 number(const QByteArray &bytes, qsizetype place)
 qsizetype entry(const QByteArray &head, quint16 tag)
 {
     const auto count = qFromLittleEndian<quint16>(head.constData() + 10);
-    for (qsizetype place = 12; place < 12 + count * 12; place += 12) {
-        if (qFromLittleEndian<quint16>(head.constData() + place) == tag) {
+    for (qsizetype place = 12; place < 12 + count * 12; place += 12)
+        if (qFromLittleEndian<quint16>(head.constData() + place) == tag)
             return place;
-        }
-    }
     return -1;
 }
 
@@ -145,11 +143,9 @@ void TestDcrawHead::smallFramesAndSingleCoresHaveOneThread()
     QVERIFY(dcraw::threadsFor(1920 * 1080) <= static_cast<unsigned>(CPU_COUNT(&before)));
     cpu_set_t one;
     CPU_ZERO(&one);
-    for (std::size_t core = 0; CPU_COUNT(&one) == 0; ++core) {
-        if (CPU_ISSET(core, &before)) {
+    for (std::size_t core = 0; CPU_COUNT(&one) == 0; ++core)
+        if (CPU_ISSET(core, &before))
             CPU_SET(core, &one);
-        }
-    }
     QCOMPARE(::sched_setaffinity(0, sizeof one, &one), 0);
     QCOMPARE(dcraw::threadsFor(1920 * 1080), 1U);
     QCOMPARE(::sched_setaffinity(0, sizeof before, &before), 0);

@@ -26,9 +26,8 @@ void addSeeds(const char *variable)
     const int wanted = qEnvironmentVariableIntValue(variable);
     const int first = qEnvironmentVariableIntValue("FILMWRIGHT_DEVELOPMENT_SEED");
     const int end = first + (wanted > 0 ? wanted : rowSize);
-    for (int seed = first; seed < end; seed += rowSize) {
+    for (int seed = first; seed < end; seed += rowSize)
         QTest::addRow("from seed %d", seed) << seed << std::min(seed + rowSize, end);
-    }
 }
 
 const QStringList movieArguments{
@@ -52,9 +51,8 @@ public:
     bool write(int row, std::span<const std::byte> pixels) override
     {
         const std::size_t place = m_first + static_cast<std::size_t>(row) * m_rowBytes;
-        if (place + pixels.size() > m_bytes.size()) {
+        if (place + pixels.size() > m_bytes.size())
             qFatal("rows behind the last one");
-        }
         std::memcpy(m_bytes.data() + place, pixels.data(), pixels.size());
         m_written += pixels.size();
         return true;
@@ -79,9 +77,8 @@ dcraw::Frame readFrame(const QStringList &arguments, const QString &dng)
 {
     QByteArrayList encoded;
     std::vector<const char *> pointers;
-    for (const QString &argument : arguments + QStringList{dng}) {
+    for (const QString &argument : arguments + QStringList{dng})
         encoded << argument.toLocal8Bit();
-    }
     std::transform(encoded.cbegin(), encoded.cend(), std::back_inserter(pointers),
                    [](const QByteArray &argument) { return argument.constData(); });
     return dcraw::readFrame(dcraw::parseOptions(pointers));
@@ -249,9 +246,8 @@ void TestDcrawIdentity::mutilatedHeads()
             return static_cast<qsizetype>(random() % static_cast<std::uint64_t>(limit));
         };
         NegativeWriter writer;
-        if (below(3) == 0) {
+        if (below(3) == 0)
             writer.setLossless(sample::LosslessShape::Camera, 1 + static_cast<int>(below(7)));
-        }
         QByteArray dng = writer.encoded();
         const qsizetype head = std::min<qsizetype>(dng.size(), 900);
         for (auto damages = 1 + below(3); damages > 0; --damages) {
@@ -273,9 +269,8 @@ void TestDcrawIdentity::mutilatedHeads()
                 break;
             }
             case 3:
-                if (below(4) == 0) {
+                if (below(4) == 0)
                     dng.truncate(std::max<qsizetype>(head, below(dng.size())));
-                }
                 break;
             default:
                 dng[place] = static_cast<char>(dng[place] ^ (1 << below(8)));

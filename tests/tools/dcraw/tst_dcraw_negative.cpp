@@ -39,11 +39,9 @@ void addText(dng::Ifd &ifd, std::uint16_t tag, const QByteArray &text)
 void drop(dng::Ifd &ifd, std::uint16_t tag)
 {
     dng::Ifd rest;
-    for (const auto &[other, field] : ifd.fields()) {
-        if (other != tag) {
+    for (const auto &[other, field] : ifd.fields())
+        if (other != tag)
             rest.set(other, field);
-        }
-    }
     ifd = rest;
 }
 
@@ -103,9 +101,8 @@ void TestDcrawNegative::cleanup()
 dcraw::Frame TestDcrawNegative::frameOf(const QByteArray &dng, const dcraw::Options &options) const
 {
     QFile file(m_folder->filePath(QStringLiteral("frame.dng")));
-    if (!file.open(QIODevice::WriteOnly) || file.write(dng) != dng.size()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(dng) != dng.size())
         qFatal("the test's frame cannot be written");
-    }
     file.close();
     dcraw::Options complete = options;
     complete.file = file.fileName().toStdString();
@@ -441,9 +438,8 @@ void TestDcrawNegative::rowsAreUnpacked_data()
 {
     QTest::addColumn<int>("bits");
     QTest::addColumn<bool>("isLossless");
-    for (int bits = 8; bits <= 16; ++bits) {
+    for (int bits = 8; bits <= 16; ++bits)
         QTest::addRow("%d bits", bits) << bits << false;
-    }
     QTest::newRow("lossless") << 14 << true;
 }
 
@@ -463,9 +459,8 @@ void TestDcrawNegative::rowsAreUnpacked()
                 value = value * 1664525 + 1013904223;
                 sample = static_cast<std::uint16_t>(value >> 16 & ((1U << bits) - 1));
             }
-            if (isLossless) {
+            if (isLossless)
                 dng.setLossless(sample::LosslessShape::Folded, 4);
-            }
             dng.image.setLongs(tag::activeArea, {5, static_cast<std::uint32_t>(left), 34,
                                                  static_cast<std::uint32_t>(left + columns)});
             const auto frame = frameOf(dng.encoded(), {});

@@ -13,9 +13,8 @@ namespace {
 dcraw::Options parsed(const QStringList &arguments)
 {
     QByteArrayList encoded;
-    for (const QString &argument : arguments) {
+    for (const QString &argument : arguments)
         encoded << argument.toUtf8();
-    }
     std::vector<const char *> pointers;
     std::transform(encoded.cbegin(), encoded.cend(), std::back_inserter(pointers),
                    [](const QByteArray &argument) { return argument.constData(); });

@@ -104,9 +104,8 @@ ToolEnd TestDcrawProgram::run(const QStringList &arguments)
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.setWorkingDirectory(m_folder->path());
     process.setProcessEnvironment(m_environment);
-    if (m_inChild) {
+    if (m_inChild)
         process.setChildProcessModifier(m_inChild);
-    }
     process.start(m_program, arguments);
     if (!process.waitForFinished(60000)) {
         process.kill();
@@ -121,9 +120,8 @@ void TestDcrawProgram::writeLargeFrame() const
 {
     NegativeWriter dng;
     dng.setShape(1600, 1000, 14);
-    for (std::size_t i = 0; i < dng.samples.size(); ++i) {
+    for (std::size_t i = 0; i < dng.samples.size(); ++i)
         dng.samples[i] = static_cast<std::uint16_t>(2048 + i * 7919 % 12000);
-    }
     m_folder->write(QStringLiteral("frame.dng"), dng.encoded());
 }
 
@@ -364,15 +362,14 @@ void TestDcrawProgram::outputThatCannotBeMadeIsHandedOver()
 {
     QFETCH(QString, what);
     addFakeReal();
-    if (what == QLatin1String("folder")) {
+    if (what == QLatin1String("folder"))
         QVERIFY(QDir().mkdir(tiff()));
-    } else if (what == QLatin1String("pipe")) {
+    else if (what == QLatin1String("pipe"))
         QCOMPARE(::mkfifo(qPrintable(tiff()), 0600), 0);
-    } else if (what == QLatin1String("link")) {
+    else if (what == QLatin1String("link"))
         QVERIFY(QFile::link(QStringLiteral("/nowhere/frame.tiff"), tiff()));
-    } else {
+    else
         QVERIFY(QFile::link(QStringLiteral("/dev/full"), tiff()));
-    }
     QCOMPARE(run(movieCall()).status, 3);
     QCOMPARE(m_real->calls(dcraw), QList<QStringList>{movieCall()});
 }
@@ -413,11 +410,10 @@ void TestDcrawProgram::killedRunLeavesNothingThatPassesForWhole()
         ::nanosleep(&moment, nullptr); // any moment of the run, which ends as it likes
         process.kill();
         QVERIFY(process.waitForFinished());
-        if (filmwright::TiffBitmap::isWhole(tiff())) {
+        if (filmwright::TiffBitmap::isWhole(tiff()))
             QVERIFY(m_folder->read(QStringLiteral("frame.tiff")) == expected);
-        } else {
+        else
             cut += QFile::exists(tiff()) ? 1 : 0;
-        }
     }
     qInfo("%d of %d left a part", cut, kills);
 }

@@ -121,9 +121,8 @@ void TestDcrawTexts::dates()
 void TestDcrawTexts::extremeDates_data()
 {
     QTest::addColumn<QString>("text");
-    for (const char *text : {"10000:1:1 0:0:0", "2026:999999:1 0:0:0"}) {
+    for (const char *text : {"10000:1:1 0:0:0", "2026:999999:1 0:0:0"})
         QTest::newRow(text) << QString::fromLatin1(text);
-    }
 }
 
 void TestDcrawTexts::extremeDates()

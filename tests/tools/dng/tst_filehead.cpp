@@ -32,9 +32,8 @@ public:
     {
         for (quint32 i = 0; i < word(directory); ++i) {
             const quint32 offset = directory + 2 + i * 12;
-            if (word(offset) == tag) {
+            if (word(offset) == tag)
                 return offset;
-            }
         }
         return 0;
     }

@@ -70,9 +70,8 @@ private Q_SLOTS:
         QFETCH(int, bits);
         QFETCH(bool, lossless);
         QStringList options{QStringLiteral("--bits"), QString::number(bits)};
-        if (lossless) {
+        if (lossless)
             options << QStringLiteral("--compress") << QStringLiteral("lossless");
-        }
         const QString prefix = m_folder.filePath(QStringLiteral("tmp"));
         QCOMPARE(runProgram(builtProgram(QStringLiteral("mlv_dump")),
                             {QStringLiteral("--dng"), QStringLiteral("-o"), prefix,
@@ -199,9 +198,8 @@ private Q_SLOTS:
         int refused = 0;
         for (int round = 0; round < 1000; ++round) {
             QByteArray broken = sound;
-            if (round % 4 == 0) {
+            if (round % 4 == 0)
                 broken.truncate(random.bounded(static_cast<int>(sound.size())));
-            }
             const int size = static_cast<int>(broken.size());
             for (int i = 0; i < 4 && size > 0; ++i) {
                 // Most of the damage goes to the head, where it matters.
@@ -223,9 +221,8 @@ private:
     std::filesystem::path write(const QByteArray &content)
     {
         QFile file(m_folder.filePath(QStringLiteral("file.dng")));
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
             QTest::qFail(qPrintable(file.errorString()), __FILE__, __LINE__);
-        }
         return file.fileName().toStdString();
     }
 

@@ -15,9 +15,8 @@ namespace {
 Bytes someFrame()
 {
     Bytes frame(5000);
-    for (std::size_t i = 0; i < frame.size(); ++i) {
+    for (std::size_t i = 0; i < frame.size(); ++i)
         frame[i] = std::byte(i * i % 251);
-    }
     return frame;
 }
 
@@ -78,9 +77,8 @@ void TestLzmaFrame::headerWithoutStreamIsRefused()
     Bytes decoded(16);
     for (const std::size_t size : {0U, 3U, 4U, 8U, 9U}) {
         Bytes data(size);
-        if (size >= 4) {
+        if (size >= 4)
             data[0] = std::byte{16};
-        }
         QVERIFY_THROWS_EXCEPTION(raw::Error, mlv::decodeLzmaFrame(data, decoded));
     }
 }

@@ -17,9 +17,8 @@ namespace {
 QList<quint32> numbers(const mlv::DataIndex &index)
 {
     QList<quint32> list;
-    for (const auto &block : index) {
+    for (const auto &block : index)
         list.append(block.number);
-    }
     return list;
 }
 

@@ -53,9 +53,8 @@ void TestTimeline::ofEqualTimesTheOneAddedLastHolds()
 void TestTimeline::changesBeyondReasonAreNotKept()
 {
     mlv::Timeline<int> timeline;
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < 100000; ++i)
         timeline.add(static_cast<std::uint64_t>(i), i);
-    }
     timeline.sort();
     QCOMPARE(timeline.at(1000000)->value, 65535);
 }

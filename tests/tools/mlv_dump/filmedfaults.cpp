@@ -58,10 +58,9 @@ std::vector<Place> repairedPlaces(const mlvdump::Repair &repair, const sample::S
                place.y < crop.y + settings.height;
     });
     for (int y = crop.y; repair.lattice && y < crop.y + settings.height; ++y) {
-        for (int x = crop.x; x < crop.x + settings.width; ++x) {
+        for (int x = crop.x; x < crop.x + settings.width; ++x)
             if (repair.lattice->has(x, y))
                 places.push_back({y, x});
-        }
     }
     std::sort(places.begin(), places.end());
     places.erase(std::unique(places.begin(), places.end()), places.end());

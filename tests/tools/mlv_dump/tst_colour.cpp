@@ -167,9 +167,8 @@ void TestColour::noNumbersMakeTheNeutralUnusable()
     for (const quint32 gain : {0U, 1U, 0x7fffffffU, 0xffffffffU}) {
         for (quint32 mode = 0; mode < 11; ++mode) {
             const auto neutral = neutralOf({WhiteBalanceMode{mode}, gain, gain, 1024, gain, 0, 0});
-            for (const double value : neutral) {
+            for (const double value : neutral)
                 QVERIFY(value >= 0.01 && value <= 100);
-            }
         }
     }
 }

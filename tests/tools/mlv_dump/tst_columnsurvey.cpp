@@ -76,9 +76,8 @@ void TestColumnSurvey::columnsOfOneGainStayAsTheyAre_data()
     const Subject subjects[] = {Subject::Landscape, Subject::Flat,  Subject::Chart,
                                 Subject::Texture,   Subject::Grain, Subject::Stars,
                                 Subject::Specular,  Subject::Dark};
-    for (const auto subject : subjects) {
+    for (const auto subject : subjects)
         QTest::addRow("subject %d", static_cast<int>(subject)) << film(subject);
-    }
     auto slight = film(Subject::Landscape);
     slight.faults.columnGains = {1.001, 0.9995, 1, 1, 1, 0.9995, 1, 1};
     QTest::newRow("gains that nobody sees") << slight;

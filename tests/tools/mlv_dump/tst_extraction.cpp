@@ -91,9 +91,8 @@ RecordingBuilder recordingOf(int frames)
 {
     RecordingBuilder builder;
     builder.addRawInfo();
-    for (int i = 0; i < frames; ++i) {
+    for (int i = 0; i < frames; ++i)
         builder.addFrame(static_cast<quint32>(i), static_cast<quint16>(3000 + i));
-    }
     return builder;
 }
 
@@ -129,9 +128,8 @@ void TestExtraction::manyThreadsWriteAndPrintWhatOneDoes()
     QCOMPARE(many.lines(), one.lines());
     QCOMPARE(many.names(), one.names());
     QCOMPARE(one.names().size(), 200);
-    for (int i = 0; i < 200; ++i) {
+    for (int i = 0; i < 200; ++i)
         QCOMPARE(many.content(i), one.content(i));
-    }
 }
 
 void TestExtraction::everyFrameIsReportedInOrder()
@@ -185,9 +183,8 @@ void TestExtraction::recordingWithoutAnyGoodFrameIsAnError()
     RecordingBuilder builder;
     builder.header.videoClass |= mlv::videoclass::lzma;
     builder.addRawInfo();
-    for (quint32 i = 0; i < 10; ++i) {
+    for (quint32 i = 0; i < 10; ++i)
         builder.addFrameData(i, damagedLzmaFrame());
-    }
     Run run(builder);
     QVERIFY_THROWS_EXCEPTION(raw::Error, run.extract(4));
     QVERIFY(run.names().isEmpty());

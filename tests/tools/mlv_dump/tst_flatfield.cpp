@@ -76,9 +76,8 @@ void TestFlatField::everyLevelIsAsExactAsWithIntegers()
     std::mt19937 random(1);
     for (const unsigned brightest : {300U, 5000U, 65535U}) {
         Samples light(deepest.sampleCount());
-        for (auto &level : light) {
+        for (auto &level : light)
             level = static_cast<std::uint16_t>(brightest - random() % (brightest / 2));
-        }
         const FlatField flat(light, deepest);
         long long m[4] = {};
         long long numerator = 0;
@@ -105,11 +104,9 @@ void TestFlatField::everyLevelIsAsExactAsWithIntegers()
 void TestFlatField::colourOfAPositionIsKept()
 {
     auto samples = flatOf(7000, 1000);
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        if (i / 64 % 2 == 0 && i % 2 == 0) {
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        if (i / 64 % 2 == 0 && i % 2 == 0)
             samples[i] = static_cast<std::uint16_t>(samples[i] - 2000); // red is darker
-        }
-    }
     const FlatField flat(samples, format);
     const int red = corrected(flat, 6000, 2);
     const int green = corrected(flat, 6000, 3);

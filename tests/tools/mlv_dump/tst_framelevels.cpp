@@ -197,9 +197,8 @@ void TestFrameLevels::clippedHighlightsTellTheWhiteLevel_data()
             << scene << camera << otherFrames;
     };
     for (const int bits : {10, 12, 14}) {
-        for (const int clip : {12500, 13500, 14500, 15000, 15400, 15800}) {
+        for (const int clip : {12500, 13500, 14500, 15000, 15400, 15800})
             row("window", window, {.bits = bits, .clip = clip});
-        }
         row("lamp", lamp, {.bits = bits, .clip = 15000});
         row("sun", risenSun, {.bits = bits, .clip = 15000, .gain = 4});
         row("green alone", window, {.bits = bits, .clip = 15000, .red = 0.3, .blue = 0.3});

@@ -11,9 +11,8 @@ namespace {
 mlv::DataIndex index(std::initializer_list<quint32> numbers)
 {
     mlv::DataIndex frames;
-    for (const auto number : numbers) {
+    for (const auto number : numbers)
         frames.push_back({0, 0, 0, number, 0});
-    }
     return frames;
 }
 
@@ -21,9 +20,8 @@ mlv::DataIndex index(std::initializer_list<quint32> numbers)
 QString listed(const FramePlan &plan)
 {
     QStringList list;
-    for (const auto &frame : plan.frames) {
+    for (const auto &frame : plan.frames)
         list.append(QStringLiteral("%1:%2").arg(frame.number).arg(frame.block->number));
-    }
     return list.join(QLatin1Char(' '));
 }
 
@@ -96,9 +94,8 @@ void TestFramePlan::gapThatCannotBeTrueIsNotFilled()
 void TestFramePlan::allGapsTogetherAreLimited()
 {
     mlv::DataIndex frames;
-    for (quint32 i = 0; i < 100; ++i) {
+    for (quint32 i = 0; i < 100; ++i)
         frames.push_back({0, 0, 0, i * 900, 0});
-    }
     const auto plan = mlvdump::planFrames(frames, {});
     QCOMPARE(plan.frames.size(), std::size_t{100 + 899}); // one gap of at most 1100
 }

@@ -17,10 +17,9 @@ using Samples = std::vector<std::uint16_t>;
 Samples drawn(const std::function<int(int x, int y)> &level)
 {
     Samples samples;
-    for (int y = 0; y < format.height; ++y) {
+    for (int y = 0; y < format.height; ++y)
         for (int x = 0; x < format.width; ++x)
             samples.push_back(static_cast<std::uint16_t>(level(x, y)));
-    }
     return samples;
 }
 
@@ -147,10 +146,9 @@ void TestFrameRepairer::clustersAreFilledFromTheirRims()
 void TestFrameRepairer::colourThatIsBadEverywhereStays()
 {
     std::vector<Place> places;
-    for (int y = 0; y < format.height; y += 2) {
+    for (int y = 0; y < format.height; y += 2)
         for (int x = 0; x < format.width; x += 2)
             places.push_back({y, x});
-    }
     Samples samples = drawn(slope);
     const Repair repair = repairOf(places);
     FrameRepairer(repair).apply(samples, {0, 0});

@@ -32,9 +32,8 @@ mlv::Clock clockOf2023()
 QByteArray value(const dng::Ifd &ifd, std::uint16_t tag)
 {
     const auto found = ifd.fields().find(tag);
-    if (found == ifd.fields().end()) {
+    if (found == ifd.fields().end())
         return {};
-    }
     const auto &data = found->second.data;
     return QByteArray(reinterpret_cast<const char *>(data.data()),
                       static_cast<qsizetype>(data.size()));
@@ -50,9 +49,8 @@ template <typename Number>
 QByteArray encoded(std::initializer_list<Number> numbers)
 {
     QByteArray bytes;
-    for (const Number number : numbers) {
+    for (const Number number : numbers)
         bytes.append(reinterpret_cast<const char *>(&number), sizeof number);
-    }
     return bytes;
 }
 
@@ -187,9 +185,8 @@ void TestFrameTags::unknownLensValuesAreLeftOut()
     const auto [image, exif] =
         tagsOf(RecordingBuilder().addRawInfo().add(blocktype::lens, mlv::Lens{}));
     for (const auto lensTag :
-         {tag::fNumber, tag::focalLength, tag::lensModel, tag::lensSerialNumber}) {
+         {tag::fNumber, tag::focalLength, tag::lensModel, tag::lensSerialNumber})
         QVERIFY(!exif.fields().contains(lensTag));
-    }
 }
 
 void TestFrameTags::namesAreAsciiWithoutMarks()

@@ -156,9 +156,8 @@ void TestMlvDumpArguments::versionAndHelp()
     QVERIFY(version.lines[0].startsWith(QStringLiteral("mlv_dump (Filmwright) ")));
     const auto help = dump({QStringLiteral("--help")});
     QCOMPARE(help.status, 0);
-    for (const char *option : {"-m", "-v", "--dng", "--no-cs", "-f", "-a", "-s", "-t", "-o"}) {
+    for (const char *option : {"-m", "-v", "--dng", "--no-cs", "-f", "-a", "-s", "-t", "-o"})
         QVERIFY(help.hasLineWith(QLatin1String(option) + QLatin1Char(' ')));
-    }
 }
 
 void TestMlvDumpArguments::recordingWithoutOptionsIsJustRead()

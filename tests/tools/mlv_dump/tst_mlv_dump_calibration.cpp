@@ -150,13 +150,11 @@ void TestMlvDumpCalibration::chunksAreAveragedTogether()
     std::vector<unsigned> sums(mean.samples.size());
     for (int i = 0; i < 6; ++i) {
         const auto picture = expected(QStringLiteral("split/%1").arg(i, 6, 10, QLatin1Char('0')));
-        for (std::size_t s = 0; s < sums.size(); ++s) {
+        for (std::size_t s = 0; s < sums.size(); ++s)
             sums[s] += picture.samples[s];
-        }
     }
-    for (std::size_t s = 0; s < sums.size(); ++s) {
+    for (std::size_t s = 0; s < sums.size(); ++s)
         mean.samples[s] = static_cast<quint16>((sums[s] + 3) / 6);
-    }
     QCOMPARE(frame(out("b.mlv")).largestDifference(mean), 0);
 }
 
@@ -205,9 +203,8 @@ void TestMlvDumpCalibration::rewrittenRangeStartsAtZero()
 {
     RecordingBuilder builder;
     builder.addRawInfo();
-    for (quint16 i = 0; i < 5; ++i) {
+    for (quint16 i = 0; i < 5; ++i)
         builder.addFrame(i, static_cast<quint16>(3000 + i));
-    }
     dump({builder.write(out("a.MLV")), QStringLiteral("-f"), QStringLiteral("2-3"),
           QStringLiteral("-o"), out("b.MLV")});
     const auto report = dump({QStringLiteral("-m"), QStringLiteral("-v"), out("b.MLV")}).lines;
@@ -281,9 +278,8 @@ void TestMlvDumpCalibration::referenceOfAnotherShapeIsRefused()
     QFETCH(QString, option);
     QFETCH(QString, reference);
     QFETCH(QString, error);
-    if (reference.isEmpty()) {
+    if (reference.isEmpty())
         reference = RecordingBuilder().addRawInfo().addFrame(0, 3000).write(out("small.MLV"));
-    }
     const auto run = frames(recording("plain14"), {option, reference});
     QCOMPARE(run.status, 1);
     QVERIFY(run.lines.contains(error));

@@ -44,9 +44,8 @@ private:
     QString write(const QByteArray &bytes) const
     {
         QFile file(out(QStringLiteral("a.MLV")));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) {
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
             qFatal("The test's recording cannot be written");
-        }
         return file.fileName();
     }
     ProgramRun extract(const QByteArray &recording) const
@@ -97,9 +96,8 @@ void TestMlvDumpDamage::damagedFrameIsReplacedByTheOneBefore()
 {
     QFETCH(QByteArray, recording);
     auto bytes = recordingBytes(recording.constData());
-    for (const int place : {2, 3}) {
+    for (const int place : {2, 3})
         bytes.replace(frameData(bytes, place), 1000, QByteArray(1000, '\xee'));
-    }
     const auto run = extract(bytes);
     QCOMPARE(run.status, 0);
     QCOMPARE(
@@ -108,24 +106,21 @@ void TestMlvDumpDamage::damagedFrameIsReplacedByTheOneBefore()
             QStringLiteral("[WARNING] frame 2 is damaged and replaced by the frame before it"),
             QStringLiteral("[WARNING] frame 3 is damaged and replaced by the frame before it")}));
     QCOMPARE(frames(), 4);
-    for (int frame = 0; frame < 4; ++frame) {
+    for (int frame = 0; frame < 4; ++frame)
         QCOMPARE(differenceTo("plain14", frame, std::min(frame, 1)), 0);
-    }
 }
 
 void TestMlvDumpDamage::damagedFirstFramesAreReplacedByTheFirstGoodOne()
 {
     auto bytes = recordingBytes("lossless14");
-    for (const int place : {0, 1}) {
+    for (const int place : {0, 1})
         bytes.replace(frameData(bytes, place), 1000, QByteArray(1000, '\xee'));
-    }
     const auto run = extract(bytes);
     QCOMPARE(run.status, 0);
     QVERIFY(run.hasLineWith(QStringLiteral("[WARNING] the first 2 frames are damaged")));
     QCOMPARE(frames(), 4);
-    for (int frame = 0; frame < 4; ++frame) {
+    for (int frame = 0; frame < 4; ++frame)
         QCOMPARE(differenceTo("plain14", frame, std::max(frame, 2)), 0);
-    }
 }
 
 void TestMlvDumpDamage::averageLeavesDamagedFramesOut()
@@ -241,9 +236,8 @@ void TestMlvDumpDamage::forgedFrameSizeTakesNoMemory()
             {QStringLiteral("--dng"), path, QStringLiteral("-o"), out(QStringLiteral("tmp"))},
             std::chrono::seconds(60));
         QVERIFY(run.output.contains("[UNUSABLE] The recording holds no"));
-        if (memoryIsTheProgramsOwn) {
+        if (memoryIsTheProgramsOwn)
             QVERIFY(run.peakMemory < 32 << 20); // a frame of that size has 252 MB
-        }
     }
 }
 

@@ -220,11 +220,9 @@ void TestMlvDumpFrames::rowsThatEndWithinAWordAreReadRight_data()
 {
     QTest::addColumn<int>("width");
     QTest::addColumn<int>("bits");
-    for (const int bits : {10, 12, 14}) {
-        for (const int width : {34, 36, 38}) {
+    for (const int bits : {10, 12, 14})
+        for (const int width : {34, 36, 38})
             QTest::addRow("%d samples of %d bits", width, bits) << width << bits;
-        }
-    }
 }
 
 void TestMlvDumpFrames::rowsThatEndWithinAWordAreReadRight()
@@ -241,9 +239,8 @@ void TestMlvDumpFrames::rowsThatEndWithinAWordAreReadRight()
     info.blackLevel = 10;
     info.whiteLevel = (1 << bits) - 1;
     std::vector<quint16> samples(static_cast<std::size_t>(width * height));
-    for (std::size_t i = 0; i < samples.size(); ++i) {
+    for (std::size_t i = 0; i < samples.size(); ++i)
         samples[i] = static_cast<quint16>(i * 31 % static_cast<std::size_t>(info.whiteLevel));
-    }
     QByteArray packed(static_cast<qsizetype>(raw::packedSize(samples.size(), bits)), '\0');
     raw::packSamples(
         samples, bits, raw::WordOrder::LittleEndian,
@@ -260,9 +257,8 @@ void TestMlvDumpFrames::validatorFindsNothingToComplainOf_data()
 {
     QTest::addColumn<QString>("recording");
     for (const char *name :
-         {"plain14", "bits10", "bits12", "bits16", "lossless14", "lzma14", "nolens", "dropped"}) {
+         {"plain14", "bits10", "bits12", "bits16", "lossless14", "lzma14", "nolens", "dropped"})
         QTest::newRow(name) << QString::fromLatin1(name);
-    }
 }
 
 void TestMlvDumpFrames::validatorFindsNothingToComplainOf()
@@ -376,9 +372,8 @@ void TestMlvDumpFrames::killedRunLeavesOnlyWholeFrames()
     RecordingBuilder builder;
     builder.addRawInfo().add(mlv::blocktype::waveInfo, RecordingBuilder::waveInfo());
     const int frames = 3000;
-    for (int i = 0; i < frames; ++i) {
+    for (int i = 0; i < frames; ++i)
         builder.addFrame(static_cast<quint32>(i), 3000);
-    }
     builder.addSound(0, QByteArray(4000, 's'));
     const auto path = builder.write(out(QStringLiteral("a.MLV")));
     QProcess process;
@@ -390,13 +385,11 @@ void TestMlvDumpFrames::killedRunLeavesOnlyWholeFrames()
     QVERIFY(process.waitForFinished());
 
     const auto names = dngs();
-    for (const auto &name : names) {
+    for (const auto &name : names)
         QCOMPARE(QFileInfo(out(name)).size(), QFileInfo(out(names.last())).size());
-    }
     // The last frame has its name only when everything is there, the sound too.
-    if (names.contains(dngName(frames - 1))) {
+    if (names.contains(dngName(frames - 1)))
         QCOMPARE(names.size(), frames);
-    }
     QCOMPARE(QFileInfo(out(QStringLiteral("tmp.wav"))).size(), 44 + 4000);
 }
 

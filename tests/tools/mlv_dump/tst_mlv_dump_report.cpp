@@ -18,9 +18,8 @@ ProgramRun report(const QString &path)
 QString value(const ProgramRun &run, const char *header, int line)
 {
     const auto start = run.lines.indexOf(QLatin1String(header));
-    if (start < 0) {
+    if (start < 0)
         return QStringLiteral("(no block)");
-    }
     return run.lines.value(start + line).section(QLatin1Char(':'), 1).trimmed();
 }
 
@@ -29,9 +28,8 @@ QStringList blockLines(const ProgramRun &run, const char *header)
 {
     const auto start = run.lines.indexOf(QLatin1String(header));
     auto end = start + 1;
-    while (start >= 0 && end < run.lines.size() && run.lines[end].startsWith(QLatin1Char(' '))) {
+    while (start >= 0 && end < run.lines.size() && run.lines[end].startsWith(QLatin1Char(' ')))
         ++end;
-    }
     return run.lines.mid(start + 1, end - start - 1);
 }
 

@@ -18,13 +18,11 @@ QByteArray soundBlocks(const QString &recording)
     for (const char *extension : {"MLV", "M00", "M01"}) {
         QFile file(
             testData(QStringLiteral("recordings/%1.%2").arg(recording, QLatin1String(extension))));
-        if (!file.open(QIODevice::ReadOnly)) {
+        if (!file.open(QIODevice::ReadOnly))
             continue;
-        }
         const auto bytes = file.readAll();
-        for (auto at = bytes.indexOf("AUDF"); at >= 0; at = bytes.indexOf("AUDF", at + 1)) {
+        for (auto at = bytes.indexOf("AUDF"); at >= 0; at = bytes.indexOf("AUDF", at + 1))
             sound += bytes.mid(at + 24, 7680);
-        }
     }
     return sound;
 }

@@ -32,9 +32,8 @@ void setContent(const QString &path, const QByteArray &content)
 std::map<QString, QByteArray> contentsOf(const QString &folder)
 {
     std::map<QString, QByteArray> contents;
-    for (const auto &name : QDir(folder).entryList(QDir::Files)) {
+    for (const auto &name : QDir(folder).entryList(QDir::Files))
         contents[name] = contentOf(folder + QLatin1Char('/') + name);
-    }
     return contents;
 }
 
@@ -111,10 +110,9 @@ private:
     /// With the names of files as paths of the test's folder.
     QStringList withPaths(QStringList options) const
     {
-        for (auto &option : options) {
+        for (auto &option : options)
             if (option.endsWith(QStringLiteral(".MLV")) || option.endsWith(QStringLiteral(".fpm")))
                 option = path(option);
-        }
         return options;
     }
 
@@ -145,9 +143,8 @@ private:
     void damage(const QList<int> &frames) const
     {
         auto bytes = contentOf(input());
-        for (const int frame : frames) {
+        for (const int frame : frames)
             bytes.replace(frameData(bytes, frame), 1000, QByteArray(1000, '\xee'));
-        }
         setContent(input(), bytes);
     }
 
@@ -320,9 +317,8 @@ void TestMlvDumpSurvey::framesForCr2hdrAreSpreadOverTheSelection()
                                   path(QStringLiteral("parts/spread"))});
     QCOMPARE(run.status, 0);
     QStringList expected;
-    for (const int number : numbers) {
+    for (const int number : numbers)
         expected << QStringLiteral("spread%1.dng").arg(number, 6, 10, QLatin1Char('0'));
-    }
     QCOMPARE(parts(), expected);
 }
 
@@ -338,9 +334,8 @@ void TestMlvDumpSurvey::framesForCr2hdrAreThoseOfTheWholeCall()
     const auto whole = contentsOf(path(QStringLiteral("whole")));
     const auto spread = contentsOf(path(QStringLiteral("parts")));
     QCOMPARE(spread.size(), std::size_t{6});
-    for (const auto &[name, content] : spread) {
+    for (const auto &[name, content] : spread)
         QVERIFY2(whole.contains(name) && whole.at(name) == content, qPrintable(name));
-    }
 }
 
 void TestMlvDumpSurvey::foreignSurveyIsRefused_data()
@@ -357,9 +352,8 @@ void TestMlvDumpSurvey::foreignSurveyIsRefused_data()
     for (const auto *const options :
          {"--white-level recorded", "--black-level 2000", "--matrix recorded",
           "--white-balance auto", "--white-balance 5000", "--repair-pixels auto",
-          "--repair-columns", "-s dark.MLV", "-t flat.MLV", "--repair-pixels map.fpm"}) {
+          "--repair-columns", "-s dark.MLV", "-t flat.MLV", "--repair-pixels map.fpm"})
         QTest::newRow(options) << QString() << QString::fromLatin1(options) << otherOptions;
-    }
 }
 
 void TestMlvDumpSurvey::foreignSurveyIsRefused()
@@ -372,9 +366,8 @@ void TestMlvDumpSurvey::foreignSurveyIsRefused()
     sample(QStringLiteral("flat.MLV"), QStringLiteral("--size 96x64 --frames 1 --flat"));
     setContent(path(QStringLiteral("map.fpm")), "5 5\n");
     QCOMPARE(writeSurvey().status, 0);
-    if (!recording.isEmpty()) {
+    if (!recording.isEmpty())
         sample(recording);
-    }
     const auto run = useSurvey(QStringLiteral("0-1"), withPaths(words(options)));
     QCOMPARE(run.status, 1);
     QCOMPARE(run.lines, QStringList{QStringLiteral("[ERROR] ") + reason});

@@ -15,11 +15,9 @@ namespace {
 QStringList marked(const ProgramRun &run, const char *mark)
 {
     QStringList found;
-    for (const QString &line : run.lines) {
-        if (line.startsWith(QLatin1String(mark))) {
+    for (const QString &line : run.lines)
+        if (line.startsWith(QLatin1String(mark)))
             found << line.section(QLatin1Char(' '), 1);
-        }
-    }
     return found;
 }
 
@@ -74,9 +72,8 @@ private:
     ProgramRun verify(const QByteArray &bytes) const
     {
         QFile file(out("a.MLV"));
-        if (file.open(QIODevice::WriteOnly)) {
+        if (file.open(QIODevice::WriteOnly))
             file.write(bytes);
-        }
         file.close();
         return verify(file.fileName());
     }
@@ -124,9 +121,8 @@ void TestMlvDumpVerify::everyKindOfSampleIsWhole_data()
     for (const char *options :
          {"--bits 10", "--bits 12 --compress lossless --shape camera --padding --change",
           "--compress lossless --shape folded --predictor 6", "--compress lzma --shuffle",
-          "--split 3 --sound", "--no-sound --sampling 5x3", "--dark", "--flat"}) {
+          "--split 3 --sound", "--no-sound --sampling 5x3", "--dark", "--flat"})
         QTest::newRow(options) << QString::fromLatin1(options);
-    }
 }
 
 void TestMlvDumpVerify::everyKindOfSampleIsWhole()
@@ -159,9 +155,8 @@ void TestMlvDumpVerify::droppedFramesAreNamed()
 void TestMlvDumpVerify::damagedFramesAreNamed_data()
 {
     QTest::addColumn<QByteArray>("recording");
-    for (const char *recording : {"lossless14", "lzma14"}) {
+    for (const char *recording : {"lossless14", "lzma14"})
         QTest::newRow(recording) << recordingBytes(recording);
-    }
 }
 
 void TestMlvDumpVerify::damagedFramesAreNamed()
@@ -346,9 +341,8 @@ void TestMlvDumpVerify::rangesOfNumbers()
     ranges.add(1, 3);
     ranges.add(7, 7);
     QCOMPARE(QString::fromStdString(ranges.text()), QStringLiteral("0-3, 7"));
-    for (std::uint64_t number = 10; number < 1000; number += 2) {
+    for (std::uint64_t number = 10; number < 1000; number += 2)
         ranges.add(number, number);
-    }
     QCOMPARE(ranges.count(), 5U + 495U);
     QVERIFY(QString::fromStdString(ranges.text()).endsWith(QStringLiteral(" and 397 more")));
     QVERIFY(ranges.text().size() < 1000);

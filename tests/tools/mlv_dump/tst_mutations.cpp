@@ -64,9 +64,8 @@ private:
 
 void TestMutations::initTestCase()
 {
-    for (const char *name : {"plain14", "bits10", "lossless14", "lzma14", "dropped", "shuffled"}) {
+    for (const char *name : {"plain14", "bits10", "lossless14", "lzma14", "dropped", "shuffled"})
         m_recordings.append(recordingBytes(name));
-    }
     const QString common = QStringLiteral("--size 64x32 --frames 5 --sound --padding --change ");
     for (const char *more : {"--bits 14", "--bits 12 --compress lossless --shape camera",
                              "--bits 14 --compress lossless --shape folded --predictor 6",
@@ -78,9 +77,8 @@ void TestMutations::initTestCase()
         QCOMPARE(run.status, 0);
         m_recordings.append(contentOf(path));
     }
-    for (const auto &recording : m_recordings) {
+    for (const auto &recording : m_recordings)
         QVERIFY(!recording.isEmpty());
-    }
     QVERIFY(QDir(m_folder.path()).mkdir(QStringLiteral("out")));
 }
 
@@ -152,26 +150,23 @@ void TestMutations::check(const MeasuredRun &run, Kind kind, bool damagedReferen
 {
     QCOMPARE(run.signal, 0);
     QVERIFY(run.status == 0 || run.status == 1);
-    if (memoryIsTheProgramsOwn) {
+    if (memoryIsTheProgramsOwn)
         QVERIFY(run.peakMemory < (64 << 20) + 2 * inputSize);
-    }
     QVERIFY(run.output.endsWith('\n'));
     const auto lines = run.output.chopped(1).split('\n');
     QByteArrayList errors;
     for (const auto &line : lines) {
         QVERIFY(line.size() < 4096);
-        if (line.contains("[ERROR]") || line.contains("[UNUSABLE]")) {
+        if (line.contains("[ERROR]") || line.contains("[UNUSABLE]"))
             errors.append(line);
-        }
     }
     static const QRegularExpression lastLines(QStringLiteral(
         "\\AProcessed (\\d+) video frames at \\d+\\.\\d\\d FPS \\(\\d+\\.\\d\\d s\\)\nDone\\z"));
     const auto end = QString::fromUtf8(lines.mid(lines.size() - 2).join('\n'));
     const auto match = lastLines.match(end);
     QCOMPARE(errors.size(), run.status);
-    if (run.status != 0) {
+    if (run.status != 0)
         checkWord(errors.first(), kind, damagedReference);
-    }
     if (run.status != 0 && writesFrames(kind)) {
         QVERIFY(!run.output.contains("Done"));
         QVERIFY(!run.output.contains("Processed"));
@@ -179,11 +174,10 @@ void TestMutations::check(const MeasuredRun &run, Kind kind, bool damagedReferen
     }
     QVERIFY(match.hasMatch());
     QCOMPARE(run.output.count("Done"), 1);
-    if (run.status != 0) {
+    if (run.status != 0)
         QCOMPARE(match.captured(1), QStringLiteral("0"));
-    } else if (writesFrames(kind)) {
+    else if (writesFrames(kind))
         checkFrames(match.captured(1));
-    }
 }
 
 /// What is wrong with the recording alone has its own word where other recordings follow.
@@ -205,18 +199,16 @@ void TestMutations::checkFrames(const QString &count) const
     const auto names = folder.entryList(QDir::Files, QDir::Name);
     const auto frames = names.filter(QStringLiteral(".dng"));
     QCOMPARE(QString::number(frames.size()), count);
-    for (int i = 0; i < frames.size(); ++i) {
+    for (int i = 0; i < frames.size(); ++i)
         QCOMPARE(frames[i], QStringLiteral("tmp%1.dng").arg(i, 6, 10, QLatin1Char('0')));
-    }
     QVERIFY(names.filter(QStringLiteral(".part")).isEmpty());
 }
 
 void TestMutations::emptyOutputFolder() const
 {
     QDir folder(out("out"));
-    for (const auto &name : folder.entryList(QDir::Files)) {
+    for (const auto &name : folder.entryList(QDir::Files))
         folder.remove(name);
-    }
 }
 
 QTEST_APPLESS_MAIN(TestMutations)

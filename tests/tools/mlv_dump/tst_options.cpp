@@ -174,30 +174,25 @@ void TestOptions::wrongArgumentsAreRefused_data()
     QTest::newRow("unknown option") << QByteArrayList{"--fast", "a.MLV"};
     QTest::newRow("value missing") << QByteArrayList{"a.MLV", "-o"};
     QTest::newRow("average without a file") << QByteArrayList{"-a", "a.MLV"};
-    for (const char *range : {"", "-", "x", "1-", "-1", "1-2-3", "1-99999999999", "1.5"}) {
+    for (const char *range : {"", "-", "x", "1-", "-1", "1-2-3", "1-99999999999", "1.5"})
         QTest::addRow("range %s", range) << QByteArrayList{"-f", range, "a.MLV"};
-    }
-    for (const char *level : {"", "-1", "65536", "15e3", "automatic"}) {
+    for (const char *level : {"", "-1", "65536", "15e3", "automatic"})
         QTest::addRow("white level %s", level) << QByteArrayList{"--white-level", level, "a.MLV"};
-    }
-    for (const char *exposure : {"", "bright", "1EV", "11", "-11", "nan"}) {
+    for (const char *exposure : {"", "bright", "1EV", "11", "-11", "nan"})
         QTest::addRow("exposure %s", exposure) << QByteArrayList{"--exposure", exposure, "a.MLV"};
-    }
     QTest::newRow("white balance") << QByteArrayList{"--white-balance", "1000", "a.MLV"};
     QTest::newRow("no map") << QByteArrayList{"--repair-pixels", "", "a.MLV"};
     QTest::newRow("matrix") << QByteArrayList{"--matrix", "mine", "a.MLV"};
-    for (const char *threads : {"0", "-1", "x", "100000"}) {
+    for (const char *threads : {"0", "-1", "x", "100000"})
         QTest::addRow("threads %s", threads) << QByteArrayList{"--threads", threads, "a.MLV"};
-    }
 }
 
 void TestOptions::wrongArgumentsAreRefused()
 {
     QFETCH(QByteArrayList, arguments);
     std::vector<std::string_view> views;
-    for (const auto &argument : arguments) {
+    for (const auto &argument : arguments)
         views.emplace_back(argument.constData());
-    }
     QVERIFY_THROWS_EXCEPTION(mlvdump::UsageError, static_cast<void>(parsed(views)));
 }
 

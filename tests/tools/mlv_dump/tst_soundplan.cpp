@@ -12,9 +12,8 @@ constexpr quint64 plenty = 1000000;
 mlv::DataIndex blocksOf(std::initializer_list<std::pair<quint32, quint32>> numbersAndSizes)
 {
     mlv::DataIndex blocks;
-    for (const auto &[number, size] : numbersAndSizes) {
+    for (const auto &[number, size] : numbersAndSizes)
         blocks.push_back({0, 0, size, number, 0});
-    }
     return blocks;
 }
 
@@ -22,9 +21,8 @@ mlv::DataIndex blocksOf(std::initializer_list<std::pair<quint32, quint32>> numbe
 QString listed(const SoundPlan &plan)
 {
     QStringList list;
-    for (const auto &piece : plan.pieces) {
+    for (const auto &piece : plan.pieces)
         list.append(QStringLiteral("%1+%2").arg(piece.silence).arg(piece.bytes));
-    }
     return list.join(QLatin1Char(' '));
 }
 

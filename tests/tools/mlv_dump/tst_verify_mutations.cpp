@@ -32,9 +32,8 @@ QByteArray contentOf(const QString &path)
 void write(const QString &path, const QByteArray &bytes)
 {
     QFile file(path);
-    if (file.open(QIODevice::WriteOnly)) {
+    if (file.open(QIODevice::WriteOnly))
         file.write(bytes);
-    }
 }
 
 /// What can be had of a recording: frames that can be decoded and sound, by number.
@@ -68,12 +67,10 @@ Content contentOfRecording(const QString &path)
                 continue;
             }
         }
-        for (const auto &sound : recording.audioBlocks()) {
+        for (const auto &sound : recording.audioBlocks())
             content.sounds[sound.number] = sound.size;
-        }
-        if (!content.sounds.empty()) {
+        if (!content.sounds.empty())
             content.sounds.rbegin()->second = 0; // the last one has any size
-        }
     } catch (const raw::Error &) {
         return content;
     }
@@ -100,9 +97,8 @@ private:
 
 void TestVerifyMutations::initTestCase()
 {
-    for (const char *name : {"plain14", "bits10", "lossless14", "lzma14"}) {
+    for (const char *name : {"plain14", "bits10", "lossless14", "lzma14"})
         m_recordings.append(recordingBytes(name));
-    }
     const QString common = QStringLiteral("--size 64x32 --frames 5 --sound --padding --change ");
     for (const char *more : {"--bits 14", "--bits 12 --compress lossless --shape camera",
                              "--bits 14 --compress lossless --shape folded --predictor 6",

@@ -15,9 +15,8 @@ QList<RecordedBlock> RecordedFile::ofType(const QByteArray &type) const
 QList<quint32> RecordedFile::numbers(const QByteArray &type) const
 {
     QList<quint32> found;
-    for (const RecordedBlock &block : ofType(type)) {
+    for (const RecordedBlock &block : ofType(type))
         found.append(block.as<quint32>());
-    }
     return found;
 }
 
@@ -37,9 +36,8 @@ RecordedFile readRecording(const QString &path)
     for (qsizetype at = sizeof(mlv::FileHeader); at + qsizetype{16} <= bytes.size();) {
         const auto header = mlv::decodeLayout<mlv::BlockHeader>(span(at));
         if (header.size < sizeof header ||
-            header.size > static_cast<std::size_t>(bytes.size() - at)) {
+            header.size > static_cast<std::size_t>(bytes.size() - at))
             break;
-        }
         recording.blocks.append({QByteArray(header.type.data(), 4), header.timestamp,
                                  bytes.mid(at + qsizetype{16}, qsizetype{header.size} - 16)});
         at += header.size;

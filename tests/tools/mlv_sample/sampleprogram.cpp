@@ -10,8 +10,7 @@ QString writeSample(const QTemporaryDir &folder, const QStringList &options, con
                           QStringLiteral("--frames"), QStringLiteral("3")};
     arguments << options << path;
     const Ended ended = runProgram(builtProgram(QStringLiteral("mlv_sample")), arguments);
-    if (ended.status != 0) {
+    if (ended.status != 0)
         QTest::qFail(ended.errors.constData(), __FILE__, __LINE__);
-    }
     return path;
 }

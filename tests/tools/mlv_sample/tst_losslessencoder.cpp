@@ -17,9 +17,8 @@ std::vector<quint16> randomFrame(int bits)
 {
     std::mt19937 random(static_cast<unsigned>(bits));
     std::vector<quint16> samples(width * height);
-    for (quint16 &sample : samples) {
+    for (quint16 &sample : samples)
         sample = static_cast<quint16>(random() & ((1U << static_cast<unsigned>(bits)) - 1));
-    }
     return samples;
 }
 
@@ -37,9 +36,8 @@ std::vector<quint16> decodedByFfmpeg(const std::vector<std::byte> &stream, int b
                    input);
     std::vector<quint16> samples(static_cast<std::size_t>(ended.output.size()) / 2);
     std::memcpy(samples.data(), ended.output.constData(), samples.size() * 2);
-    for (quint16 &sample : samples) {
+    for (quint16 &sample : samples)
         sample = static_cast<quint16>(sample >> (16 - bits));
-    }
     return samples;
 }
 
@@ -54,11 +52,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("bits");
         QTest::addColumn<int>("predictor");
-        for (const int bits : {10, 12, 14, 16}) {
-            for (int predictor = 1; predictor <= 7; ++predictor) {
+        for (const int bits : {10, 12, 14, 16})
+            for (int predictor = 1; predictor <= 7; ++predictor)
                 QTest::addRow("%d bits, predictor %d", bits, predictor) << bits << predictor;
-            }
-        }
     }
 
     void everyPredictorAndDepthDecodesToTheSameSamples()
@@ -76,9 +72,8 @@ private Q_SLOTS:
     void smoothFramesGetSmaller()
     {
         std::vector<quint16> samples(width * height);
-        for (std::size_t i = 0; i < samples.size(); ++i) {
+        for (std::size_t i = 0; i < samples.size(); ++i)
             samples[i] = static_cast<quint16>(2048 + i % 7);
-        }
         const auto stream = sample::encodeLosslessJpeg(samples, width, height, 14,
                                                        sample::LosslessShape::Camera, 1);
         QVERIFY(stream.size() < samples.size() * 14 / 8);

@@ -52,9 +52,8 @@ std::vector<quint16> samplesOf(const RecordedBlock &frame, int bits, std::size_t
 /// ffmpeg widens samples to 16 bits by repeating their upper bits.
 QByteArray widened(std::vector<quint16> samples, int bits)
 {
-    for (quint16 &sample : samples) {
+    for (quint16 &sample : samples)
         sample = static_cast<quint16>((sample << (16 - bits)) | (sample >> (2 * bits - 16)));
-    }
     return bytesOf(samples);
 }
 
@@ -76,9 +75,8 @@ private Q_SLOTS:
     void ffmpegReadsTheSamplesThatWerePutIn_data()
     {
         QTest::addColumn<int>("bits");
-        for (const int bits : {10, 12, 14, 16}) {
+        for (const int bits : {10, 12, 14, 16})
             QTest::addRow("%d bits", bits) << bits;
-        }
     }
 
     void ffmpegReadsTheSamplesThatWerePutIn()
@@ -91,9 +89,8 @@ private Q_SLOTS:
         settings.bits = bits;
         sample::FrameMaker frames(settings);
         QByteArray expected;
-        for (int i = 0; i < 3; ++i) {
+        for (int i = 0; i < 3; ++i)
             expected += widened(frames.make(i), bits);
-        }
         QCOMPARE(ffmpegOutput(path, {QStringLiteral("-an")}, QStringLiteral("rawvideo")), expected);
     }
 

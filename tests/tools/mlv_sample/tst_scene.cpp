@@ -35,9 +35,8 @@ std::vector<double> average(const sample::Settings &settings, int frames)
     std::vector<double> sum(at(0, height));
     for (int i = 0; i < frames; ++i) {
         const auto &samples = maker.make(i);
-        for (std::size_t k = 0; k < sum.size(); ++k) {
+        for (std::size_t k = 0; k < sum.size(); ++k)
             sum[k] += (samples[k] - black) / static_cast<double>(frames);
-        }
     }
     return sum;
 }
@@ -54,18 +53,16 @@ sample::Rgb meanOf(const std::vector<double> &frame, const sample::Area &area)
             ++count[filter];
         }
     }
-    for (std::size_t i = 0; i < 3; ++i) {
+    for (std::size_t i = 0; i < 3; ++i)
         sum[i] /= count[i];
-    }
     return sum;
 }
 
 double deviation(const std::vector<double> &one, const std::vector<double> &other)
 {
     double sum = 0;
-    for (std::size_t i = 0; i < one.size(); ++i) {
+    for (std::size_t i = 0; i < one.size(); ++i)
         sum += (one[i] - other[i]) * (one[i] - other[i]);
-    }
     return std::sqrt(sum / static_cast<double>(one.size()));
 }
 
@@ -112,9 +109,8 @@ private Q_SLOTS:
             const sample::Area area = sample::greyStep(step);
             return meanOf(frame, area)[1] / meanOf(flat, area)[1];
         };
-        for (int step = 1; step < 7; ++step) {
+        for (int step = 1; step < 7; ++step)
             QVERIFY(std::abs(light(step - 1) / light(step) - 2) < 0.05);
-        }
     }
 
     void averagedDarksTakeOutHotPixelsAndOffsets()
@@ -129,9 +125,8 @@ private Q_SLOTS:
         const auto clip = average(oneFrame, 1);
         const auto offsets = average(dark, 32);
         std::vector<double> calibrated = clip;
-        for (std::size_t i = 0; i < clip.size(); ++i) {
+        for (std::size_t i = 0; i < clip.size(); ++i)
             calibrated[i] -= offsets[i];
-        }
         // Dark areas, where the noise of light doesn't hide the pattern.
         const auto darkPart = [](const std::vector<double> &frame) {
             return std::vector<double>(frame.begin() + static_cast<std::ptrdiff_t>(at(0, 82)),
@@ -166,9 +161,8 @@ private Q_SLOTS:
     void dualIsoRowsAlternateInPairs_data()
     {
         QTest::addColumn<int>("phase");
-        for (int phase = 0; phase < 4; ++phase) {
+        for (int phase = 0; phase < 4; ++phase)
             QTest::addRow("low pair from row %d", phase) << phase;
-        }
     }
 
     void dualIsoRowsAlternateInPairs()

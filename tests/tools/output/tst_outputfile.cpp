@@ -64,9 +64,8 @@ private:
     {
         const QString path = m_folder->filePath(QLatin1String(name));
         QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0) {
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0)
             qFatal("%s cannot be written", qPrintable(path));
-        }
         return path;
     }
     std::string path(const char *name) const

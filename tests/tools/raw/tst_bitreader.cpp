@@ -48,18 +48,16 @@ void TestBitReader::mostSignificantBitComesFirst()
 void TestBitReader::everyWidthReadsTheSameBits()
 {
     QByteArray bytes;
-    for (int i = 0; i < 24; ++i) {
+    for (int i = 0; i < 24; ++i)
         bytes.append(static_cast<char>(i * 7 + 1));
-    }
     for (const int width : {1, 3, 7, 13, 16, 32}) {
         raw::ScanData scan(bytesOf(bytes));
         raw::BitReader reader(scan);
         std::vector<bool> bits;
         while (bits.size() + static_cast<std::size_t>(width) <= 24 * 8) {
             const auto value = take(reader, width);
-            for (int bit = width - 1; bit >= 0; --bit) {
+            for (int bit = width - 1; bit >= 0; --bit)
                 bits.push_back((value >> bit & 1) != 0);
-            }
         }
         for (std::size_t i = 0; i < bits.size(); ++i) {
             const auto byte = static_cast<unsigned char>(bytes[static_cast<qsizetype>(i / 8)]);

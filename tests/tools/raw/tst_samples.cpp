@@ -89,9 +89,8 @@ void TestSamples::bytesOfADngAreTheSameWordsBigEndian()
 void TestSamples::everyCountSurvivesARoundTrip_data()
 {
     QTest::addColumn<int>("bits");
-    for (const int bits : {10, 12, 14, 16}) {
+    for (const int bits : {10, 12, 14, 16})
         QTest::addRow("%d bits", bits) << bits;
-    }
 }
 
 void TestSamples::everyCountSurvivesARoundTrip()
@@ -100,12 +99,10 @@ void TestSamples::everyCountSurvivesARoundTrip()
     std::mt19937 random(1);
     for (std::size_t count = 0; count < 50; ++count) {
         Samples samples(count);
-        for (auto &sample : samples) {
+        for (auto &sample : samples)
             sample = static_cast<std::uint16_t>(random() & ((1U << bits) - 1));
-        }
-        for (const auto order : {WordOrder::LittleEndian, WordOrder::BigEndian}) {
+        for (const auto order : {WordOrder::LittleEndian, WordOrder::BigEndian})
             QCOMPARE(unpacked(packed(samples, bits, order), bits, order, count), samples);
-        }
     }
 }
 

@@ -21,21 +21,18 @@ pid_t spawn(const QStringList &command, int output)
 {
     QByteArrayList encoded;
     std::vector<char *> arguments;
-    for (const auto &argument : command) {
+    for (const auto &argument : command)
         encoded.append(argument.toLocal8Bit());
-    }
-    for (auto &argument : encoded) {
+    for (auto &argument : encoded)
         arguments.push_back(argument.data());
-    }
     arguments.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     ::posix_spawn_file_actions_init(&actions);
     ::posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
     ::posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
     pid_t child = -1;
-    if (::posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ) != 0) {
+    if (::posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ) != 0)
         qFatal("%s cannot be run", arguments[0]);
-    }
     ::posix_spawn_file_actions_destroy(&actions);
     return child;
 }
@@ -57,9 +54,8 @@ QByteArray readAll(int input, pid_t child, Clock::time_point deadline)
             continue;
         }
         const auto size = ::read(input, buffer.data(), buffer.size());
-        if (size <= 0) {
+        if (size <= 0)
             return output;
-        }
         output.append(buffer.data(), size);
     }
 }
@@ -70,9 +66,8 @@ MeasuredRun runMeasured(const QString &program, const QStringList &arguments,
                         std::chrono::milliseconds timeLimit)
 {
     std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
         qFatal("there are no pipes");
-    }
     const auto start = Clock::now();
     const pid_t child = spawn(QStringList{builtProgram(program)} + arguments, ends[1]);
     ::close(ends[1]);
@@ -84,10 +79,9 @@ MeasuredRun runMeasured(const QString &program, const QStringList &arguments,
     ::wait4(child, &status, 0, &usage);
     run.duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
     run.peakMemory = qint64{usage.ru_maxrss} * 1024;
-    if (WIFEXITED(status)) {
+    if (WIFEXITED(status))
         run.status = WEXITSTATUS(status);
-    } else {
+    else
         run.signal = WTERMSIG(status);
-    }
     return run;
 }

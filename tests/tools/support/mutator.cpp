@@ -20,9 +20,8 @@ Mutator::Mutator(std::uint32_t seed)
 
 QByteArray Mutator::mutated(QByteArray recording)
 {
-    for (auto kinds = 1 + below(4); kinds > 0; --kinds) {
+    for (auto kinds = 1 + below(4); kinds > 0; --kinds)
         damage(recording);
-    }
     return recording;
 }
 
@@ -59,9 +58,8 @@ void Mutator::flipBits(QByteArray &recording, Place within)
 
 void Mutator::forgeNumber(QByteArray &recording, qsizetype at)
 {
-    if (at < 0 || at + 4 > recording.size()) {
+    if (at < 0 || at + 4 > recording.size())
         return;
-    }
     const auto old = qFromLittleEndian<quint32>(recording.constData() + at);
     const quint32 forged[] = {0,           1,          15,         16,
                               17,          old + 1,    old - 1,    old * 2,
@@ -106,9 +104,8 @@ void Mutator::repeatBlock(QByteArray &recording)
 void Mutator::insertGarbage(QByteArray &recording)
 {
     QByteArray garbage(below(600), '\0');
-    for (auto &byte : garbage) {
+    for (auto &byte : garbage)
         byte = static_cast<char>(m_random());
-    }
     recording.insert(randomBlock(recording).start, garbage);
 }
 
@@ -123,15 +120,13 @@ Mutator::Place Mutator::randomBlock(const QByteArray &recording)
     qsizetype at = sizeof(mlv::FileHeader);
     while (at + qsizetype{sizeof(mlv::BlockHeader)} <= recording.size()) {
         const qsizetype size = qFromLittleEndian<quint32>(recording.constData() + at + sizeField);
-        if (size < qsizetype{sizeof(mlv::BlockHeader)} || size > recording.size() - at) {
+        if (size < qsizetype{sizeof(mlv::BlockHeader)} || size > recording.size() - at)
             break;
-        }
         places.push_back({at, size});
         at += size;
     }
-    if (places.empty()) {
+    if (places.empty())
         return {0, recording.size()};
-    }
     return places[static_cast<std::size_t>(below(static_cast<qsizetype>(places.size())))];
 }
 

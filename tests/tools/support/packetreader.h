@@ -16,9 +16,8 @@ public:
     {
         const int size = 1 << 20;
         if (::socketpair(AF_UNIX, SOCK_SEQPACKET, 0, m_ends.data()) != 0 ||
-            ::setsockopt(m_ends[0], SOL_SOCKET, SO_SNDBUF, &size, sizeof size) != 0) {
+            ::setsockopt(m_ends[0], SOL_SOCKET, SO_SNDBUF, &size, sizeof size) != 0)
             qFatal("there are no sockets");
-        }
     }
     ~PacketReader()
     {
@@ -34,9 +33,8 @@ public:
     {
         QByteArrayList list;
         std::array<char, 65536> buffer;
-        for (auto size = receive(buffer); size > 0; size = receive(buffer)) {
+        for (auto size = receive(buffer); size > 0; size = receive(buffer))
             list.append(QByteArray(buffer.data(), static_cast<qsizetype>(size)));
-        }
         return list;
     }
 

@@ -99,8 +99,7 @@ QByteArray RecordingBuilder::bytes() const
 QString RecordingBuilder::write(const QString &path) const
 {
     QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes()) != bytes().size()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes()) != bytes().size())
         qFatal("The test's recording cannot be written");
-    }
     return path;
 }

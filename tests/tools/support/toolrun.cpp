@@ -17,9 +17,8 @@ ProgramRun runBuilt(const QString &program, const QStringList &arguments)
 {
     const Ended ended = runProgram(builtProgram(program), arguments, {}, QProcess::MergedChannels);
     auto text = QString::fromUtf8(ended.output);
-    if (text.endsWith(QLatin1Char('\n'))) {
+    if (text.endsWith(QLatin1Char('\n')))
         text.chop(1);
-    }
     return {text.split(QLatin1Char('\n')), ended.status};
 }
 
@@ -37,8 +36,7 @@ QByteArray recordingBytes(const char *name)
 qsizetype frameData(const QByteArray &recording, int place)
 {
     qsizetype at = -1;
-    for (int i = 0; i <= place; ++i) {
+    for (int i = 0; i <= place; ++i)
         at = recording.indexOf("VIDF", at + 1);
-    }
     return at + 32;
 }
