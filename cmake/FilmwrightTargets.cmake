@@ -86,14 +86,17 @@ function(filmwright_test_options target)
     endif()
 endfunction()
 
-# What nearly every test includes is read once. The headers are those of libraries that all tests link;
-# the rest of Qt depends on what a test is linked to.
+# filmwright_precompiled(TARGET)
+# What nearly every file of src and of the tests includes is read once. The headers are those of libraries
+# that all of them link; the rest of Qt depends on what a target is linked to.
 find_package(Qt6 REQUIRED COMPONENTS Core)
-file(WRITE "${CMAKE_BINARY_DIR}/precompiledtests.cpp" "")
-add_library(precompiledtests OBJECT EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/precompiledtests.cpp")
-target_link_libraries(precompiledtests PRIVATE Qt6::Core)
-target_precompile_headers(precompiledtests PRIVATE <QtCore> <algorithm> <functional> <memory> <string>
-                          <vector>)
+file(WRITE "${CMAKE_BINARY_DIR}/precompiled.cpp" "")
+add_library(precompiled OBJECT EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/precompiled.cpp")
+target_link_libraries(precompiled PRIVATE Qt6::Core)
+target_precompile_headers(precompiled PRIVATE <QtCore> <algorithm> <functional> <memory> <string> <vector>)
+function(filmwright_precompiled target)
+    target_precompile_headers(${target} REUSE_FROM precompiled)
+endfunction()
 
 # filmwright_test(NAME [SESSION_BUS] SOURCES FILE... LIBRARIES LIB...)
 # One Qt Test program a unit, known to ctest under its name, with a time limit. Tests never reach the
@@ -106,7 +109,7 @@ function(filmwright_test name)
     add_executable(${name} ${test_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     filmwright_test_options(${name})
-    target_precompile_headers(${name} REUSE_FROM precompiledtests)
+    filmwright_precompiled(${name})
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} Qt6::Test)
     set(private_bus)
     if(test_SESSION_BUS)
