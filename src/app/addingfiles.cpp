@@ -7,6 +7,7 @@
 #include "app/statusline.h"
 #include "project/recordingfiles.h"
 #include "runner/files.h"
+#include "runner/resources.h"
 #include "runner/temporarydirectory.h"
 #include "ui_mainwindow.h"
 
@@ -81,7 +82,7 @@ void AppDelegate::scanDirectoryForMLVFiles(const QString &folder)
 /// Any answer but "Replace" keeps the queue; so does the "Cancel" of a drop, which adds as well.
 void AppDelegate::addFiles(const QStringList &paths, const QString &otherButton)
 {
-    if (!checkTools({QStringLiteral("mlv_dump")}))
+    if (!checkTools({mlvDumpName}))
         return;
     int answer = 1;
     if (!m_projectList->empty()) {

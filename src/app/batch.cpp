@@ -127,11 +127,10 @@ ConversionSettings AppDelegate::settingsFor(const MLVProjectController &controll
     settings.recipe = m_recipe;
     settings.destination.folder = m_movieFolder;
     settings.calibration = calibration();
-    if (m_ui->repairPixelsCheckBox->isChecked())
-        settings.corrections.pixelRepair = QStringLiteral("auto");
+    settings.corrections = controller.rawCorrections();
+    settings.corrections.pixelRepair =
+        m_ui->repairPixelsCheckBox->isChecked() ? QStringLiteral("auto") : QString();
     settings.corrections.repairsColumns = m_ui->repairColumnsCheckBox->isChecked();
-    settings.corrections.exposure = controller.rawCorrections().exposure;
-    settings.corrections.whiteBalance = controller.rawCorrections().whiteBalance;
     settings.frames = controller.frameSelection();
     settings.mergesNeighbours = controller.dualISO();
     settings.blendsAlternatingRows = controller.blendsAlternatingRows();

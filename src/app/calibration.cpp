@@ -9,6 +9,7 @@
 #include "mlvdump/mlvdumparguments.h"
 #include "project/recordingfiles.h"
 #include "runner/readabletext.h"
+#include "runner/resources.h"
 #include "runner/systemlog.h"
 #include "runner/taskwrapper.h"
 #include "runner/temporarydirectory.h"
@@ -135,7 +136,7 @@ void AppDelegate::openCalibration(const CalibrationKind &kind)
 
 void AppDelegate::takeCalibration(const CalibrationKind &kind, const QString &path)
 {
-    if (!checkTools({QStringLiteral("mlv_dump")}))
+    if (!checkTools({mlvDumpName}))
         return;
     this->*kind.path = path;
     (m_ui.get()->*kind.field)->setStringValue(QFileInfo(path).fileName());

@@ -1,38 +1,46 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "mlvdump/rawcorrections.h"
+
 #include <QDialog>
 
-#include <memory>
-
-namespace Ui {
-class Development;
-} // namespace Ui
+class QComboBox;
+class QDialogButtonBox;
+class QDoubleSpinBox;
+class QLineEdit;
+class QSpinBox;
 
 namespace filmwright {
 
-/// Asks for the exposure and the white balance of recordings. Main thread only.
+/// Asks how recordings are developed: their exposure and white balance. Main thread only.
 class DevelopmentDialog : public QDialog
 {
     Q_OBJECT
 
 public:
     explicit DevelopmentDialog(QWidget *parent);
-    ~DevelopmentDialog() override;
 
-    /// EV, and a white balance as RawCorrections has it, empty for the camera's.
-    void setChoices(double exposure, const QString &whiteBalance);
-    double exposure() const;
-    QString whiteBalance() const;
+    /// Shows what is chosen in the corrections.
+    void setChoices(const RawCorrections &corrections);
+    /// The corrections with what is chosen here. A white balance that isn't whole yet leaves
+    /// theirs.
+    RawCorrections appliedTo(RawCorrections corrections) const;
 
 Q_SIGNALS:
     /// The person has changed a choice.
     void changed();
 
 private:
+    QString whiteBalance() const;
+    bool isWhole() const;
     void showWhatIsChosen();
 
-    std::unique_ptr<Ui::Development> m_ui;
+    QDoubleSpinBox *m_exposureField;
+    QComboBox *m_whiteBalancePopUpButton;
+    QSpinBox *m_temperatureField;
+    QLineEdit *m_multipliersField;
+    QDialogButtonBox *m_developmentButtons;
 };
 
 } // namespace filmwright

@@ -63,12 +63,8 @@ ConversionSettings AppDelegate::previewSettings(const MLVProjectController &proj
         settings.recipe = chosenRecipe();
     if (!calibration().isReady())
         settings.calibration = {};
-    if (m_developmentDialog->isVisible()) {
-        settings.corrections.exposure = m_developmentDialog->exposure();
-        const QString whiteBalance = m_developmentDialog->whiteBalance();
-        if (whiteBalance.isEmpty() || isWhiteBalance(whiteBalance))
-            settings.corrections.whiteBalance = whiteBalance;
-    }
+    if (m_developmentDialog->isVisible())
+        settings.corrections = m_developmentDialog->appliedTo(settings.corrections);
     return settings;
 }
 

@@ -11,6 +11,7 @@
 #include "desktop/filereveal.h"
 #include "project/recordingfacts.h"
 #include "runner/fixedtext.h"
+#include "runner/resources.h"
 #include "ui_mainwindow.h"
 
 #include <QDesktopServices>
@@ -296,8 +297,7 @@ void AppDelegate::chooseDevelopment()
     const std::vector<MLVProjectController *> selected = selectedProjects();
     if (selected.empty() || m_working)
         return;
-    const RawCorrections &chosen = selected.front()->rawCorrections();
-    m_developmentDialog->setChoices(chosen.exposure, chosen.whiteBalance);
+    m_developmentDialog->setChoices(selected.front()->rawCorrections());
     m_developmentDialog->open();
 }
 
@@ -306,12 +306,8 @@ void AppDelegate::takeDevelopment()
 {
     if (m_working)
         return;
-    for (MLVProjectController *project : selectedProjects()) {
-        RawCorrections corrections = project->rawCorrections();
-        corrections.exposure = m_developmentDialog->exposure();
-        corrections.whiteBalance = m_developmentDialog->whiteBalance();
-        project->setRawCorrections(corrections);
-    }
+    for (MLVProjectController *project : selectedProjects())
+        project->setRawCorrections(m_developmentDialog->appliedTo(project->rawCorrections()));
     m_ui->queueTableView->reloadData();
     updatePreview();
 }
@@ -402,7 +398,7 @@ void AppDelegate::showRowMenu(const QPoint &place)
 
 void AppDelegate::verifySelected()
 {
-    if (m_working || !checkTools({QStringLiteral("mlv_dump")}))
+    if (m_working || !checkTools({mlvDumpName}))
         return;
     QStringList recordings;
     for (const MLVProjectController *project : selectedProjects())

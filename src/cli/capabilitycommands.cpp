@@ -150,7 +150,7 @@ int runEncoders(const QStringList &arguments)
     describeCommand(parser, QStringLiteral("Lists the pixel formats and encoders of ffmpeg."));
     if (const auto status = readArguments(parser, QStringLiteral("encoders [options]"), arguments))
         return *status;
-    if (!checkTools({QStringLiteral("ffmpeg")}))
+    if (!checkTools({ffmpegName}))
         return ExitUnusable;
     const UnreadableLines unreadable;
     const QMap<QString, CapabilityList> options = FFmpegTask::ffmpegTask()->readOptions();
@@ -173,7 +173,7 @@ int runTools(const QStringList &arguments)
     for (const QString &name : names) {
         const QString path = resourcePath(name);
         const auto developer =
-            name == QLatin1String("dcraw") && !path.isNull() ? askDeveloper(path) : std::nullopt;
+            name == dcrawName && !path.isNull() ? askDeveloper(path) : std::nullopt;
         tools << toolAsJson(name, path, developer);
         if (!parser.isSet(json))
             printTool(name, path, developer);

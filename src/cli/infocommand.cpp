@@ -6,6 +6,7 @@
 #include "mlvdump/recordingcheck.h"
 #include "project/recordingrun.h"
 #include "runner/readabletext.h"
+#include "runner/resources.h"
 
 #include <QCommandLineParser>
 #include <QEventLoop>
@@ -121,7 +122,7 @@ int runInfo(const QStringList &arguments)
         printProblem(QStringLiteral("name at least one recording"));
         return ExitUnusable;
     }
-    if (!checkTools({QStringLiteral("mlv_dump")}))
+    if (!checkTools({mlvDumpName}))
         return ExitUnusable;
 
     QJsonArray descriptions;

@@ -5,6 +5,7 @@
 #include "cli/missingtools.h"
 #include "encoding/ffmpegtask.h"
 #include "encoding/recipes.h"
+#include "runner/resources.h"
 
 #include <QCommandLineParser>
 #include <QJsonArray>
@@ -66,7 +67,7 @@ int runRecipes(const QStringList &arguments)
     parser.addOption({json, QStringLiteral("Print JSON.")});
     if (const auto status = readArguments(parser, QStringLiteral("recipes [options]"), arguments))
         return *status;
-    if (!checkTools({QStringLiteral("ffmpeg")}))
+    if (!checkTools({ffmpegName}))
         return ExitUnusable;
     QList<RecipeFile> recipes = foundRecipes();
     const auto ffmpeg = FFmpegTask::ffmpegTask();

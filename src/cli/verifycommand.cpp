@@ -10,6 +10,7 @@
 #include "mlvdump/recordingcheck.h"
 #include "project/recordingfiles.h"
 #include "runner/readabletext.h"
+#include "runner/resources.h"
 
 #include <QCommandLineParser>
 #include <QElapsedTimer>
@@ -170,7 +171,7 @@ int runVerify(const QStringList &arguments)
         printProblem(QStringLiteral("name at least one recording or folder"));
         return ExitUnusable;
     }
-    if (!checkTools({QStringLiteral("mlv_dump")}))
+    if (!checkTools({mlvDumpName}))
         return ExitUnusable;
     QList<Unreachable> unreachable;
     QStringList recordings;

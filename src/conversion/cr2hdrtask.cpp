@@ -8,7 +8,7 @@ namespace filmwright {
 std::unique_ptr<CR2HDRTask> CR2HDRTask::cr2hdrTask()
 {
     auto task = std::make_unique<CR2HDRTask>();
-    task->setLaunchPath(resourcePath(QStringLiteral("cr2hdr")));
+    task->setLaunchPath(resourcePath(cr2hdrName));
     task->setTaskWrapperdelegate(task.get());
     return task;
 }

@@ -16,7 +16,7 @@ std::unique_ptr<DCRawTask> DCRawTask::dcRawTask()
 
 DCRawTask::DCRawTask()
 {
-    setLaunchPath(resourcePath(QStringLiteral("dcraw")));
+    setLaunchPath(resourcePath(dcrawName));
     setTaskWrapperdelegate(this);
 }
 

@@ -15,7 +15,7 @@ void HDRInterleavedImageMerge::hdrMerge()
     m_dcRawTask.convertDNG();
     if (m_dcRawTask.isCancelRequested())
         return;
-    const QString cr2hdr = resourcePath(QStringLiteral("cr2hdr"));
+    const QString cr2hdr = resourcePath(cr2hdrName);
     // Its own folder is all that it may look for programs in.
     QProcessEnvironment environment;
     environment.insert(QStringLiteral("PATH"), QFileInfo(cr2hdr).path());

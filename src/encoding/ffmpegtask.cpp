@@ -13,7 +13,7 @@ namespace filmwright {
 std::unique_ptr<FFmpegTask> FFmpegTask::ffmpegTask()
 {
     auto task = std::make_unique<FFmpegTask>();
-    task->setLaunchPath(resourcePath(QStringLiteral("ffmpeg")));
+    task->setLaunchPath(resourcePath(ffmpegName));
     task->setTaskWrapperdelegate(task.get());
     return task;
 }

@@ -39,7 +39,7 @@ QString averageName(MlvDumpMode mode)
 std::unique_ptr<MlvDumpTask> MlvDumpTask::mlvDumpTask()
 {
     auto task = std::make_unique<MlvDumpTask>();
-    task->setLaunchPath(resourcePath(QStringLiteral("mlv_dump")));
+    task->setLaunchPath(resourcePath(mlvDumpName));
     task->setTaskWrapperdelegate(task.get());
     return task;
 }

@@ -14,7 +14,7 @@ QStringList CheckResult::problems() const
 
 RecordingCheck::RecordingCheck()
 {
-    setLaunchPath(resourcePath(QStringLiteral("mlv_dump")));
+    setLaunchPath(resourcePath(mlvDumpName));
     setTaskWrapperdelegate(this);
 }
 

@@ -6,6 +6,7 @@
 #include "conversion/tiffbitmap.h"
 #include "mlvdump/mlvdumparguments.h"
 #include "preview/surveyor.h"
+#include "runner/resources.h"
 
 #include <QtConcurrent>
 
@@ -15,8 +16,6 @@ namespace filmwright {
 
 namespace {
 
-const QString developer = QStringLiteral("dcraw");
-
 ToolCall extraction(const FrameRequest &request, quint64 frames, const QString &folder,
                     const QString &surveyFolder)
 {
@@ -24,10 +23,9 @@ ToolCall extraction(const FrameRequest &request, quint64 frames, const QString &
     QStringList options = correctionsOf(request).arguments();
     if (needsMeasuring(request))
         options << QStringLiteral("--use-survey") << surveyIn(surveyFolder);
-    return {QStringLiteral("mlv_dump"),
-            frameArguments(request.recording, 0, calibration.darkAverage(),
-                           calibration.flatAverage(), folder, options,
-                           {request.frame, request.frame + frames - 1})};
+    return {mlvDumpName, frameArguments(request.recording, 0, calibration.darkAverage(),
+                                        calibration.flatAverage(), folder, options,
+                                        {request.frame, request.frame + frames - 1})};
 }
 
 /// By a survey, frames are numbered as those of the whole call.
@@ -79,13 +77,13 @@ void FrameDeveloper::develop(const FrameRequest &request, const QString &folder,
     m_calls = {extraction(request, frames, folder, surveyFolder)};
     if (isExact && settings.blendsAlternatingRows) {
         const QStringList survey{QStringLiteral("--use-survey"), blendSurveyIn(surveyFolder)};
-        m_calls.push_back({QStringLiteral("cr2hdr"), survey + names, folder});
+        m_calls.push_back({cr2hdrName, survey + names, folder});
     }
     m_tiffs.clear();
     for (const QString &name : names) {
         const auto brightness = static_cast<float>(std::exp2(settings.corrections.exposure));
         m_calls.push_back(
-            {developer, dcRawArguments(folder + name, brightness, developOf(request))});
+            {dcrawName, dcRawArguments(folder + name, brightness, developOf(request))});
         m_tiffs << tiffPathFor(folder + name);
     }
     m_mergesSixteenBits = settings.recipe && settings.recipe->developsSixteenBits();
@@ -106,7 +104,7 @@ void FrameDeveloper::callEnded()
 {
     if (m_calls.empty())
         return; // stopped meanwhile
-    const bool mattersHow = m_calls.front().tool != developer;
+    const bool mattersHow = m_calls.front().tool != dcrawName;
     m_calls.pop_front();
     if (mattersHow && !m_tool.hasSucceeded())
         end({{}, {}, m_tool.reason()});

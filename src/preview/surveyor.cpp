@@ -3,6 +3,7 @@
 
 #include "mlvdump/mlvdumparguments.h"
 #include "runner/files.h"
+#include "runner/resources.h"
 
 #include <QFile>
 
@@ -19,7 +20,7 @@ ToolCall measuring(const FrameRequest &request, const QString &folder)
     options << QStringLiteral("--write-survey") << surveyIn(folder);
     if (request.settings.blendsAlternatingRows)
         options << QStringLiteral("--survey-frames") << folder + blendedFrames;
-    return {QStringLiteral("mlv_dump"),
+    return {mlvDumpName,
             frameArguments(request.recording, 0, calibration.darkAverage(),
                            calibration.flatAverage(), folder, options, surveyedFrames(request))};
 }
@@ -51,9 +52,8 @@ void Surveyor::survey(const FrameRequest &request, const QString &folder)
     m_folder = folder;
     m_calls = {measuring(request, folder)};
     if (request.settings.blendsAlternatingRows)
-        m_calls.push_back({QStringLiteral("cr2hdr"),
-                           {QStringLiteral("--write-survey"), blendSurveyIn(folder)},
-                           folder});
+        m_calls.push_back(
+            {cr2hdrName, {QStringLiteral("--write-survey"), blendSurveyIn(folder)}, folder});
     m_isBusy = true;
     m_tool.begin(m_calls.front());
 }

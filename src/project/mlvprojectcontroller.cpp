@@ -9,6 +9,7 @@
 #include "project/moviemark.h"
 #include "project/spacecheck.h"
 #include "runner/files.h"
+#include "runner/resources.h"
 #include "sluice/slunitprocessmanager.h"
 
 #include <QDir>
@@ -336,11 +337,11 @@ QString MLVProjectController::beginFrameFolder()
 QStringList MLVProjectController::toolNames(bool blendsAlternatingRows,
                                             const std::optional<Recipe> &recipe)
 {
-    QStringList names{QStringLiteral("mlv_dump")};
+    QStringList names{mlvDumpName};
     if (!recipe || !recipe->keepsRawFrames())
-        names << QStringLiteral("dcraw") << QStringLiteral("ffmpeg");
+        names << dcrawName << ffmpegName;
     if (blendsAlternatingRows)
-        names << QStringLiteral("cr2hdr");
+        names << cr2hdrName;
     return names;
 }
 
@@ -541,16 +542,16 @@ QByteArray MLVProjectController::lastConversionFailure() const
 
 QMap<QString, QStringList> MLVProjectController::lastToolLines() const
 {
-    const std::pair<const char *, QByteArray> outputs[] = {
-        {"mlv_dump", m_mlvDumptask->lastOutput()},
-        {"cr2hdr", m_cr2hdrTask->lastOutput()},
-        {"dcraw", lastConversionFailure()},
-        {"ffmpeg", m_ffmpegTask->lastOutput()},
+    const std::pair<QString, QByteArray> outputs[] = {
+        {mlvDumpName, m_mlvDumptask->lastOutput()},
+        {cr2hdrName, m_cr2hdrTask->lastOutput()},
+        {dcrawName, lastConversionFailure()},
+        {ffmpegName, m_ffmpegTask->lastOutput()},
     };
     QMap<QString, QStringList> lines;
     for (const auto &[tool, output] : outputs)
         if (!output.isEmpty())
-            lines.insert(QString::fromLatin1(tool), lastLines(output));
+            lines.insert(tool, lastLines(output));
     return lines;
 }
 

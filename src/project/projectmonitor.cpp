@@ -11,6 +11,7 @@
 #include "project/spacecheck.h"
 #include "runner/files.h"
 #include "runner/notificationcenter.h"
+#include "runner/resources.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -24,11 +25,6 @@ using namespace std::chrono_literals;
 namespace filmwright {
 
 namespace {
-
-const QString cr2hdr = QStringLiteral("cr2hdr");
-const QString dcraw = QStringLiteral("dcraw");
-const QString ffmpeg = QStringLiteral("ffmpeg");
-const QString mlvDump = QStringLiteral("mlv_dump");
 
 const QString withoutNeighbour =
     QStringLiteral("its only frame has no neighbour to be merged with");
@@ -126,7 +122,7 @@ void ProjectMonitor::imageRGBReceived(const QImage &image, MLVProjectController 
 /// A report that has told of an error may go on as if nothing had happened.
 void ProjectMonitor::controllerWorkError(const QString &error)
 {
-    Failure failure{reasonOf(error), mlvDump, {}, true};
+    Failure failure{reasonOf(error), mlvDumpName, {}, true};
     if (m_work == Reading)
         m_errorInReport = std::move(failure);
     else
@@ -162,7 +158,7 @@ void ProjectMonitor::check()
         if (m_project.mlvProjectMode() == MLVProjectModeIdle)
             return; // stopped
         fail(m_errorInReport.isEmpty()
-                 ? failureOf(mlvDump,
+                 ? failureOf(mlvDumpName,
                              QStringLiteral("mlv_dump ended before it had read the recording"))
                  : m_errorInReport);
         return;
@@ -173,14 +169,15 @@ void ProjectMonitor::check()
         if (!hindrance.isEmpty())
             fail(hindrance);
         else if (const QString reason = m_project.unusableReason(); !reason.isEmpty())
-            fail({reason, mlvDump});
+            fail({reason, mlvDumpName});
         else
-            fail(failureOf(mlvDump,
+            fail(failureOf(mlvDumpName,
                            QStringLiteral("mlv_dump ended before it had extracted the frames")));
         break;
     case MLVProjectModeBuildingMovie:
-        fail(hindrance.isEmpty() ? failureOf(ffmpeg, QStringLiteral("ffmpeg could not be started"))
-                                 : hindrance);
+        fail(hindrance.isEmpty()
+                 ? failureOf(ffmpegName, QStringLiteral("ffmpeg could not be started"))
+                 : hindrance);
         break;
     default:
         break;
@@ -196,14 +193,14 @@ void ProjectMonitor::checkFlow(const FrameFlow &flow)
         fail({flow.problem()});
     else if (const QString reason = m_project.unusableReason();
              flow.lacksReader() && !reason.isEmpty())
-        fail({reason, mlvDump});
+        fail({reason, mlvDumpName});
     else if (flow.lacksReader())
-        fail(failureOf(mlvDump,
+        fail(failureOf(mlvDumpName,
                        QStringLiteral("mlv_dump ended before it had extracted the frames")));
     else if (flow.lacksBlender())
-        fail({QStringLiteral("cr2hdr could not be started"), cr2hdr});
+        fail({QStringLiteral("cr2hdr could not be started"), cr2hdrName});
     else if (flow.hasEncoder() && !m_project.encoder().isRunning())
-        fail(failureOf(ffmpeg, QStringLiteral("ffmpeg could not be started")));
+        fail(failureOf(ffmpegName, QStringLiteral("ffmpeg could not be started")));
     else if (m_project.dualISO() && m_project.framesToConvert() == 1)
         fail({withoutNeighbour});
 }
@@ -213,7 +210,7 @@ void ProjectMonitor::checkReport()
     if (!m_errorInReport.isEmpty())
         fail(m_errorInReport);
     else if (const QString reason = m_project.unusableReason(); !reason.isEmpty())
-        fail({reason, mlvDump});
+        fail({reason, mlvDumpName});
     else if (!(m_project.fps() >= leastRate))
         fail({QStringLiteral("no movie can be made of 0 frames a second, its frame rate")});
     else
@@ -226,7 +223,7 @@ void ProjectMonitor::checkConversion()
         return;
     const int blendStatus = m_project.blender().terminationStatus();
     if (m_project.blendsAlternatingRows() && blendStatus != 0)
-        fail(endOf(cr2hdr, blendStatus, m_project.blender().logs()));
+        fail(endOf(cr2hdrName, blendStatus, m_project.blender().logs()));
     if (m_project.framesToConvert() == 0)
         fail({QStringLiteral("no frame could be extracted")});
     if (m_project.convertedBefore() < m_project.framesToConvert())
@@ -246,9 +243,9 @@ void ProjectMonitor::checkImage(const QImage &image)
         ++m_missingFrames;
         // The frames that follow would fail, too, each after all its work.
         if (isTemporaryDirectoryFull(m_project))
-            fail(failureOf(dcraw, QStringLiteral("dcraw could not write a frame")));
+            fail(failureOf(dcrawName, QStringLiteral("dcraw could not write a frame")));
         else if (m_project.flow()) // which needs each of them
-            fail(failureOf(dcraw, QStringLiteral("dcraw could not convert a frame")));
+            fail(failureOf(dcrawName, QStringLiteral("dcraw could not convert a frame")));
     } else if (const QString problem =
                    sizeProblem(image.size(), m_project.movieFormat(), m_project.recipe());
                !problem.isEmpty()) {
@@ -265,7 +262,8 @@ void ProjectMonitor::checkFrames()
         std::min(wanted - m_missingFrames, countFrames(m_project.extractionDirectory()));
     if (there < wanted)
         fail(failureOf(
-            dcraw, QStringLiteral("dcraw converted only %1 of %2 frames").arg(there).arg(wanted)));
+            dcrawName,
+            QStringLiteral("dcraw converted only %1 of %2 frames").arg(there).arg(wanted)));
     if (m_project.dualISO())
         checkMergedFrames(wanted - 1);
 }
@@ -331,12 +329,12 @@ Failure ProjectMonitor::encodingFailure() const
         return {}; // mlv_dump writes frames that are whole, or says why not
     const FFmpegTask &encoder = m_project.encoder();
     if (encoder.terminationStatus() != 0)
-        return endOf(ffmpeg, encoder.terminationStatus(), encoder.logs());
+        return endOf(ffmpegName, encoder.terminationStatus(), encoder.logs());
     if (!QFile::exists(encoder.moviePath()))
-        return failureOf(ffmpeg, QStringLiteral("ffmpeg wrote no movie"));
+        return failureOf(ffmpegName, QStringLiteral("ffmpeg wrote no movie"));
     const auto frames = framesOfFinishedMovie(encoder.moviePath());
     if (!frames)
-        return failureOf(ffmpeg, QStringLiteral("ffmpeg left its movie unfinished"));
+        return failureOf(ffmpegName, QStringLiteral("ffmpeg left its movie unfinished"));
     const int wanted = m_project.framesOfMovie();
     const auto encoded = static_cast<qint64>(*frames);
     if (encoded == wanted)
@@ -344,7 +342,7 @@ Failure ProjectMonitor::encodingFailure() const
     const QString reason = encoded < wanted
                                ? QStringLiteral("ffmpeg encoded only %1 of %2 frames")
                                : QStringLiteral("ffmpeg encoded %1 frames where there are %2");
-    return failureOf(ffmpeg, reason.arg(encoded).arg(wanted));
+    return failureOf(ffmpegName, reason.arg(encoded).arg(wanted));
 }
 
 /// What the tool printed last helps to see why.

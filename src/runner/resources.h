@@ -6,6 +6,12 @@
 
 namespace filmwright {
 
+/// The programs that do the work, by the names under which they are looked up.
+inline constexpr QLatin1String mlvDumpName("mlv_dump");
+inline constexpr QLatin1String cr2hdrName("cr2hdr");
+inline constexpr QLatin1String dcrawName("dcraw");
+inline constexpr QLatin1String ffmpegName("ffmpeg");
+
 /// The path of the bundled tool of that name, or a null string when it is nowhere.
 ///
 /// Looked for, in this order, in the folder that the environment variable FILMWRIGHT_RESOURCES
