@@ -6,6 +6,7 @@
 #include "project/conversionsettings.h"
 #include "project/framesize.h"
 #include "project/spacecheck.h"
+#include "runner/files.h"
 #include "runner/readabletext.h"
 
 #include <QFileInfo>

@@ -4,7 +4,9 @@
 #include "project/framesize.h"
 #include "project/mlvprojectcontroller.h"
 #include "project/moviemark.h"
+#include "runner/files.h"
 #include "runner/readabletext.h"
+#include "runner/resources.h"
 #include "runner/temporarydirectory.h"
 
 #include <QDir>
@@ -12,9 +14,6 @@
 #include <QMap>
 
 #include <algorithm>
-#include <filesystem>
-#include <limits>
-#include <system_error>
 #include <utility>
 
 namespace filmwright {
@@ -72,14 +71,6 @@ double soundBytes(const MLVProjectController &project)
 /// A tool hardly fails for want of space while more than this is free.
 constexpr double leastSpace = 65536;
 
-/// The temporary directory is made when it is needed; until then its parents tell.
-QString existingFolder(QString path)
-{
-    while (!QFileInfo::exists(path) && !QDir(path).isRoot())
-        path = QFileInfo(path).absolutePath();
-    return path;
-}
-
 QString movieFolder(const MLVProjectController &project)
 {
     return QFileInfo(project.moviePath()).absolutePath();
@@ -95,15 +86,6 @@ bool tellsOfFullDisk(const QStringList &lines)
 }
 
 } // namespace
-
-/// Not by the table of mounts, which a container may not have.
-double freeSpace(const QString &folder)
-{
-    std::error_code error;
-    const std::filesystem::space_info space =
-        std::filesystem::space(QFile::encodeName(existingFolder(folder)).toStdString(), error);
-    return error ? std::numeric_limits<double>::infinity() : static_cast<double>(space.available);
-}
 
 SpaceNeed spaceNeed(const MLVProjectController &project)
 {
@@ -183,7 +165,7 @@ QString withFullDisk(const QString &reason, const MLVProjectController &project)
 {
     QMap<QString, QStringList> lines = project.lastToolLines();
     const QString movies = movieFolder(project);
-    bool movieIsFull = tellsOfFullDisk(lines.take(QStringLiteral("ffmpeg")));
+    bool movieIsFull = tellsOfFullDisk(lines.take(ffmpegName));
     bool framesAreFull = tellsOfFullDisk({reason}) ||
                          std::any_of(lines.cbegin(), lines.cend(), [](const QStringList &printed) {
                              return tellsOfFullDisk(printed);

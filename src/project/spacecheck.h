@@ -17,10 +17,6 @@ struct SpaceNeed
     double there = 0;
 };
 
-/// The bytes that the user may still write in the folder, or in the first one above it that is
-/// there; infinite where the system doesn't tell.
-double freeSpace(const QString &folder);
-
 /// Needs the metadata; 0 where the report doesn't tell resolution or frame count.
 SpaceNeed spaceNeed(const MLVProjectController &project);
 

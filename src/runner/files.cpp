@@ -5,6 +5,9 @@
 #include <QDirIterator>
 #include <QFileInfo>
 
+#include <filesystem>
+#include <limits>
+
 namespace filmwright {
 
 /// Not QDir's list, which takes more than a kilobyte an entry while it is made: a recording has
@@ -48,6 +51,18 @@ void removeFolder(const QString &path)
         QFile::remove(folder);
     else
         QDir(folder).removeRecursively();
+}
+
+/// Not by the table of mounts, which a container or a chroot may not have.
+double freeSpace(const QString &folder)
+{
+    QString existing = folder;
+    while (!QFileInfo::exists(existing) && !QDir(existing).isRoot())
+        existing = QFileInfo(existing).absolutePath();
+    std::error_code error;
+    const std::filesystem::space_info space =
+        std::filesystem::space(QFile::encodeName(existing).toStdString(), error);
+    return error ? std::numeric_limits<double>::infinity() : static_cast<double>(space.available);
 }
 
 } // namespace filmwright

@@ -22,4 +22,8 @@ bool createPrivateFolder(const QString &path);
 /// one at the folder's place; a file at its place stays. What can't be removed stays too.
 void removeFolder(const QString &path);
 
+/// The bytes that the user may still write in the folder, or in the first one above it that is
+/// there; infinite where the system doesn't tell.
+double freeSpace(const QString &folder);
+
 } // namespace filmwright

@@ -7,7 +7,6 @@
 #include <QDirIterator>
 #include <QFileInfo>
 #include <QStandardPaths>
-#include <QStorageInfo>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -55,7 +54,7 @@ QString fastTemporaryFolder(qint64 bytes)
 {
     const QString inMemory = qEnvironmentVariable("XDG_RUNTIME_DIR");
     const bool suits = !inMemory.isEmpty() && isOwnAndClosed(inMemory) &&
-                       QStorageInfo(inMemory).bytesAvailable() >= bytes;
+                       freeSpace(inMemory) >= static_cast<double>(bytes);
     return suits ? inMemory : userTemporaryFolder();
 }
 

@@ -123,6 +123,7 @@ private:
 
 void TestFramePreview::init()
 {
+    qunsetenv("TMPDIR"); // the previous test's folder, which is gone
     m_folder = std::make_unique<QTemporaryDir>();
     const QString temporary = m_folder->filePath(QStringLiteral("temporary"));
     QVERIFY(createPrivateFolder(temporary));
