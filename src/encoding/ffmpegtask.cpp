@@ -81,15 +81,15 @@ QMap<QString, CapabilityList> FFmpegTask::readEncoders()
             {QStringLiteral("audio_encoders"), validAudioEncoders()}};
 }
 
-QString FFmpegTask::lackFor(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders)
+QString FFmpegTask::recipeError(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders)
 {
-    QString lack = lackOf(encoders, recipe);
-    if (!lack.isEmpty() || recipe.pixelFormat().isEmpty())
-        return lack;
+    QString error = encoderError(encoders, recipe);
+    if (!error.isEmpty() || recipe.pixelFormat().isEmpty())
+        return error;
     setArguments({QStringLiteral("-hide_banner"), QStringLiteral("-h"),
                   QStringLiteral("encoder=") + recipe.videoEncoder()});
     startAndWaitUntilExit(true);
-    return pixelFormatLack(supportedPixFmtsIn(m_logs), recipe);
+    return pixelFormatError(supportedPixFmtsIn(m_logs), recipe);
 }
 
 void FFmpegTask::receivedLine(const QString &line, TaskWrapper &)

@@ -28,7 +28,7 @@ public:
 
 Q_SIGNALS:
     void taken();
-    void failed(const QString &problem);
+    void failed(const QString &error);
     void closedByReader();
 
 private:
@@ -36,7 +36,7 @@ private:
     bool writeAll(const QByteArray &bytes);
     bool waitUntilWritable();
     void closeEnd();
-    void fail(const QString &problem);
+    void fail(const QString &error);
 
     int m_writeEnd;
     int m_cancelEvent; ///< readable once the work is cancelled

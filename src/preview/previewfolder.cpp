@@ -32,7 +32,7 @@ PreviewFolder::PreviewFolder()
         m_lock.take(m_folder.path());
 }
 
-QString PreviewFolder::problem() const
+QString PreviewFolder::error() const
 {
     return m_folder.isValid()
                ? QString()

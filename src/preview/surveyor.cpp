@@ -66,7 +66,7 @@ void Surveyor::callEnded()
         return; // stopped meanwhile
     m_calls.pop_front();
     if (!m_tool.hasSucceeded()) {
-        end(m_tool.reason());
+        end(m_tool.error());
         return;
     }
     const QStringList frames = folderEntries(m_folder).filter(QStringLiteral(".dng"));
@@ -87,11 +87,11 @@ void Surveyor::stop()
     m_isBusy = false;
 }
 
-void Surveyor::end(const QString &reason)
+void Surveyor::end(const QString &error)
 {
     m_calls.clear();
     m_isBusy = false;
-    Q_EMIT ended(reason);
+    Q_EMIT ended(error);
 }
 
 } // namespace filmwright

@@ -53,7 +53,7 @@ bool ConversionSettings::isUsualDevelopment() const
            lut.isEmpty();
 }
 
-QString contradictionIn(const ConversionSettings &settings)
+QString settingsError(const ConversionSettings &settings)
 {
     if (settings.movieKind() == MovieKind::Folder && settings.mergesNeighbours) {
         return QStringLiteral("the recipe %1 keeps the frames raw, and only developed "

@@ -64,7 +64,7 @@ struct ConversionSettings
 };
 
 /// Which two choices don't go together, a sentence; empty when all do.
-QString contradictionIn(const ConversionSettings &settings);
+QString settingsError(const ConversionSettings &settings);
 
 /// Hands a project all of the settings that are its own.
 void configure(MLVProjectController &project, const ConversionSettings &settings);

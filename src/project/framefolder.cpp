@@ -61,7 +61,7 @@ bool isOurs(const QFileInfo &file)
 
 /// Why the movie's place can't be taken; empty when nothing is there, or a folder with nothing but
 /// frames and sound of ours.
-QString placeProblem(const QString &movie)
+QString placeError(const QString &movie)
 {
     const QFileInfo place(movie);
     if (place.isSymLink() || (place.exists() && !place.isDir()))
@@ -81,7 +81,7 @@ QString placeProblem(const QString &movie)
 }
 
 /// The names that are made of the movie's have to fit, too.
-QString nameProblem(const QString &movie)
+QString nameError(const QString &movie)
 {
     const QString name = nameOf(movie);
     if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
@@ -162,11 +162,11 @@ QString unfinishedFolder(const QString &movie)
 
 QString makeUnfinishedFolder(const QString &movie)
 {
-    QString problem = nameProblem(movie);
-    if (problem.isEmpty())
-        problem = placeProblem(movie);
-    if (!problem.isEmpty())
-        return problem;
+    QString error = nameError(movie);
+    if (error.isEmpty())
+        error = placeError(movie);
+    if (!error.isEmpty())
+        return error;
     removeUnfinishedFolder(movie);
     const QString folder = QDir::cleanPath(unfinishedFolder(movie));
     if (QDir().mkdir(folder))
@@ -185,9 +185,9 @@ void removeUnfinishedFolder(const QString &movie)
 QString finishFrameFolder(const QString &movie)
 {
     // Meanwhile somebody may have put something there.
-    QString problem = placeProblem(movie);
-    if (!problem.isEmpty())
-        return problem;
+    QString error = placeError(movie);
+    if (!error.isEmpty())
+        return error;
     const QString folder = unfinishedFolder(movie);
     if (!nameFiles(movie) || !syncDiskOf(folder))
         return QStringLiteral("its frames could not be brought to the disk: %1").arg(lastError());

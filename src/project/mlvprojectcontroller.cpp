@@ -262,12 +262,12 @@ void MLVProjectController::launchDNGExtraction()
     m_mlvDumptask->setDarkPath(m_darkPath);
     m_mlvDumptask->setFlatPath(m_flatPath);
     m_movieMark.reset(); // of an earlier run; nobody writes that movie any more
-    m_movieHindrance = clearUnfinishedMovies();
+    m_movieError = clearUnfinishedMovies();
     const bool keepsRaw = movieKind() == MovieKind::Folder;
     m_mlvDumptask->setClipFolder(keepsRaw ? extractionDirectory() : QString());
-    if (m_movieHindrance.isEmpty() && keepsRaw)
-        m_movieHindrance = beginFrameFolder();
-    if (m_movieHindrance.isEmpty()) {
+    if (m_movieError.isEmpty() && keepsRaw)
+        m_movieError = beginFrameFolder();
+    if (m_movieError.isEmpty()) {
         if (flows())
             launchFlow();
         else
@@ -322,15 +322,15 @@ void MLVProjectController::endFlow()
 QString MLVProjectController::beginFrameFolder()
 {
     m_movieMark = std::make_shared<MovieMark>(moviePath());
-    QString problem = m_movieMark->set();
-    if (!problem.isEmpty())
-        return problem;
-    problem = makeUnfinishedFolder(moviePath());
-    if (problem.isEmpty())
+    QString error = m_movieMark->set();
+    if (!error.isEmpty())
+        return error;
+    error = makeUnfinishedFolder(moviePath());
+    if (error.isEmpty())
         m_writesFrameFolder = true;
     else
         m_movieMark->remove();
-    return problem;
+    return error;
 }
 
 QStringList MLVProjectController::toolNames(bool blendsAlternatingRows,
@@ -531,11 +531,11 @@ void MLVProjectController::mergeNextPair()
 }
 
 /// Of any worker: what hinders one dcraw mostly hinders all.
-QByteArray MLVProjectController::lastConversionFailure() const
+QByteArray MLVProjectController::lastConversionError() const
 {
     for (const auto &unit : m_dcRawProcesses)
-        if (QByteArray failure = unit->lastFailure(); !failure.isEmpty())
-            return failure;
+        if (QByteArray error = unit->lastError(); !error.isEmpty())
+            return error;
     return {};
 }
 
@@ -544,7 +544,7 @@ QMap<QString, QStringList> MLVProjectController::lastToolLines() const
     const std::pair<const char *, QByteArray> outputs[] = {
         {"mlv_dump", m_mlvDumptask->lastOutput()},
         {"cr2hdr", m_cr2hdrTask->lastOutput()},
-        {"dcraw", lastConversionFailure()},
+        {"dcraw", lastConversionError()},
         {"ffmpeg", m_ffmpegTask->lastOutput()},
     };
     QMap<QString, QStringList> lines;
@@ -584,11 +584,11 @@ QString MLVProjectController::copyLut() const
     const CubeLut lut = readCubeLut(m_lut);
     QSaveFile copy(path);
     // commit() overlooks a failing flush of its own.
-    if (lut.problem.isEmpty() &&
+    if (lut.error.isEmpty() &&
         !(copy.open(QIODevice::WriteOnly) && copy.write(lut.text) == lut.text.size() &&
           copy.flush() && copy.commit()))
         return QStringLiteral("%1: %2").arg(path, copy.errorString());
-    return lut.problem;
+    return lut.error;
 }
 
 void MLVProjectController::launchMovieExtraction()
@@ -618,10 +618,10 @@ void MLVProjectController::launchMovie()
     m_ffmpegTask->setMoviePath(m_moviePath);
     m_ffmpegTask->setRecipeMovie(recipeMovie());
     m_movieMark = std::make_shared<MovieMark>(moviePath());
-    m_movieHindrance = copyLut();
-    if (m_movieHindrance.isEmpty())
-        m_movieHindrance = m_movieMark->set();
-    if (!m_movieHindrance.isEmpty())
+    m_movieError = copyLut();
+    if (m_movieError.isEmpty())
+        m_movieError = m_movieMark->set();
+    if (!m_movieError.isEmpty())
         return;
     m_ffmpegTask->buildMovie();
     if (!m_ffmpegTask->isRunning())

@@ -164,7 +164,7 @@ public:
     /// What mlv_dump has noted beside, sentences: a level that can't be true, filled gaps.
     QStringList notes() const { return m_mlvDumptask->notes(); }
     /// Why the recording can't be used, as mlv_dump's last run told; empty when it can.
-    QString unusableReason() const { return m_mlvDumptask->unusableReason(); }
+    QString unusableError() const { return m_mlvDumptask->unusableError(); }
     /// Where the frames are extracted, ending with a path separator: the working folder, or where
     /// they stay raw the unfinished movie.
     QString extractionDirectory() const;
@@ -194,7 +194,7 @@ public:
     /// Why this run doesn't get to write its movie: another run writes it, its folder can't be
     /// written, or its table of colours is gone. Empty while nothing hinders it. Known when the
     /// extraction is launched, where it can be; the stage's tool is then not started.
-    QString movieHindrance() const { return m_movieHindrance; }
+    QString movieError() const { return m_movieError; }
     /// The mark of the movie that was begun last, null before. It is removed with an aborted movie;
     /// whoever judges a movie that is finished settles it.
     std::shared_ptr<MovieMark> movieMark() const { return m_movieMark; }
@@ -255,7 +255,7 @@ private:
     void endFlow();
     void launchRGBExtraction(const QString &directory);
     void endOldConversions();
-    QByteArray lastConversionFailure() const;
+    QByteArray lastConversionError() const;
     void launchBlend(const QString &directory);
     void launchHDRExtraction(const QString &directory);
     void mergeNextPair();
@@ -279,7 +279,7 @@ private:
     QTimer m_nextMerge;
     std::deque<std::pair<QString, QString>> m_pairsToMerge;
     std::shared_ptr<MovieMark> m_movieMark;
-    QString m_movieHindrance;
+    QString m_movieError;
     QString m_mlvPath;
     QString m_moviePath;
     QString m_darkPath;

@@ -93,15 +93,15 @@ QString MovieMark::clear(const QString &moviePath, MovieKind kind)
     const QByteArray path = QFile::encodeName(pathFor(moviePath));
     const int descriptor = openMark(path, 0);
     if (descriptor >= 0) {
-        QString problem = lock(descriptor);
-        if (problem.isEmpty() && isStillAt(descriptor, path)) {
+        QString error = lock(descriptor);
+        if (error.isEmpty() && isStillAt(descriptor, path)) {
             if (kind == MovieKind::File && !saysWhole(descriptor))
                 QFile::remove(moviePath);
             unlink(path.constData());
         }
         close(descriptor);
-        if (!problem.isEmpty())
-            return problem;
+        if (!error.isEmpty())
+            return error;
     } else if (errno != ENOENT) {
         return QStringLiteral("the mark of its unfinished movie can't be read: %1")
             .arg(lastError());
@@ -132,13 +132,13 @@ QString MovieMark::set()
         m_descriptor = openMark(path, O_CREAT);
         if (m_descriptor < 0)
             return QStringLiteral("its movie can't be written: %1").arg(lastError());
-        QString problem = lock(m_descriptor);
-        if (problem.isEmpty() && isStillAt(m_descriptor, path))
+        QString error = lock(m_descriptor);
+        if (error.isEmpty() && isStillAt(m_descriptor, path))
             return keep();
         close(m_descriptor);
         m_descriptor = -1;
-        if (!problem.isEmpty())
-            return problem;
+        if (!error.isEmpty())
+            return error;
     }
 }
 
@@ -149,9 +149,9 @@ QString MovieMark::keep()
         sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
         return {};
     }
-    QString problem = QStringLiteral("its movie can't be written: %1").arg(lastError());
+    QString error = QStringLiteral("its movie can't be written: %1").arg(lastError());
     remove();
-    return problem;
+    return error;
 }
 
 void MovieMark::remove()

@@ -54,8 +54,8 @@ private:
             entry += QStringLiteral(" quick");
         if (request.quality == FrameRequest::Small)
             entry += QStringLiteral(" small");
-        if (!frame.reason.isEmpty())
-            entry += QStringLiteral(": ") + frame.reason;
+        if (!frame.error.isEmpty())
+            entry += QStringLiteral(": ") + frame.error;
         log << entry;
         last = frame;
     }

@@ -82,8 +82,8 @@ int main(int argc, char *argv[])
         const auto options = dcraw::parseOptions(arguments.subspan(argc > 0 ? 1 : 0));
         subject = options.file;
         job.emplace(options);
-    } catch (const std::exception &reason) {
-        return dcraw::handOver(argv, subject + ' ' + reason.what());
+    } catch (const std::exception &error) {
+        return dcraw::handOver(argv, subject + ' ' + error.what());
     }
     return run(*job);
 }

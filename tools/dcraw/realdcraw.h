@@ -15,6 +15,6 @@ namespace dcraw {
 
 /// Replaces this process by the real dcraw with the same arguments. Returns only when there is none
 /// or it can't be run: then it has said so, and why it was needed. Answers the exit status.
-[[nodiscard]] int handOver(char *const argv[], const std::string &reason);
+[[nodiscard]] int handOver(char *const argv[], const std::string &error);
 
 } // namespace dcraw

@@ -136,7 +136,7 @@ std::size_t runMode(const Options &options, const mlv::Recording &recording, Out
 
 struct Failure
 {
-    std::string reason;
+    std::string error;
     bool isRecordings; ///< another recording would not fail with it
 };
 
@@ -212,9 +212,9 @@ int run(const Options &options, Output &output)
     };
     const auto failure = failureOf(work);
     if (failure && failure->isRecordings && isOneOfMany(options.mode))
-        output.unusable(failure->reason);
+        output.unusable(failure->error);
     else if (failure)
-        output.error(failure->reason);
+        output.error(failure->error);
     if (!failure || options.mode != Mode::Frames)
         output.finish(summary);
     if (options.mode == Mode::Verify && failure)
