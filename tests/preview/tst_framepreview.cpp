@@ -381,7 +381,7 @@ void TestFramePreview::failedSurveyTellsTheToolsReason()
 {
     FakeTools fakes(1);
     fakes.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
-                                       "echo '[ERROR] The survey cannot be written'; exit 1 ;; "
+                                       "echo \"[ERROR] The survey can't be written\"; exit 1 ;; "
                                        "esac\n%1")
                             .arg(FakeTools::extraction(1)));
     FramePreview preview;
@@ -389,7 +389,7 @@ void TestFramePreview::failedSurveyTellsTheToolsReason()
     preview.show({QStringLiteral("/clip.MLV"), 1, {}});
     QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"),
-                                     QStringLiteral("1: The survey cannot be written")}));
+                                     QStringLiteral("1: The survey can't be written")}));
 }
 
 void TestFramePreview::rowsAreBlendedByTheFramesOfTheMovie()

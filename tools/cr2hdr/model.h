@@ -33,7 +33,7 @@ struct Model
     }
 };
 
-/// The model of dual-ISO frames with this pattern; nothing if their exposures cannot be matched.
+/// The model of dual-ISO frames with this pattern; nothing if their exposures can't be matched.
 [[nodiscard]] std::optional<Model> measure(std::span<const Frame> frames,
                                            const RowPattern &pattern);
 

@@ -32,7 +32,7 @@ struct Survey
     Obstacle obstacle = Obstacle::None;
 };
 
-/// Looks at some frames from all over the recording. Files that cannot be read, and those that were
+/// Looks at some frames from all over the recording. Files that can't be read, and those that were
 /// blended before, count as if they weren't there; nothing if no file is left.
 [[nodiscard]] std::optional<Survey> survey(std::span<const std::filesystem::path> paths);
 

@@ -96,7 +96,7 @@ int handOver(char *const argv[], const std::string &error)
     }
     ::setenv(handedOverVariable, "1", 1); // NOLINT(concurrency-mt-unsafe): as above.
     ::execv(real->c_str(), argv);
-    return say(*real + " cannot be run: " + std::system_category().message(errno));
+    return say(*real + " can't be run: " + std::system_category().message(errno));
 }
 
 } // namespace dcraw

@@ -29,7 +29,7 @@ struct RawFormat
 class RawFile
 {
 public:
-    /// Throws raw::Error when the file cannot be read, is damaged or of another kind.
+    /// Throws raw::Error when the file can't be read, is damaged or of another kind.
     explicit RawFile(const std::filesystem::path &path);
 
     [[nodiscard]] const RawFormat &format() const { return m_format; }

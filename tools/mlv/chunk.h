@@ -18,7 +18,7 @@ inline constexpr std::uint32_t maxBlockSize = 256U * 1024 * 1024;
 class Chunk
 {
 public:
-    /// Throws raw::Error when the file cannot be read or does not begin with a file header.
+    /// Throws raw::Error when the file can't be read or does not begin with a file header.
     explicit Chunk(const std::filesystem::path &path);
 
     [[nodiscard]] const FileHeader &header() const { return m_header; }
@@ -46,7 +46,7 @@ public:
     enum class End {
         Whole,   ///< the file ends where a block ends
         CutOff,  ///< the last block ends behind the end of the file
-        Damaged, ///< a block's size cannot be true; what follows is not read
+        Damaged, ///< a block's size can't be true; what follows is not read
     };
 
     /// The chunk outlives the walk.
@@ -54,7 +54,7 @@ public:
     /// Begins at a block that another walk met.
     BlockWalk(const Chunk &chunk, std::uint64_t offset);
 
-    /// The next block, or none at the end. Throws raw::Error when the file cannot be read.
+    /// The next block, or none at the end. Throws raw::Error when the file can't be read.
     [[nodiscard]] std::optional<Block> next();
 
     /// The layout of the block that next() gave last.

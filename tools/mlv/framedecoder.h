@@ -21,7 +21,7 @@ enum class Compression {
 class FrameDecoder
 {
 public:
-    /// Throws raw::Error when the frames of the recording cannot be read at all. The recording
+    /// Throws raw::Error when the frames of the recording can't be read at all. The recording
     /// outlives the decoder.
     explicit FrameDecoder(const Recording &recording);
 
@@ -41,7 +41,7 @@ public:
     /// between; not for recordings with lossless JPEG. Throws raw::Error when the frame is damaged.
     void decodePacked(const DataBlock &block, std::span<std::byte> packed);
 
-    /// Throws raw::Error when the frame cannot be there in whole. Memory for a frame is taken only
+    /// Throws raw::Error when the frame can't be there in whole. Memory for a frame is taken only
     /// behind this, so that no forged size makes anybody take more than the recording's own size
     /// justifies.
     void requirePlausible(const DataBlock &block) const;

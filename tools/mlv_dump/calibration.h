@@ -13,7 +13,7 @@
 
 namespace mlvdump {
 
-/// A dark frame or a flat field cannot be used, for whatever footage. The text says which and why.
+/// A dark frame or a flat field can't be used, for whatever footage. The text says which and why.
 class CalibrationError : public std::runtime_error
 {
 public:

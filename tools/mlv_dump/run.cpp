@@ -151,7 +151,7 @@ std::optional<Failure> failureOf(Work work)
     } catch (const RefusedOutput &error) {
         return Failure{error.what(), true};
     } catch (const output::WriteError &error) {
-        return Failure{"A file cannot be written: " + error.code().message(), false};
+        return Failure{"A file can't be written: " + error.code().message(), false};
     } catch (const ShapeMismatch &error) {
         return Failure{error.what(), true};
     } catch (const CalibrationError &error) {

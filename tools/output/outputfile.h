@@ -9,7 +9,7 @@
 
 namespace output {
 
-/// A file cannot be written: what could not be done and the system's reason. The text names no
+/// A file can't be written: what could not be done and the system's reason. The text names no
 /// path.
 class WriteError : public std::system_error
 {
@@ -23,7 +23,7 @@ class OutputFile
 {
 public:
     /// A new file, or one in the place of another, which loses nothing before commit(). Throws
-    /// WriteError when it cannot be created.
+    /// WriteError when it can't be created.
     explicit OutputFile(const std::filesystem::path &path);
 
     /// A file in the place of the one that is there, with its permissions; where `path` is a

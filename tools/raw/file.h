@@ -25,7 +25,7 @@ public:
     /// When it was written last, at the time of opening: nanoseconds since 1970.
     [[nodiscard]] std::int64_t modified() const { return m_modified; }
 
-    /// Fills `bytes` from `offset` on. Throws ReadError when the file ends before or cannot be
+    /// Fills `bytes` from `offset` on. Throws ReadError when the file ends before or can't be
     /// read.
     void read(std::uint64_t offset, std::span<std::byte> bytes) const;
 

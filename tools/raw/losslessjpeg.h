@@ -27,7 +27,7 @@ struct LosslessJpegShape
     }
 };
 
-/// The shape of the stream. Throws Error when its headers cannot be decoded.
+/// The shape of the stream. Throws Error when its headers can't be decoded.
 [[nodiscard]] LosslessJpegShape losslessJpegShape(std::span<const std::byte> stream);
 
 /// Decodes the stream into exactly `samples.size()` samples, in the order of the stream: line by

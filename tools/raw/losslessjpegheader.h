@@ -24,7 +24,7 @@ struct LosslessJpegHeader
     std::size_t scanStart;   ///< of the entropy-coded data, bytes from the start of the stream
 };
 
-/// Throws Error when the stream cannot be decoded.
+/// Throws Error when the stream can't be decoded.
 [[nodiscard]] LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream);
 
 /// Decodes the first lines of the stream that has the header: `samples` holds whole lines, all

@@ -102,7 +102,7 @@ dcraw::Frame TestDcrawNegative::frameOf(const QByteArray &dng, const dcraw::Opti
 {
     QFile file(m_folder->filePath(QStringLiteral("frame.dng")));
     if (!file.open(QIODevice::WriteOnly) || file.write(dng) != dng.size())
-        qFatal("the test's frame cannot be written");
+        qFatal("the test's frame can't be written");
     file.close();
     dcraw::Options complete = options;
     complete.file = file.fileName().toStdString();
