@@ -25,6 +25,6 @@ QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status,
 QString reportFileError(const QString &path);
 
 /// Writes the whole file or leaves what was there. Returns why it couldn't, or an empty string.
-QString writeReport(const QString &path, const QByteArray &report);
+[[nodiscard]] QString writeReport(const QString &path, const QByteArray &report);
 
 } // namespace filmwright

@@ -81,7 +81,7 @@ private:
     void readOn();
     void develop();
     void sendConverted();
-    bool openPipe(const QString &dngPath);
+    [[nodiscard]] bool openPipe(const QString &dngPath);
     void give(const QString &error);
 
     QString inFolder(const QString &name) const;

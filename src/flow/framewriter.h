@@ -33,8 +33,8 @@ Q_SIGNALS:
 
 private:
     TiffBitmap nextPicture(const QString &tiff);
-    bool writeAll(const QByteArray &bytes);
-    bool waitUntilWritable();
+    [[nodiscard]] bool writeAll(const QByteArray &bytes);
+    [[nodiscard]] bool waitUntilWritable();
     void closeEnd();
     void fail(const QString &error);
 

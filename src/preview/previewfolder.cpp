@@ -29,7 +29,7 @@ PreviewFolder::PreviewFolder()
     : m_folder(newFolder())
 {
     if (m_folder.isValid())
-        m_lock.take(m_folder.path());
+        static_cast<void>(m_lock.take(m_folder.path())); // a new folder is nobody else's
 }
 
 QString PreviewFolder::error() const

@@ -344,12 +344,12 @@ QStringList MLVProjectController::toolNames(bool blendsAlternatingRows,
     return names;
 }
 
-/// A run that died may have been asked for another format. Returns what hinders this run's.
+/// A run that died may have been asked for another format. Returns the error of this run's.
 QString MLVProjectController::clearUnfinishedMovies() const
 {
     for (const QString &extension : movieExtensions())
         if (const QString movie = pathWithExtension(m_mlvPath, extension); movie != moviePath())
-            MovieMark::clear(movie);
+            static_cast<void>(MovieMark::clear(movie)); // concerns that movie alone
     return MovieMark::clear(moviePath(), movieKind());
 }
 

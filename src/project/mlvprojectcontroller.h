@@ -245,8 +245,8 @@ public:
 private:
     void setMode(MLVProjectMode mode);
     void createConversionUnits(int count);
-    QString clearUnfinishedMovies() const;
-    QString beginFrameFolder();
+    [[nodiscard]] QString clearUnfinishedMovies() const;
+    [[nodiscard]] QString beginFrameFolder();
     void takeFrames(const QString &directory);
     void finishFrameFolder(const QString &directory);
     void replaceMlvDumpTask();
@@ -261,7 +261,7 @@ private:
     void mergeNextPair();
     std::optional<RecipeMovie> recipeMovie() const;
     QString lutCopy() const;
-    QString copyLut() const;
+    [[nodiscard]] QString copyLut() const;
     void launchMovieExtraction();
     void launchFlowingMovie(const RawVideo &video);
     void launchMovie();

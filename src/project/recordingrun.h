@@ -74,7 +74,7 @@ private:
     void launchWaiting();
     void launch();
     bool keepsUnfinishedWork() const;
-    QString chooseMovie();
+    [[nodiscard]] QString chooseMovie();
     bool isMade() const;
     void skip();
     void endLater(const QString &error);

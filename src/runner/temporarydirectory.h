@@ -35,6 +35,6 @@ bool setBaseTemporaryDirectory(const QString &path);
 /// creates it when it isn't there, closes it to others, and removes links from it at any depth,
 /// because tools would write through them. Returns why it can't be used, or an empty string: a name
 /// in a folder that others can write too may have been taken by a link or by someone else's folder.
-QString prepareTemporaryDirectory();
+[[nodiscard]] QString prepareTemporaryDirectory();
 
 } // namespace filmwright

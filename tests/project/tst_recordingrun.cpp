@@ -213,7 +213,7 @@ private Q_SLOTS:
     void refusedRecordingEndsAfterTheCallWithoutATool()
     {
         FakeRun fake;
-        fake.movies.claim(fake.recording(), fake.settings);
+        QCOMPARE(fake.movies.claim(fake.recording(), fake.settings), QString());
         fake.run.start(fake.settings, fake.movies);
         QCOMPARE(fake.ends, 0);
         QVERIFY(fake.waitForEnds(1));

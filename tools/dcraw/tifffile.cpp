@@ -56,7 +56,7 @@ TiffFile::~TiffFile()
 
 void TiffFile::writeHead(std::span<const std::byte> head)
 {
-    static_cast<void>(writeAt(0, head));
+    writeAt(0, head);
 }
 
 bool TiffFile::write(int row, std::span<const std::byte> pixels)
@@ -71,7 +71,7 @@ bool TiffFile::write(int row, std::span<const std::byte> pixels)
 
 void TiffFile::finish()
 {
-    static_cast<void>(writeAt(m_fileBytes - 1, {&m_lastByte, 1}));
+    writeAt(m_fileBytes - 1, {&m_lastByte, 1});
     // A disk on the network may say only now that it is full.
     if (::close(std::exchange(m_descriptor, -1)) != 0)
         m_error = errno;

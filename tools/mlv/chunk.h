@@ -21,8 +21,8 @@ public:
     /// Throws raw::Error when the file can't be read or does not begin with a file header.
     explicit Chunk(const std::filesystem::path &path);
 
-    [[nodiscard]] const FileHeader &header() const { return m_header; }
-    [[nodiscard]] const raw::File &file() const { return m_file; }
+    const FileHeader &header() const { return m_header; }
+    const raw::File &file() const { return m_file; }
 
 private:
     raw::File m_file;
@@ -30,7 +30,7 @@ private:
 };
 
 /// 0 when the header gives none.
-[[nodiscard]] double framesPerSecond(const FileHeader &header);
+double framesPerSecond(const FileHeader &header);
 
 /// A block that lies whole within its file.
 struct Block
@@ -55,11 +55,11 @@ public:
     BlockWalk(const Chunk &chunk, std::uint64_t offset);
 
     /// The next block, or none at the end. Throws raw::Error when the file can't be read.
-    [[nodiscard]] std::optional<Block> next();
+    std::optional<Block> next();
 
     /// The layout of the block that next() gave last.
     template <typename Layout>
-    [[nodiscard]] Layout layout()
+    Layout layout()
     {
         static_assert(sizeof(Layout) <= windowSize / 2);
         const std::uint64_t available = m_position - (m_start + sizeof(BlockHeader));
@@ -68,11 +68,11 @@ public:
     }
 
     /// Why next() gave none.
-    [[nodiscard]] End end() const { return m_end; }
+    End end() const { return m_end; }
     /// Where the walk stands: behind the last block, in bytes from the start of the file.
-    [[nodiscard]] std::uint64_t position() const { return m_position; }
+    std::uint64_t position() const { return m_position; }
     /// Whether a filler block without a size was stepped over.
-    [[nodiscard]] bool repaired() const { return m_repaired; }
+    bool repaired() const { return m_repaired; }
 
 private:
     static constexpr std::size_t windowSize = 4096;

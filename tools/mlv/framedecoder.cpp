@@ -73,7 +73,7 @@ std::span<std::uint16_t> FrameDecoder::decodeRowPairs(const DataBlock &block, in
         m_samples.resize(m_format.sampleCount());
         m_packed.resize(raw::packedSize(pairSamples, m_format.bitsPerSample));
     } else {
-        static_cast<void>(decode(block));
+        decode(block);
     }
     std::size_t kept = 0;
     for (int row = 0; row + 1 < m_format.height; row += 2 * step) {

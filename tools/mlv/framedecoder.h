@@ -25,17 +25,17 @@ public:
     /// outlives the decoder.
     explicit FrameDecoder(const Recording &recording);
 
-    [[nodiscard]] const FrameFormat &format() const { return m_format; }
-    [[nodiscard]] Compression compression() const { return m_compression; }
+    const FrameFormat &format() const { return m_format; }
+    Compression compression() const { return m_compression; }
 
     /// The samples of a frame, row by row. They stay until the next call. Throws raw::Error when
     /// the frame is damaged.
-    [[nodiscard]] std::span<std::uint16_t> decode(const DataBlock &block);
+    std::span<std::uint16_t> decode(const DataBlock &block);
 
     /// Every `step`-th pair of rows, from the top, one pair behind the other: where the frame isn't
     /// compressed, only they are read. They stay until the next call. Throws raw::Error when the
     /// frame is damaged.
-    [[nodiscard]] std::span<std::uint16_t> decodeRowPairs(const DataBlock &block, int step);
+    std::span<std::uint16_t> decodeRowPairs(const DataBlock &block, int step);
 
     /// The packed samples of a frame, into format().packedBytes() bytes, without a buffer in
     /// between; not for recordings with lossless JPEG. Throws raw::Error when the frame is damaged.

@@ -32,7 +32,7 @@ inline constexpr auto endless = std::numeric_limits<std::uint64_t>::max();
 /// `lead` is negative: then the sound before the picture is left out. A lost block leaves silence
 /// of the size of the first one. More silence than `mostSilence` bytes in one place can't be true
 /// and is left out. What lies behind `mostBytes` is cut off. The blocks outlive the plan.
-[[nodiscard]] SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead,
-                                  std::uint64_t mostSilence, std::uint64_t mostBytes = endless);
+SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead, std::uint64_t mostSilence,
+                    std::uint64_t mostBytes = endless);
 
 } // namespace mlvdump

@@ -28,7 +28,7 @@ public:
 
     /// A file in the place of the one that is there, with its permissions; where `path` is a
     /// symbolic link, in the place of what it leads to. Throws std::system_error.
-    [[nodiscard]] static OutputFile replacing(const std::filesystem::path &path);
+    static OutputFile replacing(const std::filesystem::path &path);
 
     OutputFile(OutputFile &&other) noexcept;
     OutputFile &operator=(OutputFile &&other) = delete;

@@ -37,7 +37,7 @@ public:
         const int high = byte();
         return high * 256 + byte();
     }
-    [[nodiscard]] std::size_t remaining() const { return m_bytes.size(); }
+    std::size_t remaining() const { return m_bytes.size(); }
 
 private:
     std::span<const std::byte> m_bytes;

@@ -25,7 +25,7 @@ struct LosslessJpegHeader
 };
 
 /// Throws Error when the stream can't be decoded.
-[[nodiscard]] LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream);
+LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream);
 
 /// Decodes the first lines of the stream that has the header: `samples` holds whole lines, all
 /// components, at most as many as the picture has. Answers how much of the stream it has read; the

@@ -208,8 +208,7 @@ void TestOutputFile::twoReplacementsAtOnceDoNotMix()
 
 void TestOutputFile::whatIsNotThereIsNotReplaced()
 {
-    QVERIFY_THROWS_EXCEPTION(std::system_error,
-                             static_cast<void>(OutputFile::replacing(path("missing.dng"))));
+    QVERIFY_THROWS_EXCEPTION(std::system_error, OutputFile::replacing(path("missing.dng")));
     QVERIFY(entries().isEmpty());
 }
 
