@@ -91,13 +91,6 @@ void OutputFile::write(std::span<const std::byte> bytes)
         fail("can't be written");
 }
 
-void OutputFile::sync()
-{
-    // EINVAL: a file system without a disk behind it.
-    if (::fsync(m_descriptor) != 0 && errno != EINVAL)
-        fail("can't be written");
-}
-
 void OutputFile::commit()
 {
     if (::close(std::exchange(m_descriptor, -1)) != 0)
@@ -105,6 +98,14 @@ void OutputFile::commit()
     if (::rename(m_partPath.c_str(), m_path.c_str()) != 0)
         fail("can't be replaced");
     m_isPending = false;
+}
+
+void OutputFile::commitToDisk()
+{
+    // EINVAL: a file system without a disk behind it.
+    if (::fsync(m_descriptor) != 0 && errno != EINVAL)
+        fail("can't be written");
+    commit();
 }
 
 } // namespace output

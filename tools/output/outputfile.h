@@ -36,11 +36,11 @@ public:
 
     /// Writes behind what was written before. Throws WriteError.
     void write(std::span<const std::byte> bytes);
-    /// Brings the file to the disk, so that after a power cut its name stands for no empty file;
-    /// takes as long as the disk does. To be called before commit(). Throws WriteError.
-    void sync();
     /// Closes the file and gives it its name. Throws WriteError.
     void commit();
+    /// commit() once the file is on the disk, so that after a power cut its name stands for no
+    /// empty file; takes as long as the disk does. Throws WriteError.
+    void commitToDisk();
 
 private:
     OutputFile(const std::filesystem::path &path, std::string partPath, int descriptor);

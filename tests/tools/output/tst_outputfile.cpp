@@ -161,8 +161,7 @@ void TestOutputFile::replacementHasThePermissionsOfTheOldFile()
     auto file = OutputFile::replacing(path("a.dng"));
     file.write(bytesOf("new"));
     QCOMPARE(contentOf(old), QByteArray("old"));
-    file.sync();
-    file.commit();
+    file.commitToDisk();
     QCOMPARE(contentOf(old), QByteArray("new"));
     QCOMPARE(QFile::permissions(old) & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
              permissions);
