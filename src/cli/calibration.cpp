@@ -6,20 +6,10 @@
 #include "runner/notificationcenter.h"
 #include "runner/temporarydirectory.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 namespace filmwright {
-
-namespace {
-
-QString inTemporaryDirectory(QLatin1String name)
-{
-    return QDir(temporaryDirectory()).filePath(name);
-}
-
-} // namespace
 
 Calibration::Calibration(const CalibrationChoice &choice)
     : m_choice(choice)

@@ -4,6 +4,7 @@
 #include "cli/exitstatus.h"
 #include "cli/texttable.h"
 #include "runner/fixedtext.h"
+#include "runner/wholefiles.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -133,12 +134,8 @@ QString reportFileError(const QString &path)
 
 QString writeReport(const QString &path, const QByteArray &report)
 {
-    QSaveFile file(path);
-    // commit() overlooks a failing flush of its own.
-    if (file.open(QIODevice::WriteOnly) && file.write(report) == report.size() && file.flush() &&
-        file.commit())
-        return {};
-    return writeError(path, file.errorString());
+    const QString error = writeFile(path, report);
+    return error.isEmpty() ? error : writeError(path, error);
 }
 
 } // namespace filmwright

@@ -20,7 +20,7 @@ void removeAverages()
 {
     for (const QLatin1String average :
          {averagedDarkName, averagedFlatName, averagedFlatDarkName, substractedFlatName})
-        QFile::remove(QDir(temporaryDirectory()).filePath(average));
+        QFile::remove(inTemporaryDirectory(average));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #include "encoding/ffmpegtask.h"
 
 #include "runner/resources.h"
+#include "runner/workingfiles.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -33,7 +34,7 @@ QString FFmpegTask::moviePath() const
 
 void FFmpegTask::buildMovie()
 {
-    const QString sound = m_tiffsDirectory + QStringLiteral("tmp.wav");
+    const QString sound = m_tiffsDirectory + extractedSound;
     const MovieSources sources{m_tiffsDirectory, QFile::exists(sound) ? sound : QString(), m_fps,
                                m_rawVideo};
     // With no file in the way, ffmpeg has no reason to ask whether it may overwrite one.

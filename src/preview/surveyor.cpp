@@ -3,6 +3,7 @@
 
 #include "mlvdump/mlvdumparguments.h"
 #include "runner/files.h"
+#include "runner/workingfiles.h"
 
 #include <QFile>
 
@@ -75,7 +76,7 @@ void Surveyor::callEnded()
         m_tool.begin(m_calls.front());
         return;
     }
-    for (const QString &name : frames + QStringList{QStringLiteral("tmp.wav")})
+    for (const QString &name : frames + QStringList{extractedSound})
         QFile::remove(m_folder + name);
     end({});
 }

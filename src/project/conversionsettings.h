@@ -55,7 +55,6 @@ struct ConversionSettings
     bool keepsFinishedWork = false;   ///< the working folder of a movie that is written
     bool keepsUnfinishedWork = false; ///< that of a recording without its movie, for the next run
 
-    MovieKind movieKind() const;
     /// Whether frames go through all stages at the same time, as those of a recipe's movie do. Such
     /// work can't be taken up again, and leaves no frames behind.
     bool flows() const;

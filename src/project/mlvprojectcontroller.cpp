@@ -9,12 +9,12 @@
 #include "project/moviemark.h"
 #include "project/spacecheck.h"
 #include "runner/files.h"
+#include "runner/wholefiles.h"
 #include "sluice/slunitprocessmanager.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <chrono>
@@ -64,16 +64,16 @@ std::unique_ptr<MLVProjectController> MLVProjectController::projectWithMLVFile(c
 }
 
 MLVProjectController::MLVProjectController()
-    : m_mlvDumptask(MlvDumpTask::mlvDumpTask())
-    , m_cr2hdrTask(CR2HDRTask::cr2hdrTask())
-    , m_ffmpegTask(FFmpegTask::ffmpegTask())
+    : m_mlvDumptask(MlvDumpTask::mlvDumpTask().release())
+    , m_cr2hdrTask(CR2HDRTask::cr2hdrTask().release())
+    , m_ffmpegTask(FFmpegTask::ffmpegTask().release())
 {
     createConversionUnits(1);
     m_afterLastFrame.setSingleShot(true);
     m_afterLastFrame.setInterval(pauseAfterLastFrame);
     connect(&m_afterLastFrame, &QTimer::timeout, this, [this] {
         if (m_dualISO)
-            launchHDRExtraction(extractionDirectory());
+            launchHDRExtraction();
         else
             launchMovieExtraction();
     });
@@ -86,13 +86,9 @@ MLVProjectController::~MLVProjectController()
 {
     if (m_flow && m_ffmpegTask->isRunning())
         m_ffmpegTask->abort(); // it would make a movie of the frames that it has
-    // The tasks may be in the middle of a call to this object.
     m_ffmpegTask->setDelegate(nullptr);
-    m_ffmpegTask.release()->deleteLater();
     m_cr2hdrTask->setDelegate(nullptr);
-    m_cr2hdrTask.release()->deleteLater();
     m_mlvDumptask->setDelegate(nullptr);
-    m_mlvDumptask.release()->deleteLater();
     for (const auto &unit : m_dcRawProcesses)
         unit->outputForKey(QStringLiteral("Image"))->setTarget(nullptr);
     m_dcRawPorcessManager->stop();
@@ -136,7 +132,7 @@ QString MLVProjectController::moviePath() const
 
 MovieKind MLVProjectController::movieKind() const
 {
-    return m_recipe && m_recipe->keepsRawFrames() ? MovieKind::Folder : MovieKind::File;
+    return movieKindOf(m_recipe);
 }
 
 QString MLVProjectController::extractionDirectory() const
@@ -191,8 +187,7 @@ void MLVProjectController::replaceMlvDumpTask()
 {
     m_mlvDumptask->stop(false);
     m_mlvDumptask->setDelegate(nullptr);
-    m_mlvDumptask.release()->deleteLater();
-    m_mlvDumptask = MlvDumpTask::mlvDumpTask();
+    m_mlvDumptask.reset(MlvDumpTask::mlvDumpTask().release());
     m_mlvDumptask->setMlvPath(m_mlvPath);
     m_mlvDumptask->setCorrections(m_corrections);
     m_mlvDumptask->setFrameSelection(m_frames);
@@ -499,18 +494,18 @@ void MLVProjectController::imageRGBReceived(const QImage &image)
         m_afterLastFrame.start();
 }
 
-void MLVProjectController::launchHDRExtraction(const QString &directory)
+void MLVProjectController::launchHDRExtraction()
 {
     // A ".TIFF" is a frame here, though a ".DNG" isn't one above: kept so on purpose.
     static const QRegularExpression tiffName(QStringLiteral("\\.tiff$"),
                                              QRegularExpression::CaseInsensitiveOption);
-    const QStringList frames = folderEntries(directory).filter(tiffName);
-    const QString merged = directory + QStringLiteral("hdr");
-    QDir().mkdir(merged, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    m_hdrMerge.setExtractionPath(merged);
+    const QDir folder(extractionDirectory());
+    const QStringList frames = folderEntries(folder.path()).filter(tiffName);
+    QDir().mkdir(tiffsDirectory(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    m_hdrMerge.setExtractionPath(tiffsDirectory());
     for (qsizetype second = 1; second < frames.size(); ++second) {
-        m_pairsToMerge.emplace_back(QDir(directory).filePath(frames.at(second - 1)),
-                                    QDir(directory).filePath(frames.at(second)));
+        m_pairsToMerge.emplace_back(folder.filePath(frames.at(second - 1)),
+                                    folder.filePath(frames.at(second)));
     }
     mergeNextPair();
 }
@@ -582,13 +577,10 @@ QString MLVProjectController::copyLut() const
     if (path.isEmpty())
         return {};
     const CubeLut lut = readCubeLut(m_lut);
-    QSaveFile copy(path);
-    // commit() overlooks a failing flush of its own.
-    if (lut.error.isEmpty() &&
-        !(copy.open(QIODevice::WriteOnly) && copy.write(lut.text) == lut.text.size() &&
-          copy.flush() && copy.commit()))
-        return QStringLiteral("%1: %2").arg(path, copy.errorString());
-    return lut.error;
+    if (!lut.error.isEmpty())
+        return lut.error;
+    const QString error = writeFile(path, lut.text);
+    return error.isEmpty() ? error : QStringLiteral("%1: %2").arg(path, error);
 }
 
 void MLVProjectController::launchMovieExtraction()

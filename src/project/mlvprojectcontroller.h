@@ -10,6 +10,7 @@
 
 #include <QMap>
 #include <QObject>
+#include <QScopedPointer>
 #include <QTimer>
 
 #include <deque>
@@ -257,7 +258,7 @@ private:
     void endOldConversions();
     QByteArray lastConversionError() const;
     void launchBlend(const QString &directory);
-    void launchHDRExtraction(const QString &directory);
+    void launchHDRExtraction();
     void mergeNextPair();
     std::optional<RecipeMovie> recipeMovie() const;
     QString lutCopy() const;
@@ -266,14 +267,18 @@ private:
     void launchFlowingMovie(const RawVideo &video);
     void launchMovie();
 
+    /// It may be in the middle of a call to this object when it goes.
+    template <typename Task>
+    using TaskPointer = std::unique_ptr<Task, QScopedPointerDeleteLater>;
+
     MLVProjectControllerProtocol *m_delegate = nullptr;
-    std::unique_ptr<MlvDumpTask> m_mlvDumptask;
+    TaskPointer<MlvDumpTask> m_mlvDumptask;
     std::vector<std::shared_ptr<DCRawProcess>>
         m_dcRawProcesses; // they share the paths of the first
     std::unique_ptr<SLUnitProcessManager> m_dcRawPorcessManager;
-    std::unique_ptr<CR2HDRTask> m_cr2hdrTask;
+    TaskPointer<CR2HDRTask> m_cr2hdrTask;
     HDRDualImagesMerge m_hdrMerge;
-    std::unique_ptr<FFmpegTask> m_ffmpegTask;
+    TaskPointer<FFmpegTask> m_ffmpegTask;
     std::unique_ptr<FrameFlow> m_flow; // uses the tasks
     QTimer m_afterLastFrame;
     QTimer m_nextMerge;

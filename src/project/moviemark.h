@@ -3,13 +3,20 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace filmwright {
+
+struct Recipe;
 
 /// What a movie is for the file system.
 enum class MovieKind {
     File,
     Folder, ///< of raw frames, see framefolder.h
 };
+
+/// That of a recipe, or of a movie without one.
+MovieKind movieKindOf(const std::optional<Recipe> &recipe);
 
 /// Tells a movie that is still being written from a whole one: ffmpeg writes under the movie's
 /// final name, and whoever finds the file there can't see whether its writer was killed half-way.

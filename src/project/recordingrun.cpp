@@ -152,7 +152,7 @@ void RecordingRun::launch()
         return;
     }
     m_hasWork = true;
-    if (keepsUnfinishedWork() && m_settings.movieKind() == MovieKind::File)
+    if (keepsUnfinishedWork() && movieKindOf(m_settings.recipe) == MovieKind::File)
         claimUnfinishedWork(m_recording, m_settings, m_project.workingFolder());
     if (const QString error = spaceError(m_project); !error.isEmpty()) {
         endLater(error);
@@ -184,7 +184,7 @@ QString RecordingRun::chooseMovie()
     const MovieDestination &destination = m_settings.destination;
     QString movie = moviePathFor(m_recording, m_settings, m_project.metadata());
     if (destination.existing == ExistingMovie::Keep)
-        movie = freeMoviePath(movie, m_settings.movieKind());
+        movie = freeMoviePath(movie, movieKindOf(m_settings.recipe));
     m_project.setMoviePath(movie);
     m_origin = movieOrigin(m_recording, m_settings);
     return destination.isKnownBeforeReading() ? QString() : m_movies->claimMovie(movie);
@@ -228,7 +228,7 @@ void RecordingRun::imageRGBReceived(const QImage &image, MLVProjectController &f
 void RecordingRun::controllerWorkFinished(MLVProjectController &controller)
 {
     m_phase = Settling;
-    if (m_settings.movieKind() == MovieKind::File)
+    if (movieKindOf(m_settings.recipe) == MovieKind::File)
         forgetUnfinishedWork(controller.workingFolder());
     if (m_shell)
         m_shell->controllerWorkFinished(controller);

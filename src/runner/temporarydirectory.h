@@ -21,6 +21,9 @@ QString fastTemporaryFolder(qint64 bytes);
 /// here; who writes into it creates it.
 QString temporaryDirectory();
 
+/// The path of a file or folder in it.
+QString inTemporaryDirectory(const QString &name);
+
 /// What it is with this base; a null string for no base.
 QString temporaryDirectoryIn(const QString &base);
 
