@@ -149,7 +149,7 @@ void copyAll(const QStringList &paths, const QString &folder)
         const QString copy = folder + QLatin1Char('/') + QFileInfo(path).fileName();
         QFile::remove(copy);
         if (!QFile::copy(path, copy))
-            throw std::runtime_error(qPrintable(copy + QStringLiteral(" cannot be written")));
+            throw std::runtime_error(qPrintable(copy + QStringLiteral(" can't be written")));
     }
 }
 

@@ -96,6 +96,7 @@ target_link_libraries(precompiled PRIVATE Qt6::Core)
 target_precompile_headers(precompiled PRIVATE <QtCore> <algorithm> <functional> <memory> <string> <vector>)
 function(filmwright_precompiled target)
     target_precompile_headers(${target} REUSE_FROM precompiled)
+    target_compile_options(${target} PRIVATE -fPIC) # programs, too, or they couldn't share them
 endfunction()
 
 # filmwright_test(NAME [SESSION_BUS] SOURCES FILE... LIBRARIES LIB...)

@@ -157,7 +157,7 @@ void AppDelegate::watchProgress(const MLVProjectController &controller)
         const MLVProjectController &project = *m_projectList->at(place - 1);
         // One that is broken takes no time, and nothing is known of it.
         const bool broken =
-            !project.unusableReason().isEmpty() || !runOf(project).outcome().failure.isEmpty();
+            !project.unusableError().isEmpty() || !runOf(project).outcome().failure.isEmpty();
         if (project.videoFrames() > 0 || !broken)
             upcoming.push_back(workOf(project));
     }
@@ -253,7 +253,7 @@ void AppDelegate::controllerWorkFinished(MLVProjectController &)
 void AppDelegate::controllerWorkError(const QString &error)
 {
     if (const QString name = recordingWithError(error); !name.isEmpty()) {
-        const QString sentence = QStringLiteral("%1: %2").arg(name, reasonOf(error));
+        const QString sentence = QStringLiteral("%1: %2").arg(name, errorOf(error));
         m_ui->statusTextField->tell(sentence);
         if (m_working && !m_window->isActiveWindow())
             showDesktopNotification(QStringLiteral("The batch stops"), sentence);
@@ -270,8 +270,8 @@ void AppDelegate::controllerWorkError(const QString &error)
 QString AppDelegate::recordingWithError(const QString &error) const
 {
     const auto found =
-        std::find_if(m_runs.cbegin(), m_runs.cend(), [reason = reasonOf(error)](const auto &run) {
-            return run.second->isPending() && run.second->outcome().failure.reason == reason;
+        std::find_if(m_runs.cbegin(), m_runs.cend(), [sentence = errorOf(error)](const auto &run) {
+            return run.second->isPending() && run.second->outcome().failure.error == sentence;
         });
     return found == m_runs.cend() ? QString()
                                   : QFileInfo(found->second->outcome().recording).fileName();
@@ -334,26 +334,26 @@ void AppDelegate::tellResult()
         std::any_of(m_batch.cbegin(), m_batch.cend(),
                     [](const auto *run) { return run->isPending(); }))
         return;
-    QStringList failures;
+    QStringList errors;
     for (const RecordingRun *run : m_batch) {
-        if (const QStringList problems = run->outcome().problems(); !problems.isEmpty())
-            failures << QStringLiteral("%1: %2").arg(QFileInfo(run->outcome().recording).fileName(),
-                                                     problems.constFirst());
+        if (const QStringList told = run->outcome().errors(); !told.isEmpty())
+            errors << QStringLiteral("%1: %2").arg(QFileInfo(run->outcome().recording).fileName(),
+                                                   told.constFirst());
     }
     const std::size_t recordings = std::exchange(m_batch, {}).size();
     QString result = recordings == 1 ? QStringLiteral("1 movie written")
                                      : QStringLiteral("%1 movies written").arg(recordings);
-    if (!failures.isEmpty()) {
+    if (!errors.isEmpty()) {
         result = QStringLiteral("%1 of %2 recordings have no whole movie")
-                     .arg(failures.size())
+                     .arg(errors.size())
                      .arg(recordings);
     }
     m_ui->statusTextField->setStatus(result);
     if (!m_window->isActiveWindow())
         showDesktopNotification(QStringLiteral("Filmwright"), result);
-    if (!failures.isEmpty()) {
-        m_alerts.whenNoneIsOpen([this, result, failures] {
-            m_alerts.runAlert(result, shortened(failures).join(QLatin1Char('\n')),
+    if (!errors.isEmpty()) {
+        m_alerts.whenNoneIsOpen([this, result, errors] {
+            m_alerts.runAlert(result, shortened(errors).join(QLatin1Char('\n')),
                               QStringLiteral("Ok"));
         });
     }

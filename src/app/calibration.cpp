@@ -13,11 +13,11 @@
 #include "runner/systemlog.h"
 #include "runner/taskwrapper.h"
 #include "runner/temporarydirectory.h"
+#include "runner/wholefiles.h"
 #include "ui_calibrationhelp.h"
 #include "ui_mainwindow.h"
 #include "ui_preprocessing.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
 
@@ -76,11 +76,6 @@ namespace {
 /// Lets the sheet's animation stop before the question comes.
 constexpr auto pauseBeforeQuestion = 100ms;
 
-void removeFromTemporaryDirectory(const QString &name)
-{
-    QFile::remove(QDir(temporaryDirectory()).filePath(name));
-}
-
 /// Puts a copy of `source` in the place of `target` in one step: whatever fails, `target` is the
 /// one or the other.
 bool replaceFile(const QString &target, const QString &source)
@@ -95,8 +90,7 @@ bool replaceFile(const QString &target, const QString &source)
         replacement.write(buffer.data(), length);
     if (length < 0)
         replacement.cancelWriting();
-    return replacement.flush() &&
-           replacement.commit(); // which overlooks a failing flush of its own
+    return commitFile(replacement);
 }
 
 } // namespace
@@ -304,15 +298,15 @@ void AppDelegate::fieldDeleted(CustomTextField &field)
 {
     if (&field == m_ui->darkTextField) {
         m_darkPath.clear();
-        removeFromTemporaryDirectory(averagedDarkName);
+        QFile::remove(inTemporaryDirectory(averagedDarkName));
     } else if (&field == m_ui->flatTextField) {
         m_flatPath.clear();
-        removeFromTemporaryDirectory(averagedFlatName);
-        removeFromTemporaryDirectory(substractedFlatName);
+        QFile::remove(inTemporaryDirectory(averagedFlatName));
+        QFile::remove(inTemporaryDirectory(substractedFlatName));
     } else if (&field == m_ui->flatDarkTextField) {
         m_flatDarkPath.clear();
-        removeFromTemporaryDirectory(averagedFlatDarkName);
-        removeFromTemporaryDirectory(substractedFlatName);
+        QFile::remove(inTemporaryDirectory(averagedFlatDarkName));
+        QFile::remove(inTemporaryDirectory(substractedFlatName));
     }
     m_ui->queueTableView->reloadData();
     updatePreview();

@@ -79,7 +79,7 @@ void AppDelegate::fillRecipes()
     for (const RecipeFile &file : recipes) {
         popUp.addItem(file.recipe.name, file.recipe.id);
         popUp.setItemData(popUp.count() - 1,
-                          file.problem.isEmpty() ? file.recipe.description : file.problem,
+                          file.error.isEmpty() ? file.recipe.description : file.error,
                           Qt::ToolTipRole);
     }
 }
@@ -124,8 +124,8 @@ QString AppDelegate::describeStart()
                        .arg(shortened(replaced).join(QLatin1Char('\n')));
     }
     m_ui->startStopItem->setToolTip(shownAsItStands(toolTip));
-    if (const QString problem = movieSpaceProblem(movies); !problem.isEmpty())
-        return QStringLiteral(": %1").arg(problem);
+    if (const QString error = movieSpaceError(movies); !error.isEmpty())
+        return QStringLiteral(": %1").arg(error);
     if (replaced.isEmpty())
         return {};
     return replaced.size() == 1 ? QStringLiteral(", Start replaces 1 movie")
@@ -147,14 +147,14 @@ bool AppDelegate::takeRecipe()
     if (chosen.isEmpty())
         return true;
     const RecipeFile file = findRecipe(chosen);
-    const QString problem =
-        file.problem.isEmpty() ? FFmpegTask::ffmpegTask()->lackFor(file.recipe) : file.problem;
-    if (problem.isEmpty())
+    const QString error =
+        file.error.isEmpty() ? FFmpegTask::ffmpegTask()->recipeError(file.recipe) : file.error;
+    if (error.isEmpty())
         m_recipe = file.recipe;
     else
         m_alerts.runAlert(QStringLiteral("The recipe %1 can't be used").arg(file.recipe.name),
-                          problem, QStringLiteral("Ok"));
-    return problem.isEmpty();
+                          error, QStringLiteral("Ok"));
+    return error.isEmpty();
 }
 
 } // namespace filmwright

@@ -63,7 +63,7 @@ QIcon AppDelegate::pictureForRow(int row) const
     QPixmap picture = m_pictures->pictureOf(project.mlvPath());
     if (picture.isNull()) {
         const bool isNone =
-            m_pictures->isKnown(project.mlvPath()) || !project.unusableReason().isEmpty();
+            m_pictures->isKnown(project.mlvPath()) || !project.unusableError().isEmpty();
         picture = QPixmap(m_ui->queueTableView->iconSize());
         picture.fill(isNone ? QColor(Qt::transparent) : placeholderColour(*m_ui->queueTableView));
     }

@@ -11,10 +11,10 @@ namespace filmwright {
 namespace {
 
 /// Empty when frames can be seen.
-QString reasonForNoFrames(const MLVProjectController &project)
+QString noFramesError(const MLVProjectController &project)
 {
-    if (!project.unusableReason().isEmpty() || project.metadata().movieFrames() > 0)
-        return project.unusableReason();
+    if (!project.unusableError().isEmpty() || project.metadata().movieFrames() > 0)
+        return project.unusableError();
     return project.mlvProjectMode() == MLVProjectModeReadingData
                ? QStringLiteral("The recording is being read")
                : QStringLiteral("The recording has no frames");
@@ -81,8 +81,8 @@ void AppDelegate::updatePreview()
                                        "During a batch, frames appear as they are converted."));
         return;
     }
-    if (const QString reason = reasonForNoFrames(*project); !reason.isEmpty()) {
-        pane.showReason(reason);
+    if (const QString error = noFramesError(*project); !error.isEmpty()) {
+        pane.showError(error);
         return;
     }
     pane.showRecording({project->mlvPath(), project->metadata().movieFrames(),

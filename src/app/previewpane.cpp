@@ -69,11 +69,11 @@ void PreviewPane::showRecording(const PreviewedRecording &recording)
         showPlace();
 }
 
-void PreviewPane::showReason(const QString &reason)
+void PreviewPane::showError(const QString &error)
 {
     letGo();
     m_followsWork = false;
-    m_image->setText(reason);
+    m_image->setText(error);
 }
 
 void PreviewPane::followWork(const QString &text)
@@ -131,8 +131,8 @@ void PreviewPane::showFrame(const FrameRequest &request, const DevelopedFrame &f
 {
     if (request.recording != m_recording.path)
         return;
-    m_isQuick = request.quality == FrameRequest::Quick && frame.reason.isEmpty();
-    m_image->setText(frame.reason);
+    m_isQuick = request.quality == FrameRequest::Quick && frame.error.isEmpty();
+    m_image->setText(frame.error);
     m_image->setImage(frame.image);
     m_histogram->setHistogram(frame.histogram);
     showPlace();

@@ -38,7 +38,7 @@ public:
     /// it looks now.
     void showRecording(const PreviewedRecording &recording);
     /// Shows why a recording can't be seen.
-    void showReason(const QString &reason);
+    void showError(const QString &error);
     /// Shows frames that are converted from now on, and before the first one the text.
     void followWork(const QString &text);
     /// A frame that has been converted.

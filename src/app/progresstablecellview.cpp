@@ -46,17 +46,17 @@ void ProgressTableCellView::setChoices(const QStringList &choices)
     m_choices->setVisible(!choices.isEmpty());
 }
 
-void ProgressTableCellView::setOutcome(bool movieWritten, const QString &failure,
+void ProgressTableCellView::setOutcome(bool movieWritten, const QString &error,
                                        const QString &notes)
 {
     m_movieWritten = movieWritten;
-    m_failure = failure;
-    const bool failed = !failure.isEmpty();
+    m_error = error;
+    const bool failed = !error.isEmpty();
     const bool isNoted = !failed && !notes.isEmpty();
     const QStyle::StandardPixmap icon = failed    ? QStyle::SP_MessageBoxWarning
                                         : isNoted ? QStyle::SP_MessageBoxInformation
                                                   : QStyle::SP_DialogApplyButton;
-    const QString description = failed ? failure : notes;
+    const QString description = failed ? error : notes;
     const bool isMarked = failed || movieWritten || isNoted;
     // Themes read icons from files; the view is asked for with every change of any row.
     if (isMarked && std::exchange(m_shownMark, icon) != icon) {

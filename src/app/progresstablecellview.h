@@ -33,8 +33,8 @@ public:
 
     /// Whether the movie of the last run is there, whatever the bar shows, and what went wrong, as
     /// plain text; without either there is no mark. Notes are told beside them.
-    void setOutcome(bool movieWritten, const QString &failure, const QString &notes = {});
-    QString failure() const { return m_failure; }
+    void setOutcome(bool movieWritten, const QString &error, const QString &notes = {});
+    QString error() const { return m_error; }
     bool isMovieWritten() const { return m_movieWritten; }
 
 private:
@@ -43,7 +43,7 @@ private:
     QLabel *m_choices;
     ProgressIndicator *m_progressIndicator;
     MLVProjectController *m_controller = nullptr;
-    QString m_failure;
+    QString m_error;
     bool m_movieWritten = false;
     std::optional<QStyle::StandardPixmap> m_shownMark;
 };

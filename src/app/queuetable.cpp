@@ -216,7 +216,7 @@ QWidget *AppDelegate::viewForTableColumn(QueueTableView &tableView, const QStrin
             m_verifications.result(project.mlvPath()).value_or(CheckResult());
         view->setOutcome(
             outcome.result == RecordingOutcome::Finished,
-            (outcome.problems() + checked.problems()).join(QLatin1Char('\n')),
+            (outcome.errors() + checked.errors()).join(QLatin1Char('\n')),
             (misfits(project) + outcome.notes + checked.remarks).join(QLatin1Char('\n')));
         showMode(*view->progressIndicator(), project.mlvProjectMode());
         return view;
@@ -245,7 +245,7 @@ QString AppDelegate::toolTipForTableColumn(const QString &column, int row) const
     if (column == QLatin1String("State")) {
         const RecordingRun &run = runOf(project);
         QStringList texts = QStringList{project.state()} + choicesFor(project);
-        texts += run.outcome().problems() + misfits(project) + run.outcome().notes +
+        texts += run.outcome().errors() + misfits(project) + run.outcome().notes +
                  calibrationTexts(run.settings().calibration);
         if (const QString state = m_verifications.stateText(project.mlvPath()); !state.isEmpty())
             texts << state;
@@ -355,7 +355,7 @@ void AppDelegate::updateDetails()
     QList<RecordingFact> facts = recordingFacts(project.metadata());
     const RecordingRun &run = runOf(project);
     const CheckResult checked = m_verifications.result(project.mlvPath()).value_or(CheckResult());
-    QStringList warnings = run.outcome().problems() + misfits(project) + run.outcome().notes +
+    QStringList warnings = run.outcome().errors() + misfits(project) + run.outcome().notes +
                            project.warnings() + project.notes() + checked.sentences();
     warnings.removeDuplicates();
     const auto add = [&facts](const QString &name, const QStringList &values) {
@@ -422,7 +422,7 @@ void AppDelegate::showSelected()
     const std::vector<MLVProjectController *> selected = selectedProjects();
     if (!selected.empty())
         revealFile(selected.front()->mlvPath(), this,
-                   [this](const QString &problem) { m_ui->statusTextField->tell(problem); });
+                   [this](const QString &error) { m_ui->statusTextField->tell(error); });
 }
 
 } // namespace filmwright

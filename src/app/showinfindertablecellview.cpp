@@ -29,7 +29,7 @@ void ShowInFinderTableCellView::openFile()
 {
     if (m_controller)
         revealFile(m_controller->mlvPath(), this,
-                   [this](const QString &problem) { Q_EMIT notShown(problem); });
+                   [this](const QString &error) { Q_EMIT notShown(error); });
 }
 
 } // namespace filmwright

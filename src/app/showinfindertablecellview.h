@@ -26,7 +26,7 @@ public:
     void openFile();
 
 Q_SIGNALS:
-    void notShown(const QString &problem);
+    void notShown(const QString &error);
 
 private:
     QToolButton *m_openButton;

@@ -135,18 +135,18 @@ void AppDelegate::restoreTemporaryFolder()
 /// What an earlier run has left may fill the disk, so that not even a lock has room.
 bool AppDelegate::lockTemporaryDirectory(DirectoryLock &lock)
 {
-    QString problem = lock.take(temporaryDirectory());
-    if (!problem.isEmpty() && !lock.isHeldElsewhere() && !keepTempDirectory()) {
+    QString error = lock.take(temporaryDirectory());
+    if (!error.isEmpty() && !lock.isHeldElsewhere() && !keepTempDirectory()) {
         removeWork(temporaryDirectory());
-        problem = lock.take(temporaryDirectory());
+        error = lock.take(temporaryDirectory());
     }
-    if (problem.isEmpty())
+    if (error.isEmpty())
         return true;
-    systemLog(problem);
+    systemLog(error);
     m_alerts.runAlert(lock.isHeldElsewhere()
                           ? QStringLiteral("The temporary directory is in use")
                           : QStringLiteral("The temporary directory can't be used"),
-                      problem, QStringLiteral("Ok"));
+                      error, QStringLiteral("Ok"));
     return false;
 }
 

@@ -6,20 +6,10 @@
 #include "runner/notificationcenter.h"
 #include "runner/temporarydirectory.h"
 
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 namespace filmwright {
-
-namespace {
-
-QString inTemporaryDirectory(QLatin1String name)
-{
-    return QDir(temporaryDirectory()).filePath(name);
-}
-
-} // namespace
 
 Calibration::Calibration(const CalibrationChoice &choice)
     : m_choice(choice)
@@ -118,20 +108,20 @@ void Calibration::checkTool()
 void Calibration::error(const QString &error, MlvDumpTask &)
 {
     end(QStringLiteral("%1: %2").arg(QFileInfo(m_steps.front().recording).fileName(),
-                                     reasonOf(error)));
+                                     errorOf(error)));
 }
 
 /// The tool that reports is in the middle of a call to this object; it is stopped afterwards.
-void Calibration::end(const QString &reason)
+void Calibration::end(const QString &error)
 {
     if (m_ended)
         return;
     m_ended = true;
     QMetaObject::invokeMethod(
         this,
-        [this, reason] {
+        [this, error] {
             stop();
-            Q_EMIT ended(reason);
+            Q_EMIT ended(error);
         },
         Qt::QueuedConnection);
 }

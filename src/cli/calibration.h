@@ -28,9 +28,9 @@ public:
 Q_SIGNALS:
     /// The next average is being made of this recording.
     void averaging(const QString &recording);
-    /// All averages are there, or, with a reason, one can't be made. Sent once, after the current
+    /// All averages are there, or, with an error, one can't be made. Sent once, after the current
     /// event.
-    void ended(const QString &reason);
+    void ended(const QString &error);
 
 private:
     struct Step
@@ -45,7 +45,7 @@ private:
     void next();
     void stepFinished();
     void checkTool();
-    void end(const QString &reason);
+    void end(const QString &error);
 
     void metaExtractionFinished(MlvDumpTask &) override {}
     void dngExtractionFinished(MlvDumpTask &) override {}

@@ -105,14 +105,14 @@ void explainGaps(const QMap<QString, CapabilityList> &options)
     for (auto list = options.cbegin(); list != options.cend(); ++list) {
         const int unreadable = UnreadableLines::of(list.key());
         if (unreadable > 0) {
-            printProblem(
+            printError(
                 QStringLiteral("%1: %2 of the %3 lines that ffmpeg lists are of a form that isn't "
                                "understood")
                     .arg(list.key())
                     .arg(unreadable)
                     .arg(unreadable + list->size()));
         } else if (list->isEmpty()) {
-            printProblem(QStringLiteral("%1: ffmpeg lists none").arg(list.key()));
+            printError(QStringLiteral("%1: ffmpeg lists none").arg(list.key()));
         }
     }
 }

@@ -12,7 +12,7 @@ std::optional<ExitStatus> readArguments(QCommandLineParser &parser, const QStrin
     const QCommandLineOption help(QStringLiteral("help"), QStringLiteral("Print this help."));
     parser.addOption(help);
     if (!parser.parse(QStringList{program} + arguments)) {
-        printProblem(parser.errorText());
+        printError(parser.errorText());
         return ExitUnusable;
     }
     if (parser.isSet(help)) {

@@ -40,7 +40,7 @@ void ConversionQueue::start(const ConversionSettings &settings)
 {
     m_settings = settings;
     for (const Unreachable &item : std::as_const(m_unreachable))
-        refuse(item.path, item.reason);
+        refuse(item.path, item.error);
     if (m_display.showsFrames()) {
         QStringList later;
         for (qsizetype i = m_next + 1; i < m_outcomes.size(); ++i)
@@ -60,11 +60,11 @@ void ConversionQueue::stop()
     m_next = m_outcomes.size();
 }
 
-void ConversionQueue::giveUp(const QString &reason)
+void ConversionQueue::giveUp(const QString &error)
 {
     m_next = m_outcomes.size();
     for (RecordingOutcome &outcome : m_outcomes)
-        outcome.failure.reason = reason;
+        outcome.failure.error = error;
 }
 
 bool ConversionQueue::hasFailures() const
@@ -87,12 +87,12 @@ void ConversionQueue::next()
     connect(m_current.get(), &RecordingConversion::ended, this, &ConversionQueue::recordingEnded);
 }
 
-void ConversionQueue::refuse(const QString &recording, const QString &reason)
+void ConversionQueue::refuse(const QString &recording, const QString &error)
 {
     RecordingOutcome refused;
     refused.recording = recording;
     refused.result = RecordingOutcome::Failed;
-    refused.failure.reason = reason;
+    refused.failure.error = error;
     settle(refused);
 }
 
@@ -115,7 +115,7 @@ void ConversionQueue::settle(const RecordingOutcome &outcome)
     if (outcome.result == RecordingOutcome::Skipped)
         m_display.skipped(outcome.recording, outcome.movie);
     else
-        m_display.failed(outcome.recording, outcome.failure.reason);
+        m_display.failed(outcome.recording, outcome.failure.error);
 }
 
 } // namespace filmwright

@@ -26,8 +26,8 @@ public:
     void start(const ConversionSettings &settings);
     /// Stops the running recording; nothing is told any more.
     void stop();
-    /// Gives up all recordings for one reason, instead of starting.
-    void giveUp(const QString &reason);
+    /// Gives up all recordings for one error, instead of starting.
+    void giveUp(const QString &error);
 
     /// What became of each recording so far, in their order.
     const QList<RecordingOutcome> &outcomes() const { return m_outcomes; }
@@ -41,7 +41,7 @@ private:
     void next();
     void tellUpcoming();
     void recordingEnded(const RecordingOutcome &outcome);
-    void refuse(const QString &recording, const QString &reason);
+    void refuse(const QString &recording, const QString &error);
     void settle(const RecordingOutcome &outcome);
 
     QList<Unreachable> m_unreachable;

@@ -4,6 +4,7 @@
 #include "cli/exitstatus.h"
 #include "cli/texttable.h"
 #include "runner/fixedtext.h"
+#include "runner/wholefiles.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -45,9 +46,9 @@ double seconds(std::chrono::milliseconds duration)
 QStringList row(const RecordingOutcome &outcome, qsizetype folderLength)
 {
     const bool begun = outcome.result != RecordingOutcome::NotBegun;
-    const QStringList reasons =
-        outcome.failure.isEmpty() ? QStringList() : QStringList{outcome.failure.reason};
-    const QStringList remarks = reasons + outcome.warnings + outcome.notes;
+    const QStringList errors =
+        outcome.failure.isEmpty() ? QStringList() : QStringList{outcome.failure.error};
+    const QStringList remarks = errors + outcome.warnings + outcome.notes;
     return {printable(outcome.recording.mid(folderLength)), nameOf(outcome.result),
             outcome.frames > 0 ? QString::number(outcome.frames) : QString(),
             begun ? fixedText(seconds(outcome.duration), 1) : QString(),
@@ -70,14 +71,14 @@ QJsonObject objectOf(const RecordingOutcome &outcome)
         {QStringLiteral("movie"), textOrNull(outcome.movie)},
         {QStringLiteral("frames"), outcome.frames},
         {QStringLiteral("seconds"), seconds(outcome.duration)},
-        {QStringLiteral("reason"), textOrNull(outcome.failure.reason)},
+        {QStringLiteral("reason"), textOrNull(outcome.failure.error)},
         {QStringLiteral("tool"), textOrNull(outcome.failure.tool)},
         {QStringLiteral("warnings"), QJsonArray::fromStringList(outcome.warnings + outcome.notes)},
         {QStringLiteral("tools"), tools},
     };
 }
 
-QString cannotWrite(const QString &path, const QString &why)
+QString writeError(const QString &path, const QString &why)
 {
     return QStringLiteral("the report %1 can't be written: %2").arg(path, why);
 }
@@ -119,7 +120,7 @@ QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status,
     return QJsonDocument(report).toJson();
 }
 
-QString reportHindrance(const QString &path)
+QString reportFileError(const QString &path)
 {
     QSaveFile file(path);
     const bool writable = file.open(QIODevice::WriteOnly);
@@ -128,17 +129,13 @@ QString reportHindrance(const QString &path)
     const bool nameFits = QFile::encodeName(QFileInfo(path).fileName()).size() <= NAME_MAX;
     if (writable && nameFits)
         return {};
-    return cannotWrite(path, nameFits ? file.errorString() : qt_error_string(ENAMETOOLONG));
+    return writeError(path, nameFits ? file.errorString() : qt_error_string(ENAMETOOLONG));
 }
 
 QString writeReport(const QString &path, const QByteArray &report)
 {
-    QSaveFile file(path);
-    // commit() overlooks a failing flush of its own.
-    if (file.open(QIODevice::WriteOnly) && file.write(report) == report.size() && file.flush() &&
-        file.commit())
-        return {};
-    return cannotWrite(path, file.errorString());
+    const QString error = writeFile(path, report);
+    return error.isEmpty() ? error : writeError(path, error);
 }
 
 } // namespace filmwright

@@ -22,9 +22,9 @@ QByteArray outcomeReport(const QList<RecordingOutcome> &outcomes, int status,
                          const ConversionSettings &settings = {});
 
 /// Returns why a file can't be written there, or an empty string. What is there stays as it is.
-QString reportHindrance(const QString &path);
+QString reportFileError(const QString &path);
 
 /// Writes the whole file or leaves what was there. Returns why it couldn't, or an empty string.
-QString writeReport(const QString &path, const QByteArray &report);
+[[nodiscard]] QString writeReport(const QString &path, const QByteArray &report);
 
 } // namespace filmwright

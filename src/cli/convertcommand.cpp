@@ -68,17 +68,17 @@ public:
         m_calibration.start();
         const int status = QCoreApplication::exec();
         if (m_options.keepTemporary)
-            tellProblem(QStringLiteral("temporary files are kept in %1").arg(temporaryDirectory()));
+            tell(QStringLiteral("temporary files are kept in %1").arg(temporaryDirectory()));
         return status;
     }
 
 private:
-    void calibrated(const QString &reason)
+    void calibrated(const QString &error)
     {
-        if (!reason.isEmpty()) {
-            const QString failure = QStringLiteral("calibration failed: %1").arg(reason);
-            m_display.warn(failure);
-            m_queue.giveUp(failure);
+        if (!error.isEmpty()) {
+            const QString sentence = QStringLiteral("calibration failed: %1").arg(error);
+            m_display.warn(sentence);
+            m_queue.giveUp(sentence);
             leave(ExitFailed);
             return;
         }
@@ -114,22 +114,22 @@ private:
         }
         if (m_options.report.isEmpty())
             return status;
-        const QString problem =
+        const QString error =
             writeReport(m_options.report, outcomeReport(m_queue.outcomes(), status, m_settings));
-        if (problem.isEmpty())
+        if (error.isEmpty())
             return status;
-        tellProblem(problem);
+        tell(error);
         return status == ExitSuccess ? ExitFailed : status;
     }
 
     bool isForScripts() const { return m_options.progress == ProgressStyle::Json; }
 
-    void tellProblem(const QString &problem)
+    void tell(const QString &sentence)
     {
         if (isForScripts())
-            m_display.warn(problem);
+            m_display.warn(sentence);
         else
-            printProblem(problem);
+            printError(sentence);
     }
 
     const ConvertOptions m_options;
@@ -145,10 +145,10 @@ bool checkRecipe(const std::optional<Recipe> &recipe)
 {
     if (!recipe || recipe->keepsRawFrames())
         return true;
-    const QString lack = FFmpegTask::ffmpegTask()->lackFor(*recipe);
-    if (!lack.isEmpty())
-        printProblem(QStringLiteral("the recipe %1 can't be used: %2").arg(recipe->id, lack));
-    return lack.isEmpty();
+    const QString error = FFmpegTask::ffmpegTask()->recipeError(*recipe);
+    if (!error.isEmpty())
+        printError(QStringLiteral("the recipe %1 can't be used: %2").arg(recipe->id, error));
+    return error.isEmpty();
 }
 
 /// Made before the work; one that can't be written stops every recording.
@@ -156,7 +156,7 @@ bool prepareOutput(const QString &folder)
 {
     if (folder.isEmpty() || (QDir().mkpath(folder) && QFileInfo(folder).isWritable()))
         return true;
-    printProblem(QStringLiteral("the folder %1 can't be written").arg(folder));
+    printError(QStringLiteral("the folder %1 can't be written").arg(folder));
     return false;
 }
 
@@ -177,13 +177,13 @@ int runConvert(const QStringList &arguments)
     const QStringList recordings =
         findRecordings(options.paths, &unreachable, temporaryDirectoryIn(options.temporaryBase));
     if (recordings.isEmpty() && unreachable.isEmpty()) {
-        printProblem(QStringLiteral("no recordings found"));
+        printError(QStringLiteral("no recordings found"));
         return ExitUnusable;
     }
-    const QString hindrance =
-        options.report.isEmpty() ? QString() : reportHindrance(options.report);
-    if (!hindrance.isEmpty()) {
-        printProblem(hindrance);
+    const QString reportError =
+        options.report.isEmpty() ? QString() : reportFileError(options.report);
+    if (!reportError.isEmpty()) {
+        printError(reportError);
         return ExitUnusable;
     }
     // Whoever read the finished movies' paths may be gone; the night's work goes on.
@@ -192,9 +192,9 @@ int runConvert(const QStringList &arguments)
         return ExitUnusable;
     Interruption interruption;
     Workspace workspace;
-    const QString problem = workspace.open(options.temporaryBase, options.keepTemporary);
-    if (!problem.isEmpty()) {
-        printProblem(problem);
+    const QString error = workspace.open(options.temporaryBase, options.keepTemporary);
+    if (!error.isEmpty()) {
+        printError(error);
         return ExitUnusable;
     }
     return ConvertRun(options, recordings, unreachable, workspace, interruption).run();

@@ -16,14 +16,14 @@ namespace filmwright {
 
 namespace {
 
-/// The index of the value among the choices; -1 and a problem when it is none of them.
+/// The index of the value among the choices; -1 and an error when it is none of them.
 qint32 choose(const QString &option, const QString &value, const QStringList &choices,
-              QString &problem)
+              QString &error)
 {
     const auto index = static_cast<qint32>(choices.indexOf(value));
     if (index < 0) {
-        problem = QStringLiteral("--%1 is one of %2, not \"%3\"")
-                      .arg(option, choices.join(QStringLiteral(", ")), value);
+        error = QStringLiteral("--%1 is one of %2, not \"%3\"")
+                    .arg(option, choices.join(QStringLiteral(", ")), value);
     }
     return index;
 }
@@ -52,7 +52,7 @@ QString unreadablePath(const ConvertOptions &options)
 /// Each takes some hundred megabytes while dcraw runs.
 constexpr int mostJobs = 64;
 
-int jobsOf(const QString &value, QString &problem)
+int jobsOf(const QString &value, QString &error)
 {
     if (value == QLatin1String("auto"))
         return std::clamp(QThread::idealThreadCount(), 1, mostJobs);
@@ -60,14 +60,14 @@ int jobsOf(const QString &value, QString &problem)
     const int number = value.toInt(&isNumber);
     if (isNumber && number >= 1 && number <= mostJobs)
         return number;
-    problem = QStringLiteral("--jobs is a number from 1 to %1 or auto, not \"%2\"")
-                  .arg(mostJobs)
-                  .arg(value);
+    error = QStringLiteral("--jobs is a number from 1 to %1 or auto, not \"%2\"")
+                .arg(mostJobs)
+                .arg(value);
     return 1;
 }
 
 /// A level as mlv_dump takes it; empty for "auto", which is what it does without being asked.
-QString levelOf(const QString &option, const QString &value, QString &problem)
+QString levelOf(const QString &option, const QString &value, QString &error)
 {
     if (value == QLatin1String("auto"))
         return {};
@@ -76,10 +76,10 @@ QString levelOf(const QString &option, const QString &value, QString &problem)
     constexpr uint mostLevel = 65535;
     if (value == QLatin1String("recorded") || (isNumber && level <= mostLevel))
         return isNumber ? QString::number(level) : value;
-    problem = QStringLiteral("--%1 is a number up to %2, recorded or auto, not \"%3\"")
-                  .arg(option)
-                  .arg(mostLevel)
-                  .arg(value);
+    error = QStringLiteral("--%1 is a number up to %2, recorded or auto, not \"%3\"")
+                .arg(option)
+                .arg(mostLevel)
+                .arg(value);
     return {};
 }
 
@@ -228,77 +228,76 @@ void describe(QCommandLineParser &parser)
                                  QStringLiteral("Recordings, or folders to be searched."));
 }
 
-/// Nothing without the option; a problem when the recipe can't be used.
-std::optional<Recipe> recipeOf(const QCommandLineParser &parser, QString &problem)
+/// Nothing without the option; an error when the recipe can't be used.
+std::optional<Recipe> recipeOf(const QCommandLineParser &parser, QString &error)
 {
     if (!parser.isSet(recipe))
         return std::nullopt;
     const RecipeFile found = findRecipe(parser.value(recipe));
-    if (!found.problem.isEmpty())
-        problem = found.problem;
+    if (!found.error.isEmpty())
+        error = found.error;
     else if (parser.isSet(format) || parser.isSet(quality))
-        problem = QStringLiteral("--recipe takes the place of --format and --quality");
+        error = QStringLiteral("--recipe takes the place of --format and --quality");
     return found.recipe;
 }
 
-double exposureOf(const QString &value, QString &problem)
+double exposureOf(const QString &value, QString &error)
 {
     static const QRegularExpression decimal(QStringLiteral("^[+-]?\\d(\\.\\d{1,3})?$"));
     const double chosen = value.toDouble();
     if (decimal.match(value).hasMatch() && std::abs(chosen) <= mostExposure)
         return chosen;
-    problem = QStringLiteral("--exposure is a number from -%1 to %1, not \"%2\"")
-                  .arg(mostExposure)
-                  .arg(value);
+    error = QStringLiteral("--exposure is a number from -%1 to %1, not \"%2\"")
+                .arg(mostExposure)
+                .arg(value);
     return 0;
 }
 
 /// Empty for what mlv_dump does without being asked.
-QString whiteBalanceOf(const QString &value, QString &problem)
+QString whiteBalanceOf(const QString &value, QString &error)
 {
     if (value == QLatin1String("camera"))
         return {};
     if (isWhiteBalance(value))
         return value;
-    problem =
+    error =
         QStringLiteral("--white-balance is camera, auto, a temperature from 2000 to 25000 or three "
                        "multipliers such as 2.1,1,1.4, not \"%1\"")
             .arg(value);
     return {};
 }
 
-FrameSelection framesOf(const QCommandLineParser &parser, QString &problem)
+FrameSelection framesOf(const QCommandLineParser &parser, QString &error)
 {
     if (!parser.isSet(frames))
         return {};
     const auto selection = FrameSelection::fromText(parser.value(frames));
     if (!selection) {
-        problem = QStringLiteral(
-                      "--frames is the first and the last frame, such as 100-250, 100- or -250, "
-                      "not \"%1\"")
-                      .arg(parser.value(frames));
+        error = QStringLiteral(
+                    "--frames is the first and the last frame, such as 100-250, 100- or -250, "
+                    "not \"%1\"")
+                    .arg(parser.value(frames));
     }
     return selection.value_or(FrameSelection());
 }
 
 /// Empty without the option; what is read here is read again when it is used.
-QString lutOf(const QCommandLineParser &parser, const std::optional<Recipe> &chosen,
-              QString &problem)
+QString lutOf(const QCommandLineParser &parser, const std::optional<Recipe> &chosen, QString &error)
 {
     QString path = absolutePath(parser.value(lut));
     if (!parser.isSet(lut))
         return {};
     if (!parser.isSet(recipe) || (chosen && chosen->keepsRawFrames()))
-        problem = QStringLiteral("--lut is for movies that are made by a recipe");
+        error = QStringLiteral("--lut is for movies that are made by a recipe");
     else if (path.isEmpty())
-        problem = QStringLiteral("--lut names a file");
-    else if (const QString wrong = readCubeLut(path).problem; !wrong.isEmpty())
-        problem = wrong;
+        error = QStringLiteral("--lut names a file");
+    else if (const QString lutError = readCubeLut(path).error; !lutError.isEmpty())
+        error = lutError;
     return path;
 }
 
 /// The units are those of 1024.
-qint64 bytesOf(const QString &value, QString &problem)
+qint64 bytesOf(const QString &value, QString &error)
 {
     static const QRegularExpression size(QStringLiteral("^([1-9]\\d{0,14})([KMGT]?)$"));
     constexpr double mostBytes = 1e15;
@@ -309,74 +308,73 @@ qint64 bytesOf(const QString &value, QString &problem)
         bytes *= std::pow(1024, 1 + QStringLiteral("KMGT").indexOf(unit));
     if (match.hasMatch() && bytes <= mostBytes)
         return static_cast<qint64>(bytes);
-    problem = QStringLiteral("--buffer is a number of bytes, or one with K, M, G or T behind it, "
-                             "not \"%1\"")
-                  .arg(value);
+    error = QStringLiteral("--buffer is a number of bytes, or one with K, M, G or T behind it, "
+                           "not \"%1\"")
+                .arg(value);
     return usualFrameBuffer;
 }
 
 /// The frames' buffer that was chosen; 0 where they are to be on the disk all at once.
 qint64 frameBufferOf(const QCommandLineParser &parser, const std::optional<Recipe> &chosen,
-                     QString &problem)
+                     QString &error)
 {
     const bool makesMovie = chosen && !chosen->keepsRawFrames();
     if (parser.isSet(buffer) && !makesMovie)
-        problem = QStringLiteral("--buffer is for movies that are made by a recipe");
+        error = QStringLiteral("--buffer is for movies that are made by a recipe");
     else if (parser.isSet(buffer) && parser.isSet(stages))
-        problem = QStringLiteral("--stages needs room for all frames, whatever --buffer says");
+        error = QStringLiteral("--stages needs room for all frames, whatever --buffer says");
     if (parser.isSet(stages))
         return 0;
-    return parser.isSet(buffer) ? bytesOf(parser.value(buffer), problem) : usualFrameBuffer;
+    return parser.isSet(buffer) ? bytesOf(parser.value(buffer), error) : usualFrameBuffer;
 }
 
-MovieDestination destinationOf(const QCommandLineParser &parser, QString &problem)
+MovieDestination destinationOf(const QCommandLineParser &parser, QString &error)
 {
     MovieDestination destination;
     if (parser.isSet(output)) {
         destination.folder = absolutePath(parser.value(output));
         if (destination.folder.isEmpty())
-            problem = QStringLiteral("--output names a folder");
+            error = QStringLiteral("--output names a folder");
     }
     if (parser.isSet(movieName)) {
         destination.pattern = parser.value(movieName);
-        if (const QString wrong = patternProblem(destination.pattern); !wrong.isEmpty())
-            problem = QStringLiteral("--name: %1").arg(wrong);
+        if (const QString nameError = patternError(destination.pattern); !nameError.isEmpty())
+            error = QStringLiteral("--name: %1").arg(nameError);
     }
-    destination.existing = static_cast<ExistingMovie>(choose(
-        existing, parser.value(existing),
-        {QStringLiteral("replace"), QStringLiteral("skip"), QStringLiteral("keep")}, problem));
+    destination.existing = static_cast<ExistingMovie>(
+        choose(existing, parser.value(existing),
+               {QStringLiteral("replace"), QStringLiteral("skip"), QStringLiteral("keep")}, error));
     return destination;
 }
 
 /// Returns what is wrong with the values, or an empty string.
 QString take(const QCommandLineParser &parser, ConvertOptions &options)
 {
-    QString problem;
-    options.progress = static_cast<ProgressStyle>(
-        choose(progress, parser.value(progress), {QStringLiteral("text"), QStringLiteral("json")},
-               problem));
+    QString error;
+    options.progress = static_cast<ProgressStyle>(choose(
+        progress, parser.value(progress), {QStringLiteral("text"), QStringLiteral("json")}, error));
     ConversionSettings &settings = options.settings;
-    settings.workers = jobsOf(parser.value(jobs), problem);
-    settings.format = choose(format, parser.value(format), movieExtensions(), problem);
+    settings.workers = jobsOf(parser.value(jobs), error);
+    settings.format = choose(format, parser.value(format), movieExtensions(), error);
     settings.quality = choose(quality, parser.value(quality),
-                              {QStringLiteral("maximum"), QStringLiteral("high")}, problem);
-    settings.recipe = recipeOf(parser, problem);
-    settings.destination = destinationOf(parser, problem);
+                              {QStringLiteral("maximum"), QStringLiteral("high")}, error);
+    settings.recipe = recipeOf(parser, error);
+    settings.destination = destinationOf(parser, error);
     settings.calibration = {absolutePath(parser.value(dark)), absolutePath(parser.value(flat)),
                             absolutePath(parser.value(flatDark))};
     RawCorrections &corrections = settings.corrections;
-    corrections.whiteLevel = levelOf(whiteLevel, parser.value(whiteLevel), problem);
-    corrections.blackLevel = levelOf(blackLevel, parser.value(blackLevel), problem);
+    corrections.whiteLevel = levelOf(whiteLevel, parser.value(whiteLevel), error);
+    corrections.blackLevel = levelOf(blackLevel, parser.value(blackLevel), error);
     const QStringList matrices{QStringLiteral("auto"), QStringLiteral("recorded")};
-    if (choose(matrix, parser.value(matrix), matrices, problem) == 1)
+    if (choose(matrix, parser.value(matrix), matrices, error) == 1)
         corrections.matrix = matrices.constLast();
     corrections.pixelRepair = pixelRepairOf(parser.value(repairPixels));
     corrections.repairsColumns = parser.isSet(repairColumns);
-    corrections.whiteBalance = whiteBalanceOf(parser.value(whiteBalance), problem);
-    corrections.exposure = exposureOf(parser.value(exposure), problem);
-    settings.frames = framesOf(parser, problem);
-    settings.lut = lutOf(parser, settings.recipe, problem);
-    settings.frameBuffer = frameBufferOf(parser, settings.recipe, problem);
+    corrections.whiteBalance = whiteBalanceOf(parser.value(whiteBalance), error);
+    corrections.exposure = exposureOf(parser.value(exposure), error);
+    settings.frames = framesOf(parser, error);
+    settings.lut = lutOf(parser, settings.recipe, error);
+    settings.frameBuffer = frameBufferOf(parser, settings.recipe, error);
     settings.mergesNeighbours = parser.isSet(hdr);
     settings.blendsAlternatingRows = parser.isSet(dualIso);
     options.temporaryBase = parser.value(temporaryBase);
@@ -385,13 +383,13 @@ QString take(const QCommandLineParser &parser, ConvertOptions &options)
     options.quiet = parser.isSet(quiet);
     options.paths = parser.positionalArguments();
     if (options.paths.isEmpty())
-        problem = QStringLiteral("name at least one recording or folder");
-    if (problem.isEmpty())
-        problem = contradictionIn(settings);
+        error = QStringLiteral("name at least one recording or folder");
+    if (error.isEmpty())
+        error = settingsError(settings);
     const QString unreadable = unreadablePath(options);
-    if (problem.isEmpty() && !unreadable.isEmpty())
-        problem = QStringLiteral("%1 can't be read").arg(unreadable);
-    return problem;
+    if (error.isEmpty() && !unreadable.isEmpty())
+        error = QStringLiteral("%1 can't be read").arg(unreadable);
+    return error;
 }
 
 } // namespace
@@ -406,10 +404,10 @@ std::optional<ExitStatus> readConvertOptions(const QStringList &arguments, Conve
     if (const auto ending =
             readArguments(parser, QStringLiteral("convert [options] path..."), arguments))
         return ending;
-    const QString problem = take(parser, options);
-    if (problem.isEmpty())
+    const QString error = take(parser, options);
+    if (error.isEmpty())
         return std::nullopt;
-    printProblem(problem);
+    printError(error);
     return ExitUnusable;
 }
 

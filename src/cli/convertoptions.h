@@ -22,7 +22,7 @@ struct ConvertOptions
     QStringList paths;
 };
 
-/// Reads the arguments after "convert". When they end the program (help was printed, or a problem
+/// Reads the arguments after "convert". When they end the program (help was printed, or an error
 /// told), returns its exit status.
 std::optional<ExitStatus> readConvertOptions(const QStringList &arguments, ConvertOptions &options);
 

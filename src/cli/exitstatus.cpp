@@ -7,9 +7,9 @@
 
 namespace filmwright {
 
-void printProblem(const QString &problem)
+void printError(const QString &error)
 {
-    const QByteArray line = "filmwright-cli: " + printable(problem).toUtf8() + '\n';
+    const QByteArray line = "filmwright-cli: " + printable(error).toUtf8() + '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
 }
 

@@ -14,7 +14,7 @@ enum ExitStatus : int {
 };
 
 /// A line on standard error, with the program's name in front.
-void printProblem(const QString &problem);
+void printError(const QString &error);
 
 /// A line on standard output, at once.
 void printLine(const QString &line);

@@ -28,7 +28,7 @@ QString readMetadata(MLVProjectController &project, const QString &path)
     run.read();
     loop.exec();
     run.detach(); // a tool that has printed its report may still run
-    return run.outcome().failure.reason;
+    return run.outcome().failure.error;
 }
 
 /// As a person would write it: a 32-bit 23.976 isn't 23.975999832.
@@ -119,7 +119,7 @@ int runInfo(const QStringList &arguments)
         return *ending;
     const QStringList paths = parser.positionalArguments();
     if (paths.isEmpty()) {
-        printProblem(QStringLiteral("name at least one recording"));
+        printError(QStringLiteral("name at least one recording"));
         return ExitUnusable;
     }
     if (!checkTools({mlvDumpName}))
@@ -129,14 +129,14 @@ int runInfo(const QStringList &arguments)
     int status = ExitSuccess;
     for (const QString &path : paths) {
         if (!QFileInfo(path).isFile() || !QFileInfo(path).isReadable()) {
-            printProblem(QStringLiteral("%1 can't be read").arg(path));
+            printError(QStringLiteral("%1 can't be read").arg(path));
             status = ExitUnusable;
             continue;
         }
         MLVProjectController project;
-        const QString failure = readMetadata(project, QFileInfo(path).absoluteFilePath());
-        if (!failure.isEmpty()) {
-            printProblem(QStringLiteral("%1: %2").arg(path, failure));
+        const QString error = readMetadata(project, QFileInfo(path).absoluteFilePath());
+        if (!error.isEmpty()) {
+            printError(QStringLiteral("%1: %2").arg(path, error));
             status = std::max<int>(status, ExitFailed);
         } else if (parser.isSet(json)) {
             descriptions << describe(path, project.metadata(), warningsOf(project));

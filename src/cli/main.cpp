@@ -73,8 +73,8 @@ int main(int argc, char *argv[])
         printUsage();
         return ExitSuccess;
     }
-    printProblem(name.isEmpty()
-                     ? QStringLiteral("name a command; --help lists them")
-                     : QStringLiteral("unknown command \"%1\"; --help lists them").arg(name));
+    printError(name.isEmpty()
+                   ? QStringLiteral("name a command; --help lists them")
+                   : QStringLiteral("unknown command \"%1\"; --help lists them").arg(name));
     return ExitUnusable;
 }

@@ -10,7 +10,7 @@ bool checkTools(const QStringList &names)
 {
     const QStringList missing = missingTools(names);
     for (const QString &sentence : missing)
-        printProblem(sentence);
+        printError(sentence);
     return missing.isEmpty();
 }
 

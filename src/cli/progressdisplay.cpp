@@ -96,12 +96,12 @@ void ProgressDisplay::skipped(const QString &recording, const QString &movie)
         write(skippedJson(recording, movie));
 }
 
-void ProgressDisplay::failed(const QString &recording, const QString &reason)
+void ProgressDisplay::failed(const QString &recording, const QString &error)
 {
     if (m_style == ProgressStyle::Json)
-        write(failedJson(recording, reason));
+        write(failedJson(recording, error));
     else
-        warn(QStringLiteral("%1: failed: %2").arg(QFileInfo(recording).fileName(), reason));
+        warn(QStringLiteral("%1: failed: %2").arg(QFileInfo(recording).fileName(), error));
 }
 
 void ProgressDisplay::tell(const QString &line)

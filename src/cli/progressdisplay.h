@@ -35,7 +35,7 @@ public:
     void finished(const QString &recording, const QString &movie);
     void skipped(const QString &recording, const QString &movie);
     /// Also when progress isn't wanted.
-    void failed(const QString &recording, const QString &reason);
+    void failed(const QString &recording, const QString &error);
     /// A line that stays, in place of the live one.
     void tell(const QString &line);
     /// Like tell(), also when progress isn't wanted.

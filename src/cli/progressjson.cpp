@@ -54,11 +54,11 @@ QByteArray skippedJson(const QString &recording, const QString &movie)
                  {QStringLiteral("movie"), movie}});
 }
 
-QByteArray failedJson(const QString &recording, const QString &reason)
+QByteArray failedJson(const QString &recording, const QString &error)
 {
     return line({{QStringLiteral("recording"), recording},
                  {QStringLiteral("stage"), QStringLiteral("failed")},
-                 {QStringLiteral("reason"), reason}});
+                 {QStringLiteral("reason"), error}});
 }
 
 QByteArray messageJson(const QString &message)

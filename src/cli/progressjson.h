@@ -20,7 +20,7 @@ QByteArray finishedJson(const QString &recording, const QString &movie);
 QByteArray skippedJson(const QString &recording, const QString &movie);
 
 /// recording, stage "failed", reason.
-QByteArray failedJson(const QString &recording, const QString &reason);
+QByteArray failedJson(const QString &recording, const QString &error);
 
 /// message: whatever else a person would be told.
 QByteArray messageJson(const QString &message);

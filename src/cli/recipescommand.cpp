@@ -31,7 +31,7 @@ QJsonObject objectOf(const RecipeFile &file)
         {QStringLiteral("video"), QJsonArray::fromStringList(recipe.video)},
         {QStringLiteral("sound"), QJsonArray::fromStringList(recipe.sound)},
         {QStringLiteral("path"), recipe.path},
-        {QStringLiteral("problem"), file.problem.isEmpty() ? QJsonValue() : file.problem},
+        {QStringLiteral("problem"), file.error.isEmpty() ? QJsonValue() : file.error},
     };
 }
 
@@ -49,9 +49,9 @@ void printAsText(const QList<RecipeFile> &recipes)
         const Recipe &recipe = file.recipe;
         printLine(QStringLiteral("%1 %2").arg(
             recipe.id.leftJustified(14),
-            file.problem.isEmpty() ? QStringLiteral("%1 (%2): %3")
-                                         .arg(recipe.name, recipe.extension, recipe.description)
-                                   : QStringLiteral("can't be used: %1").arg(file.problem)));
+            file.error.isEmpty() ? QStringLiteral("%1 (%2): %3")
+                                       .arg(recipe.name, recipe.extension, recipe.description)
+                                 : QStringLiteral("can't be used: %1").arg(file.error)));
     }
 }
 
@@ -73,8 +73,8 @@ int runRecipes(const QStringList &arguments)
     const auto ffmpeg = FFmpegTask::ffmpegTask();
     const QMap<QString, CapabilityList> encoders = ffmpeg->readEncoders();
     for (RecipeFile &file : recipes)
-        if (file.problem.isEmpty())
-            file.problem = ffmpeg->lackFor(file.recipe, encoders);
+        if (file.error.isEmpty())
+            file.error = ffmpeg->recipeError(file.recipe, encoders);
     if (parser.isSet(json))
         printAsJson(recipes);
     else

@@ -87,11 +87,11 @@ private:
         return entries;
     }
 
-    void report(const QByteArray &path, const QString &reason)
+    void report(const QByteArray &path, const QString &error)
     {
         if (m_unreachable) {
             const QString absolute = QFileInfo(QString::fromUtf8(path)).absoluteFilePath();
-            m_unreachable->append({QDir::cleanPath(absolute), reason});
+            m_unreachable->append({QDir::cleanPath(absolute), error});
         }
     }
 

@@ -11,7 +11,7 @@ namespace filmwright {
 struct Unreachable
 {
     QString path; ///< characters that stand for no text are replaced
-    QString reason;
+    QString error;
 };
 
 /// The recordings that the paths stand for, in the order given, each once: files as they are,

@@ -123,7 +123,7 @@ void printJson(const QList<Verified> &verified)
             {QStringLiteral("losses"), QJsonArray::fromStringList(result.losses)},
             {QStringLiteral("warnings"), QJsonArray::fromStringList(result.remarks)},
             {QStringLiteral("reason"),
-             result.reason.isEmpty() ? QJsonValue() : QJsonValue(result.reason)},
+             result.error.isEmpty() ? QJsonValue() : QJsonValue(result.error)},
         };
     }
     printLine(QString::fromUtf8(QJsonDocument(array).toJson().trimmed()));
@@ -168,7 +168,7 @@ int runVerify(const QStringList &arguments)
             readArguments(parser, QStringLiteral("verify [options] path..."), arguments))
         return *ending;
     if (parser.positionalArguments().isEmpty()) {
-        printProblem(QStringLiteral("name at least one recording or folder"));
+        printError(QStringLiteral("name at least one recording or folder"));
         return ExitUnusable;
     }
     if (!checkTools({mlvDumpName}))
@@ -178,7 +178,7 @@ int runVerify(const QStringList &arguments)
     for (const QString &path : findRecordings(parser.positionalArguments(), &unreachable))
         recordings << QFileInfo(path).absoluteFilePath();
     if (recordings.isEmpty() && unreachable.isEmpty()) {
-        printProblem(QStringLiteral("no recordings found"));
+        printError(QStringLiteral("no recordings found"));
         return ExitUnusable;
     }
 
@@ -186,7 +186,7 @@ int runVerify(const QStringList &arguments)
     QList<Verified> verified;
     for (const Unreachable &item : unreachable) {
         CheckResult result;
-        result.reason = item.reason;
+        result.error = item.error;
         verified << Verified{item.path, result};
     }
     Verification verification(recordings, display);

@@ -20,7 +20,7 @@ void removeAverages()
 {
     for (const QLatin1String average :
          {averagedDarkName, averagedFlatName, averagedFlatDarkName, substractedFlatName})
-        QFile::remove(QDir(temporaryDirectory()).filePath(average));
+        QFile::remove(inTemporaryDirectory(average));
 }
 
 } // namespace
@@ -53,9 +53,9 @@ QString Workspace::openPrivate()
     removeAbandonedDirectories(folder.path(), privatePrefix);
     m_privateBase =
         folder.filePath(privatePrefix + QUuid::createUuid().toString(QUuid::WithoutBraces));
-    QString problem = m_lock.take(m_privateBase);
-    if (!problem.isEmpty())
-        return problem;
+    QString error = m_lock.take(m_privateBase);
+    if (!error.isEmpty())
+        return error;
     if (!setBaseTemporaryDirectory(m_privateBase))
         return QStringLiteral("the temporary folder %1 can't be written").arg(folder.path());
     return prepareTemporaryDirectory();
@@ -65,13 +65,13 @@ QString Workspace::openChosen(const QString &base)
 {
     if (!setBaseTemporaryDirectory(QFileInfo(base).absoluteFilePath()))
         return QStringLiteral("the temporary folder %1 can't be written").arg(base);
-    QString problem = m_lock.take(temporaryDirectory());
-    if (problem.isEmpty())
-        problem = prepareTemporaryDirectory();
-    m_prepared = problem.isEmpty();
+    QString error = m_lock.take(temporaryDirectory());
+    if (error.isEmpty())
+        error = prepareTemporaryDirectory();
+    m_prepared = error.isEmpty();
     if (m_prepared)
         removeAverages(); // of a run that was killed
-    return problem;
+    return error;
 }
 
 } // namespace filmwright

@@ -22,14 +22,14 @@ public:
 
     /// Makes the directory the application's temporary directory. Returns what hinders it, or an
     /// empty string. `base` empty: a private directory; `keep`: nothing is removed at the end.
-    QString open(const QString &base, bool keep);
+    [[nodiscard]] QString open(const QString &base, bool keep);
 
     /// Whether unfinished work stays for the next run.
     bool keepsUnfinishedWork() const { return m_chosen || m_keep; }
 
 private:
-    QString openPrivate();
-    QString openChosen(const QString &base);
+    [[nodiscard]] QString openPrivate();
+    [[nodiscard]] QString openChosen(const QString &base);
 
     DirectoryLock m_lock;
     QString m_privateBase;

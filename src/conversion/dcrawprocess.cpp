@@ -112,10 +112,10 @@ void DCRawProcess::interrupt()
     m_dcRawTask->requestCancel();
 }
 
-QByteArray DCRawProcess::lastFailure() const
+QByteArray DCRawProcess::lastError() const
 {
-    const QMutexLocker locker(&m_failureLock);
-    return m_lastFailure;
+    const QMutexLocker locker(&m_errorLock);
+    return m_lastError;
 }
 
 void DCRawProcess::dngConversionFinished(DCRawTask &task)
@@ -123,8 +123,8 @@ void DCRawProcess::dngConversionFinished(DCRawTask &task)
     const QString path = inputValueForKey(filePathKey()).toString();
     const TiffBitmap frame = TiffBitmap::read(tiffPathFor(path));
     if (frame.isEmpty()) {
-        const QMutexLocker locker(&m_failureLock);
-        m_lastFailure = task.lastOutput();
+        const QMutexLocker locker(&m_errorLock);
+        m_lastError = task.lastOutput();
     }
     setOutputValue(frame.eightBits().toImage(), imageKey());
     if (m_tellsPaths)

@@ -57,7 +57,7 @@ public:
 
     /// What dcraw printed last on the latest frame that could not be converted; empty while all
     /// could. Any thread.
-    QByteArray lastFailure() const;
+    QByteArray lastError() const;
 
     void dngConversionFinished(DCRawTask &task) override;
 
@@ -67,8 +67,8 @@ private:
     HDRInterleavedImageMerge m_interleavedMerge;
     std::atomic<bool> m_dualIso = false;
     std::atomic<bool> m_tellsPaths = false;
-    mutable QMutex m_failureLock;
-    QByteArray m_lastFailure; // guarded by m_failureLock
+    mutable QMutex m_errorLock;
+    QByteArray m_lastError; // guarded by m_errorLock
 };
 
 } // namespace filmwright

@@ -14,10 +14,10 @@ namespace filmwright {
 ///
 /// False, with `first` as it was, when `first` has no three whole samples a pixel or `second` is
 /// too short to be read at the same places.
-bool mergeBitmaps(TiffBitmap *first, const TiffBitmap &second);
+[[nodiscard]] bool mergeBitmaps(TiffBitmap *first, const TiffBitmap &second);
 
 /// The same for bitmaps that are meant to have 16 bits a sample: false, with `first` as it was,
 /// unless both have three such samples a pixel, the same size and no padding.
-bool mergeDeepBitmaps(TiffBitmap *first, const TiffBitmap &second);
+[[nodiscard]] bool mergeDeepBitmaps(TiffBitmap *first, const TiffBitmap &second);
 
 } // namespace filmwright

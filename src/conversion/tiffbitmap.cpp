@@ -2,6 +2,7 @@
 #include "conversion/tiffbitmap.h"
 
 #include "conversion/tifffile.h"
+#include "runner/wholefiles.h"
 
 #include <QFile>
 #include <QSaveFile>
@@ -170,7 +171,7 @@ bool TiffBitmap::write(const QString &path) const
     if (!tiff || !writeSamples(tiff.get(), *this, packed))
         return false;
     tiff.reset();
-    return file.flush() && file.commit(); // which overlooks a failing flush of its own
+    return commitFile(file);
 }
 
 TiffBitmap TiffBitmap::eightBits() const

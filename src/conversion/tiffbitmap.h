@@ -44,7 +44,7 @@ public:
 
     /// Writes an uncompressed TIFF file, in full under another name and then moved into place.
     /// False when that failed; then a file that was there before is still the old one.
-    bool write(const QString &path) const;
+    [[nodiscard]] bool write(const QString &path) const;
 
     bool isEmpty() const { return m_bytes.isEmpty(); }
     const Layout &layout() const { return m_layout; }

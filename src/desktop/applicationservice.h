@@ -22,11 +22,11 @@ public:
 
     /// Takes the application id. False when another instance has it; true also without a session
     /// bus, where every instance stands alone. Connect to the signals first.
-    bool registerService();
+    [[nodiscard]] bool registerService();
 
     /// Hands the files to the instance that runs, which comes to the front; with no files, only
     /// that. False when none answers.
-    static bool handOver(const QStringList &paths);
+    [[nodiscard]] static bool handOver(const QStringList &paths);
 
 Q_SIGNALS:
     /// The window is wanted in front. What the desktop gave for that is in the environment

@@ -26,7 +26,7 @@ QString openFolder(const QString &folder)
 } // namespace
 
 void revealFile(const QString &path, const QObject *context,
-                std::function<void(const QString &problem)> told)
+                std::function<void(const QString &error)> told)
 {
     const QFileInfo file(path);
     const QString uri = QString::fromLatin1(
@@ -39,12 +39,12 @@ void revealFile(const QString &path, const QObject *context,
     callAsynchronously(sessionBus(), message, qApp,
                        [folder = file.absolutePath(), listener = QPointer<const QObject>(context),
                         told = std::move(told)](const QDBusPendingCall &shown) {
-                           const QString problem = shown.isError() ? openFolder(folder) : QString();
-                           if (problem.isEmpty())
+                           const QString error = shown.isError() ? openFolder(folder) : QString();
+                           if (error.isEmpty())
                                return;
-                           systemLog(problem);
+                           systemLog(error);
                            if (listener && told)
-                               told(problem);
+                               told(error);
                        });
 }
 

@@ -13,6 +13,6 @@ namespace filmwright {
 /// none offers that, opens the folder that holds it. Where nothing opens folders, a sentence is
 /// told, as long as the context is there. Main thread only; needs its event loop, returns at once.
 void revealFile(const QString &path, const QObject *context = nullptr,
-                std::function<void(const QString &problem)> told = {});
+                std::function<void(const QString &error)> told = {});
 
 } // namespace filmwright

@@ -130,19 +130,19 @@ CubeLut readCubeLut(const QString &path)
     if (!file.open(QIODevice::ReadOnly))
         return {{}, QStringLiteral("%1: %2").arg(path, file.errorString())};
     CubeReader reader;
-    QString problem;
+    QString error;
     int line = 0;
-    while (problem.isEmpty() && !file.atEnd()) {
+    while (error.isEmpty() && !file.atEnd()) {
         ++line;
         const QByteArray content = file.readLine(longestLine);
-        problem = content.size() == longestLine - 1 && !content.endsWith('\n')
-                      ? QStringLiteral("the line is too long for a table of colours")
-                      : reader.take(content);
+        error = content.size() == longestLine - 1 && !content.endsWith('\n')
+                    ? QStringLiteral("the line is too long for a table of colours")
+                    : reader.take(content);
     }
-    if (problem.isEmpty())
-        problem = reader.finish();
-    if (!problem.isEmpty())
-        return {{}, QStringLiteral("%1:%2: %3").arg(path).arg(line).arg(problem)};
+    if (error.isEmpty())
+        error = reader.finish();
+    if (!error.isEmpty())
+        return {{}, QStringLiteral("%1:%2: %3").arg(path).arg(line).arg(error)};
     return {reader.table(), {}};
 }
 

@@ -10,7 +10,7 @@ namespace filmwright {
 struct CubeLut
 {
     QByteArray text; ///< the table alone, in the form that every ffmpeg reads
-    QString problem; ///< why it can't be used, a sentence that begins with file and line
+    QString error;   ///< why it can't be used, a sentence that begins with file and line
 };
 
 /// Reads a table with 2 to 256 colours a side, whatever the file holds. Any thread.

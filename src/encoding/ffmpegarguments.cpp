@@ -3,6 +3,7 @@
 
 #include "runner/files.h"
 #include "runner/fixedtext.h"
+#include "runner/workingfiles.h"
 
 #include <array>
 
@@ -75,8 +76,8 @@ QString moviePathFor(const QString &mlvPath, qint32 format)
 /// A "%" in the folder's name, which is that of the recording, is no part of the pattern.
 QString framePattern(QString directory)
 {
-    return directory.replace(QLatin1String("%"), QLatin1String("%%")) +
-           QStringLiteral("tmp%06d.tiff");
+    return directory.replace(QLatin1String("%"), QLatin1String("%%")) + extractedStem +
+           QStringLiteral("%06d.tiff");
 }
 
 QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 quality,

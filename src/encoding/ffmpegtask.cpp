@@ -2,6 +2,7 @@
 #include "encoding/ffmpegtask.h"
 
 #include "runner/resources.h"
+#include "runner/workingfiles.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -33,7 +34,7 @@ QString FFmpegTask::moviePath() const
 
 void FFmpegTask::buildMovie()
 {
-    const QString sound = m_tiffsDirectory + QStringLiteral("tmp.wav");
+    const QString sound = m_tiffsDirectory + extractedSound;
     const MovieSources sources{m_tiffsDirectory, QFile::exists(sound) ? sound : QString(), m_fps,
                                m_rawVideo};
     // With no file in the way, ffmpeg has no reason to ask whether it may overwrite one.
@@ -81,15 +82,15 @@ QMap<QString, CapabilityList> FFmpegTask::readEncoders()
             {QStringLiteral("audio_encoders"), validAudioEncoders()}};
 }
 
-QString FFmpegTask::lackFor(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders)
+QString FFmpegTask::recipeError(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders)
 {
-    QString lack = lackOf(encoders, recipe);
-    if (!lack.isEmpty() || recipe.pixelFormat().isEmpty())
-        return lack;
+    QString error = encoderError(encoders, recipe);
+    if (!error.isEmpty() || recipe.pixelFormat().isEmpty())
+        return error;
     setArguments({QStringLiteral("-hide_banner"), QStringLiteral("-h"),
                   QStringLiteral("encoder=") + recipe.videoEncoder()});
     startAndWaitUntilExit(true);
-    return pixelFormatLack(supportedPixFmtsIn(m_logs), recipe);
+    return pixelFormatError(supportedPixFmtsIn(m_logs), recipe);
 }
 
 void FFmpegTask::receivedLine(const QString &line, TaskWrapper &)

@@ -86,8 +86,8 @@ public:
     /// What ffmpeg lacks for movies by the recipe, going by those lists of encoders and by what the
     /// recipe's own tells of itself: a sentence, or an empty string. Blocks; not during a movie
     /// build.
-    QString lackFor(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders);
-    QString lackFor(const Recipe &recipe) { return lackFor(recipe, readEncoders()); }
+    QString recipeError(const Recipe &recipe, const QMap<QString, CapabilityList> &encoders);
+    QString recipeError(const Recipe &recipe) { return recipeError(recipe, readEncoders()); }
 
     CapabilityList validPixFmts() const { return pixFmtsIn(m_logs); }
     CapabilityList validVideoEncoders() const { return videoEncodersIn(m_logs); }

@@ -57,20 +57,20 @@ bool Recipe::keepsRgb() const
            format.startsWith(QLatin1String("gbr"));
 }
 
-QString lackOf(const QMap<QString, CapabilityList> &encoders, const Recipe &recipe)
+QString encoderError(const QMap<QString, CapabilityList> &encoders, const Recipe &recipe)
 {
     if (recipe.keepsRawFrames())
         return {};
-    const QString lack = QStringLiteral("ffmpeg has no encoder \"%1\"");
+    const QString error = QStringLiteral("ffmpeg has no encoder \"%1\"");
     if (!hasName(encoders.value(QStringLiteral("video_encoders")), recipe.videoEncoder()))
-        return lack.arg(recipe.videoEncoder());
+        return error.arg(recipe.videoEncoder());
     if (!recipe.sound.isEmpty() &&
         !hasName(encoders.value(QStringLiteral("audio_encoders")), recipe.soundEncoder()))
-        return lack.arg(recipe.soundEncoder());
+        return error.arg(recipe.soundEncoder());
     return {};
 }
 
-QString pixelFormatLack(const QStringList &supported, const Recipe &recipe)
+QString pixelFormatError(const QStringList &supported, const Recipe &recipe)
 {
     const QString format = recipe.pixelFormat();
     if (format.isEmpty() || supported.isEmpty() || supported.contains(format))

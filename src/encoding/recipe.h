@@ -41,11 +41,11 @@ struct Recipe
 };
 
 /// A recipe as its file has it, and why it can't be used: a sentence that begins with file and
-/// line. Of a recipe with a problem only id and path, and whatever else could be read, are known.
+/// line. Of a recipe with an error only id and path, and whatever else could be read, are known.
 struct RecipeFile
 {
     Recipe recipe;
-    QString problem; ///< empty: none
+    QString error; ///< empty: none
 };
 
 /// Reads a recipe's file, whatever it holds. Needs no ffmpeg. Any thread.
@@ -53,11 +53,11 @@ RecipeFile readRecipe(const QString &path);
 
 /// Which of the recipe's encoders ffmpeg lacks, going by the lists that FFmpegTask::readEncoders()
 /// answers: a sentence, or an empty string. Raw frames need none.
-QString lackOf(const QMap<QString, CapabilityList> &encoders, const Recipe &recipe);
+QString encoderError(const QMap<QString, CapabilityList> &encoders, const Recipe &recipe);
 
 /// Why the recipe's encoder doesn't take its pixel format, going by those that it takes, which
 /// aren't known where there are none: a sentence, or an empty string.
-QString pixelFormatLack(const QStringList &supported, const Recipe &recipe);
+QString pixelFormatError(const QStringList &supported, const Recipe &recipe);
 
 /// Beside the recording: clip.MLV gives clip.mov, with the suffix ".draft" clip.draft.mov, and the
 /// folder clip where raw frames are kept.

@@ -98,7 +98,7 @@ int developmentValues(const QString &option)
 
 } // namespace
 
-QString encodingProblem(const QStringList &words, QChar stream)
+QString encodingError(const QStringList &words, QChar stream)
 {
     for (qsizetype i = 0; i < words.size(); i += 2) {
         const QString &option = words.at(i);
@@ -120,7 +120,7 @@ QString encodingProblem(const QStringList &words, QChar stream)
     return {};
 }
 
-QString developmentProblem(const QStringList &words)
+QString developmentError(const QStringList &words)
 {
     static const QRegularExpression number(QStringLiteral("^\\d{1,6}(\\.\\d{1,6})?$"));
     for (qsizetype i = 0; i < words.size(); ++i) {

@@ -12,11 +12,11 @@ namespace filmwright {
 
 /// ffmpeg's arguments for one kind of stream, 'v' or 'a': options, each with its value, an encoder
 /// among them.
-QString encodingProblem(const QStringList &words, QChar stream);
+QString encodingError(const QStringList &words, QChar stream);
 
 /// dcraw's arguments in front of the usual ones: those that change no colours, which the movie is
 /// tagged with.
-QString developmentProblem(const QStringList &words);
+QString developmentError(const QStringList &words);
 
 /// The encoder that ffmpeg takes for streams of that kind; empty when the words name none.
 QString encoderIn(const QStringList &words, QChar stream);

@@ -19,9 +19,9 @@ namespace {
 constexpr qint64 mostBytes = 65536;
 
 /// What is wrong on a line; line 0: with the file.
-struct LineProblem
+struct LineError
 {
-    QString reason{};
+    QString text{};
     int line = 0;
 };
 
@@ -35,7 +35,7 @@ const QStringList &fields()
 }
 
 /// A value that QSettings takes as it stands: quotes stand around the whole of it or nowhere.
-QString quotingProblem(const QString &value)
+QString quotingError(const QString &value)
 {
     bool quoted = false;
     for (qsizetype i = 0; i < value.size(); ++i) {
@@ -63,7 +63,7 @@ QString quotingProblem(const QString &value)
 /// The lines of the fields, by their names.
 using FieldLines = QMap<QString, int>;
 
-QString fieldProblem(const QString &line, const FieldLines &lines)
+QString fieldError(const QString &line, const FieldLines &lines)
 {
     const qsizetype equals = line.indexOf(QLatin1Char('='));
     if (equals < 0)
@@ -78,10 +78,10 @@ QString fieldProblem(const QString &line, const FieldLines &lines)
     // QSettings would make a value of another type of it.
     if (value.startsWith(QLatin1Char('@')))
         return QStringLiteral("a value can't begin with @");
-    return quotingProblem(value);
+    return quotingError(value);
 }
 
-LineProblem problemOfLines(const QString &content, FieldLines &lines)
+LineError errorInLines(const QString &content, FieldLines &lines)
 {
     bool inSection = false;
     int number = 0;
@@ -100,11 +100,11 @@ LineProblem problemOfLines(const QString &content, FieldLines &lines)
         }
         if (!inSection)
             return {QStringLiteral("[Recipe] is missing above"), number};
-        if (const QString problem = fieldProblem(line, lines); !problem.isEmpty())
-            return {problem, number};
+        if (const QString error = fieldError(line, lines); !error.isEmpty())
+            return {error, number};
         lines.insert(line.section(QLatin1Char('='), 0, 0).trimmed(), number);
     }
-    return inSection ? LineProblem{} : LineProblem{QStringLiteral("[Recipe] is missing"), 0};
+    return inSection ? LineError{} : LineError{QStringLiteral("[Recipe] is missing"), 0};
 }
 
 /// QSettings makes a list of a value with commas.
@@ -121,7 +121,7 @@ bool hasControlCharacter(const QString &value)
                        [](QChar character) { return !character.isPrint(); });
 }
 
-QString extensionProblem(const QString &extension)
+QString extensionError(const QString &extension)
 {
     const QStringList known{QStringLiteral("mov"), QStringLiteral("mp4"), QStringLiteral("avi"),
                             QStringLiteral("dng")};
@@ -131,7 +131,7 @@ QString extensionProblem(const QString &extension)
         .arg(known.join(QStringLiteral(", ")), extension);
 }
 
-QString suffixProblem(const QString &suffix)
+QString suffixError(const QString &suffix)
 {
     constexpr qsizetype longest = 40;
     return suffix.contains(QLatin1Char('/')) || suffix.size() > longest
@@ -150,34 +150,34 @@ public:
     {
     }
 
-    LineProblem read(Recipe &recipe)
+    LineError read(Recipe &recipe)
     {
         recipe.name = take(QStringLiteral("Name"));
         recipe.description = take(QStringLiteral("Description"));
         recipe.extension = take(QStringLiteral("Extension"));
-        fail(QStringLiteral("Extension"), extensionProblem(recipe.extension));
+        fail(QStringLiteral("Extension"), extensionError(recipe.extension));
         if (recipe.keepsRawFrames()) {
             refuseOtherFields();
-            return m_problem;
+            return m_error;
         }
         recipe.suffix = take(QStringLiteral("Suffix"));
-        fail(QStringLiteral("Suffix"), suffixProblem(recipe.suffix));
+        fail(QStringLiteral("Suffix"), suffixError(recipe.suffix));
         recipe.develop = takeWords(QStringLiteral("Develop"));
-        fail(QStringLiteral("Develop"), developmentProblem(recipe.develop));
+        fail(QStringLiteral("Develop"), developmentError(recipe.develop));
         recipe.video = takeWords(QStringLiteral("Video"));
-        fail(QStringLiteral("Video"), encodingProblem(recipe.video, QLatin1Char('v')));
+        fail(QStringLiteral("Video"), encodingError(recipe.video, QLatin1Char('v')));
         recipe.sound = takeWords(QStringLiteral("Sound"));
         if (!recipe.sound.isEmpty())
-            fail(QStringLiteral("Sound"), encodingProblem(recipe.sound, QLatin1Char('a')));
+            fail(QStringLiteral("Sound"), encodingError(recipe.sound, QLatin1Char('a')));
         recipe.fastStart = takeSwitch(QStringLiteral("FastStart"));
-        return m_problem;
+        return m_error;
     }
 
 private:
-    void fail(const QString &field, const QString &reason)
+    void fail(const QString &field, const QString &error)
     {
-        if (m_problem.reason.isEmpty() && !reason.isEmpty())
-            m_problem = {reason, m_lines.value(field)};
+        if (m_error.text.isEmpty() && !error.isEmpty())
+            m_error = {error, m_lines.value(field)};
     }
 
     /// Raw frames are neither developed nor encoded.
@@ -215,11 +215,11 @@ private:
 
     const QSettings &m_settings;
     const FieldLines &m_lines;
-    LineProblem m_problem;
+    LineError m_error;
 };
 
-/// The file's text; a problem when it can't be one.
-LineProblem readContent(const QString &path, QString &content)
+/// The file's text; an error when it can't be one.
+LineError readContent(const QString &path, QString &content)
 {
     QFile file(path);
     if (!QFileInfo(path).isFile())
@@ -234,18 +234,18 @@ LineProblem readContent(const QString &path, QString &content)
     // QSettings takes a lone carriage return for the end of a line.
     const bool isText = !decoder.hasError() && !content.contains(QChar(0)) &&
                         !QString(content).remove(QLatin1String("\r\n")).contains(QLatin1Char('\r'));
-    return isText ? LineProblem{} : LineProblem{QStringLiteral("it is no text in UTF-8")};
+    return isText ? LineError{} : LineError{QStringLiteral("it is no text in UTF-8")};
 }
 
-LineProblem readFields(const QString &path, Recipe &recipe)
+LineError readFields(const QString &path, Recipe &recipe)
 {
     QString content;
-    LineProblem problem = readContent(path, content);
+    LineError error = readContent(path, content);
     FieldLines lines;
-    if (problem.reason.isEmpty())
-        problem = problemOfLines(content, lines);
-    if (!problem.reason.isEmpty())
-        return problem;
+    if (error.text.isEmpty())
+        error = errorInLines(content, lines);
+    if (!error.text.isEmpty())
+        return error;
     const QSettings settings(path, QSettings::IniFormat);
     if (settings.status() != QSettings::NoError)
         return {QStringLiteral("it is no INI file")};
@@ -259,14 +259,13 @@ RecipeFile readRecipe(const QString &path)
     RecipeFile file;
     file.recipe.path = path;
     file.recipe.id = QFileInfo(path).completeBaseName();
-    const LineProblem problem = readFields(path, file.recipe);
+    const LineError error = readFields(path, file.recipe);
     if (file.recipe.name.isEmpty())
         file.recipe.name = file.recipe.id;
-    if (problem.reason.isEmpty())
+    if (error.text.isEmpty())
         return file;
-    const QString place =
-        problem.line > 0 ? QStringLiteral("%1:%2").arg(path).arg(problem.line) : path;
-    file.problem = QStringLiteral("%1: %2").arg(place, problem.reason);
+    const QString place = error.line > 0 ? QStringLiteral("%1:%2").arg(path).arg(error.line) : path;
+    file.error = QStringLiteral("%1: %2").arg(place, error.text);
     return file;
 }
 

@@ -58,8 +58,8 @@ RecipeFile findRecipe(const QString &nameOrFile)
         return readRecipe(files.value(nameOrFile));
     RecipeFile missing;
     missing.recipe.id = nameOrFile;
-    missing.problem = QStringLiteral("there is no recipe \"%1\"; there are %2")
-                          .arg(nameOrFile, QStringList(files.keys()).join(QStringLiteral(", ")));
+    missing.error = QStringLiteral("there is no recipe \"%1\"; there are %2")
+                        .arg(nameOrFile, QStringList(files.keys()).join(QStringLiteral(", ")));
     return missing;
 }
 

@@ -10,7 +10,7 @@ namespace filmwright {
 /// name the first counts.
 QStringList recipeFolders();
 
-/// Every recipe that is found, those with problems too, in the order of their ids.
+/// Every recipe that is found, those with errors too, in the order of their ids.
 QList<RecipeFile> foundRecipes();
 
 /// The recipe of that id, or the one in that file: a name with a slash or with the extension

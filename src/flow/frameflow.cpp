@@ -116,7 +116,7 @@ void FrameFlow::readOn()
 {
     const quint64 count = std::min(framesOfRange(m_plan.room), m_frames - m_read);
     if (m_step != Step::Waiting || count == 0 || m_between + count > m_plan.room ||
-        !m_problem.isEmpty())
+        !m_error.isEmpty())
         return;
     m_step = Step::Extracting;
     m_range.clear();
@@ -150,7 +150,7 @@ void FrameFlow::sendConverted()
     while (!m_order.empty() && m_converted.remove(m_order.front())) {
         const QString path = std::move(m_order.front());
         m_order.pop_front();
-        if (!m_problem.isEmpty() || (!m_pipe && !openPipe(path)))
+        if (!m_error.isEmpty() || (!m_pipe && !openPipe(path)))
             return;
         m_pipe->write(path);
         if (m_order.empty() && m_step == Step::Waiting && m_read == m_frames)
@@ -198,11 +198,11 @@ bool FrameFlow::lacksBlender() const
     return (m_step == Step::SurveyingRows || m_step == Step::Blending) && !m_blender.isRunning();
 }
 
-void FrameFlow::give(const QString &problem)
+void FrameFlow::give(const QString &error)
 {
-    if (!m_problem.isEmpty())
+    if (!m_error.isEmpty())
         return;
-    m_problem = problem;
+    m_error = error;
     Q_EMIT stuck();
 }
 

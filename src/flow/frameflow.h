@@ -55,7 +55,7 @@ public:
     /// Frames of the whole flow; 0 until they are surveyed.
     quint64 frames() const { return m_frames; }
     /// Why it can't go on, a sentence; empty while it can.
-    QString problem() const { return m_problem; }
+    QString error() const { return m_error; }
     /// Whether it waits for a tool that doesn't run: one that ended without its last word.
     bool lacksReader() const;
     bool lacksBlender() const;
@@ -70,7 +70,7 @@ Q_SIGNALS:
     /// The first frame is there; the encoder is to be started with readEnd() as its standard input
     /// before this returns.
     void encoderWanted(const filmwright::RawVideo &video);
-    /// problem() has something to tell.
+    /// error() has something to tell.
     void stuck();
 
 private:
@@ -81,8 +81,8 @@ private:
     void readOn();
     void develop();
     void sendConverted();
-    bool openPipe(const QString &dngPath);
-    void give(const QString &problem);
+    [[nodiscard]] bool openPipe(const QString &dngPath);
+    void give(const QString &error);
 
     QString inFolder(const QString &name) const;
     QString survey() const { return inFolder(QStringLiteral("frames.survey")); }
@@ -101,7 +101,7 @@ private:
     QSet<QString> m_converted;   ///< those of them that are developed
     std::unique_ptr<FramePipe> m_pipe;
     QTimer m_readerOfPipe; ///< has closed its end and is expected to end itself
-    QString m_problem;
+    QString m_error;
 };
 
 } // namespace filmwright

@@ -47,7 +47,7 @@ Q_SIGNALS:
     /// A frame doesn't take any room any more, in the order of the frames.
     void taken();
     /// A frame can't be used: a sentence. Nothing more is written.
-    void failed(const QString &problem);
+    void failed(const QString &error);
     /// The reader has closed its end before everything was written. Nothing more is written.
     void closedByReader();
 

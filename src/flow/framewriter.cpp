@@ -123,10 +123,10 @@ void FrameWriter::closeEnd()
 }
 
 /// The end stays open: a reader that saw it closed would take what it has for everything.
-void FrameWriter::fail(const QString &problem)
+void FrameWriter::fail(const QString &error)
 {
     m_cancelled = true;
-    Q_EMIT failed(problem);
+    Q_EMIT failed(error);
 }
 
 } // namespace filmwright

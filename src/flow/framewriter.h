@@ -28,15 +28,15 @@ public:
 
 Q_SIGNALS:
     void taken();
-    void failed(const QString &problem);
+    void failed(const QString &error);
     void closedByReader();
 
 private:
     TiffBitmap nextPicture(const QString &tiff);
-    bool writeAll(const QByteArray &bytes);
-    bool waitUntilWritable();
+    [[nodiscard]] bool writeAll(const QByteArray &bytes);
+    [[nodiscard]] bool waitUntilWritable();
     void closeEnd();
-    void fail(const QString &problem);
+    void fail(const QString &error);
 
     int m_writeEnd;
     int m_cancelEvent; ///< readable once the work is cancelled

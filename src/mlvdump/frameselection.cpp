@@ -13,7 +13,7 @@ quint64 FrameSelection::countOf(quint64 frames) const
     return end < first ? 0 : end - first + 1;
 }
 
-QString FrameSelection::problem(quint64 frames) const
+QString FrameSelection::error(quint64 frames) const
 {
     if (std::max(first, last) <= frames)
         return {};

@@ -20,7 +20,7 @@ struct FrameSelection
     /// How many of so many frames they are.
     quint64 countOf(quint64 frames) const;
     /// Why a recording of so many frames doesn't hold them, a sentence; empty when it does.
-    QString problem(quint64 frames) const;
+    QString error(quint64 frames) const;
 
     /// "10-20", "10-", "-20", "10-10"; empty for all.
     QString text() const;

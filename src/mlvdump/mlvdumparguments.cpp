@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlvdump/mlvdumparguments.h"
 
+#include "runner/workingfiles.h"
+
 #include <stdexcept>
 
 namespace filmwright {
@@ -26,7 +28,7 @@ QStringList frameArguments(const QString &mlvPath, qint64 index, const QString &
     arguments << more;
     if (!selection.isWhole())
         arguments << QStringLiteral("--renumber");
-    arguments << QStringLiteral("-o") << directory + QStringLiteral("tmp");
+    arguments << QStringLiteral("-o") << directory + extractedStem;
     return arguments;
 }
 
@@ -43,7 +45,7 @@ QStringList flatDarkSubstractionArguments(const QString &directory)
 
 QString frameName(quint64 number)
 {
-    return QStringLiteral("tmp%1.dng").arg(number, 6, 10, QLatin1Char('0'));
+    return QStringLiteral("%1%2.dng").arg(extractedStem).arg(number, 6, 10, QLatin1Char('0'));
 }
 
 } // namespace filmwright

@@ -84,7 +84,7 @@ void MlvDumpTask::beginRun(MlvDumpMode mode)
     m_closesGaps = false;
     m_log.clear();
     m_error = QString();
-    m_unusableReason.clear();
+    m_unusableError.clear();
 }
 
 void MlvDumpTask::extractMeta()
@@ -225,7 +225,7 @@ void MlvDumpTask::receivedLine(const QString &line, TaskWrapper &)
 {
     m_log << line;
     takeSentence(line);
-    takeUnusableReason(line);
+    takeUnusableError(line);
     if (line.contains(QLatin1String("[ERROR]")))
         handleErrorLine(line);
     if (line.contains(QLatin1String("Done")))
@@ -242,11 +242,11 @@ void MlvDumpTask::takeSentence(const QString &line)
         m_notes << sentence;
 }
 
-void MlvDumpTask::takeUnusableReason(const QString &line)
+void MlvDumpTask::takeUnusableError(const QString &line)
 {
     const QLatin1String mark("[UNUSABLE]");
     if (const qsizetype at = line.indexOf(mark); at >= 0)
-        m_unusableReason = line.sliced(at + mark.size()).trimmed();
+        m_unusableError = line.sliced(at + mark.size()).trimmed();
 }
 
 void MlvDumpTask::handleErrorLine(const QString &line)
@@ -264,7 +264,7 @@ void MlvDumpTask::handleEndOfWork()
     switch (m_processMode) {
     case MlvDumpModeMeta:
         // The report of a recording that can't be used may end anywhere.
-        if (m_unusableReason.isEmpty())
+        if (m_unusableError.isEmpty())
             readReport(m_log, m_metadata);
         m_processMode = MlvDumpModeNone;
         tell(&MlvDumpTaskProtocol::metaExtractionFinished);

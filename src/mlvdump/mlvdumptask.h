@@ -68,7 +68,7 @@ public:
 
     /// Why the recording of the current run can't be used, a sentence; empty when it can. Such a
     /// report finishes with no frames and no values, such a frame run doesn't finish.
-    QString unusableReason() const { return m_unusableReason; }
+    QString unusableError() const { return m_unusableError; }
 
     /// What the report said; each value has a getter of its own, too.
     const MlvMetadata &metadata() const { return m_metadata; }
@@ -152,7 +152,7 @@ private:
     bool allFramesExist(const QString &directory) const;
     void checkForSkippedFrame();
     void takeSentence(const QString &line);
-    void takeUnusableReason(const QString &line);
+    void takeUnusableError(const QString &line);
     void handleErrorLine(const QString &line);
     void handleEndOfWork();
     quint64 processedFrames() const;
@@ -175,7 +175,7 @@ private:
     bool m_surveys = false;    ///< the current run makes a survey
     bool m_closesGaps = false; ///< the current run extracts all frames of the working folder
     QString m_error;
-    QString m_unusableReason;
+    QString m_unusableError;
     QStringList m_warnings;
     QStringList m_notes;
     QTimer m_pendingReport;

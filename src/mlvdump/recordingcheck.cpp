@@ -7,9 +7,9 @@
 
 namespace filmwright {
 
-QStringList CheckResult::problems() const
+QStringList CheckResult::errors() const
 {
-    return (reason.isEmpty() ? QStringList() : QStringList{reason}) + losses;
+    return (error.isEmpty() ? QStringList() : QStringList{error}) + losses;
 }
 
 RecordingCheck::RecordingCheck()
@@ -48,8 +48,8 @@ void RecordingCheck::receivedLine(const QString &line, TaskWrapper &)
         m_result.losses << loss;
     else if (const QString remark = behind("[WARNING] ") + behind("[NOTE] "); !remark.isEmpty())
         m_result.remarks << remark;
-    else if (const QString reason = behind("[UNUSABLE] ") + behind("[ERROR] "); !reason.isEmpty())
-        m_result.reason = reason;
+    else if (const QString error = behind("[UNUSABLE] ") + behind("[ERROR] "); !error.isEmpty())
+        m_result.error = error;
     else if (line == QLatin1String("Done"))
         m_isComplete = true;
     static const QRegularExpression counts(
@@ -72,9 +72,9 @@ void RecordingCheck::taskWrapperTerminated()
 
 void RecordingCheck::finish()
 {
-    if (!m_isComplete && m_result.reason.isEmpty())
-        m_result.reason = QStringLiteral("mlv_dump ended before it had read the recording");
-    if (!m_result.reason.isEmpty())
+    if (!m_isComplete && m_result.error.isEmpty())
+        m_result.error = QStringLiteral("mlv_dump ended before it had read the recording");
+    if (!m_result.error.isEmpty())
         m_result.verdict = CheckResult::Unusable;
     else
         m_result.verdict = m_result.losses.isEmpty() ? CheckResult::Whole : CheckResult::Lossy;

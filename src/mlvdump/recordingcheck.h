@@ -17,12 +17,12 @@ struct CheckResult
     quint64 frames = 0;  ///< those that are there
     QStringList losses;  ///< sentences
     QStringList remarks; ///< what a person should know, although nothing is lost: sentences
-    QString reason;      ///< why it can't be read; empty when it can
+    QString error;       ///< why it can't be read; empty when it can
 
     /// Why it can't be read, and what is lost.
-    QStringList problems() const;
+    QStringList errors() const;
     /// Everything that was found, the worst first.
-    QStringList sentences() const { return problems() + remarks; }
+    QStringList sentences() const { return errors() + remarks; }
 };
 
 /// Runs mlv_dump to find out what is wrong with a recording, without writing anything. One run at a

@@ -107,7 +107,7 @@ void FrameDeveloper::callEnded()
     const bool mattersHow = m_calls.front().tool != dcrawName;
     m_calls.pop_front();
     if (mattersHow && !m_tool.hasSucceeded())
-        end({{}, {}, m_tool.reason()});
+        end({{}, {}, m_tool.error()});
     else
         next();
 }
@@ -124,8 +124,8 @@ void FrameDeveloper::frameRead()
     if (m_reading.future().resultCount() == 0)
         return; // stopped meanwhile
     const DevelopedFrame frame = m_reading.result();
-    const bool isTold = !frame.image.isNull() || !frame.reason.isEmpty();
-    end(isTold ? frame : DevelopedFrame{{}, {}, m_tool.reason()});
+    const bool isTold = !frame.image.isNull() || !frame.error.isEmpty();
+    end(isTold ? frame : DevelopedFrame{{}, {}, m_tool.error()});
 }
 
 void FrameDeveloper::stop()

@@ -15,9 +15,9 @@ namespace filmwright {
 /// A frame that has been developed, or why it could not be.
 struct DevelopedFrame
 {
-    QImage image;        ///< 8 bits a sample, Format_RGB32; null with a reason
+    QImage image;        ///< 8 bits a sample, Format_RGB32; null with an error
     Histogram histogram; ///< of all bits that were developed
-    QString reason{};    ///< a sentence; empty: none
+    QString error{};     ///< a sentence; empty: none
 };
 
 /// Develops one frame at a time by the tools that make the movie, called as for the movie: the

@@ -93,7 +93,7 @@ void FramePreview::begin(const FrameRequest &request, bool isPicture)
     m_isPicture = isPicture;
     const QString folder = newFolder(QStringLiteral("frame"));
     if (folder.isEmpty())
-        ended({{}, {}, m_folder->problem()});
+        ended({{}, {}, m_folder->error()});
     else
         m_developer.develop(request, folder, m_surveys.value(surveyOf(request)));
 }
@@ -104,18 +104,18 @@ void FramePreview::beginSurvey(const FrameRequest &request)
     m_survey = surveyOf(request);
     const QString folder = newFolder(QStringLiteral("survey%1").arg(m_surveys.size()));
     if (folder.isEmpty())
-        surveyEnded(m_folder->problem());
+        surveyEnded(m_folder->error());
     else
         m_surveyor.survey(request, folder);
 }
 
-void FramePreview::surveyEnded(const QString &reason)
+void FramePreview::surveyEnded(const QString &error)
 {
-    if (reason.isEmpty()) {
+    if (error.isEmpty()) {
         m_surveys.insert(m_survey, folderOf(QStringLiteral("survey%1").arg(m_surveys.size())));
     } else if (m_wanted) {
         const FrameRequest request = *std::exchange(m_wanted, std::nullopt);
-        Q_EMIT shown(request, {{}, {}, reason});
+        Q_EMIT shown(request, {{}, {}, error});
     }
     next();
 }
@@ -157,10 +157,10 @@ void FramePreview::keep(const FrameRequest &request, const DevelopedFrame &frame
 {
     FrameRequest exact = request;
     exact.quality = FrameRequest::AsInMovie;
-    const bool isLast = request.quality == FrameRequest::AsInMovie || !frame.reason.isEmpty();
+    const bool isLast = request.quality == FrameRequest::AsInMovie || !frame.error.isEmpty();
     if (isLast && m_wanted && identityOf(*m_wanted) == identityOf(exact))
         m_wanted.reset();
-    if (frame.reason.isEmpty())
+    if (frame.error.isEmpty())
         m_kept.insert(identityOf(request), new DevelopedFrame(frame),
                       frame.image.sizeInBytes() / 1024);
 }

@@ -52,7 +52,7 @@ private:
     bool showKept();
     void begin(const FrameRequest &request, bool isPicture);
     void beginSurvey(const FrameRequest &request);
-    void surveyEnded(const QString &reason);
+    void surveyEnded(const QString &error);
     QString folderOf(const QString &name) const;
     QString newFolder(const QString &name);
     void ended(const DevelopedFrame &frame);

@@ -29,10 +29,10 @@ PreviewFolder::PreviewFolder()
     : m_folder(newFolder())
 {
     if (m_folder.isValid())
-        m_lock.take(m_folder.path());
+        static_cast<void>(m_lock.take(m_folder.path())); // a new folder is nobody else's
 }
 
-QString PreviewFolder::problem() const
+QString PreviewFolder::error() const
 {
     return m_folder.isValid()
                ? QString()

@@ -18,7 +18,7 @@ public:
     bool isValid() const { return m_folder.isValid(); }
     QString path() const { return m_folder.path(); }
     /// Why it could not be made; empty when it could.
-    QString problem() const;
+    QString error() const;
 
 private:
     DirectoryLock m_lock; // beside the folder, so that it goes after it

@@ -4,6 +4,7 @@
 #include "mlvdump/mlvdumparguments.h"
 #include "runner/files.h"
 #include "runner/resources.h"
+#include "runner/workingfiles.h"
 
 #include <QFile>
 
@@ -66,7 +67,7 @@ void Surveyor::callEnded()
         return; // stopped meanwhile
     m_calls.pop_front();
     if (!m_tool.hasSucceeded()) {
-        end(m_tool.reason());
+        end(m_tool.error());
         return;
     }
     const QStringList frames = folderEntries(m_folder).filter(QStringLiteral(".dng"));
@@ -75,7 +76,7 @@ void Surveyor::callEnded()
         m_tool.begin(m_calls.front());
         return;
     }
-    for (const QString &name : frames + QStringList{QStringLiteral("tmp.wav")})
+    for (const QString &name : frames + QStringList{extractedSound})
         QFile::remove(m_folder + name);
     end({});
 }
@@ -87,11 +88,11 @@ void Surveyor::stop()
     m_isBusy = false;
 }
 
-void Surveyor::end(const QString &reason)
+void Surveyor::end(const QString &error)
 {
     m_calls.clear();
     m_isBusy = false;
-    Q_EMIT ended(reason);
+    Q_EMIT ended(error);
 }
 
 } // namespace filmwright

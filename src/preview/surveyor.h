@@ -31,13 +31,13 @@ public:
     bool isBusy() const { return m_isBusy; }
 
 Q_SIGNALS:
-    /// With the reason why there is no survey, a sentence; empty: it is there. It isn't busy any
-    /// more.
-    void ended(const QString &reason);
+    /// With the error for which there is no survey, a sentence; empty: it is there. It isn't busy
+    /// any more.
+    void ended(const QString &error);
 
 private:
     void callEnded();
-    void end(const QString &reason);
+    void end(const QString &error);
 
     ToolRun m_tool;
     std::deque<ToolCall> m_calls; // the one that runs is in front

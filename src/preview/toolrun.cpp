@@ -20,7 +20,7 @@ ToolRun::~ToolRun()
 void ToolRun::begin(const ToolCall &call)
 {
     m_tool = call.tool;
-    m_reason.clear();
+    m_error.clear();
     setLaunchPath(resourcePath(call.tool));
     setArguments(call.arguments);
     setCurrentDirectoryPath(call.folder);
@@ -34,15 +34,15 @@ void ToolRun::receivedLine(const QString &line, TaskWrapper &)
 {
     for (const QLatin1String mark : {QLatin1String("[UNUSABLE] "), QLatin1String("[ERROR] ")})
         if (line.startsWith(mark))
-            m_reason = line.sliced(mark.size());
+            m_error = line.sliced(mark.size());
 }
 
-QString ToolRun::reason() const
+QString ToolRun::error() const
 {
     if (!m_launched)
         return QStringLiteral("%1 could not be started").arg(m_tool);
-    if (!m_reason.isEmpty())
-        return m_reason;
+    if (!m_error.isEmpty())
+        return m_error;
     const QString said = QString::fromUtf8(lastOutput()).trimmed();
     const QString last = said.section(QLatin1Char('\n'), -1).trimmed();
     return last.isEmpty() ? QStringLiteral("%1 failed without a word").arg(m_tool)

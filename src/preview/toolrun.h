@@ -27,8 +27,8 @@ public:
 
     /// Whether the tool of the last call ended with status 0.
     bool hasSucceeded() const { return m_launched && terminationStatus() == 0; }
-    /// What the tool gave as its reason for failing, else the last that it said; a sentence.
-    QString reason() const;
+    /// The error that the tool told, else the last that it said; a sentence.
+    QString error() const;
 
     void receivedLine(const QString &line, TaskWrapper &taskWrapper) override;
     void aborted() override {}
@@ -41,7 +41,7 @@ protected:
 
 private:
     QString m_tool;
-    QString m_reason;
+    QString m_error;
     bool m_launched = false;
 };
 

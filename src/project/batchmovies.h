@@ -13,9 +13,9 @@ class BatchMovies
 public:
     /// Notes the movie of a recording whose turn has come. Returns why the recording isn't even
     /// tried, or an empty string.
-    QString claim(const QString &recording, const ConversionSettings &settings);
+    [[nodiscard]] QString claim(const QString &recording, const ConversionSettings &settings);
     /// The same when its path is only known after the reading.
-    QString claimMovie(const QString &movie);
+    [[nodiscard]] QString claimMovie(const QString &movie);
 
 private:
     QSet<QString> m_movies;

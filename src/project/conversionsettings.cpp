@@ -5,19 +5,9 @@
 #include "project/mlvprojectcontroller.h"
 #include "runner/temporarydirectory.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 namespace filmwright {
-
-namespace {
-
-QString inTemporaryDirectory(QLatin1String name)
-{
-    return QDir(temporaryDirectory()).filePath(name);
-}
-
-} // namespace
 
 QString CalibrationChoice::darkAverage() const
 {
@@ -37,14 +27,10 @@ bool CalibrationChoice::isReady() const
            (flat.isEmpty() || QFileInfo::exists(flatAverage()));
 }
 
-MovieKind ConversionSettings::movieKind() const
-{
-    return recipe && recipe->keepsRawFrames() ? MovieKind::Folder : MovieKind::File;
-}
-
 bool ConversionSettings::flows() const
 {
-    return recipe && movieKind() == MovieKind::File && frameBuffer > 0 && !keepsFinishedWork;
+    return recipe && movieKindOf(recipe) == MovieKind::File && frameBuffer > 0 &&
+           !keepsFinishedWork;
 }
 
 bool ConversionSettings::isUsualDevelopment() const
@@ -53,9 +39,9 @@ bool ConversionSettings::isUsualDevelopment() const
            lut.isEmpty();
 }
 
-QString contradictionIn(const ConversionSettings &settings)
+QString settingsError(const ConversionSettings &settings)
 {
-    if (settings.movieKind() == MovieKind::Folder && settings.mergesNeighbours) {
+    if (movieKindOf(settings.recipe) == MovieKind::Folder && settings.mergesNeighbours) {
         return QStringLiteral("the recipe %1 keeps the frames raw, and only developed "
                               "neighbours can be merged")
             .arg(settings.recipe->id);

@@ -55,7 +55,6 @@ struct ConversionSettings
     bool keepsFinishedWork = false;   ///< the working folder of a movie that is written
     bool keepsUnfinishedWork = false; ///< that of a recording without its movie, for the next run
 
-    MovieKind movieKind() const;
     /// Whether frames go through all stages at the same time, as those of a recipe's movie do. Such
     /// work can't be taken up again, and leaves no frames behind.
     bool flows() const;
@@ -64,7 +63,7 @@ struct ConversionSettings
 };
 
 /// Which two choices don't go together, a sentence; empty when all do.
-QString contradictionIn(const ConversionSettings &settings);
+QString settingsError(const ConversionSettings &settings);
 
 /// Hands a project all of the settings that are its own.
 void configure(MLVProjectController &project, const ConversionSettings &settings);

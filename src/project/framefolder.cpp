@@ -3,6 +3,8 @@
 
 #include "conversion/tiffbitmap.h"
 #include "runner/files.h"
+#include "runner/wholefiles.h"
+#include "runner/workingfiles.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,22 +13,12 @@
 #include <QtEndian>
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace filmwright {
 
 namespace {
-
-const QString extractedName = QStringLiteral("tmp");
-
-QString lastError()
-{
-    return qt_error_string(errno);
-}
 
 QString nameOf(const QString &movie)
 {
@@ -47,7 +39,7 @@ QRegularExpression unfinishedNames(const QString &movie)
     return QRegularExpression(QRegularExpression::anchoredPattern(
         QStringLiteral(
             "((%1_|%2)[0-9]{6,}\\.dng(\\.part|\\.[A-Za-z0-9]{6})?|(%1|%2)\\.wav(\\.part)?)")
-            .arg(QRegularExpression::escape(nameOf(movie)), extractedName)));
+            .arg(QRegularExpression::escape(nameOf(movie)), extractedStem)));
 }
 
 /// mlv_dump tells in the head of each file that it wrote it.
@@ -61,7 +53,7 @@ bool isOurs(const QFileInfo &file)
 
 /// Why the movie's place can't be taken; empty when nothing is there, or a folder with nothing but
 /// frames and sound of ours.
-QString placeProblem(const QString &movie)
+QString placeError(const QString &movie)
 {
     const QFileInfo place(movie);
     if (place.isSymLink() || (place.exists() && !place.isDir()))
@@ -81,7 +73,7 @@ QString placeProblem(const QString &movie)
 }
 
 /// The names that are made of the movie's have to fit, too.
-QString nameProblem(const QString &movie)
+QString nameError(const QString &movie)
 {
     const QString name = nameOf(movie);
     if (name.isEmpty() || name == QLatin1String(".") || name == QLatin1String(".."))
@@ -116,29 +108,16 @@ QString frameName(const QString &movie, qsizetype number)
 /// From mlv_dump's names to the movie's, in which frames are counted from 0 on.
 bool nameFiles(const QString &movie)
 {
-    static const QRegularExpression frame(QStringLiteral("^tmp[0-9]{6,}\\.dng$"));
+    static const QRegularExpression frame(QStringLiteral("^%1[0-9]{6,}\\.dng$").arg(extractedStem));
     const QDir folder(unfinishedFolder(movie));
     const QStringList entries = folderEntries(folder.path());
     qsizetype number = 0;
     for (const QString &entry : entries.filter(frame))
         if (!rename(folder.filePath(entry), folder.filePath(frameName(movie, number++))))
             return false;
-    const QString sound = extractedName + QStringLiteral(".wav");
-    return !entries.contains(sound) ||
-           rename(folder.filePath(sound), folder.filePath(nameOf(movie) + QStringLiteral(".wav")));
-}
-
-/// All at once: a call for each of thousands of files takes much longer.
-bool syncDiskOf(const QString &folder)
-{
-    const int descriptor = open(QFile::encodeName(folder).constData(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-        return false;
-    const bool synced = syncfs(descriptor) == 0;
-    const int error = errno;
-    close(descriptor);
-    errno = error;
-    return synced;
+    return !entries.contains(extractedSound) ||
+           rename(folder.filePath(extractedSound),
+                  folder.filePath(nameOf(movie) + QStringLiteral(".wav")));
 }
 
 /// Its head tells how long it is.
@@ -162,11 +141,11 @@ QString unfinishedFolder(const QString &movie)
 
 QString makeUnfinishedFolder(const QString &movie)
 {
-    QString problem = nameProblem(movie);
-    if (problem.isEmpty())
-        problem = placeProblem(movie);
-    if (!problem.isEmpty())
-        return problem;
+    QString error = nameError(movie);
+    if (error.isEmpty())
+        error = placeError(movie);
+    if (!error.isEmpty())
+        return error;
     removeUnfinishedFolder(movie);
     const QString folder = QDir::cleanPath(unfinishedFolder(movie));
     if (QDir().mkdir(folder))
@@ -185,16 +164,17 @@ void removeUnfinishedFolder(const QString &movie)
 QString finishFrameFolder(const QString &movie)
 {
     // Meanwhile somebody may have put something there.
-    QString problem = placeProblem(movie);
-    if (!problem.isEmpty())
-        return problem;
+    QString error = placeError(movie);
+    if (!error.isEmpty())
+        return error;
     const QString folder = unfinishedFolder(movie);
     if (!nameFiles(movie) || !syncDiskOf(folder))
-        return QStringLiteral("its frames could not be brought to the disk: %1").arg(lastError());
+        return QStringLiteral("its frames could not be brought to the disk: %1")
+            .arg(qt_error_string());
     removeFiles(movie, finishedNames(movie));
     if (!rename(QDir::cleanPath(folder), movie))
         return QStringLiteral("its folder of frames can't be put to %1: %2")
-            .arg(movie, lastError());
+            .arg(movie, qt_error_string());
     return {};
 }
 

@@ -21,7 +21,7 @@ QString unfinishedFolder(const QString &movie);
 
 /// Makes the unfinished folder, empty: what a run that died has left there is removed. Returns why
 /// it can't be made, or why the movie couldn't be put in its place; empty when it is there.
-QString makeUnfinishedFolder(const QString &movie);
+[[nodiscard]] QString makeUnfinishedFolder(const QString &movie);
 
 /// Removes the unfinished folder with what was written.
 void removeUnfinishedFolder(const QString &movie);
@@ -29,7 +29,7 @@ void removeUnfinishedFolder(const QString &movie);
 /// Names the frames and the sound of the unfinished folder after the movie, brings all to the disk
 /// and puts the folder in the movie's place, where an older one is removed. Returns why that
 /// failed, or an empty string. Slow: a disk may be busy with the frames for seconds.
-QString finishFrameFolder(const QString &movie);
+[[nodiscard]] QString finishFrameFolder(const QString &movie);
 
 /// How many frames and sounds a finished folder has, going by their names.
 qsizetype filesOfFolder(const QString &movie);

@@ -13,7 +13,7 @@ namespace filmwright {
 
 namespace {
 
-QString formatProblem(const QSize &size, qint32 format)
+QString formatError(const QSize &size, qint32 format)
 {
     if (format == MovieFormatAVI || (size.width() % 2 == 0 && size.height() % 2 == 0))
         return {};
@@ -23,7 +23,7 @@ QString formatProblem(const QSize &size, qint32 format)
 }
 
 /// Formats with fewer samples of colour than of luma share one among two columns, or two rows, too.
-QString recipeProblem(const QSize &size, const Recipe &recipe)
+QString recipeError(const QSize &size, const Recipe &recipe)
 {
     const QString format = recipe.pixelFormat();
     const bool shareRows = format.contains(QLatin1String("420"));
@@ -73,11 +73,11 @@ QSize developedSize(const MlvMetadata &metadata)
     return size;
 }
 
-QString sizeProblem(const QSize &size, qint32 format, const std::optional<Recipe> &recipe)
+QString sizeError(const QSize &size, qint32 format, const std::optional<Recipe> &recipe)
 {
     if (size.isEmpty())
         return {};
-    return recipe ? recipeProblem(size, *recipe) : formatProblem(size, format);
+    return recipe ? recipeError(size, *recipe) : formatError(size, format);
 }
 
 } // namespace filmwright

@@ -23,6 +23,6 @@ QSize developedSize(const MlvMetadata &metadata);
 
 /// Why frames of that size can't become a movie by that recipe, or of that format (a MovieFormat)
 /// where there is none, with what would help; empty when they can, or when the size isn't known.
-QString sizeProblem(const QSize &size, qint32 format, const std::optional<Recipe> &recipe = {});
+QString sizeError(const QSize &size, qint32 format, const std::optional<Recipe> &recipe = {});
 
 } // namespace filmwright

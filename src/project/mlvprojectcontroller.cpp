@@ -10,12 +10,12 @@
 #include "project/spacecheck.h"
 #include "runner/files.h"
 #include "runner/resources.h"
+#include "runner/wholefiles.h"
 #include "sluice/slunitprocessmanager.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <chrono>
@@ -65,16 +65,16 @@ std::unique_ptr<MLVProjectController> MLVProjectController::projectWithMLVFile(c
 }
 
 MLVProjectController::MLVProjectController()
-    : m_mlvDumptask(MlvDumpTask::mlvDumpTask())
-    , m_cr2hdrTask(CR2HDRTask::cr2hdrTask())
-    , m_ffmpegTask(FFmpegTask::ffmpegTask())
+    : m_mlvDumptask(MlvDumpTask::mlvDumpTask().release())
+    , m_cr2hdrTask(CR2HDRTask::cr2hdrTask().release())
+    , m_ffmpegTask(FFmpegTask::ffmpegTask().release())
 {
     createConversionUnits(1);
     m_afterLastFrame.setSingleShot(true);
     m_afterLastFrame.setInterval(pauseAfterLastFrame);
     connect(&m_afterLastFrame, &QTimer::timeout, this, [this] {
         if (m_dualISO)
-            launchHDRExtraction(extractionDirectory());
+            launchHDRExtraction();
         else
             launchMovieExtraction();
     });
@@ -87,13 +87,9 @@ MLVProjectController::~MLVProjectController()
 {
     if (m_flow && m_ffmpegTask->isRunning())
         m_ffmpegTask->abort(); // it would make a movie of the frames that it has
-    // The tasks may be in the middle of a call to this object.
     m_ffmpegTask->setDelegate(nullptr);
-    m_ffmpegTask.release()->deleteLater();
     m_cr2hdrTask->setDelegate(nullptr);
-    m_cr2hdrTask.release()->deleteLater();
     m_mlvDumptask->setDelegate(nullptr);
-    m_mlvDumptask.release()->deleteLater();
     for (const auto &unit : m_dcRawProcesses)
         unit->outputForKey(QStringLiteral("Image"))->setTarget(nullptr);
     m_dcRawPorcessManager->stop();
@@ -137,7 +133,7 @@ QString MLVProjectController::moviePath() const
 
 MovieKind MLVProjectController::movieKind() const
 {
-    return m_recipe && m_recipe->keepsRawFrames() ? MovieKind::Folder : MovieKind::File;
+    return movieKindOf(m_recipe);
 }
 
 QString MLVProjectController::extractionDirectory() const
@@ -192,8 +188,7 @@ void MLVProjectController::replaceMlvDumpTask()
 {
     m_mlvDumptask->stop(false);
     m_mlvDumptask->setDelegate(nullptr);
-    m_mlvDumptask.release()->deleteLater();
-    m_mlvDumptask = MlvDumpTask::mlvDumpTask();
+    m_mlvDumptask.reset(MlvDumpTask::mlvDumpTask().release());
     m_mlvDumptask->setMlvPath(m_mlvPath);
     m_mlvDumptask->setCorrections(m_corrections);
     m_mlvDumptask->setFrameSelection(m_frames);
@@ -263,12 +258,12 @@ void MLVProjectController::launchDNGExtraction()
     m_mlvDumptask->setDarkPath(m_darkPath);
     m_mlvDumptask->setFlatPath(m_flatPath);
     m_movieMark.reset(); // of an earlier run; nobody writes that movie any more
-    m_movieHindrance = clearUnfinishedMovies();
+    m_movieError = clearUnfinishedMovies();
     const bool keepsRaw = movieKind() == MovieKind::Folder;
     m_mlvDumptask->setClipFolder(keepsRaw ? extractionDirectory() : QString());
-    if (m_movieHindrance.isEmpty() && keepsRaw)
-        m_movieHindrance = beginFrameFolder();
-    if (m_movieHindrance.isEmpty()) {
+    if (m_movieError.isEmpty() && keepsRaw)
+        m_movieError = beginFrameFolder();
+    if (m_movieError.isEmpty()) {
         if (flows())
             launchFlow();
         else
@@ -323,15 +318,15 @@ void MLVProjectController::endFlow()
 QString MLVProjectController::beginFrameFolder()
 {
     m_movieMark = std::make_shared<MovieMark>(moviePath());
-    QString problem = m_movieMark->set();
-    if (!problem.isEmpty())
-        return problem;
-    problem = makeUnfinishedFolder(moviePath());
-    if (problem.isEmpty())
+    QString error = m_movieMark->set();
+    if (!error.isEmpty())
+        return error;
+    error = makeUnfinishedFolder(moviePath());
+    if (error.isEmpty())
         m_writesFrameFolder = true;
     else
         m_movieMark->remove();
-    return problem;
+    return error;
 }
 
 QStringList MLVProjectController::toolNames(bool blendsAlternatingRows,
@@ -345,12 +340,12 @@ QStringList MLVProjectController::toolNames(bool blendsAlternatingRows,
     return names;
 }
 
-/// A run that died may have been asked for another format. Returns what hinders this run's.
+/// A run that died may have been asked for another format. Returns the error of this run's.
 QString MLVProjectController::clearUnfinishedMovies() const
 {
     for (const QString &extension : movieExtensions())
         if (const QString movie = pathWithExtension(m_mlvPath, extension); movie != moviePath())
-            MovieMark::clear(movie);
+            static_cast<void>(MovieMark::clear(movie)); // concerns that movie alone
     return MovieMark::clear(moviePath(), movieKind());
 }
 
@@ -500,18 +495,18 @@ void MLVProjectController::imageRGBReceived(const QImage &image)
         m_afterLastFrame.start();
 }
 
-void MLVProjectController::launchHDRExtraction(const QString &directory)
+void MLVProjectController::launchHDRExtraction()
 {
     // A ".TIFF" is a frame here, though a ".DNG" isn't one above: kept so on purpose.
     static const QRegularExpression tiffName(QStringLiteral("\\.tiff$"),
                                              QRegularExpression::CaseInsensitiveOption);
-    const QStringList frames = folderEntries(directory).filter(tiffName);
-    const QString merged = directory + QStringLiteral("hdr");
-    QDir().mkdir(merged, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    m_hdrMerge.setExtractionPath(merged);
+    const QDir folder(extractionDirectory());
+    const QStringList frames = folderEntries(folder.path()).filter(tiffName);
+    QDir().mkdir(tiffsDirectory(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    m_hdrMerge.setExtractionPath(tiffsDirectory());
     for (qsizetype second = 1; second < frames.size(); ++second) {
-        m_pairsToMerge.emplace_back(QDir(directory).filePath(frames.at(second - 1)),
-                                    QDir(directory).filePath(frames.at(second)));
+        m_pairsToMerge.emplace_back(folder.filePath(frames.at(second - 1)),
+                                    folder.filePath(frames.at(second)));
     }
     mergeNextPair();
 }
@@ -532,11 +527,11 @@ void MLVProjectController::mergeNextPair()
 }
 
 /// Of any worker: what hinders one dcraw mostly hinders all.
-QByteArray MLVProjectController::lastConversionFailure() const
+QByteArray MLVProjectController::lastConversionError() const
 {
     for (const auto &unit : m_dcRawProcesses)
-        if (QByteArray failure = unit->lastFailure(); !failure.isEmpty())
-            return failure;
+        if (QByteArray error = unit->lastError(); !error.isEmpty())
+            return error;
     return {};
 }
 
@@ -545,7 +540,7 @@ QMap<QString, QStringList> MLVProjectController::lastToolLines() const
     const std::pair<QString, QByteArray> outputs[] = {
         {mlvDumpName, m_mlvDumptask->lastOutput()},
         {cr2hdrName, m_cr2hdrTask->lastOutput()},
-        {dcrawName, lastConversionFailure()},
+        {dcrawName, lastConversionError()},
         {ffmpegName, m_ffmpegTask->lastOutput()},
     };
     QMap<QString, QStringList> lines;
@@ -583,13 +578,10 @@ QString MLVProjectController::copyLut() const
     if (path.isEmpty())
         return {};
     const CubeLut lut = readCubeLut(m_lut);
-    QSaveFile copy(path);
-    // commit() overlooks a failing flush of its own.
-    if (lut.problem.isEmpty() &&
-        !(copy.open(QIODevice::WriteOnly) && copy.write(lut.text) == lut.text.size() &&
-          copy.flush() && copy.commit()))
-        return QStringLiteral("%1: %2").arg(path, copy.errorString());
-    return lut.problem;
+    if (!lut.error.isEmpty())
+        return lut.error;
+    const QString error = writeFile(path, lut.text);
+    return error.isEmpty() ? error : QStringLiteral("%1: %2").arg(path, error);
 }
 
 void MLVProjectController::launchMovieExtraction()
@@ -619,10 +611,10 @@ void MLVProjectController::launchMovie()
     m_ffmpegTask->setMoviePath(m_moviePath);
     m_ffmpegTask->setRecipeMovie(recipeMovie());
     m_movieMark = std::make_shared<MovieMark>(moviePath());
-    m_movieHindrance = copyLut();
-    if (m_movieHindrance.isEmpty())
-        m_movieHindrance = m_movieMark->set();
-    if (!m_movieHindrance.isEmpty())
+    m_movieError = copyLut();
+    if (m_movieError.isEmpty())
+        m_movieError = m_movieMark->set();
+    if (!m_movieError.isEmpty())
         return;
     m_ffmpegTask->buildMovie();
     if (!m_ffmpegTask->isRunning())

@@ -10,6 +10,7 @@
 
 #include <QMap>
 #include <QObject>
+#include <QScopedPointer>
 #include <QTimer>
 
 #include <deque>
@@ -164,7 +165,7 @@ public:
     /// What mlv_dump has noted beside, sentences: a level that can't be true, filled gaps.
     QStringList notes() const { return m_mlvDumptask->notes(); }
     /// Why the recording can't be used, as mlv_dump's last run told; empty when it can.
-    QString unusableReason() const { return m_mlvDumptask->unusableReason(); }
+    QString unusableError() const { return m_mlvDumptask->unusableError(); }
     /// Where the frames are extracted, ending with a path separator: the working folder, or where
     /// they stay raw the unfinished movie.
     QString extractionDirectory() const;
@@ -194,7 +195,7 @@ public:
     /// Why this run doesn't get to write its movie: another run writes it, its folder can't be
     /// written, or its table of colours is gone. Empty while nothing hinders it. Known when the
     /// extraction is launched, where it can be; the stage's tool is then not started.
-    QString movieHindrance() const { return m_movieHindrance; }
+    QString movieError() const { return m_movieError; }
     /// The mark of the movie that was begun last, null before. It is removed with an aborted movie;
     /// whoever judges a movie that is finished settles it.
     std::shared_ptr<MovieMark> movieMark() const { return m_movieMark; }
@@ -245,8 +246,8 @@ public:
 private:
     void setMode(MLVProjectMode mode);
     void createConversionUnits(int count);
-    QString clearUnfinishedMovies() const;
-    QString beginFrameFolder();
+    [[nodiscard]] QString clearUnfinishedMovies() const;
+    [[nodiscard]] QString beginFrameFolder();
     void takeFrames(const QString &directory);
     void finishFrameFolder(const QString &directory);
     void replaceMlvDumpTask();
@@ -255,31 +256,35 @@ private:
     void endFlow();
     void launchRGBExtraction(const QString &directory);
     void endOldConversions();
-    QByteArray lastConversionFailure() const;
+    QByteArray lastConversionError() const;
     void launchBlend(const QString &directory);
-    void launchHDRExtraction(const QString &directory);
+    void launchHDRExtraction();
     void mergeNextPair();
     std::optional<RecipeMovie> recipeMovie() const;
     QString lutCopy() const;
-    QString copyLut() const;
+    [[nodiscard]] QString copyLut() const;
     void launchMovieExtraction();
     void launchFlowingMovie(const RawVideo &video);
     void launchMovie();
 
+    /// It may be in the middle of a call to this object when it goes.
+    template <typename Task>
+    using TaskPointer = std::unique_ptr<Task, QScopedPointerDeleteLater>;
+
     MLVProjectControllerProtocol *m_delegate = nullptr;
-    std::unique_ptr<MlvDumpTask> m_mlvDumptask;
+    TaskPointer<MlvDumpTask> m_mlvDumptask;
     std::vector<std::shared_ptr<DCRawProcess>>
         m_dcRawProcesses; // they share the paths of the first
     std::unique_ptr<SLUnitProcessManager> m_dcRawPorcessManager;
-    std::unique_ptr<CR2HDRTask> m_cr2hdrTask;
+    TaskPointer<CR2HDRTask> m_cr2hdrTask;
     HDRDualImagesMerge m_hdrMerge;
-    std::unique_ptr<FFmpegTask> m_ffmpegTask;
+    TaskPointer<FFmpegTask> m_ffmpegTask;
     std::unique_ptr<FrameFlow> m_flow; // uses the tasks
     QTimer m_afterLastFrame;
     QTimer m_nextMerge;
     std::deque<std::pair<QString, QString>> m_pairsToMerge;
     std::shared_ptr<MovieMark> m_movieMark;
-    QString m_movieHindrance;
+    QString m_movieError;
     QString m_mlvPath;
     QString m_moviePath;
     QString m_darkPath;

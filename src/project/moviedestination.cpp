@@ -80,7 +80,7 @@ bool MovieDestination::isKnownBeforeReading() const
     return existing != ExistingMovie::Keep && !pattern.contains(told);
 }
 
-QString patternProblem(const QString &pattern)
+QString patternError(const QString &pattern)
 {
     if (pattern.isEmpty() || pattern.startsWith(QLatin1Char('.')))
         return QStringLiteral("a movie's name can't be empty or begin with a point");

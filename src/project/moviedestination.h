@@ -31,7 +31,7 @@ struct MovieDestination
 };
 
 /// What is wrong with a pattern, a sentence; empty when nothing is.
-QString patternProblem(const QString &pattern);
+QString patternError(const QString &pattern);
 
 /// The movie's path by format or recipe and destination. Of the metadata's texts what can't stand
 /// in a file's name is replaced by "_"; what isn't known is "unknown".

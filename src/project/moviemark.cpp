@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "project/moviemark.h"
 
+#include "encoding/recipe.h"
+#include "runner/wholefiles.h"
+
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -25,11 +28,6 @@ bool saysWhole(int descriptor)
     char content[sizeof whole] = {};
     return pread(descriptor, content, sizeof whole, 0) == sizeof whole &&
            QByteArrayView(content) == whole;
-}
-
-QString lastError()
-{
-    return qt_error_string(errno);
 }
 
 /// Without waiting. Returns what hinders it; file systems without locks let everyone in.
@@ -60,21 +58,12 @@ int openMark(const QByteArray &path, int flags)
                 S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
 }
 
-/// Brings what the system still holds back of the file or folder to the disk, where the file system
-/// can do that.
-bool sync(const QString &path)
-{
-    const int descriptor = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
-    if (descriptor < 0)
-        return false;
-    const bool synced = fsync(descriptor) == 0 || errno == EINVAL;
-    const int error = errno;
-    close(descriptor);
-    errno = error;
-    return synced;
-}
-
 } // namespace
+
+MovieKind movieKindOf(const std::optional<Recipe> &recipe)
+{
+    return recipe && recipe->keepsRawFrames() ? MovieKind::Folder : MovieKind::File;
+}
 
 QString MovieMark::pathFor(const QString &moviePath)
 {
@@ -93,24 +82,25 @@ QString MovieMark::clear(const QString &moviePath, MovieKind kind)
     const QByteArray path = QFile::encodeName(pathFor(moviePath));
     const int descriptor = openMark(path, 0);
     if (descriptor >= 0) {
-        QString problem = lock(descriptor);
-        if (problem.isEmpty() && isStillAt(descriptor, path)) {
+        QString error = lock(descriptor);
+        if (error.isEmpty() && isStillAt(descriptor, path)) {
             if (kind == MovieKind::File && !saysWhole(descriptor))
                 QFile::remove(moviePath);
             unlink(path.constData());
         }
         close(descriptor);
-        if (!problem.isEmpty())
-            return problem;
+        if (!error.isEmpty())
+            return error;
     } else if (errno != ENOENT) {
         return QStringLiteral("the mark of its unfinished movie can't be read: %1")
-            .arg(lastError());
+            .arg(qt_error_string());
     }
     if (kind == MovieKind::File && QFileInfo(moviePath).isDir())
         return QStringLiteral("a folder has the name of its movie");
     const QByteArray folder = QFile::encodeName(QFileInfo(moviePath).path());
     if (faccessat(AT_FDCWD, folder.constData(), W_OK | X_OK, AT_EACCESS) != 0)
-        return QStringLiteral("the folder of its movie can't be written: %1").arg(lastError());
+        return QStringLiteral("the folder of its movie can't be written: %1")
+            .arg(qt_error_string());
     return {};
 }
 
@@ -131,27 +121,27 @@ QString MovieMark::set()
     for (;;) {
         m_descriptor = openMark(path, O_CREAT);
         if (m_descriptor < 0)
-            return QStringLiteral("its movie can't be written: %1").arg(lastError());
-        QString problem = lock(m_descriptor);
-        if (problem.isEmpty() && isStillAt(m_descriptor, path))
+            return QStringLiteral("its movie can't be written: %1").arg(qt_error_string());
+        QString error = lock(m_descriptor);
+        if (error.isEmpty() && isStillAt(m_descriptor, path))
             return keep();
         close(m_descriptor);
         m_descriptor = -1;
-        if (!problem.isEmpty())
-            return problem;
+        if (!error.isEmpty())
+            return error;
     }
 }
 
 /// Before the movie's first byte, so that a power failure can't leave the one without the other.
 QString MovieMark::keep()
 {
-    if (ftruncate(m_descriptor, 0) == 0 && (fsync(m_descriptor) == 0 || errno == EINVAL)) {
-        sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
+    if (ftruncate(m_descriptor, 0) == 0 && syncFile(m_descriptor)) {
+        syncFolder(QFileInfo(m_moviePath).path());
         return {};
     }
-    QString problem = QStringLiteral("its movie can't be written: %1").arg(lastError());
+    QString error = QStringLiteral("its movie can't be written: %1").arg(qt_error_string());
     remove();
-    return problem;
+    return error;
 }
 
 void MovieMark::remove()
@@ -166,14 +156,15 @@ void MovieMark::remove()
 
 QString MovieMark::settle()
 {
-    if (!sync(m_moviePath))
-        return QStringLiteral("its movie could not be brought to the disk: %1").arg(lastError());
-    sync(QFileInfo(m_moviePath).path()); // one that may not be read is left to the system
+    if (!syncFile(m_moviePath))
+        return QStringLiteral("its movie could not be brought to the disk: %1")
+            .arg(qt_error_string());
+    syncFolder(QFileInfo(m_moviePath).path());
     // Should the folder have been closed meanwhile, the mark stays and has to say so.
     const QByteArray path = QFile::encodeName(pathFor(m_moviePath));
     if (unlink(path.constData()) != 0 &&
         pwrite(m_descriptor, whole, sizeof whole, 0) != sizeof whole)
-        return QStringLiteral("the mark of its movie can't be removed: %1").arg(lastError());
+        return QStringLiteral("the mark of its movie can't be removed: %1").arg(qt_error_string());
     close(m_descriptor);
     m_descriptor = -1;
     return {};

@@ -3,13 +3,20 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace filmwright {
+
+struct Recipe;
 
 /// What a movie is for the file system.
 enum class MovieKind {
     File,
     Folder, ///< of raw frames, see framefolder.h
 };
+
+/// That of a recipe, or of a movie without one.
+MovieKind movieKindOf(const std::optional<Recipe> &recipe);
 
 /// Tells a movie that is still being written from a whole one: ffmpeg writes under the movie's
 /// final name, and whoever finds the file there can't see whether its writer was killed half-way.
@@ -30,7 +37,7 @@ public:
     /// Removes what a run that died left of this movie; a whole movie stays. Returns why the movie
     /// can't be written now ("its movie is being written by another run", a folder of its name, a
     /// folder without write access), or an empty string.
-    static QString clear(const QString &moviePath, MovieKind kind = MovieKind::File);
+    [[nodiscard]] static QString clear(const QString &moviePath, MovieKind kind = MovieKind::File);
 
     explicit MovieMark(const QString &moviePath);
     /// A mark that is still there stays, without its lock: the movie was not finished.
@@ -40,17 +47,17 @@ public:
 
     /// Makes the mark, locks it and brings it to the disk. Returns what hinders it, or an empty
     /// string.
-    QString set();
+    [[nodiscard]] QString set();
     /// Whether it is there and locked by this object.
     bool isSet() const { return m_descriptor >= 0; }
     /// Removes the mark: there is no movie, or none that is unfinished.
     void remove();
     /// Waits until the movie is on the disk and removes the mark. Returns why that failed (the mark
     /// stays), or an empty string. Slow: a disk may be busy with the movie for seconds.
-    QString settle();
+    [[nodiscard]] QString settle();
 
 private:
-    QString keep();
+    [[nodiscard]] QString keep();
 
     const QString m_moviePath;
     int m_descriptor = -1;

@@ -69,7 +69,7 @@ double movieBytes(const MlvMetadata &metadata, const ConversionSettings &setting
            bytesOfPixel(*settings.recipe);
 }
 
-QString growthProblem(const GrowingMovie &movie, double free)
+QString growthError(const GrowingMovie &movie, double free)
 {
     constexpr quint64 fewFrames = 48;
     constexpr quint64 smallPart = 50;
@@ -88,7 +88,7 @@ QString growthProblem(const GrowingMovie &movie, double free)
 
 /// By folder, not by file system: two folders of one disk that is nearly full are found out later,
 /// as any other file that comes to it.
-QString movieSpaceProblem(const std::vector<MovieRoom> &movies)
+QString movieSpaceError(const std::vector<MovieRoom> &movies)
 {
     QMap<QString, double> needs;
     for (const MovieRoom &movie : movies) {

@@ -35,11 +35,11 @@ double movieBytes(const MlvMetadata &metadata, const ConversionSettings &setting
 /// Whether the rest of a movie won't find room in the bytes that are free, as far as what is there
 /// tells of it: the first frames may be twice as large as the others. An empty string when it will,
 /// or when too few frames are there to tell; else a sentence for a person.
-QString growthProblem(const GrowingMovie &movie, double free);
+QString growthError(const GrowingMovie &movie, double free);
 
 /// Whether such movies fit where they go, what becomes free of those that they replace included. An
 /// empty string when they do, else a sentence for a person that names the first folder without room
 /// and both figures.
-QString movieSpaceProblem(const std::vector<MovieRoom> &movies);
+QString movieSpaceError(const std::vector<MovieRoom> &movies);
 
 } // namespace filmwright

@@ -46,7 +46,7 @@ int countFrames(const QString &folder)
 
 } // namespace
 
-QString reasonOf(const QString &errorLine)
+QString errorOf(const QString &errorLine)
 {
     return QString(errorLine).remove(QLatin1String("[ERROR]")).trimmed();
 }
@@ -122,7 +122,7 @@ void ProjectMonitor::imageRGBReceived(const QImage &image, MLVProjectController 
 /// A report that has told of an error may go on as if nothing had happened.
 void ProjectMonitor::controllerWorkError(const QString &error)
 {
-    Failure failure{reasonOf(error), mlvDumpName, {}, true};
+    Failure failure{errorOf(error), mlvDumpName, {}, true};
     if (m_work == Reading)
         m_errorInReport = std::move(failure);
     else
@@ -163,21 +163,21 @@ void ProjectMonitor::check()
                  : m_errorInReport);
         return;
     }
-    const Failure hindrance{m_project.movieHindrance()};
+    const QString movieError = m_project.movieError();
     switch (m_project.mlvProjectMode()) {
     case MLVProjectModeExtracting:
-        if (!hindrance.isEmpty())
-            fail(hindrance);
-        else if (const QString reason = m_project.unusableReason(); !reason.isEmpty())
-            fail({reason, mlvDumpName});
+        if (!movieError.isEmpty())
+            fail({movieError});
+        else if (const QString error = m_project.unusableError(); !error.isEmpty())
+            fail({error, mlvDumpName});
         else
             fail(failureOf(mlvDumpName,
                            QStringLiteral("mlv_dump ended before it had extracted the frames")));
         break;
     case MLVProjectModeBuildingMovie:
-        fail(hindrance.isEmpty()
+        fail(movieError.isEmpty()
                  ? failureOf(ffmpegName, QStringLiteral("ffmpeg could not be started"))
-                 : hindrance);
+                 : Failure{movieError});
         break;
     default:
         break;
@@ -187,13 +187,13 @@ void ProjectMonitor::check()
 /// Its tools wait for each other, so that one that isn't there any more is seen beside the others.
 void ProjectMonitor::checkFlow(const FrameFlow &flow)
 {
-    if (const QString hindrance = m_project.movieHindrance(); !hindrance.isEmpty())
-        fail({hindrance});
-    else if (!flow.problem().isEmpty())
-        fail({flow.problem()});
-    else if (const QString reason = m_project.unusableReason();
-             flow.lacksReader() && !reason.isEmpty())
-        fail({reason, mlvDumpName});
+    if (const QString movieError = m_project.movieError(); !movieError.isEmpty())
+        fail({movieError});
+    else if (!flow.error().isEmpty())
+        fail({flow.error()});
+    else if (const QString error = m_project.unusableError();
+             flow.lacksReader() && !error.isEmpty())
+        fail({error, mlvDumpName});
     else if (flow.lacksReader())
         fail(failureOf(mlvDumpName,
                        QStringLiteral("mlv_dump ended before it had extracted the frames")));
@@ -209,8 +209,8 @@ void ProjectMonitor::checkReport()
 {
     if (!m_errorInReport.isEmpty())
         fail(m_errorInReport);
-    else if (const QString reason = m_project.unusableReason(); !reason.isEmpty())
-        fail({reason, mlvDumpName});
+    else if (const QString error = m_project.unusableError(); !error.isEmpty())
+        fail({error, mlvDumpName});
     else if (!(m_project.fps() >= leastRate))
         fail({QStringLiteral("no movie can be made of 0 frames a second, its frame rate")});
     else
@@ -246,10 +246,10 @@ void ProjectMonitor::checkImage(const QImage &image)
             fail(failureOf(dcrawName, QStringLiteral("dcraw could not write a frame")));
         else if (m_project.flow()) // which needs each of them
             fail(failureOf(dcrawName, QStringLiteral("dcraw could not convert a frame")));
-    } else if (const QString problem =
-                   sizeProblem(image.size(), m_project.movieFormat(), m_project.recipe());
-               !problem.isEmpty()) {
-        fail({problem});
+    } else if (const QString error =
+                   sizeError(image.size(), m_project.movieFormat(), m_project.recipe());
+               !error.isEmpty()) {
+        fail({error});
     }
 }
 
@@ -287,9 +287,9 @@ void ProjectMonitor::checkRoom()
     const GrowingMovie growing{movie, static_cast<double>(QFileInfo(movie).size()),
                                encoder.encodedFrames(),
                                static_cast<quint64>(m_project.framesOfMovie())};
-    if (const QString problem = growthProblem(growing, freeSpace(QFileInfo(movie).absolutePath()));
-        !problem.isEmpty())
-        fail({problem});
+    if (const QString error = growthError(growing, freeSpace(QFileInfo(movie).absolutePath()));
+        !error.isEmpty())
+        fail({error});
 }
 
 void ProjectMonitor::checkMovie()
@@ -306,8 +306,8 @@ void ProjectMonitor::checkMovie()
     // Not on this thread: a disk may be busy with a movie for seconds.
     const bool isFolder = m_project.movieKind() == MovieKind::Folder;
     const auto settle = [isFolder, movie = m_project.moviePath(), mark = m_project.movieMark()] {
-        const QString problem = isFolder ? finishFrameFolder(movie) : QString();
-        return problem.isEmpty() ? mark->settle() : problem;
+        const QString error = isFolder ? finishFrameFolder(movie) : QString();
+        return error.isEmpty() ? mark->settle() : error;
     };
     m_settling.setFuture(QtConcurrent::run(settle));
 }
@@ -339,16 +339,16 @@ Failure ProjectMonitor::encodingFailure() const
     const auto encoded = static_cast<qint64>(*frames);
     if (encoded == wanted)
         return {};
-    const QString reason = encoded < wanted
-                               ? QStringLiteral("ffmpeg encoded only %1 of %2 frames")
-                               : QStringLiteral("ffmpeg encoded %1 frames where there are %2");
-    return failureOf(ffmpegName, reason.arg(encoded).arg(wanted));
+    const QString error = encoded < wanted
+                              ? QStringLiteral("ffmpeg encoded only %1 of %2 frames")
+                              : QStringLiteral("ffmpeg encoded %1 frames where there are %2");
+    return failureOf(ffmpegName, error.arg(encoded).arg(wanted));
 }
 
 /// What the tool printed last helps to see why.
-Failure ProjectMonitor::failureOf(const QString &tool, const QString &reason) const
+Failure ProjectMonitor::failureOf(const QString &tool, const QString &error) const
 {
-    return {reason, tool, m_project.lastToolLines().value(tool)};
+    return {error, tool, m_project.lastToolLines().value(tool)};
 }
 
 Failure ProjectMonitor::endOf(const QString &tool, int status, const QStringList &lines) const
@@ -364,7 +364,7 @@ void ProjectMonitor::fail(Failure failure)
 {
     if (m_ended)
         return;
-    failure.reason = withFullDisk(failure.reason, m_project);
+    failure.error = withFullDisk(failure.error, m_project);
     end(failure);
 }
 

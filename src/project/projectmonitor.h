@@ -13,7 +13,7 @@ namespace filmwright {
 class FrameFlow;
 
 /// The sentence in an error line of mlv_dump.
-QString reasonOf(const QString &errorLine);
+QString errorOf(const QString &errorLine);
 
 /// What a movie lacks that is made all the same, as sentences: frames and sound that couldn't be
 /// read. Known once the frames are extracted.
@@ -64,7 +64,7 @@ private:
     void checkMovie();
     Failure encodingFailure() const;
     void endWithMovie(const Failure &failure);
-    Failure failureOf(const QString &tool, const QString &reason) const;
+    Failure failureOf(const QString &tool, const QString &error) const;
     Failure endOf(const QString &tool, int status, const QStringList &lines) const;
     void fail(Failure failure);
     void end(const Failure &failure);

@@ -13,13 +13,13 @@ namespace filmwright {
 /// Why a recording has no whole movie.
 struct Failure
 {
-    QString reason{};    ///< a sentence for a person; empty: nothing failed
+    QString error{};     ///< a sentence for a person; empty: nothing failed
     QString tool{};      ///< the tool that failed; empty: none did
-    QStringList lines{}; ///< what that tool printed last, where the reason doesn't say it
+    QStringList lines{}; ///< what that tool printed last, where the error doesn't say it
     /// An "[ERROR]" line told of it: hardly any other recording of the batch would survive it.
     bool concernsBatch = false;
 
-    bool isEmpty() const { return reason.isEmpty(); }
+    bool isEmpty() const { return error.isEmpty(); }
 };
 
 /// What became of one recording.
@@ -43,11 +43,11 @@ struct RecordingOutcome
     QStringList notes;                    ///< what the movie doesn't lack, sentences
     QMap<QString, QStringList> toolLines; ///< the last lines of each tool; only when it failed
 
-    /// Everything that is wrong with the recording, for a person: the reason, what the movie lacks,
+    /// Everything that is wrong with the recording, for a person: the error, what the movie lacks,
     /// the tool's lines; empty when nothing is.
-    QStringList problems() const
+    QStringList errors() const
     {
-        QStringList all = failure.isEmpty() ? QStringList() : QStringList{failure.reason};
+        QStringList all = failure.isEmpty() ? QStringList() : QStringList{failure.error};
         return all + warnings + failure.lines;
     }
 };

@@ -49,11 +49,12 @@ void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies
     reset();
     m_settings = settings;
     m_movies = &movies;
-    m_refusal = contradictionIn(settings);
-    if (m_refusal.isEmpty()) {
-        m_refusal = settings.calibration.isReady()
-                        ? movies.claim(m_recording, settings)
-                        : QStringLiteral("the average of its calibration recordings isn't there");
+    m_startError = settingsError(settings);
+    if (m_startError.isEmpty()) {
+        m_startError =
+            settings.calibration.isReady()
+                ? movies.claim(m_recording, settings)
+                : QStringLiteral("the average of its calibration recordings isn't there");
     }
     m_forMovie = true;
     m_launchAhead = true;
@@ -64,8 +65,8 @@ void RecordingRun::start(const ConversionSettings &settings, BatchMovies &movies
 void RecordingRun::proceed()
 {
     configure(m_project, m_settings);
-    if (!m_refusal.isEmpty())
-        endLater(m_refusal);
+    if (!m_startError.isEmpty())
+        endLater(m_startError);
     else if (needsReading())
         readMetadata(recordingIdentity(m_recording));
     else
@@ -131,13 +132,13 @@ void RecordingRun::launch()
 {
     m_launchAhead = false;
     configure(m_project, m_settings);
-    if (const QString problem = m_settings.frames.problem(m_project.metadata().movieFrames());
-        !problem.isEmpty()) {
-        endLater(problem);
+    if (const QString error = m_settings.frames.error(m_project.metadata().movieFrames());
+        !error.isEmpty()) {
+        endLater(error);
         return;
     }
-    if (const QString problem = chooseMovie(); !problem.isEmpty()) {
-        endLater(problem);
+    if (const QString error = chooseMovie(); !error.isEmpty()) {
+        endLater(error);
         return;
     }
     if (isMade()) {
@@ -145,23 +146,23 @@ void RecordingRun::launch()
         return;
     }
     const QSize size = developedSize(m_project.metadata());
-    if (const QString problem = sizeProblem(size, m_settings.format, m_settings.recipe);
-        !problem.isEmpty()) {
-        endLater(problem);
+    if (const QString error = sizeError(size, m_settings.format, m_settings.recipe);
+        !error.isEmpty()) {
+        endLater(error);
         return;
     }
     m_hasWork = true;
-    if (keepsUnfinishedWork() && m_settings.movieKind() == MovieKind::File)
+    if (keepsUnfinishedWork() && movieKindOf(m_settings.recipe) == MovieKind::File)
         claimUnfinishedWork(m_recording, m_settings, m_project.workingFolder());
-    if (const QString problem = spaceProblem(m_project); !problem.isEmpty()) {
-        endLater(problem);
+    if (const QString error = spaceError(m_project); !error.isEmpty()) {
+        endLater(error);
         return;
     }
     const double movie = movieBytes(m_project.metadata(), m_settings);
-    if (const QString problem =
-            movieSpaceProblem({{m_project.moviePath(), movie, m_settings.recipe.has_value()}});
-        !problem.isEmpty()) {
-        endLater(problem);
+    if (const QString error =
+            movieSpaceError({{m_project.moviePath(), movie, m_settings.recipe.has_value()}});
+        !error.isEmpty()) {
+        endLater(error);
         return;
     }
     m_phase = Converting;
@@ -183,7 +184,7 @@ QString RecordingRun::chooseMovie()
     const MovieDestination &destination = m_settings.destination;
     QString movie = moviePathFor(m_recording, m_settings, m_project.metadata());
     if (destination.existing == ExistingMovie::Keep)
-        movie = freeMoviePath(movie, m_settings.movieKind());
+        movie = freeMoviePath(movie, movieKindOf(m_settings.recipe));
     m_project.setMoviePath(movie);
     m_origin = movieOrigin(m_recording, m_settings);
     return destination.isKnownBeforeReading() ? QString() : m_movies->claimMovie(movie);
@@ -227,7 +228,7 @@ void RecordingRun::imageRGBReceived(const QImage &image, MLVProjectController &f
 void RecordingRun::controllerWorkFinished(MLVProjectController &controller)
 {
     m_phase = Settling;
-    if (m_settings.movieKind() == MovieKind::File)
+    if (movieKindOf(m_settings.recipe) == MovieKind::File)
         forgetUnfinishedWork(controller.workingFolder());
     if (m_shell)
         m_shell->controllerWorkFinished(controller);
@@ -236,20 +237,20 @@ void RecordingRun::controllerWorkFinished(MLVProjectController &controller)
 /// Noted at once: the shell may stop everything before the run is judged.
 void RecordingRun::controllerWorkError(const QString &error)
 {
-    m_outcome.failure.reason = reasonOf(error);
+    m_outcome.failure.error = errorOf(error);
     if (m_shell)
         m_shell->controllerWorkError(error);
 }
 
-void RecordingRun::endLater(const QString &reason)
+void RecordingRun::endLater(const QString &error)
 {
     m_phase = Waiting;
     m_launchAhead = false;
     QMetaObject::invokeMethod(
         this,
-        [this, reason, beginning = m_beginnings] {
+        [this, error, beginning = m_beginnings] {
             if (beginning == m_beginnings)
-                end({reason});
+                end({error});
         },
         Qt::QueuedConnection);
 }

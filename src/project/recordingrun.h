@@ -74,10 +74,10 @@ private:
     void launchWaiting();
     void launch();
     bool keepsUnfinishedWork() const;
-    QString chooseMovie();
+    [[nodiscard]] QString chooseMovie();
     bool isMade() const;
     void skip();
-    void endLater(const QString &reason);
+    void endLater(const QString &error);
     void end(const Failure &failure);
     void noteOutcome(const Failure &failure);
 
@@ -86,7 +86,7 @@ private:
     MLVProjectControllerProtocol *m_shell;
     std::unique_ptr<ProjectMonitor> m_monitor;
     ConversionSettings m_settings;
-    QString m_refusal;
+    QString m_startError;
     BatchMovies *m_movies = nullptr;
     RecordingOutcome m_outcome;
     Failure m_readFailure;

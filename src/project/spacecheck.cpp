@@ -119,7 +119,7 @@ quint64 framesInBuffer(const MLVProjectController &project)
     return frame > 0 ? std::max<quint64>(1, static_cast<quint64>(buffer / frame)) : 1;
 }
 
-QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)
+QString spaceError(const SpaceNeed &need, double free, const QString &folder)
 {
     const double missing = need.frames - need.there;
     if (missing <= free)
@@ -131,7 +131,7 @@ QString spaceProblem(const SpaceNeed &need, double free, const QString &folder)
 
 namespace {
 
-QString folderProblem(const MLVProjectController &project)
+QString folderError(const MLVProjectController &project)
 {
     const SpaceNeed need = spaceNeed(project);
     const QString folder = movieFolder(project);
@@ -147,12 +147,12 @@ QString folderProblem(const MLVProjectController &project)
 
 } // namespace
 
-QString spaceProblem(const MLVProjectController &project)
+QString spaceError(const MLVProjectController &project)
 {
     if (project.movieKind() == MovieKind::Folder)
-        return folderProblem(project);
+        return folderError(project);
     const QString folder = temporaryDirectory();
-    return spaceProblem(spaceNeed(project), freeSpace(folder), folder);
+    return spaceError(spaceNeed(project), freeSpace(folder), folder);
 }
 
 bool isTemporaryDirectoryFull(const MLVProjectController &project)
@@ -161,24 +161,24 @@ bool isTemporaryDirectoryFull(const MLVProjectController &project)
            std::max(leastSpace, pixelsOf(project.resolution()) * tiffBytesOfPixel(project));
 }
 
-QString withFullDisk(const QString &reason, const MLVProjectController &project)
+QString withFullDisk(const QString &error, const MLVProjectController &project)
 {
     QMap<QString, QStringList> lines = project.lastToolLines();
     const QString movies = movieFolder(project);
     bool movieIsFull = tellsOfFullDisk(lines.take(ffmpegName));
-    bool framesAreFull = tellsOfFullDisk({reason}) ||
+    bool framesAreFull = tellsOfFullDisk({error}) ||
                          std::any_of(lines.cbegin(), lines.cend(), [](const QStringList &printed) {
                              return tellsOfFullDisk(printed);
                          });
     if (project.movieKind() == MovieKind::Folder)
         movieIsFull = std::exchange(framesAreFull, false); // the frames are the movie
     if (movieIsFull || freeSpace(movies) < leastSpace)
-        return QStringLiteral("no space left in the movie's folder %1: %2").arg(movies, reason);
+        return QStringLiteral("no space left in the movie's folder %1: %2").arg(movies, error);
     if (framesAreFull || isTemporaryDirectoryFull(project)) {
         return QStringLiteral("no space left in the temporary folder %1: %2")
-            .arg(temporaryDirectory(), reason);
+            .arg(temporaryDirectory(), error);
     }
-    return reason;
+    return error;
 }
 
 } // namespace filmwright

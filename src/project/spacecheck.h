@@ -27,15 +27,15 @@ quint64 framesInBuffer(const MLVProjectController &project);
 /// Whether the project's frames fit into the file system where they are extracted: asked before the
 /// extraction is launched. An empty string when they do, else a sentence for a person with both
 /// figures and what to do. Main thread only.
-QString spaceProblem(const MLVProjectController &project);
+QString spaceError(const MLVProjectController &project);
 
 /// The same for a need and a space in the temporary directory, in bytes.
-QString spaceProblem(const SpaceNeed &need, double free, const QString &folder);
+QString spaceError(const SpaceNeed &need, double free, const QString &folder);
 
-/// A failure's reason, with the full file system named in front of it that lies behind it: by what
+/// A failure's error, with the full file system named in front of it that lies behind it: by what
 /// the tools printed, or by what is free at this moment. So it has to be asked before anything is
-/// tidied up. Any other reason comes back as it is. Main thread only.
-QString withFullDisk(const QString &reason, const MLVProjectController &project);
+/// tidied up. Any other error comes back as it is. Main thread only.
+QString withFullDisk(const QString &error, const MLVProjectController &project);
 
 /// Whether the temporary directory's file system has no room for another frame of the project.
 bool isTemporaryDirectoryFull(const MLVProjectController &project);

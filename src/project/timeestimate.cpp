@@ -60,7 +60,7 @@ double encodingSeconds(const ConversionSettings &settings)
 
 bool developsFrames(const RecordingWork &work)
 {
-    return work.settings.movieKind() == MovieKind::File;
+    return movieKindOf(work.settings.recipe) == MovieKind::File;
 }
 
 /// What a frame usually takes in a stage where all frames go through it before the next.

@@ -4,11 +4,11 @@
 #include "project/conversionsettings.h"
 #include "project/recordingfiles.h"
 #include "runner/files.h"
+#include "runner/wholefiles.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace filmwright {
 
@@ -65,12 +65,7 @@ void claimUnfinishedWork(const QString &recording, const ConversionSettings &set
         return;
     removeFolder(workingFolder);
     createPrivateFolder(QFileInfo(existing).path());
-    QSaveFile fresh(existing.fileName());
-    if (fresh.open(QIODevice::WriteOnly)) {
-        fresh.write(note);
-        if (fresh.flush()) // commit() overlooks a failing flush of its own
-            fresh.commit();
-    }
+    static_cast<void>(writeFile(existing.fileName(), note)); // without it the work begins anew
 }
 
 void forgetUnfinishedWork(const QString &workingFolder)

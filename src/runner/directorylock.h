@@ -15,7 +15,7 @@ class DirectoryLock
 public:
     /// Takes the lock, giving up the one held before if there was one; makes the folder that the
     /// directory is in, not the directory. Returns what hinders it, or an empty string.
-    QString take(const QString &directory);
+    [[nodiscard]] QString take(const QString &directory);
 
     bool isHeld() const { return m_file != nullptr; }
     /// Whether the last take() failed because another run works there. Otherwise nobody does: a

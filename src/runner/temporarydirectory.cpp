@@ -70,6 +70,11 @@ QString temporaryDirectory()
     return QDir(userTemporaryFolder()).filePath(QStringLiteral("Filmwright"));
 }
 
+QString inTemporaryDirectory(const QString &name)
+{
+    return QDir(temporaryDirectory()).filePath(name);
+}
+
 QString baseTemporaryDirectory()
 {
     return storedBase();

@@ -21,6 +21,9 @@ QString fastTemporaryFolder(qint64 bytes);
 /// here; who writes into it creates it.
 QString temporaryDirectory();
 
+/// The path of a file or folder in it.
+QString inTemporaryDirectory(const QString &name);
+
 /// What it is with this base; a null string for no base.
 QString temporaryDirectoryIn(const QString &base);
 
@@ -35,6 +38,6 @@ bool setBaseTemporaryDirectory(const QString &path);
 /// creates it when it isn't there, closes it to others, and removes links from it at any depth,
 /// because tools would write through them. Returns why it can't be used, or an empty string: a name
 /// in a folder that others can write too may have been taken by a link or by someone else's folder.
-QString prepareTemporaryDirectory();
+[[nodiscard]] QString prepareTemporaryDirectory();
 
 } // namespace filmwright

@@ -293,12 +293,12 @@ void TestAccessibilityWindow::failureIsSpoken()
     window.launch({a});
     window.pressStart();
     window.waitForEnd();
-    QTRY_VERIFY(!window.stateView(0)->failure().isNull());
+    QTRY_VERIFY(!window.stateView(0)->error().isNull());
     for (const QLabel *label : window.stateView(0)->findChildren<QLabel *>()) {
         if (label->pixmap().isNull())
             continue;
         QCOMPARE(label->accessibleName(), QStringLiteral("Failed"));
-        QCOMPARE(label->accessibleDescription(), window.stateView(0)->failure());
+        QCOMPARE(label->accessibleDescription(), window.stateView(0)->error());
     }
     QVERIFY(window.table()
                 ->model()

@@ -191,7 +191,7 @@ void TestAddingFilesWindow::missingRecordingIsMarked()
     window.open({window.recordings() + QStringLiteral("/gone.mlv")});
     window.waitUntilRead();
     QCOMPARE(window.queue(), QStringList{QStringLiteral("gone.mlv")});
-    QTRY_COMPARE(window.stateView(0)->failure(),
+    QTRY_COMPARE(window.stateView(0)->error(),
                  QStringLiteral("mlv_dump ended before it had read the recording"));
 }
 

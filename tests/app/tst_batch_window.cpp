@@ -459,9 +459,9 @@ void TestBatchWindow::errorLineStopsTheBatch()
     QCOMPARE(window.action(QStringLiteral("startStopItem"))->text(), QStringLiteral("Start"));
     QTest::qWait(100);
     QCOMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 1);
-    QTRY_COMPARE(window.stateView(1)->failure(), QStringLiteral("bad block"));
-    QCOMPARE(window.stateView(0)->failure(), QString());
-    QCOMPARE(window.stateView(2)->failure(), QString());
+    QTRY_COMPARE(window.stateView(1)->error(), QStringLiteral("bad block"));
+    QCOMPARE(window.stateView(0)->error(), QString());
+    QCOMPARE(window.stateView(2)->error(), QString());
 }
 
 void TestBatchWindow::percentInAnErrorIsNoDirective()

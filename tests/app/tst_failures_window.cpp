@@ -99,11 +99,11 @@ void TestFailuresWindow::failureCostsOneRecording()
         QStringList{
             QStringLiteral("1 of 3 recordings have no whole movie|b.MLV: %1|Ok").arg(reason)});
     QCOMPARE(window.states(), QStringList({finished, state, finished}));
-    QTRY_COMPARE(window.stateView(1)->failure().section(QLatin1Char('\n'), 0, 0), reason);
-    QCOMPARE(window.stateView(1)->failure().section(QLatin1Char('\n'), 1), printed);
+    QTRY_COMPARE(window.stateView(1)->error().section(QLatin1Char('\n'), 0, 0), reason);
+    QCOMPARE(window.stateView(1)->error().section(QLatin1Char('\n'), 1), printed);
     QVERIFY(window.stateView(1)->toolTip().contains(reason.toHtmlEscaped()));
-    QVERIFY(window.stateView(0)->failure().isNull());
-    QVERIFY(window.stateView(2)->failure().isNull());
+    QVERIFY(window.stateView(0)->error().isNull());
+    QVERIFY(window.stateView(2)->error().isNull());
     QCOMPARE(window.status(), QStringLiteral("1 of 3 recordings have no whole movie"));
     QTest::qWait(100);
     QCOMPARE(window.alerts.shown.size(), 1);
@@ -126,7 +126,7 @@ void TestFailuresWindow::fullTemporaryFolderSkipsTheRecording()
     // The first alert asked about the queue.
     QTRY_VERIFY(window.alerts.shown.value(1).startsWith(
         QLatin1String("1 of 2 recordings have no whole movie|b.MLV: its frames need ")));
-    QTRY_VERIFY(window.stateView(1)->failure().startsWith(QLatin1String("its frames need ")));
+    QTRY_VERIFY(window.stateView(1)->error().startsWith(QLatin1String("its frames need ")));
 }
 
 void TestFailuresWindow::movieOfAnotherRunSkipsTheRecording()
@@ -151,13 +151,13 @@ void TestFailuresWindow::failureOfTheLastRunIsForgottenWithTheNext()
     window.launch({a});
     window.pressStart();
     window.waitForEnd();
-    QTRY_VERIFY(!window.stateView(0)->failure().isNull());
+    QTRY_VERIFY(!window.stateView(0)->error().isNull());
     QTRY_COMPARE(window.alerts.shown.size(), 1);
     window.setEncoding(QStringLiteral("cp \"$film\" \"$movie\""));
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.status(), QStringLiteral("1 movie written"));
-    QTRY_VERIFY(window.stateView(0)->failure().isNull());
+    QTRY_VERIFY(window.stateView(0)->error().isNull());
     QCOMPARE(window.stateView(0)->toolTip(), QString());
     QCOMPARE(window.alerts.shown.size(), 1);
 }
@@ -170,7 +170,7 @@ void TestFailuresWindow::recordingThatCannotBeReadIsMarked()
     window.launch({a, b});
     QTRY_COMPARE(window.states(), QStringList({ready, ready}));
     QVERIFY(window.action(QStringLiteral("startStopItem"))->isEnabled());
-    QTRY_COMPARE(window.stateView(0)->failure(),
+    QTRY_COMPARE(window.stateView(0)->error(),
                  QStringLiteral("mlv_dump ended before it had read the recording"));
     QCOMPARE(window.alerts.shown, QStringList());
 }

@@ -183,8 +183,8 @@ void TestLossesWindow::unusableRecordingIsMarkedAndStartsNothing()
     window.setBeforeReport(onlyForB(
         "recording", QStringLiteral("echo '[UNUSABLE] no recording'; echo Done; exit 1"), nothing));
     window.launch({a, b, c});
-    QTRY_COMPARE(window.stateView(1)->failure(), QStringLiteral("no recording"));
-    QVERIFY(window.stateView(0)->failure().isEmpty());
+    QTRY_COMPARE(window.stateView(1)->error(), QStringLiteral("no recording"));
+    QVERIFY(window.stateView(0)->error().isEmpty());
     settle();
     QCOMPARE(window.states(), QStringList({ready, ready, ready}));
     QVERIFY(!window.delegate->isWorking());
@@ -205,7 +205,7 @@ void TestLossesWindow::unusableRecordingCostsOnlyItself()
                  QStringList{QStringLiteral("1 of 3 recordings have no whole movie|b.MLV: another "
                                             "size than the dark|Ok")});
     QCOMPARE(window.states(), QStringList({finished, ready, finished}));
-    QTRY_COMPARE(window.stateView(1)->failure(), QStringLiteral("another size than the dark"));
+    QTRY_COMPARE(window.stateView(1)->error(), QStringLiteral("another size than the dark"));
 }
 
 void TestLossesWindow::mendedRecordingIsReadAgain()
@@ -223,7 +223,7 @@ void TestLossesWindow::mendedRecordingIsReadAgain()
     window.pressStart();
     window.waitForEnd();
     QTRY_COMPARE(window.status(), QStringLiteral("2 movies written"));
-    QTRY_VERIFY(window.stateView(0)->failure().isEmpty());
+    QTRY_VERIFY(window.stateView(0)->error().isEmpty());
     QCOMPARE(window.alerts.shown.size(), 1);
 }
 
@@ -459,7 +459,7 @@ void TestLossesWindow::rateOfZeroIsRefusedWhenItIsRead()
     FakeWindow window;
     window.setRate(QStringLiteral("0.004"));
     window.launch({a});
-    QTRY_COMPARE(window.stateView(0)->failure(),
+    QTRY_COMPARE(window.stateView(0)->error(),
                  QStringLiteral("no movie can be made of 0 frames a second, its frame rate"));
     const QString movie = window.recordings() + QStringLiteral("/a.avi");
     QVERIFY(QFile(movie).open(QIODevice::WriteOnly));
@@ -479,7 +479,7 @@ void TestLossesWindow::oddFramesAreRefusedForMov()
     format->setCurrentIndex(1);
     window.pressStart();
     window.waitForEnd();
-    QTRY_COMPARE(window.stateView(0)->failure(),
+    QTRY_COMPARE(window.stateView(0)->error(),
                  QStringLiteral("MOV holds no frames of 5x2 pixels: both have to be even; choose "
                                 "AVI"));
     QCOMPARE(moviesWritten(window), QStringList());
@@ -524,7 +524,7 @@ void TestLossesWindow::toolIsNotGuessedFromAName()
     window.action(QStringLiteral("blendRowsMenuItem"))->trigger();
     window.pressStart();
     window.waitForEnd();
-    QTRY_COMPARE(window.stateView(0)->failure(),
+    QTRY_COMPARE(window.stateView(0)->error(),
                  QStringLiteral("ffmpeg ended with status 1: /media/cr2hdr is gone\n"
                                 "the encoder has spoken\n/media/cr2hdr is gone"));
 }

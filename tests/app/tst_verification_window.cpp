@@ -56,7 +56,7 @@ void TestVerificationWindow::selectedRowsAreVerifiedOneAfterTheOther()
                                     window.recordings() + QLatin1Char('/') + b}));
     for (const int row : {0, 1}) {
         QTRY_COMPARE(window.stateView(row)->textField()->text(), QStringLiteral("Verified: whole"));
-        QVERIFY(window.stateView(row)->failure().isEmpty());
+        QVERIFY(window.stateView(row)->error().isEmpty());
     }
 }
 
@@ -83,7 +83,7 @@ void TestVerificationWindow::lossesAreShownInTheRow()
     window.select(a);
     window.action(verify)->trigger();
     QTRY_COMPARE(window.stateView(0)->textField()->text(), QStringLiteral("Verified: not whole"));
-    QCOMPARE(window.stateView(0)->failure(), QStringLiteral("2 frames are missing: 3-4"));
+    QCOMPARE(window.stateView(0)->error(), QStringLiteral("2 frames are missing: 3-4"));
     const QString toolTip = window.delegate->toolTipForTableColumn(QStringLiteral("State"), 0);
     QVERIFY(toolTip.contains(QLatin1String("2 frames are missing: 3-4")));
     QVERIFY(toolTip.contains(QLatin1String("the white level is wrong")));
@@ -98,7 +98,7 @@ void TestVerificationWindow::notesOfAWholeRecordingAreShown()
     window.select(a);
     window.action(verify)->trigger();
     QTRY_COMPARE(window.stateView(0)->textField()->text(), QStringLiteral("Verified: whole"));
-    QVERIFY(window.stateView(0)->failure().isEmpty());
+    QVERIFY(window.stateView(0)->error().isEmpty());
     QVERIFY(window.stateView(0)->toolTip().contains(QLatin1String("the white level is wrong")));
 }
 
@@ -110,7 +110,7 @@ void TestVerificationWindow::toolThatDiesIsShown()
     window.select(a);
     window.action(verify)->trigger();
     QTRY_COMPARE(window.stateView(0)->textField()->text(), QStringLiteral("Verified: unreadable"));
-    QCOMPARE(window.stateView(0)->failure(),
+    QCOMPARE(window.stateView(0)->error(),
              QStringLiteral("mlv_dump ended before it had read the recording"));
 }
 
@@ -175,7 +175,7 @@ void TestVerificationWindow::notesOfAMovieAreNoFailure()
     window.waitForEnd();
     QTRY_COMPARE(window.status(), QStringLiteral("1 movie written"));
     QVERIFY(window.stateView(0)->isMovieWritten());
-    QVERIFY(window.stateView(0)->failure().isEmpty());
+    QVERIFY(window.stateView(0)->error().isEmpty());
     QVERIFY(window.stateView(0)->toolTip().contains(QLatin1String("the white level is wrong")));
     QVERIFY(window.delegate->toolTipForTableColumn(QStringLiteral("State"), 0)
                 .contains(QLatin1String("the white level is wrong")));

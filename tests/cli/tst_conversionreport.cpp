@@ -35,7 +35,7 @@ RecordingOutcome failed(const char *recording)
     outcome.recording = QString::fromUtf8(recording);
     outcome.result = RecordingOutcome::Failed;
     outcome.duration = 300ms;
-    outcome.failure.reason = QStringLiteral("ffmpeg wrote no movie");
+    outcome.failure.error = QStringLiteral("ffmpeg wrote no movie");
     outcome.failure.tool = QStringLiteral("ffmpeg");
     outcome.toolLines = {{QStringLiteral("ffmpeg"), {QStringLiteral("no"), QStringLiteral("way")}}};
     return outcome;
@@ -122,7 +122,7 @@ void TestConversionReport::recordingsAreNamedFromTheirCommonFolderOn()
 void TestConversionReport::nothingInTheTableIsACommandToTheTerminal()
 {
     RecordingOutcome outcome = failed("/card/two\nlines\x1b[2J.MLV");
-    outcome.failure.reason = QStringLiteral("red \x1b[31m");
+    outcome.failure.error = QStringLiteral("red \x1b[31m");
     const QString table = outcomeTable({outcome}).join(QString());
     QVERIFY(!table.contains(QChar(0x1b)));
     QVERIFY(!table.contains(QLatin1Char('\n')));
@@ -200,9 +200,9 @@ void TestConversionReport::unwritableReport()
 {
     QFETCH(QString, path);
     const QString start = QStringLiteral("the report %1 can't be written: ").arg(path);
-    for (const QString &problem : {reportHindrance(path), writeReport(path, "{}")}) {
-        QVERIFY2(problem.startsWith(start), qPrintable(problem));
-        QVERIFY(problem.size() > start.size());
+    for (const QString &error : {reportFileError(path), writeReport(path, "{}")}) {
+        QVERIFY2(error.startsWith(start), qPrintable(error));
+        QVERIFY(error.size() > start.size());
     }
 }
 
@@ -211,12 +211,12 @@ void TestConversionReport::fullDiskKeepsTheOldReport()
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("report.json"));
     QCOMPARE(writeReport(path, "old"), QString());
-    QString problem;
+    QString error;
     {
         const FullDisk full(100);
-        problem = writeReport(path, QByteArray(1000, 'x'));
+        error = writeReport(path, QByteArray(1000, 'x'));
     }
-    QVERIFY(!problem.isEmpty());
+    QVERIFY(!error.isEmpty());
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("old"));
@@ -226,10 +226,10 @@ void TestConversionReport::checkingAReportLeavesNoTrace()
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("report.json"));
-    QCOMPARE(reportHindrance(path), QString());
+    QCOMPARE(reportFileError(path), QString());
     QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList());
     QCOMPARE(writeReport(path, "old"), QString());
-    QCOMPARE(reportHindrance(path), QString());
+    QCOMPARE(reportFileError(path), QString());
     QFile file(path);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), QByteArray("old"));

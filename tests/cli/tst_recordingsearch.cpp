@@ -164,7 +164,7 @@ void TestRecordingSearch::nameThatIsNoTextIsTold()
     QCOMPARE(unreachable.size(), 2);
     QCOMPARE(unreachable.at(0).path, m_folder->filePath(QStringLiteral("caf\uFFFD/a.mlv")));
     QCOMPARE(unreachable.at(1).path, m_folder->filePath(QStringLiteral("na\uFFFDve.MLV")));
-    QCOMPARE(unreachable.at(1).reason, QStringLiteral("its name is no UTF-8 text; rename it"));
+    QCOMPARE(unreachable.at(1).error, QStringLiteral("its name is no UTF-8 text; rename it"));
     // Qt can't remove what it can't name.
     for (const char *name : {"/na\xefve.MLV", "/na\xefve.txt", "/caf\xe9/a.mlv", "/caf\xe9"})
         QCOMPARE(remove((folder + name).constData()), 0);
@@ -186,7 +186,7 @@ void TestRecordingSearch::folderThatCannotBeReadIsTold()
     }
     QCOMPARE(unreachable.size(), 1);
     QCOMPARE(unreachable.first().path, closed);
-    QCOMPARE(unreachable.first().reason,
+    QCOMPARE(unreachable.first().error,
              QStringLiteral("the folder can't be read: Permission denied"));
 }
 

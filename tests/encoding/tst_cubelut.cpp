@@ -49,7 +49,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, range);
         write(file);
         const CubeLut lut = readCubeLut(m_path);
-        QCOMPARE(lut.problem, QString());
+        QCOMPARE(lut.error, QString());
         QCOMPARE(lut.text, "LUT_3D_SIZE 2\n" + range + rows);
     }
 
@@ -93,16 +93,16 @@ private Q_SLOTS:
         QFETCH(QString, reason);
         write(file);
         const CubeLut lut = readCubeLut(m_path);
-        QCOMPARE(lut.problem, QStringLiteral("%1:%2: %3").arg(m_path).arg(line).arg(reason));
+        QCOMPARE(lut.error, QStringLiteral("%1:%2: %3").arg(m_path).arg(line).arg(reason));
         QCOMPARE(lut.text, QByteArray());
     }
 
     void whatCantBeRead()
     {
         const QString missing = m_folder.filePath(QStringLiteral("none.cube"));
-        QCOMPARE(readCubeLut(missing).problem,
+        QCOMPARE(readCubeLut(missing).error,
                  missing + QStringLiteral(": No such file or directory"));
-        QVERIFY(!readCubeLut(m_folder.path()).problem.isEmpty());
+        QVERIFY(!readCubeLut(m_folder.path()).error.isEmpty());
     }
 
     void anyFileIsReadToItsEnd()
@@ -115,7 +115,7 @@ private Q_SLOTS:
                 file[random.bounded(file.size())] = static_cast<char>(random.bounded(256));
             write(file);
             const CubeLut lut = readCubeLut(m_path);
-            QVERIFY(lut.problem.isEmpty() != lut.text.isEmpty());
+            QVERIFY(lut.error.isEmpty() != lut.text.isEmpty());
         }
     }
 

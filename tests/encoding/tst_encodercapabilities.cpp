@@ -169,9 +169,9 @@ private Q_SLOTS:
         const auto ffmpeg = FFmpegTask::ffmpegTask();
         Recipe recipe;
         recipe.video = texts({"-c:v", "libx264", "-pix_fmt", "yuv420p"});
-        QCOMPARE(ffmpeg->lackFor(recipe), QString());
+        QCOMPARE(ffmpeg->recipeError(recipe), QString());
         recipe.video.last() = QStringLiteral("gbrp16le");
-        QVERIFY(ffmpeg->lackFor(recipe).startsWith(
+        QVERIFY(ffmpeg->recipeError(recipe).startsWith(
             QLatin1String("ffmpeg's encoder \"libx264\" takes no pixels of the format")));
     }
 };

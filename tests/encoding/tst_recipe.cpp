@@ -75,10 +75,10 @@ private:
         file.close();
         return readRecipe(file.fileName());
     }
-    QString problemOf(const QByteArray &content) const
+    QString errorOf(const QByteArray &content) const
     {
         const RecipeFile file = read(content);
-        return QString(file.problem).remove(QFileInfo(file.recipe.path).path() + QLatin1Char('/'));
+        return QString(file.error).remove(QFileInfo(file.recipe.path).path() + QLatin1Char('/'));
     }
 
     QTemporaryDir m_folder;
@@ -122,7 +122,7 @@ void TestRecipe::shellWordsOfALine()
 void TestRecipe::everyFieldIsRead()
 {
     const RecipeFile file = read(good + "FastStart=true\n");
-    QCOMPARE(file.problem, QString());
+    QCOMPARE(file.error, QString());
     const Recipe &recipe = file.recipe;
     QCOMPARE(recipe.id, QStringLiteral("one"));
     QCOMPARE(recipe.name, QStringLiteral("ProRes 422 HQ"));
@@ -141,7 +141,7 @@ void TestRecipe::everyFieldIsRead()
 void TestRecipe::fieldsMayBeMissing()
 {
     const RecipeFile file = read("[Recipe]\nExtension=avi\nVideo=-c:v ffv1 -pix_fmt gbrp16le\n");
-    QCOMPARE(file.problem, QString());
+    QCOMPARE(file.error, QString());
     QCOMPARE(file.recipe.name, QStringLiteral("one"));
     QVERIFY(file.recipe.sound.isEmpty() && file.recipe.develop.isEmpty());
     QVERIFY(!file.recipe.fastStart);
@@ -157,17 +157,17 @@ void TestRecipe::quotesOfAShell()
           R"("-c:v libx264 -metadata \"title=a, b;c\"")"}) {
         const RecipeFile file = read(QByteArray("[Recipe]\nExtension=mov\nVideo=") + video + '\n');
         if (*video == '\'') { // which QSettings would take away
-            QVERIFY(file.problem.contains(QLatin1String(":3: bad quoting")));
+            QVERIFY(file.error.contains(QLatin1String(":3: bad quoting")));
             continue;
         }
-        QCOMPARE(file.problem, QString());
+        QCOMPARE(file.error, QString());
         QCOMPARE(file.recipe.video, expected);
     }
 }
 
 void TestRecipe::commentsAndBlankLines()
 {
-    QCOMPARE(problemOf("; one\n\n# two\n" + good + "\n   ; three\n"), QString());
+    QCOMPARE(errorOf("; one\n\n# two\n" + good + "\n   ; three\n"), QString());
 }
 
 void TestRecipe::slips_data()
@@ -226,7 +226,7 @@ void TestRecipe::slips_data()
 void TestRecipe::slips()
 {
     QFETCH(QByteArray, content);
-    QTEST(problemOf(content), "problem");
+    QTEST(errorOf(content), "problem");
 }
 
 void TestRecipe::argumentsThatAreRefused_data()
@@ -271,7 +271,7 @@ void TestRecipe::argumentsThatAreRefused()
 {
     QFETCH(QString, reason);
     const QByteArray arguments = QTest::currentDataTag();
-    QCOMPARE(problemOf("[Recipe]\nExtension=mov\nVideo=" + arguments + '\n'),
+    QCOMPARE(errorOf("[Recipe]\nExtension=mov\nVideo=" + arguments + '\n'),
              QStringLiteral("one.recipe:3: ") + reason);
 }
 
@@ -290,7 +290,7 @@ void TestRecipe::argumentsThatAreTaken()
 {
     QFETCH(QByteArray, arguments);
     QCOMPARE(
-        problemOf("[Recipe]\nExtension=mov\nVideo=\"" + arguments.replace("\\", "\\\\") + "\"\n"),
+        errorOf("[Recipe]\nExtension=mov\nVideo=\"" + arguments.replace("\\", "\\\\") + "\"\n"),
         QString());
 }
 
@@ -309,10 +309,10 @@ void TestRecipe::fileThatIsNoRecipe()
 {
     QFETCH(QByteArray, content);
     QFETCH(QString, reason);
-    QCOMPARE(problemOf(content), QStringLiteral("one.recipe: ") + reason);
-    QCOMPARE(readRecipe(QStringLiteral("/no/such.recipe")).problem,
+    QCOMPARE(errorOf(content), QStringLiteral("one.recipe: ") + reason);
+    QCOMPARE(readRecipe(QStringLiteral("/no/such.recipe")).error,
              QStringLiteral("/no/such.recipe: there is no such file"));
-    QCOMPARE(readRecipe(QStringLiteral("/dev/null")).problem,
+    QCOMPARE(readRecipe(QStringLiteral("/dev/null")).error,
              QStringLiteral("/dev/null: there is no such file"));
 }
 
@@ -329,11 +329,11 @@ void TestRecipe::randomFilesDoNoHarm()
         for (int change = 0; change < changes && !content.isEmpty(); ++change)
             content[qsizetype(generator() % quint32(content.size()))] = char(generator());
         const RecipeFile file = read(content);
-        if (file.problem.isEmpty()) {
+        if (file.error.isEmpty()) {
             QVERIFY(file.recipe.keepsRawFrames() != !file.recipe.videoEncoder().isEmpty());
         } else {
             ++refused;
-            QVERIFY(file.problem.startsWith(file.recipe.path + QLatin1Char(':')));
+            QVERIFY(file.error.startsWith(file.recipe.path + QLatin1Char(':')));
         }
     }
     QVERIFY(refused >= 100); // what is random throughout is never a recipe
@@ -355,7 +355,7 @@ void TestRecipe::bundledRecipesAreInOrder()
 {
     const RecipeFile file = readRecipe(
         QStringLiteral(RECIPES "/%1.recipe").arg(QString::fromUtf8(QTest::currentDataTag())));
-    QCOMPARE(file.problem, QString());
+    QCOMPARE(file.error, QString());
     QVERIFY(!file.recipe.description.isEmpty());
     QTEST(file.recipe.developsSixteenBits(), "deep");
     QTEST(file.recipe.extension, "extension");
@@ -372,7 +372,7 @@ void TestRecipe::ownRecipeWinsAndIsListed()
     QStringList names;
     const QList<RecipeFile> recipes = foundRecipes();
     for (const RecipeFile &file : recipes)
-        names << file.recipe.id + (file.problem.isEmpty() ? QString() : QStringLiteral("!"));
+        names << file.recipe.id + (file.error.isEmpty() ? QString() : QStringLiteral("!"));
     QCOMPARE(names, words("broken! mine"));
     QCOMPARE(findRecipe(QStringLiteral("mine")).recipe.path, own + QStringLiteral("/mine.recipe"));
 }
@@ -385,12 +385,12 @@ void TestRecipe::recipeByFile()
     QVERIFY(QDir::setCurrent(QFileInfo(path).path()));
     const RecipeFile relative = findRecipe(QStringLiteral("one.recipe"));
     QVERIFY(QDir::setCurrent(before));
-    QCOMPARE(relative.problem, QString());
+    QCOMPARE(relative.error, QString());
 }
 
 void TestRecipe::unknownRecipeNamesTheOthers()
 {
-    QCOMPARE(findRecipe(QStringLiteral("prores")).problem,
+    QCOMPARE(findRecipe(QStringLiteral("prores")).error,
              QStringLiteral("there is no recipe \"prores\"; there are broken, mine"));
 }
 
@@ -402,12 +402,13 @@ void TestRecipe::missingEncoderIsTold()
     };
     const QString video = QStringLiteral("video_encoders");
     const QString sound = QStringLiteral("audio_encoders");
-    QCOMPARE(lackOf({{video, named("prores_ks")}, {sound, named("pcm_s16le")}}, recipe), QString());
-    QCOMPARE(lackOf({{video, named("prores")}, {sound, named("pcm_s16le")}}, recipe),
+    QCOMPARE(encoderError({{video, named("prores_ks")}, {sound, named("pcm_s16le")}}, recipe),
+             QString());
+    QCOMPARE(encoderError({{video, named("prores")}, {sound, named("pcm_s16le")}}, recipe),
              QStringLiteral("ffmpeg has no encoder \"prores_ks\""));
-    QCOMPARE(lackOf({{video, named("prores_ks")}}, recipe),
+    QCOMPARE(encoderError({{video, named("prores_ks")}}, recipe),
              QStringLiteral("ffmpeg has no encoder \"pcm_s16le\""));
-    QCOMPARE(lackOf({}, read("[Recipe]\nExtension=dng\n").recipe), QString());
+    QCOMPARE(encoderError({}, read("[Recipe]\nExtension=dng\n").recipe), QString());
 }
 
 void TestRecipe::missingPixelFormatIsTold()
@@ -416,14 +417,14 @@ void TestRecipe::missingPixelFormatIsTold()
     recipe.video = QStringList{QStringLiteral("-c:v"), QStringLiteral("prores_ks"),
                                QStringLiteral("-pix_fmt"), QStringLiteral("yuv420p")};
     const QStringList supported{QStringLiteral("yuv422p10le"), QStringLiteral("yuv444p10le")};
-    QCOMPARE(pixelFormatLack(supported, recipe),
+    QCOMPARE(pixelFormatError(supported, recipe),
              QStringLiteral("ffmpeg's encoder \"prores_ks\" takes no pixels of the format "
                             "\"yuv420p\", but yuv422p10le, yuv444p10le"));
-    QCOMPARE(pixelFormatLack({}, recipe), QString());
+    QCOMPARE(pixelFormatError({}, recipe), QString());
     recipe.video.last() = supported.constLast();
-    QCOMPARE(pixelFormatLack(supported, recipe), QString());
+    QCOMPARE(pixelFormatError(supported, recipe), QString());
     recipe.video = recipe.video.mid(0, 2); // the encoder chooses
-    QCOMPARE(pixelFormatLack(supported, recipe), QString());
+    QCOMPARE(pixelFormatError(supported, recipe), QString());
 }
 
 void TestRecipe::moviePath()

@@ -45,7 +45,7 @@ public:
         monitor.reset();
         monitor = std::make_unique<ProjectMonitor>(*controller, ProjectMonitor::Conversion, this);
         QObject::connect(monitor.get(), &ProjectMonitor::ended, monitor.get(),
-                         [this](const Failure &failure) { endings << failure.reason; });
+                         [this](const Failure &failure) { endings << failure.error; });
         launch();
     }
 

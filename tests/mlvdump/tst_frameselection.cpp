@@ -42,7 +42,7 @@ private Q_SLOTS:
         QCOMPARE(selection->text(), text);
         QTEST(selection->countOf(10), "count");
         QTEST(selection->range(), "range");
-        QCOMPARE(selection->problem(10), QString());
+        QCOMPARE(selection->error(10), QString());
     }
 
     void sameFramesInOtherWords()
@@ -64,7 +64,7 @@ private Q_SLOTS:
     void framesOutsideAreToldWithBothNumbers()
     {
         QFETCH(QString, text);
-        QCOMPARE(FrameSelection::fromText(text).value().problem(10),
+        QCOMPARE(FrameSelection::fromText(text).value().error(10),
                  QStringLiteral("the frames %1 are asked for, but it has only 10").arg(text));
     }
 

@@ -294,7 +294,7 @@ void TestMlvDumpTask::unusableRecordingIsAReportWithoutFrames()
                                     "echo Done; exit 1"));
     m_task->extractMeta();
     QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("meta")});
-    QCOMPARE(m_task->unusableReason(), QStringLiteral("The recording holds no raw video"));
+    QCOMPARE(m_task->unusableError(), QStringLiteral("The recording holds no raw video"));
     QCOMPARE(m_task->videoFrames(), 0U);
     QVERIFY(m_task->error().isNull());
     QCOMPARE(m_task->processMode(), MlvDumpModeNone);
@@ -306,16 +306,16 @@ void TestMlvDumpTask::unusableRecordingFinishesNoFrameRun()
     m_tools->addTool(mlvDump, QStringLiteral("echo '[UNUSABLE] The recording vanished'; exit 1"));
     m_task->extractDNGAtIndex(0);
     QTRY_VERIFY(!m_task->isRunning());
-    QCOMPARE(m_task->unusableReason(), QStringLiteral("The recording vanished"));
+    QCOMPARE(m_task->unusableError(), QStringLiteral("The recording vanished"));
     QCOMPARE(m_listener.events, QStringList());
 }
 
 void TestMlvDumpTask::newRunForgetsWhyTheRecordingWasUnusable()
 {
     m_task->receivedLine(QStringLiteral("[UNUSABLE] The recording vanished"), *m_task);
-    QCOMPARE(m_task->unusableReason(), QStringLiteral("The recording vanished"));
+    QCOMPARE(m_task->unusableError(), QStringLiteral("The recording vanished"));
     m_task->extractDNGAtIndex(0);
-    QCOMPARE(m_task->unusableReason(), QString());
+    QCOMPARE(m_task->unusableError(), QString());
     QTRY_COMPARE(m_listener.events, QStringList{QStringLiteral("dng")});
 }
 

@@ -54,8 +54,8 @@ private:
             entry += QStringLiteral(" quick");
         if (request.quality == FrameRequest::Small)
             entry += QStringLiteral(" small");
-        if (!frame.reason.isEmpty())
-            entry += QStringLiteral(": ") + frame.reason;
+        if (!frame.error.isEmpty())
+            entry += QStringLiteral(": ") + frame.error;
         log << entry;
         last = frame;
     }
@@ -382,7 +382,7 @@ void TestFramePreview::failedSurveyTellsTheToolsReason()
 {
     FakeTools fakes(1);
     fakes.setExtraction(QStringLiteral("case \"$*\" in *--write-survey*) "
-                                       "echo '[ERROR] The survey cannot be written'; exit 1 ;; "
+                                       "echo \"[ERROR] The survey can't be written\"; exit 1 ;; "
                                        "esac\n%1")
                             .arg(FakeTools::extraction(1)));
     FramePreview preview;
@@ -390,7 +390,7 @@ void TestFramePreview::failedSurveyTellsTheToolsReason()
     preview.show({QStringLiteral("/clip.MLV"), 1, {}});
     QTRY_VERIFY_WITH_TIMEOUT(!preview.isAwaited(), patience);
     QCOMPARE(shown.log, QStringList({QStringLiteral("1 quick"),
-                                     QStringLiteral("1: The survey cannot be written")}));
+                                     QStringLiteral("1: The survey can't be written")}));
 }
 
 void TestFramePreview::rowsAreBlendedByTheFramesOfTheMovie()

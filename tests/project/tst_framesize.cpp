@@ -58,15 +58,15 @@ private Q_SLOTS:
     void oddSidesAreNoMov()
     {
         for (const QSize size : {QSize(5, 2), QSize(4, 3), QSize(5, 3)}) {
-            QCOMPARE(sizeProblem(size, MovieFormatMOV),
+            QCOMPARE(sizeError(size, MovieFormatMOV),
                      QStringLiteral("MOV holds no frames of %1x%2 pixels: both have to be even; "
                                     "choose AVI")
                          .arg(size.width())
                          .arg(size.height()));
-            QCOMPARE(sizeProblem(size, MovieFormatAVI), QString());
+            QCOMPARE(sizeError(size, MovieFormatAVI), QString());
         }
-        QCOMPARE(sizeProblem(QSize(4, 2), MovieFormatMOV), QString());
-        QCOMPARE(sizeProblem(QSize(), MovieFormatMOV), QString());
+        QCOMPARE(sizeError(QSize(4, 2), MovieFormatMOV), QString());
+        QCOMPARE(sizeError(QSize(), MovieFormatMOV), QString());
     }
 
     void oddSidesNeedARecipeThatSharesNoColour_data()
@@ -91,7 +91,7 @@ private Q_SLOTS:
         Recipe recipe;
         recipe.name = QStringLiteral("Mine");
         recipe.video = QStringList{QStringLiteral("-pix_fmt"), pixelFormat};
-        const QString problem = sizeProblem(size, MovieFormatMOV, recipe);
+        const QString problem = sizeError(size, MovieFormatMOV, recipe);
         QTEST(problem.isEmpty(), "fits");
         if (!problem.isEmpty())
             QVERIFY(problem.startsWith(QStringLiteral("Mine holds no frames of %1x%2 pixels")

@@ -122,7 +122,7 @@ void TestMovieDestination::patternsThatAreRefused_data()
 
 void TestMovieDestination::patternsThatAreRefused()
 {
-    QTEST(patternProblem(QString::fromUtf8(QTest::currentDataTag())), "problem");
+    QTEST(patternError(QString::fromUtf8(QTest::currentDataTag())), "problem");
 }
 
 void TestMovieDestination::freePath()

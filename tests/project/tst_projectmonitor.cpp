@@ -24,7 +24,7 @@ public:
         projectMonitor = std::make_unique<ProjectMonitor>(*controller, work, this);
         QObject::connect(projectMonitor.get(), &ProjectMonitor::ended, projectMonitor.get(),
                          [this](const Failure &failure) {
-                             endings << failure.reason;
+                             endings << failure.error;
                              last = failure;
                          });
     }

@@ -77,7 +77,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.result, RecordingOutcome::Finished);
         QCOMPARE(outcome.movie, fake.path(QStringLiteral("clip.mov")));
         QCOMPARE(outcome.frames, 2);
-        QCOMPARE(outcome.problems(), QStringList());
+        QCOMPARE(outcome.errors(), QStringList());
     }
 
     void recordingThatWasReadIsNotReadAgain()
@@ -125,7 +125,7 @@ private Q_SLOTS:
         fake.start();
         QVERIFY(fake.waitForEnds(1));
         QCOMPARE(fake.run.outcome().result, RecordingOutcome::Failed);
-        QCOMPARE(fake.run.outcome().failure.reason,
+        QCOMPARE(fake.run.outcome().failure.error,
                  QStringLiteral("MOV holds no frames of 321x240 pixels: both have to be even; "
                                 "choose AVI"));
         QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m"));
@@ -142,7 +142,7 @@ private Q_SLOTS:
         fake.start();
         QVERIFY(fake.waitForEnds(1));
         QCOMPARE(fake.run.outcome().result, RecordingOutcome::Failed);
-        QCOMPARE(fake.run.outcome().failure.reason,
+        QCOMPARE(fake.run.outcome().failure.error,
                  QStringLiteral("the frames 2-3 are asked for, but it has only 2"));
         QCOMPARE(fake.mlvDumpRuns(), QStringLiteral("-m"));
     }
@@ -155,7 +155,7 @@ private Q_SLOTS:
         FakeRun::writeMovie(fake.path(QStringLiteral("whole.mov")), 2);
         fake.start();
         QVERIFY(fake.waitForEnds(1));
-        QCOMPARE(fake.run.outcome().problems(), QStringList());
+        QCOMPARE(fake.run.outcome().errors(), QStringList());
         QCOMPARE(fake.run.outcome().frames, 2);
     }
 
@@ -205,7 +205,7 @@ private Q_SLOTS:
         fake.settings.lut = fake.path(QStringLiteral("none.cube"));
         fake.start();
         QVERIFY(fake.waitForEnds(1));
-        QCOMPARE(fake.run.outcome().failure.reason,
+        QCOMPARE(fake.run.outcome().failure.error,
                  fake.settings.lut + QStringLiteral(": No such file or directory"));
         QVERIFY(fake.tools.calls(QStringLiteral("ffmpeg")).isEmpty());
     }
@@ -213,12 +213,12 @@ private Q_SLOTS:
     void refusedRecordingEndsAfterTheCallWithoutATool()
     {
         FakeRun fake;
-        fake.movies.claim(fake.recording(), fake.settings);
+        QCOMPARE(fake.movies.claim(fake.recording(), fake.settings), QString());
         fake.run.start(fake.settings, fake.movies);
         QCOMPARE(fake.ends, 0);
         QVERIFY(fake.waitForEnds(1));
         QCOMPARE(fake.run.outcome().result, RecordingOutcome::Failed);
-        QVERIFY(fake.run.outcome().failure.reason.startsWith(
+        QVERIFY(fake.run.outcome().failure.error.startsWith(
             QLatin1String("its movie would replace that of another recording, ")));
         QCOMPARE(fake.mlvDumpRuns(), QString());
     }
@@ -229,7 +229,7 @@ private Q_SLOTS:
         fake.settings.calibration.dark = fake.recording();
         fake.start();
         QVERIFY(fake.waitForEnds(1));
-        QCOMPARE(fake.run.outcome().failure.reason,
+        QCOMPARE(fake.run.outcome().failure.error,
                  QStringLiteral("the average of its calibration recordings isn't there"));
         QCOMPARE(fake.mlvDumpRuns(), QString());
     }
@@ -242,7 +242,7 @@ private Q_SLOTS:
         fake.settings.recipe->id = QStringLiteral("raw");
         fake.start();
         QVERIFY(fake.waitForEnds(1));
-        QCOMPARE(fake.run.outcome().failure.reason,
+        QCOMPARE(fake.run.outcome().failure.error,
                  QStringLiteral("the recipe raw keeps the frames raw, and only developed "
                                 "neighbours can be merged"));
         QCOMPARE(fake.mlvDumpRuns(), QString());
@@ -255,7 +255,7 @@ private Q_SLOTS:
         fake.start();
         QVERIFY(fake.waitForEnds(1));
         const Failure &failure = fake.run.outcome().failure;
-        QCOMPARE(failure.reason, QStringLiteral("ffmpeg ended with status 3: fire"));
+        QCOMPARE(failure.error, QStringLiteral("ffmpeg ended with status 3: fire"));
         QCOMPARE(failure.tool, QStringLiteral("ffmpeg"));
         QCOMPARE(failure.lines, (QStringList{QStringLiteral("smoke"), QStringLiteral("fire")}));
         QVERIFY(!failure.concernsBatch);
@@ -268,7 +268,7 @@ private Q_SLOTS:
         fake.start();
         QVERIFY(fake.waitForEnds(1));
         QCOMPARE(fake.errors, QStringList{QStringLiteral("[ERROR] no room")});
-        QCOMPARE(fake.run.outcome().failure.reason, QStringLiteral("no room"));
+        QCOMPARE(fake.run.outcome().failure.error, QStringLiteral("no room"));
         QVERIFY(fake.run.outcome().failure.concernsBatch);
     }
 
@@ -315,7 +315,7 @@ private Q_SLOTS:
         QCOMPARE(fake.ends, 0);
         disk.release(pool->maxThreadCount());
         QVERIFY(fake.waitForEnds(1));
-        QCOMPARE(fake.run.outcome().failure.reason, QString());
+        QCOMPARE(fake.run.outcome().failure.error, QString());
         QCOMPARE(fake.tools.calls(QStringLiteral("ffmpeg")).size(), 2);
     }
 

@@ -4,6 +4,7 @@
 #include "project/framesize.h"
 #include "project/moviespace.h"
 #include "project/spacecheck.h"
+#include "runner/files.h"
 
 #include <QDir>
 #include <QTest>
@@ -52,20 +53,20 @@ void TestSpaceCheck::resolutionTexts()
 
 void TestSpaceCheck::enoughSpaceIsNoProblem()
 {
-    QCOMPARE(spaceProblem({1000, 0}, 1000, QStringLiteral("/t")), QString());
+    QCOMPARE(spaceError({1000, 0}, 1000, QStringLiteral("/t")), QString());
 }
 
 void TestSpaceCheck::bothFiguresAreTold()
 {
-    QCOMPARE(spaceProblem({3.0 * 1024 * 1024 * 1024, 0}, 50.0 * 1024 * 1024, QStringLiteral("/t")),
+    QCOMPARE(spaceError({3.0 * 1024 * 1024 * 1024, 0}, 50.0 * 1024 * 1024, QStringLiteral("/t")),
              QStringLiteral("its frames need 3.22 GB, but only 52.43 MB are free in the temporary "
                             "folder /t; make room there or choose another temporary folder"));
 }
 
 void TestSpaceCheck::framesThatAreThereCountAsSpace()
 {
-    QCOMPARE(spaceProblem({5000, 4000}, 1000, QStringLiteral("/t")), QString());
-    QVERIFY(!spaceProblem({5000, 3000}, 1000, QStringLiteral("/t")).isEmpty());
+    QCOMPARE(spaceError({5000, 4000}, 1000, QStringLiteral("/t")), QString());
+    QVERIFY(!spaceError({5000, 3000}, 1000, QStringLiteral("/t")).isEmpty());
 }
 
 void TestSpaceCheck::needFollowsTheReport()
@@ -171,7 +172,7 @@ void TestSpaceCheck::moviesOfRecipesNeedAboutWhatTheirEncodersWrite()
     QCOMPARE(bytesOf("-c:v libx264 -crf 20"), 0.0); // goes by the scene
     settings.frames = {11, 20};
     QCOMPARE(bytesOf("-c:v ffv1 -level 3"), 20 * pixels);
-    const QString problem = movieSpaceProblem({{QStringLiteral("/clip.mov"), 1e30, true}});
+    const QString problem = movieSpaceError({{QStringLiteral("/clip.mov"), 1e30, true}});
     QVERIFY2(problem.startsWith(QLatin1String("its movie needs about ")), qPrintable(problem));
 }
 
@@ -195,7 +196,7 @@ void TestSpaceCheck::movieThatGrowsBeyondItsDisk()
     QFETCH(bool, fits);
     const GrowingMovie movie{QStringLiteral("/films/clip.mov"), encoded * 1e6,
                              static_cast<quint64>(encoded), 1000};
-    const QString problem = growthProblem(movie, free);
+    const QString problem = growthError(movie, free);
     QCOMPARE(problem.isEmpty(), fits);
     if (!fits)
         QVERIFY2(problem.contains(QLatin1String("are free in /films")), qPrintable(problem));
@@ -206,7 +207,7 @@ void TestSpaceCheck::unknownResolutionNeedsNothing()
     FakeProject fake(10);
     fake.read();
     QCOMPARE(spaceNeed(*fake.controller).frames, 0.0);
-    QCOMPARE(spaceProblem(*fake.controller), QString());
+    QCOMPARE(spaceError(*fake.controller), QString());
 }
 
 void TestSpaceCheck::hugeCountsAreRefused()
@@ -214,7 +215,7 @@ void TestSpaceCheck::hugeCountsAreRefused()
     FakeProject fake(2000000000);
     fake.setRawInformation(QStringLiteral("65534x65534"), 16);
     fake.read();
-    QVERIFY(!spaceProblem(*fake.controller).isEmpty());
+    QVERIFY(!spaceError(*fake.controller).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestSpaceCheck)

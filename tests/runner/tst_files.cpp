@@ -73,6 +73,12 @@ private Q_SLOTS:
         QVERIFY(!createPrivateFolder(QStringLiteral("/etc/passwd/folder")));
     }
 
+    void freeSpaceOfAMissingFolderIsThatAboveIt()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(qIsFinite(freeSpace(folder.filePath(QStringLiteral("not/yet")))));
+    }
+
     void logLineIsTheMessageAlone()
     {
         const LogCapture log;

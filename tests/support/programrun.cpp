@@ -21,6 +21,6 @@ QByteArray outputOf(const QString &program, const QStringList &arguments)
 {
     const Ended ended = runProgram(program, arguments);
     if (ended.status < 0)
-        qFatal("%s cannot be run", qPrintable(program));
+        qFatal("%s can't be run", qPrintable(program));
     return ended.output;
 }

@@ -28,7 +28,7 @@ public:
     {
     }
 
-    [[nodiscard]] float repaired(int x, int y) const
+    float repaired(int x, int y) const
     {
         const auto row = m_frame.row(y);
         const float value = row[static_cast<std::size_t>(x)];
@@ -53,7 +53,7 @@ public:
     }
 
 private:
-    [[nodiscard]] Neighbours neighbours(int x, int y) const
+    Neighbours neighbours(int x, int y) const
     {
         Neighbours around{};
         std::size_t count = 0;
@@ -69,7 +69,7 @@ private:
         return around;
     }
 
-    [[nodiscard]] float margin(float light, int y) const
+    float margin(float light, int y) const
     {
         const Noise &noise = m_pattern.isHigh(y) ? m_highNoise : m_lowNoise;
         // The neighbours in low rows have the low rows' noise.

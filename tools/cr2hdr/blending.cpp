@@ -53,7 +53,7 @@ public:
     }
 
     /// What the square of the difference has beyond noise; scattered around 0 in even places.
-    [[nodiscard]] float errorAt(std::size_t x, int y) const
+    float errorAt(std::size_t x, int y) const
     {
         const Pair pair = at(x, y);
         const float noiseVariance = pair.nativeVariance + pair.interpolatedVariance;
@@ -62,7 +62,7 @@ public:
         return trust(pair.high) * (square - noiseVariance);
     }
 
-    [[nodiscard]] float blendedAt(std::size_t x, int y, float meanError) const
+    float blendedAt(std::size_t x, int y, float meanError) const
     {
         const Pair pair = at(x, y);
         const float noiseVariance = pair.nativeVariance + pair.interpolatedVariance;
@@ -89,7 +89,7 @@ private:
         float interpolatedVariance;
     };
 
-    [[nodiscard]] Pair at(std::size_t x, int y) const
+    Pair at(std::size_t x, int y) const
     {
         const float native = m_native.row(y)[x];
         const float interpolated = m_interpolated.row(y)[x];
@@ -104,7 +104,7 @@ private:
     }
 
     /// 1 for high values well below saturation, 0 for saturated ones.
-    [[nodiscard]] float trust(float high) const
+    float trust(float high) const
     {
         const float way = (m_clippedFrom - high) / (m_clippedFrom * (1 - trustEnds));
         const float share = std::clamp(way, 0.0F, 1.0F);

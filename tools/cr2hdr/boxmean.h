@@ -7,6 +7,6 @@ namespace dualiso {
 
 /// Each value replaced by the mean of the values up to `reachX` columns and `reachY` rows away;
 /// beyond the edges by mirrored ones.
-[[nodiscard]] Frame boxMean(const Frame &frame, int reachX, int reachY, int threads);
+Frame boxMean(const Frame &frame, int reachX, int reachY, int threads);
 
 } // namespace dualiso

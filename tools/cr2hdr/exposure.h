@@ -33,7 +33,7 @@ public:
     void add(const Frame &frame, const RowPattern &pattern);
 
     /// Nothing if too little of the picture could be compared.
-    [[nodiscard]] std::optional<ExposureMatch> match() const;
+    std::optional<ExposureMatch> match() const;
 
 private:
     // Means of many values with the same brightness around them: so the noise of the low values,
@@ -45,7 +45,7 @@ private:
         double count = 0;
     };
 
-    [[nodiscard]] bool areAlike(float one, float other) const;
+    bool areAlike(float one, float other) const;
 
     float m_clippedFrom;
     Noise m_highNoise;

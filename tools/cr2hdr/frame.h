@@ -26,12 +26,9 @@ struct Frame
     {
     }
 
-    [[nodiscard]] std::span<float> row(int y) { return {values.data() + start(y), rowSize()}; }
-    [[nodiscard]] std::span<const float> row(int y) const
-    {
-        return {values.data() + start(y), rowSize()};
-    }
-    [[nodiscard]] bool isGreen(int x, int y) const
+    std::span<float> row(int y) { return {values.data() + start(y), rowSize()}; }
+    std::span<const float> row(int y) const { return {values.data() + start(y), rowSize()}; }
+    bool isGreen(int x, int y) const
     {
         return colours[(y & 1 ? 2U : 0U) + (x & 1 ? 1U : 0U)] == green;
     }
@@ -44,8 +41,8 @@ struct Frame
     std::vector<float> values;
 
 private:
-    [[nodiscard]] std::size_t rowSize() const { return static_cast<std::size_t>(width); }
-    [[nodiscard]] std::size_t start(int y) const { return static_cast<std::size_t>(y) * rowSize(); }
+    std::size_t rowSize() const { return static_cast<std::size_t>(width); }
+    std::size_t start(int y) const { return static_cast<std::size_t>(y) * rowSize(); }
 };
 
 } // namespace dualiso

@@ -95,8 +95,7 @@ void replaceFrame(const std::filesystem::path &path, const dng::RawFile &source,
     auto file = output::OutputFile::replacing(path);
     file.write(head);
     file.write(strip);
-    file.sync(); // the samples before blending are nowhere else
-    file.commit();
+    file.commitToDisk(); // the samples before blending are nowhere else
 }
 
 } // namespace dualiso

@@ -10,13 +10,13 @@
 namespace dualiso {
 
 /// The samples of the file as a frame. Throws raw::Error.
-[[nodiscard]] Frame readFrame(const dng::RawFile &file);
+Frame readFrame(const dng::RawFile &file);
 
 /// Tells recordings apart: the same for all frames of one, by the names of reel and camera.
-[[nodiscard]] std::uint64_t originOf(const dng::RawFile &file);
+std::uint64_t originOf(const dng::RawFile &file);
 
 /// Whether the file is one that replaceFrame() wrote.
-[[nodiscard]] bool isBlended(const dng::RawFile &file);
+bool isBlended(const dng::RawFile &file);
 
 /// Replaces the file at `path`, which is `source`, by one with the blended frame: 16 bits a sample,
 /// the levels on that scale, this program added to the software tag, all other tags as they are.

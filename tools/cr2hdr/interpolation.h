@@ -30,7 +30,7 @@ private:
     public:
         explicit PaddedRow(int width);
         void take(const Frame &frame, int y);
-        [[nodiscard]] const float *at(int x) const { return m_values.data() + x + padding; }
+        const float *at(int x) const { return m_values.data() + x + padding; }
 
     private:
         static constexpr int padding = 16;
@@ -48,11 +48,11 @@ private:
     template <typename Unlikeness>
     void addCosts(const Unlikeness &unlikeness);
     void chooseShifts(bool fromLow, float clippedFrom);
-    [[nodiscard]] NearGreen nearGreen(int x, int shift) const;
-    [[nodiscard]] float brightestSource(int x, int y, int shift) const;
-    [[nodiscard]] std::optional<float> wayToAbove(int x, int shift, float clippedFrom) const;
-    [[nodiscard]] float saturatedValueAt(int x, int y, int shift, float clippedFrom) const;
-    [[nodiscard]] float valueAt(int x, int y, float above, float below, int shift) const;
+    NearGreen nearGreen(int x, int shift) const;
+    float brightestSource(int x, int y, int shift) const;
+    std::optional<float> wayToAbove(int x, int shift, float clippedFrom) const;
+    float saturatedValueAt(int x, int y, int shift, float clippedFrom) const;
+    float valueAt(int x, int y, float above, float below, int shift) const;
 
     const Frame &m_frame;
     const RowPattern &m_pattern;

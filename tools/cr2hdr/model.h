@@ -21,20 +21,16 @@ struct Model
     Noise highNoise;
 
     /// A high value as a low row would show it.
-    [[nodiscard]] float matched(float highValue) const
-    {
-        return (highValue - exposure.offset) / exposure.gain;
-    }
+    float matched(float highValue) const { return (highValue - exposure.offset) / exposure.gain; }
     /// The noise of high values after matched().
-    [[nodiscard]] Noise matchedHighNoise() const
+    Noise matchedHighNoise() const
     {
         const float gain = exposure.gain;
         return {highNoise.readVariance / (gain * gain), highNoise.varianceOfLight / gain};
     }
 };
 
-/// The model of dual-ISO frames with this pattern; nothing if their exposures cannot be matched.
-[[nodiscard]] std::optional<Model> measure(std::span<const Frame> frames,
-                                           const RowPattern &pattern);
+/// The model of dual-ISO frames with this pattern; nothing if their exposures can't be matched.
+std::optional<Model> measure(std::span<const Frame> frames, const RowPattern &pattern);
 
 } // namespace dualiso

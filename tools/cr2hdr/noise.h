@@ -16,7 +16,7 @@ struct Noise
     float readVariance = 36;
     float varianceOfLight = 0; ///< per level of light
 
-    [[nodiscard]] float variance(float light) const
+    float variance(float light) const
     {
         return readVariance + varianceOfLight * (light > 0 ? light : 0);
     }
@@ -30,7 +30,7 @@ public:
     void add(const Frame &frame, const RowPattern &pattern, bool highRows);
 
     /// `step` is that of the frames.
-    [[nodiscard]] Noise noise(float step) const;
+    Noise noise(float step) const;
 
 private:
     struct Point
@@ -39,7 +39,7 @@ private:
         double variance;
     };
 
-    [[nodiscard]] std::vector<Point> points() const;
+    std::vector<Point> points() const;
 
     // Two bins a stop, by the neighbours' mean; the first takes everything up to 16.
     static constexpr std::size_t binCount = 22;

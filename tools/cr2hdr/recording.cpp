@@ -103,7 +103,7 @@ bool surveyRecording(std::span<const std::filesystem::path> paths,
 {
     const auto found = survey(paths);
     if (!found) {
-        static_cast<void>(blendFrames(paths, found)); // tells why of each
+        blendFrames(paths, found); // tells why of each
         return false;
     }
     printFindings(*found);

@@ -17,7 +17,7 @@ void printFindings(const Survey &survey);
 
 /// A path as a label: control characters don't break the line, and the end, which tells files
 /// apart, is kept if it is long.
-[[nodiscard]] std::string labelOf(const std::filesystem::path &path);
+std::string labelOf(const std::filesystem::path &path);
 
 /// What became of each frame, printed in the order of the frames whoever is ready first. May be
 /// called from any thread.

@@ -15,9 +15,9 @@ struct RowPattern
 {
     std::array<bool, 4> high{};
 
-    [[nodiscard]] bool isHigh(int y) const { return high[static_cast<std::size_t>(y & 3)]; }
+    bool isHigh(int y) const { return high[static_cast<std::size_t>(y & 3)]; }
     /// Four letters from row 0 on, L for low and H for high.
-    [[nodiscard]] std::string letters() const;
+    std::string letters() const;
     bool operator==(const RowPattern &) const = default;
 };
 
@@ -34,9 +34,9 @@ class PatternSearch
 public:
     void add(const Frame &frame);
 
-    [[nodiscard]] Finding finding() const;
+    Finding finding() const;
     /// Meaningful after a finding of DualIso.
-    [[nodiscard]] RowPattern pattern() const;
+    RowPattern pattern() const;
 
 private:
     // Ratios from 2^-16 to 2^16, in steps of 1/16 EV.
@@ -44,8 +44,8 @@ private:
     static constexpr int largestStops = 16;
     using Histogram = std::array<std::uint32_t, 2 * largestStops * stepsPerStop + 1>;
 
-    [[nodiscard]] double medianStops(std::size_t rowClass) const;
-    [[nodiscard]] std::uint64_t pairs(std::size_t rowClass) const;
+    double medianStops(std::size_t rowClass) const;
+    std::uint64_t pairs(std::size_t rowClass) const;
 
     /// How much brighter the row two below is, by the row's number modulo 4.
     std::array<Histogram, 4> m_ratios{};

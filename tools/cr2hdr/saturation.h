@@ -18,7 +18,7 @@ public:
 
     /// Above black. If nothing saturates it lies just below the brightest values, where the low
     /// rows are as good.
-    [[nodiscard]] float clippedFrom() const;
+    float clippedFrom() const;
 
 private:
     std::vector<std::uint32_t> m_counts; ///< of high rows' values, by level

@@ -94,7 +94,7 @@ std::string_view textOf(Obstacle obstacle)
     case Obstacle::NotDualIso:
         return "not dual ISO";
     case Obstacle::Unmatched:
-        return "the two exposures cannot be matched";
+        return "the two exposures can't be matched";
     case Obstacle::None:
         break;
     }

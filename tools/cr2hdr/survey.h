@@ -21,7 +21,7 @@ enum class Obstacle {
 };
 
 /// For a person.
-[[nodiscard]] std::string_view textOf(Obstacle obstacle);
+std::string_view textOf(Obstacle obstacle);
 
 /// What was found out about a recording before any of its frames is blended.
 struct Survey
@@ -32,16 +32,15 @@ struct Survey
     Obstacle obstacle = Obstacle::None;
 };
 
-/// Looks at some frames from all over the recording. Files that cannot be read, and those that were
+/// Looks at some frames from all over the recording. Files that can't be read, and those that were
 /// blended before, count as if they weren't there; nothing if no file is left.
-[[nodiscard]] std::optional<Survey> survey(std::span<const std::filesystem::path> paths);
+std::optional<Survey> survey(std::span<const std::filesystem::path> paths);
 
 /// Keeps the survey for calls with other frames of the recording. Throws output::WriteError.
 void writeSurvey(const Survey &survey, const std::filesystem::path &path);
 
 /// Reads a survey that was kept. Throws surveyfile::SurveyError when it isn't one, or not that of
 /// the first of the frames that can be read.
-[[nodiscard]] Survey readSurvey(const std::filesystem::path &path,
-                                std::span<const std::filesystem::path> frames);
+Survey readSurvey(const std::filesystem::path &path, std::span<const std::filesystem::path> frames);
 
 } // namespace dualiso

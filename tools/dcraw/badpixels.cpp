@@ -80,7 +80,7 @@ public:
             rows.read(row, {&at(0, row), static_cast<std::size_t>(width)});
     }
 
-    [[nodiscard]] bool holds(int column, int row) const
+    bool holds(int column, int row) const
     {
         return column >= 0 && column < m_width && row >= 0 && row < m_height;
     }

@@ -18,9 +18,9 @@ struct CameraColour
 /// `colorMatrix` leads from XYZ to the camera's colours, row by row. The sums are taken in one
 /// fixed order, each rounded by itself: the last bits of the picture depend on it. A matrix without
 /// an inverse gives values that aren't finite.
-[[nodiscard]] CameraColour cameraColour(const std::array<std::array<double, 3>, 3> &colorMatrix);
+CameraColour cameraColour(const std::array<std::array<double, 3>, 3> &colorMatrix);
 
 /// From the camera's colours to one of the spaces that -o numbers, 1 to 6.
-[[nodiscard]] Matrix cameraToOutput(const Matrix &cameraToRgb, int colourSpace);
+Matrix cameraToOutput(const Matrix &cameraToRgb, int colourSpace);
 
 } // namespace dcraw

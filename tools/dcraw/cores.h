@@ -13,7 +13,7 @@ public:
     Cores();
 
     /// At least one.
-    [[nodiscard]] int count() const { return m_count; }
+    int count() const { return m_count; }
 
     /// Has a new thread begin on another core than the caller's. Systems are known to leave it
     /// there for some milliseconds, behind its creator, while another core has nothing to do.

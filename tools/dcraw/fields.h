@@ -54,7 +54,7 @@ public:
     /// The field's `count` values, or nothing when there is no such field. Throws NotCovered when
     /// it is of another kind.
     template <typename Value, std::size_t count>
-    [[nodiscard]] std::optional<std::array<Value, count>> values(std::uint16_t tag) const
+    std::optional<std::array<Value, count>> values(std::uint16_t tag) const
     {
         const dng::Field *field = find(tag);
         if (field == nullptr)
@@ -68,7 +68,7 @@ public:
 
     /// The same for a field that must be there.
     template <typename Value, std::size_t count>
-    [[nodiscard]] std::array<Value, count> needed(std::uint16_t tag) const
+    std::array<Value, count> needed(std::uint16_t tag) const
     {
         const auto found = values<Value, count>(tag);
         require(found.has_value(), "lacks a field");
@@ -76,20 +76,20 @@ public:
     }
 
     template <typename Value>
-    [[nodiscard]] Value needed(std::uint16_t tag) const
+    Value needed(std::uint16_t tag) const
     {
         return needed<Value, 1>(tag)[0];
     }
 
     template <typename Value>
-    [[nodiscard]] std::optional<Value> value(std::uint16_t tag) const
+    std::optional<Value> value(std::uint16_t tag) const
     {
         const auto found = values<Value, 1>(tag);
         return found ? std::optional(found->front()) : std::nullopt;
     }
 
     /// The bytes of a text with whatever stands behind its end, or nothing when there is none.
-    [[nodiscard]] std::optional<std::string> text(std::uint16_t tag) const
+    std::optional<std::string> text(std::uint16_t tag) const
     {
         const dng::Field *field = find(tag);
         if (field == nullptr)
@@ -102,7 +102,7 @@ public:
     }
 
 private:
-    [[nodiscard]] const dng::Field *find(std::uint16_t tag) const
+    const dng::Field *find(std::uint16_t tag) const
     {
         const auto found =
             std::find_if(m_entries.begin(), m_entries.end(),

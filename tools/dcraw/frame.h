@@ -20,6 +20,6 @@ struct Frame
 
 /// Reads the DNG. Throws NotCovered, raw::Error or another std::exception when the real dcraw has
 /// to do the work.
-[[nodiscard]] Frame readFrame(const Options &options);
+Frame readFrame(const Options &options);
 
 } // namespace dcraw

@@ -45,12 +45,12 @@ int run(Job &job)
         job.file.finish();
         return EXIT_SUCCESS;
     } catch (const std::system_error &error) {
-        std::cerr << "dcraw: " << job.path << " cannot be written: " << error.code().message()
+        std::cerr << "dcraw: " << job.path << " can't be written: " << error.code().message()
                   << '\n';
     } catch (const raw::Error &error) { // the file has changed
         std::cerr << "dcraw: " << job.input << ' ' << error.what() << '\n';
     } catch (const std::exception &error) {
-        std::cerr << "dcraw: " << job.path << " cannot be written: " << error.what() << '\n';
+        std::cerr << "dcraw: " << job.path << " can't be written: " << error.what() << '\n';
     }
     return EXIT_FAILURE;
 }
@@ -82,8 +82,8 @@ int main(int argc, char *argv[])
         const auto options = dcraw::parseOptions(arguments.subspan(argc > 0 ? 1 : 0));
         subject = options.file;
         job.emplace(options);
-    } catch (const std::exception &reason) {
-        return dcraw::handOver(argv, subject + ' ' + reason.what());
+    } catch (const std::exception &error) {
+        return dcraw::handOver(argv, subject + ' ' + error.what());
     }
     return run(*job);
 }

@@ -12,11 +12,10 @@ namespace dcraw {
 /// The white balance: what each colour is multiplied by, in the order red, green, blue, second
 /// green; the largest of them is 1, the smallest where highlights are clipped (-H 0). Throws
 /// NotCovered when one is extreme.
-[[nodiscard]] std::array<float, 4> multipliers(const Negative &negative, const Options &options,
-                                               const CameraColour &colour);
+std::array<float, 4> multipliers(const Negative &negative, const Options &options,
+                                 const CameraColour &colour);
 
 /// What leads from a sample above black to 16 bits.
-[[nodiscard]] std::array<float, 4> scaleOf(const Negative &negative,
-                                           const std::array<float, 4> &multipliers);
+std::array<float, 4> scaleOf(const Negative &negative, const std::array<float, 4> &multipliers);
 
 } // namespace dcraw

@@ -18,8 +18,8 @@ struct Area
     int bottom = 0;
     int right = 0;
 
-    [[nodiscard]] int width() const { return right - left; }
-    [[nodiscard]] int height() const { return bottom - top; }
+    int width() const { return right - left; }
+    int height() const { return bottom - top; }
 };
 
 /// The facts of a DNG of the kind that mlv_dump and cr2hdr write.
@@ -48,6 +48,6 @@ struct Negative
 };
 
 /// Reads a DNG. Throws NotCovered or raw::Error for every other file.
-[[nodiscard]] Negative readNegative(const raw::File &file);
+Negative readNegative(const raw::File &file);
 
 } // namespace dcraw

@@ -24,7 +24,7 @@ public:
     {
     }
 
-    [[nodiscard]] bool atEnd() const { return m_arguments.empty(); }
+    bool atEnd() const { return m_arguments.empty(); }
 
     std::string_view next()
     {

@@ -36,9 +36,9 @@ struct Options
 
 /// Reads the arguments behind the program's name. Throws NotCovered for everything that the real
 /// dcraw takes in another way, refuses, or does and this program doesn't.
-[[nodiscard]] Options parseOptions(std::span<const char *const> arguments);
+Options parseOptions(std::span<const char *const> arguments);
 
 /// The path of the TIFF: what stands behind the path's last dot becomes "tiff".
-[[nodiscard]] std::string outputPath(const std::string &file);
+std::string outputPath(const std::string &file);
 
 } // namespace dcraw

@@ -13,6 +13,6 @@ namespace dcraw {
 /// each row starts on a new byte; at 16 bits little-endian words. Throws NotCovered when the strip
 /// is too short for the frame. The rows are read from the file when they are asked for, and that
 /// throws raw::Error.
-[[nodiscard]] std::unique_ptr<SampleRows> packedRows(raw::File file, const Negative &negative);
+std::unique_ptr<SampleRows> packedRows(raw::File file, const Negative &negative);
 
 } // namespace dcraw

@@ -11,7 +11,6 @@ inline constexpr std::size_t profileBytes = 476;
 
 /// The ICC profile of one of the spaces that -o numbers, 1 to 6. `power` is that of the curve, in
 /// 256ths.
-[[nodiscard]] std::array<std::byte, profileBytes> colourProfile(int colourSpace,
-                                                                std::uint16_t power);
+std::array<std::byte, profileBytes> colourProfile(int colourSpace, std::uint16_t power);
 
 } // namespace dcraw

@@ -84,19 +84,19 @@ std::optional<std::string> findRealDcraw()
     return found == programs.end() ? std::nullopt : std::optional(*found);
 }
 
-int handOver(char *const argv[], const std::string &reason)
+int handOver(char *const argv[], const std::string &error)
 {
     const auto forced = forcedDcraw();
     if (forced && isThisProgram(*forced))
         return say(std::string(forcingVariable) + " names this very program");
     const auto real = forced ? forced : findRealDcraw();
     if (!real) {
-        return say(reason + "; Filmwright's own dcraw develops the DNGs of its mlv_dump and cr2hdr "
-                            "and found no other dcraw in PATH for the rest");
+        return say(error + "; Filmwright's own dcraw develops the DNGs of its mlv_dump and cr2hdr "
+                           "and found no other dcraw in PATH for the rest");
     }
     ::setenv(handedOverVariable, "1", 1); // NOLINT(concurrency-mt-unsafe): as above.
     ::execv(real->c_str(), argv);
-    return say(*real + " cannot be run: " + std::system_category().message(errno));
+    return say(*real + " can't be run: " + std::system_category().message(errno));
 }
 
 } // namespace dcraw

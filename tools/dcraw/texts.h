@@ -16,14 +16,14 @@ struct Texts
 
 /// The texts as the TIFF gets them: the make in its short, known form and not repeated in the
 /// model. Throws NotCovered for cameras that have rules of their own, and for missing names.
-[[nodiscard]] Texts normalised(Texts texts);
+Texts normalised(Texts texts);
 
 /// The seconds since 1970 of a time that stands in the first 19 bytes as "YYYY:MM:DD hh:mm:ss", in
 /// UTC; what is out of range runs over into the next larger unit. 0 when there is no such time or
 /// it isn't after 1970 began. Throws NotCovered for times that don't fit into the form again.
-[[nodiscard]] std::time_t parseTime(const std::string &text);
+std::time_t parseTime(const std::string &text);
 
 /// The same form, 19 bytes.
-[[nodiscard]] std::string timeText(std::time_t time);
+std::string timeText(std::time_t time);
 
 } // namespace dcraw

@@ -7,6 +7,6 @@ namespace dcraw {
 
 /// How many threads a frame is developed on: one for each core that this process may use, but no
 /// more than have work for some milliseconds.
-[[nodiscard]] unsigned threadsFor(std::int64_t pixels);
+unsigned threadsFor(std::int64_t pixels);
 
 } // namespace dcraw

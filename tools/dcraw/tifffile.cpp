@@ -56,7 +56,7 @@ TiffFile::~TiffFile()
 
 void TiffFile::writeHead(std::span<const std::byte> head)
 {
-    static_cast<void>(writeAt(0, head));
+    writeAt(0, head);
 }
 
 bool TiffFile::write(int row, std::span<const std::byte> pixels)
@@ -71,28 +71,28 @@ bool TiffFile::write(int row, std::span<const std::byte> pixels)
 
 void TiffFile::finish()
 {
-    static_cast<void>(writeAt(m_fileBytes - 1, {&m_lastByte, 1}));
+    writeAt(m_fileBytes - 1, {&m_lastByte, 1});
     // A disk on the network may say only now that it is full.
     if (::close(std::exchange(m_descriptor, -1)) != 0)
-        m_failure = errno;
-    if (m_failure != 0)
-        fail(m_failure);
+        m_error = errno;
+    if (m_error != 0)
+        fail(m_error);
     m_isFinished = true;
 }
 
 bool TiffFile::writeAt(std::size_t offset, std::span<const std::byte> bytes)
 {
-    while (!bytes.empty() && m_failure == 0) {
+    while (!bytes.empty() && m_error == 0) {
         const ssize_t count =
             ::pwrite(m_descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset));
         if (count < 0 && errno != EINTR) {
-            m_failure = errno;
+            m_error = errno;
         } else if (count > 0) {
             bytes = bytes.subspan(static_cast<std::size_t>(count));
             offset += static_cast<std::size_t>(count);
         }
     }
-    return m_failure == 0;
+    return m_error == 0;
 }
 
 } // namespace dcraw

@@ -24,8 +24,8 @@ public:
     void writeHead(std::span<const std::byte> head);
     bool write(int row, std::span<const std::byte> pixels) override;
 
-    /// Completes the file when everything has been written. Throws std::system_error with the
-    /// reason when something could not be.
+    /// Completes the file when everything has been written. Throws std::system_error when
+    /// something could not be.
     void finish();
 
 private:
@@ -36,8 +36,8 @@ private:
     std::size_t m_rowBytes;
     std::size_t m_fileBytes;
     int m_descriptor;
-    std::byte m_lastByte{};         // kept back
-    std::atomic<int> m_failure = 0; // the first error number
+    std::byte m_lastByte{};       // kept back
+    std::atomic<int> m_error = 0; // the first error number
     bool m_isFinished = false;
 };
 

@@ -12,8 +12,7 @@ namespace dcraw {
 
 /// Everything of the TIFF that stands before the pixels: the directories with the picture's size
 /// and the camera's words, and the profile if the picture has a colour space.
-[[nodiscard]] std::vector<std::byte> tiffHead(const Negative &negative,
-                                              const Development &development,
-                                              std::span<const std::byte> profile);
+std::vector<std::byte> tiffHead(const Negative &negative, const Development &development,
+                                std::span<const std::byte> profile);
 
 } // namespace dcraw

@@ -37,12 +37,9 @@ public:
     }
 
     /// The first value that is stored as white or lies beyond.
-    [[nodiscard]] std::size_t white() const
-    {
-        return std::min(static_cast<std::size_t>(m_white), tableSize);
-    }
+    std::size_t white() const { return std::min(static_cast<std::size_t>(m_white), tableSize); }
 
-    [[nodiscard]] std::uint16_t at(std::size_t value) const
+    std::uint16_t at(std::size_t value) const
     {
         const double light = static_cast<double>(value) / m_white;
         return light < 1 ? static_cast<std::uint16_t>(static_cast<int>(65536 * m_curve(light)))

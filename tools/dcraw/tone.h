@@ -17,18 +17,17 @@ struct ToneCurve
     double offset; ///< that the power is lowered by
 
     /// The stored value for a share of the light, both 0 to 1.
-    [[nodiscard]] double operator()(double light) const;
+    double operator()(double light) const;
 };
 
 /// The curve whose two parts meet without a bend; without a straight line where the slope allows
 /// none.
-[[nodiscard]] ToneCurve toneCurve(const Gamma &gamma);
+ToneCurve toneCurve(const Gamma &gamma);
 
 /// What is stored for each of the 65536 values of light at the brightness: 0 to 255, or to 65535.
-[[nodiscard]] std::vector<std::uint16_t> toneTable(const Gamma &gamma, double brightness,
-                                                   bool sixteenBits);
+std::vector<std::uint16_t> toneTable(const Gamma &gamma, double brightness, bool sixteenBits);
 
 /// The curve's mean power in 256ths, which the colour profile names in place of the curve.
-[[nodiscard]] double meanPower(const ToneCurve &curve);
+double meanPower(const ToneCurve &curve);
 
 } // namespace dcraw

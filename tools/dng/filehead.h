@@ -13,7 +13,6 @@ namespace dng {
 /// strip: the header, the directory, the EXIF directory unless it is empty, and their values. The
 /// strip follows directly. The strip's place and size and the place of the EXIF directory are set
 /// here.
-[[nodiscard]] std::vector<std::byte> encodeFileHead(Ifd image, const Ifd &exif,
-                                                    std::uint32_t stripBytes);
+std::vector<std::byte> encodeFileHead(Ifd image, const Ifd &exif, std::uint32_t stripBytes);
 
 } // namespace dng

@@ -28,7 +28,7 @@ enum class FieldType : std::uint16_t {
 };
 
 /// Bytes that one value of the type takes; 0 for a type that is not in the list above.
-[[nodiscard]] std::size_t sizeOf(FieldType type);
+std::size_t sizeOf(FieldType type);
 
 struct Field
 {
@@ -68,7 +68,7 @@ public:
     void setRational(std::uint16_t tag, Rational value);
     void setSRationals(std::uint16_t tag, std::span<const SRational> values);
 
-    [[nodiscard]] const std::map<std::uint16_t, Field> &fields() const { return m_fields; }
+    const std::map<std::uint16_t, Field> &fields() const { return m_fields; }
 
 private:
     template <typename Value>

@@ -31,11 +31,11 @@ public:
     explicit DirectoryReader(const raw::File &file);
 
     /// Where the first directory is, bytes from the start of the file.
-    [[nodiscard]] std::uint32_t firstDirectory();
+    std::uint32_t firstDirectory();
     /// The directory there, in the order of the file.
-    [[nodiscard]] std::vector<Entry> entries(std::uint32_t directory);
+    std::vector<Entry> entries(std::uint32_t directory);
     /// Where the directory behind this one is, 0 if it is the last.
-    [[nodiscard]] std::uint32_t successor(std::uint32_t directory);
+    std::uint32_t successor(std::uint32_t directory);
 
 private:
     std::vector<std::byte> bytes(std::uint64_t offset, std::uint64_t size);
@@ -47,10 +47,10 @@ private:
 /// Reads the first directory of the file and its EXIF directory. Fields of unknown types are left
 /// out. Throws raw::Error when the file is no such file or damaged; never takes more memory for the
 /// fields than the file is large.
-[[nodiscard]] Directories readDirectories(const raw::File &file);
+Directories readDirectories(const raw::File &file);
 
 /// The values of a field of whole numbers (Byte, Short, Long, or Rational if its values are whole);
 /// empty if there is no such field or it has another type.
-[[nodiscard]] std::vector<std::uint32_t> wholeNumbers(const Ifd &ifd, std::uint16_t tag);
+std::vector<std::uint32_t> wholeNumbers(const Ifd &ifd, std::uint16_t tag);
 
 } // namespace dng

@@ -28,7 +28,7 @@ int side(const Ifd &ifd, std::uint16_t tag)
 {
     const std::uint32_t size = value(ifd, tag, "frame size");
     if (size < leastSide || size > largestSide || size % 2 != 0)
-        throw raw::Error("has a frame size that cannot be a raw frame's");
+        throw raw::Error("has a frame size that can't be a raw frame's");
     return static_cast<int>(size);
 }
 

@@ -29,14 +29,14 @@ struct RawFormat
 class RawFile
 {
 public:
-    /// Throws raw::Error when the file cannot be read, is damaged or of another kind.
+    /// Throws raw::Error when the file can't be read, is damaged or of another kind.
     explicit RawFile(const std::filesystem::path &path);
 
-    [[nodiscard]] const RawFormat &format() const { return m_format; }
-    [[nodiscard]] const Directories &directories() const { return m_directories; }
+    const RawFormat &format() const { return m_format; }
+    const Directories &directories() const { return m_directories; }
 
     /// All samples, row by row. Throws raw::Error.
-    [[nodiscard]] std::vector<std::uint16_t> samples() const;
+    std::vector<std::uint16_t> samples() const;
 
 private:
     raw::File m_file;

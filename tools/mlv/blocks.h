@@ -304,7 +304,7 @@ static_assert(sizeof(AudioFrame) == 8);
 /// The layout at the start of `bytes`. What the bytes do not reach is zero, what they have beyond
 /// the layout is ignored.
 template <typename Layout>
-[[nodiscard]] Layout decodeLayout(std::span<const std::byte> bytes)
+Layout decodeLayout(std::span<const std::byte> bytes)
 {
     static_assert(std::is_trivially_copyable_v<Layout>);
     Layout layout{};
@@ -315,7 +315,7 @@ template <typename Layout>
 
 /// The bytes of a layout as they stand in a file. The span lives as long as the layout.
 template <typename Layout>
-[[nodiscard]] std::span<const std::byte, sizeof(Layout)> encodeLayout(const Layout &layout)
+std::span<const std::byte, sizeof(Layout)> encodeLayout(const Layout &layout)
 {
     static_assert(std::has_unique_object_representations_v<Layout>, "a layout has no padding");
     return std::as_bytes(std::span<const Layout, 1>(&layout, 1));

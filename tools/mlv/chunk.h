@@ -18,11 +18,11 @@ inline constexpr std::uint32_t maxBlockSize = 256U * 1024 * 1024;
 class Chunk
 {
 public:
-    /// Throws raw::Error when the file cannot be read or does not begin with a file header.
+    /// Throws raw::Error when the file can't be read or does not begin with a file header.
     explicit Chunk(const std::filesystem::path &path);
 
-    [[nodiscard]] const FileHeader &header() const { return m_header; }
-    [[nodiscard]] const raw::File &file() const { return m_file; }
+    const FileHeader &header() const { return m_header; }
+    const raw::File &file() const { return m_file; }
 
 private:
     raw::File m_file;
@@ -30,7 +30,7 @@ private:
 };
 
 /// 0 when the header gives none.
-[[nodiscard]] double framesPerSecond(const FileHeader &header);
+double framesPerSecond(const FileHeader &header);
 
 /// A block that lies whole within its file.
 struct Block
@@ -46,7 +46,7 @@ public:
     enum class End {
         Whole,   ///< the file ends where a block ends
         CutOff,  ///< the last block ends behind the end of the file
-        Damaged, ///< a block's size cannot be true; what follows is not read
+        Damaged, ///< a block's size can't be true; what follows is not read
     };
 
     /// The chunk outlives the walk.
@@ -54,12 +54,12 @@ public:
     /// Begins at a block that another walk met.
     BlockWalk(const Chunk &chunk, std::uint64_t offset);
 
-    /// The next block, or none at the end. Throws raw::Error when the file cannot be read.
-    [[nodiscard]] std::optional<Block> next();
+    /// The next block, or none at the end. Throws raw::Error when the file can't be read.
+    std::optional<Block> next();
 
     /// The layout of the block that next() gave last.
     template <typename Layout>
-    [[nodiscard]] Layout layout()
+    Layout layout()
     {
         static_assert(sizeof(Layout) <= windowSize / 2);
         const std::uint64_t available = m_position - (m_start + sizeof(BlockHeader));
@@ -68,11 +68,11 @@ public:
     }
 
     /// Why next() gave none.
-    [[nodiscard]] End end() const { return m_end; }
+    End end() const { return m_end; }
     /// Where the walk stands: behind the last block, in bytes from the start of the file.
-    [[nodiscard]] std::uint64_t position() const { return m_position; }
+    std::uint64_t position() const { return m_position; }
     /// Whether a filler block without a size was stepped over.
-    [[nodiscard]] bool repaired() const { return m_repaired; }
+    bool repaired() const { return m_repaired; }
 
 private:
     static constexpr std::size_t windowSize = 4096;

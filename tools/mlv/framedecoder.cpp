@@ -14,10 +14,8 @@ FrameFormat checkedFormat(const Recording &recording)
 {
     if (!recording.rawInfo())
         throw raw::Error("does not say what its frames look like (no RAWI block)");
-    if (recording.changesFormat()) {
-        throw raw::Error(
-            "changes the size or depth of its frames on the way, which cannot be read");
-    }
+    if (recording.changesFormat())
+        throw raw::Error("changes the size or depth of its frames on the way, which can't be read");
     return frameFormat(*recording.rawInfo());
 }
 
@@ -36,9 +34,9 @@ Compression checkedCompression(const FileHeader &header)
     case videoclass::delta:
     case videoclass::delta | videoclass::losslessJpeg:
     case videoclass::delta | videoclass::lzma:
-        throw raw::Error("has frames that are stored as differences, which cannot be read");
+        throw raw::Error("has frames that are stored as differences, which can't be read");
     default:
-        throw raw::Error("has frames of a compression that cannot be read");
+        throw raw::Error("has frames of a compression that can't be read");
     }
 }
 
@@ -75,7 +73,7 @@ std::span<std::uint16_t> FrameDecoder::decodeRowPairs(const DataBlock &block, in
         m_samples.resize(m_format.sampleCount());
         m_packed.resize(raw::packedSize(pairSamples, m_format.bitsPerSample));
     } else {
-        static_cast<void>(decode(block));
+        decode(block);
     }
     std::size_t kept = 0;
     for (int row = 0; row + 1 < m_format.height; row += 2 * step) {

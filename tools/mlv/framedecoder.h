@@ -21,27 +21,27 @@ enum class Compression {
 class FrameDecoder
 {
 public:
-    /// Throws raw::Error when the frames of the recording cannot be read at all. The recording
+    /// Throws raw::Error when the frames of the recording can't be read at all. The recording
     /// outlives the decoder.
     explicit FrameDecoder(const Recording &recording);
 
-    [[nodiscard]] const FrameFormat &format() const { return m_format; }
-    [[nodiscard]] Compression compression() const { return m_compression; }
+    const FrameFormat &format() const { return m_format; }
+    Compression compression() const { return m_compression; }
 
     /// The samples of a frame, row by row. They stay until the next call. Throws raw::Error when
     /// the frame is damaged.
-    [[nodiscard]] std::span<std::uint16_t> decode(const DataBlock &block);
+    std::span<std::uint16_t> decode(const DataBlock &block);
 
     /// Every `step`-th pair of rows, from the top, one pair behind the other: where the frame isn't
     /// compressed, only they are read. They stay until the next call. Throws raw::Error when the
     /// frame is damaged.
-    [[nodiscard]] std::span<std::uint16_t> decodeRowPairs(const DataBlock &block, int step);
+    std::span<std::uint16_t> decodeRowPairs(const DataBlock &block, int step);
 
     /// The packed samples of a frame, into format().packedBytes() bytes, without a buffer in
     /// between; not for recordings with lossless JPEG. Throws raw::Error when the frame is damaged.
     void decodePacked(const DataBlock &block, std::span<std::byte> packed);
 
-    /// Throws raw::Error when the frame cannot be there in whole. Memory for a frame is taken only
+    /// Throws raw::Error when the frame can't be there in whole. Memory for a frame is taken only
     /// behind this, so that no forged size makes anybody take more than the recording's own size
     /// justifies.
     void requirePlausible(const DataBlock &block) const;

@@ -13,7 +13,7 @@ FrameFormat frameFormat(const RawInfo &rawInfo)
 {
     if (!raw::isSupportedDepth(rawInfo.bitsPerSample)) {
         throw raw::Error("has frames of " + std::to_string(rawInfo.bitsPerSample) +
-                         " bits, which cannot be read");
+                         " bits, which can't be read");
     }
     FrameFormat format{rawInfo.width, rawInfo.height, rawInfo.bitsPerSample, 0, 0};
     if (format.sampleCount() == 0 || format.packedBytes() > maxBlockSize) {

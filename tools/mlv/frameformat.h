@@ -17,17 +17,14 @@ struct FrameFormat
     int blackLevel;    ///< 0 <= blackLevel < whiteLevel
     int whiteLevel;    ///< at most maxLevel()
 
-    [[nodiscard]] std::size_t sampleCount() const
+    std::size_t sampleCount() const
     {
         return static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
     }
     /// Of one uncompressed frame, bytes.
-    [[nodiscard]] std::size_t packedBytes() const
-    {
-        return raw::packedSize(sampleCount(), bitsPerSample);
-    }
-    [[nodiscard]] int maxLevel() const { return (1 << bitsPerSample) - 1; }
-    [[nodiscard]] bool hasShapeOf(const FrameFormat &other) const
+    std::size_t packedBytes() const { return raw::packedSize(sampleCount(), bitsPerSample); }
+    int maxLevel() const { return (1 << bitsPerSample) - 1; }
+    bool hasShapeOf(const FrameFormat &other) const
     {
         return width == other.width && height == other.height &&
                bitsPerSample == other.bitsPerSample;
@@ -36,6 +33,6 @@ struct FrameFormat
 
 /// Throws raw::Error when no frame can have that size or depth. Levels that contradict the depth
 /// are moved to the nearest that do not.
-[[nodiscard]] FrameFormat frameFormat(const RawInfo &rawInfo);
+FrameFormat frameFormat(const RawInfo &rawInfo);
 
 } // namespace mlv

@@ -72,7 +72,7 @@ void decodeLzmaFrame(std::span<const std::byte> data, std::span<std::byte> frame
     Stream stream;
     const lzma_filter filters[] = {{LZMA_FILTER_LZMA1, options.get()}, {LZMA_VLI_UNKNOWN, nullptr}};
     if (lzma_raw_decoder(&stream.state, filters) != LZMA_OK)
-        throw raw::Error("has an LZMA frame that cannot be read");
+        throw raw::Error("has an LZMA frame that can't be read");
     const auto packed = data.subspan(sizeFieldBytes + propertyBytes);
     stream.state.next_in = asUnsigned(packed.data());
     stream.state.avail_in = packed.size();

@@ -12,6 +12,6 @@ void decodeLzmaFrame(std::span<const std::byte> data, std::span<std::byte> frame
 
 /// Whether `size` bytes of data may hold a frame of `frameSize` bytes at all: what is asked before
 /// memory is taken for it.
-[[nodiscard]] bool canLzmaFrameHold(std::size_t size, std::size_t frameSize);
+bool canLzmaFrameHold(std::size_t size, std::size_t frameSize);
 
 } // namespace mlv

@@ -151,7 +151,7 @@ void Recording::openContinuations(const std::filesystem::path &path)
             last = counter;
     }
     if (error) {
-        m_warnings.push_back("its folder cannot be listed (" + error.message() +
+        m_warnings.push_back("its folder can't be listed (" + error.message() +
                              "): further files of the recording are not found");
     }
     // Where the header gives no number of chunks, only a later one tells that another is missing.

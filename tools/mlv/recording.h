@@ -26,40 +26,40 @@ public:
     /// ForeignIndex.
     Recording(const std::filesystem::path &path, RecordingIndex index);
 
-    [[nodiscard]] RecordingIndex index() const;
+    RecordingIndex index() const;
 
-    [[nodiscard]] const std::vector<Chunk> &chunks() const { return m_chunks; }
+    const std::vector<Chunk> &chunks() const { return m_chunks; }
     /// The first chunk's.
-    [[nodiscard]] const FileHeader &header() const { return m_chunks.front().header(); }
+    const FileHeader &header() const { return m_chunks.front().header(); }
     /// 0 when the recording gives none.
-    [[nodiscard]] double framesPerSecond() const { return mlv::framesPerSecond(header()); }
+    double framesPerSecond() const { return mlv::framesPerSecond(header()); }
 
     /// The frames that lie whole in the recording. Of frames that carry the same number the last
     /// one counts.
-    [[nodiscard]] const DataIndex &videoFrames() const { return m_video; }
-    [[nodiscard]] const DataIndex &audioBlocks() const { return m_audio; }
+    const DataIndex &videoFrames() const { return m_video; }
+    const DataIndex &audioBlocks() const { return m_audio; }
 
-    [[nodiscard]] const std::optional<RawInfo> &rawInfo() const { return m_rawInfo; }
+    const std::optional<RawInfo> &rawInfo() const { return m_rawInfo; }
     /// Whether frames of another size or depth follow in the same recording.
-    [[nodiscard]] bool changesFormat() const { return m_changesFormat; }
-    [[nodiscard]] const std::optional<RawCapture> &rawCapture() const { return m_rawCapture; }
-    [[nodiscard]] const std::optional<WaveInfo> &waveInfo() const { return m_waveInfo; }
-    [[nodiscard]] const std::optional<Identity> &identity() const { return m_identity; }
+    bool changesFormat() const { return m_changesFormat; }
+    const std::optional<RawCapture> &rawCapture() const { return m_rawCapture; }
+    const std::optional<WaveInfo> &waveInfo() const { return m_waveInfo; }
+    const std::optional<Identity> &identity() const { return m_identity; }
     /// The first text that the user or the recorder left, as it stands, at most 1000 bytes.
-    [[nodiscard]] const std::string &info() const { return m_info; }
-    [[nodiscard]] const Timeline<Clock> &clock() const { return m_clock; }
-    [[nodiscard]] const Timeline<Exposure> &exposure() const { return m_exposure; }
-    [[nodiscard]] const Timeline<Lens> &lens() const { return m_lens; }
-    [[nodiscard]] const Timeline<WhiteBalance> &whiteBalance() const { return m_whiteBalance; }
+    const std::string &info() const { return m_info; }
+    const Timeline<Clock> &clock() const { return m_clock; }
+    const Timeline<Exposure> &exposure() const { return m_exposure; }
+    const Timeline<Lens> &lens() const { return m_lens; }
+    const Timeline<WhiteBalance> &whiteBalance() const { return m_whiteBalance; }
 
     /// Fills `bytes` with the first bytes of a block's data, at most block.size.
     void read(const DataBlock &block, std::span<std::byte> bytes) const;
 
     /// What of the recording is lost or left out: one sentence a line, naming no
     /// path.
-    [[nodiscard]] const std::vector<std::string> &warnings() const { return m_warnings; }
+    const std::vector<std::string> &warnings() const { return m_warnings; }
     /// What is unusual about it, although nothing is lost, likewise.
-    [[nodiscard]] const std::vector<std::string> &remarks() const { return m_remarks; }
+    const std::vector<std::string> &remarks() const { return m_remarks; }
 
 private:
     void openContinuations(const std::filesystem::path &path);

@@ -40,7 +40,7 @@ public:
 
     /// The setting that holds at a time, or the first one when none had been noted yet; null
     /// without any.
-    [[nodiscard]] const Entry *at(std::uint64_t timestamp) const
+    const Entry *at(std::uint64_t timestamp) const
     {
         if (m_entries.empty())
             return nullptr;

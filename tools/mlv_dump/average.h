@@ -18,7 +18,7 @@ struct Average
 
 /// The average of all frames, each calibrated, on several threads. Damaged frames are left out with
 /// a warning. Throws raw::Error when no frame is left, raw::ReadError.
-[[nodiscard]] Average averageFrames(const mlv::Recording &recording, const Calibration &calibration,
-                                    unsigned threads, Output &output);
+Average averageFrames(const mlv::Recording &recording, const Calibration &calibration,
+                      unsigned threads, Output &output);
 
 } // namespace mlvdump

@@ -16,9 +16,8 @@ namespace mlvdump {
 /// Decodes at most 24 frames, spread over the recording, and calibrates them; damaged ones are left
 /// out. `format` has the levels at which samples begin and end. None where everything is dark or
 /// clipped. Throws raw::ReadError, or raw::Error where the frames can't be read at all.
-[[nodiscard]] std::optional<Neutral> surveyBalance(const mlv::Recording &recording,
-                                                   const Calibration &calibration,
-                                                   const mlv::FrameFormat &format,
-                                                   const ColourMatrix &matrix, unsigned threads);
+std::optional<Neutral> surveyBalance(const mlv::Recording &recording,
+                                     const Calibration &calibration, const mlv::FrameFormat &format,
+                                     const ColourMatrix &matrix, unsigned threads);
 
 } // namespace mlvdump

@@ -13,7 +13,7 @@
 
 namespace mlvdump {
 
-/// A dark frame or a flat field cannot be used, for whatever footage. The text says which and why.
+/// A dark frame or a flat field can't be used, for whatever footage. The text says which and why.
 class CalibrationError : public std::runtime_error
 {
 public:
@@ -37,8 +37,8 @@ public:
     Calibration(const std::filesystem::path &dark, const std::filesystem::path &flat,
                 const mlv::FrameFormat &format);
 
-    [[nodiscard]] bool isEmpty() const { return m_dark.empty() && !m_flat; }
-    [[nodiscard]] const std::optional<FlatField> &flat() const { return m_flat; }
+    bool isEmpty() const { return m_dark.empty() && !m_flat; }
+    const std::optional<FlatField> &flat() const { return m_flat; }
 
     /// Calibrates the samples of a frame in place.
     void apply(std::span<std::uint16_t> samples) const;

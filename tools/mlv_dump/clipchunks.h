@@ -13,7 +13,6 @@ namespace mlvdump {
 /// (EBU Tech 3285, version 1), which tells the time of the first sample in samples since midnight,
 /// and "iXML", which tells the rate of the timecode too. `firstFrame` is the number of the frame
 /// that the sound begins with.
-[[nodiscard]] std::string clipChunks(const Slate &slate, std::uint64_t firstFrame,
-                                     const mlv::WaveInfo &info);
+std::string clipChunks(const Slate &slate, std::uint64_t firstFrame, const mlv::WaveInfo &info);
 
 } // namespace mlvdump

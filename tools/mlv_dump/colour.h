@@ -14,15 +14,15 @@ using Neutral = std::array<double, 3>;
 
 /// From XYZ to the camera's colours in daylight: the recording's own, or that of a camera with the
 /// primaries of sRGB when the recording has none that can be used.
-[[nodiscard]] ColourMatrix colourMatrix(const mlv::RawInfo &rawInfo);
+ColourMatrix colourMatrix(const mlv::RawInfo &rawInfo);
 
 /// Whether frames can be developed with it.
-[[nodiscard]] bool isUsable(const Neutral &neutral);
+bool isUsable(const Neutral &neutral);
 
 /// The neutral of daylight of that colour temperature, limited to 2000 to 25000 K.
-[[nodiscard]] Neutral neutralOfKelvin(double kelvin, const ColourMatrix &matrix);
+Neutral neutralOfKelvin(double kelvin, const ColourMatrix &matrix);
 
 /// The neutral of the camera's white balance setting; without one, that of 5500 K.
-[[nodiscard]] Neutral asShotNeutral(const mlv::WhiteBalance *balance, const ColourMatrix &matrix);
+Neutral asShotNeutral(const mlv::WhiteBalance *balance, const ColourMatrix &matrix);
 
 } // namespace mlvdump

@@ -17,8 +17,8 @@ struct ColumnGains
     /// By line and column of the read-out; where they aren't known, 1.
     std::array<std::array<double, period>, 2> gains;
 
-    [[nodiscard]] double least() const;
-    [[nodiscard]] double most() const;
+    double least() const;
+    double most() const;
 
     /// Evens a frame out in place. Its corner lies at column `cropX` and line `cropY` of the
     /// read-out. Samples near black, which the gain doesn't move, and clipped ones stay; none

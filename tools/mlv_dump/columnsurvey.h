@@ -26,7 +26,7 @@ public:
     };
     /// When no frame is being added. The estimates of sixteen parts of the frame have to agree:
     /// what the scene repeats isn't everywhere.
-    [[nodiscard]] Result result() const;
+    Result result() const;
 
 private:
     static constexpr int sides = 4; ///< parts of the frame across, and down
@@ -39,9 +39,9 @@ private:
 
     void addRow(std::span<const std::uint16_t> samples, int y, int cropX, int cropY,
                 std::vector<std::uint32_t> &ratios) const;
-    [[nodiscard]] std::size_t binOf(int part, int line, int column) const;
-    [[nodiscard]] std::optional<double> median(int part, int line, int column) const;
-    [[nodiscard]] Estimate estimate(int line, int column) const;
+    std::size_t binOf(int part, int line, int column) const;
+    std::optional<double> median(int part, int line, int column) const;
+    Estimate estimate(int line, int column) const;
 
     mlv::FrameFormat m_format;
     int m_least; ///< level that a sample has to have

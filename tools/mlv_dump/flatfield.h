@@ -26,7 +26,7 @@ public:
     void apply(std::span<std::uint16_t> samples) const;
 
     /// The medians and the common factor, for a person.
-    [[nodiscard]] std::string description() const;
+    std::string description() const;
 
 private:
     void measure(std::span<const std::uint16_t> flat);

@@ -25,13 +25,13 @@ public:
                  const FrameTags &tags, const Repair *repair = nullptr);
 
     /// The whole file. It stays until the next call. Throws raw::Error when the frame is damaged.
-    [[nodiscard]] std::span<const std::byte> encode(const PlannedFrame &frame);
+    std::span<const std::byte> encode(const PlannedFrame &frame);
 
 private:
     std::span<std::byte> beginFile(const PlannedFrame &frame, std::size_t stripBytes);
     void encodePacked(const PlannedFrame &frame);
     void encodeSamples(const PlannedFrame &frame);
-    [[nodiscard]] std::size_t rowBytes() const;
+    std::size_t rowBytes() const;
 
     const Calibration &m_calibration;
     const FrameTags &m_tags;

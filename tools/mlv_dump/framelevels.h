@@ -29,8 +29,7 @@ struct FrameLevels
 
 /// The levels that the frames of a recording are calibrated and developed with. Samples are never
 /// changed. Decodes frames where a choice asks for it, on several threads. Throws raw::Error.
-[[nodiscard]] FrameLevels frameLevels(const mlv::Recording &recording,
-                                      const mlv::FrameFormat &recorded, const LevelChoice &black,
-                                      const LevelChoice &white, unsigned threads);
+FrameLevels frameLevels(const mlv::Recording &recording, const mlv::FrameFormat &recorded,
+                        const LevelChoice &black, const LevelChoice &white, unsigned threads);
 
 } // namespace mlvdump

@@ -24,7 +24,7 @@ public:
         unsigned
             clarity; ///< how far a change of the light by a quarter stands out of what is usual
     };
-    [[nodiscard]] Limits at(int expected) const
+    Limits at(int expected) const
     {
         const int light = expected - m_black;
         const int step = light > 0 ? light >> m_shift : 0;
@@ -33,10 +33,10 @@ public:
         return limits;
     }
     /// Whether the sensor could have measured more than that.
-    [[nodiscard]] bool isBelowClip(int level) const { return level < m_nearClip; }
+    bool isBelowClip(int level) const { return level < m_nearClip; }
 
     /// Whether that is so much above black.
-    [[nodiscard]] bool isAbove(int level, int light) const { return level - m_black > light; }
+    bool isAbove(int level, int light) const { return level - m_black > light; }
 
 private:
     static constexpr int steps = 32;         // of light, evenly wide

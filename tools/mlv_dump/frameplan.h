@@ -29,6 +29,6 @@ struct FramePlan
 /// the camera dropped is filled by the one before it, so that sound and picture stay in step,
 /// unless more frames are missing than a recording of this length can have lost: then the numbers
 /// are wrong. The recording outlives the plan.
-[[nodiscard]] FramePlan planFrames(const mlv::DataIndex &frames, const FrameRange &range);
+FramePlan planFrames(const mlv::DataIndex &frames, const FrameRange &range);
 
 } // namespace mlvdump

@@ -18,7 +18,7 @@ public:
     /// The repair outlives this.
     explicit FrameRepairer(const Repair &repair);
 
-    [[nodiscard]] bool leavesColumns() const { return !m_repair.columns; }
+    bool leavesColumns() const { return !m_repair.columns; }
 
     /// Repairs a frame in place, whose corner is at `crop` in the read-out. Columns first; then
     /// each bad pixel becomes the mean of the nearest good ones of its colour, along the direction
@@ -40,10 +40,10 @@ private:
 
     void prepare(const Place &crop);
     void markBad();
-    [[nodiscard]] Step stepOf(std::uint32_t index) const;
-    [[nodiscard]] bool isGood(int x, int y) const;
+    Step stepOf(std::uint32_t index) const;
+    bool isGood(int x, int y) const;
     template <typename Samples>
-    [[nodiscard]] std::uint16_t replacement(const Samples &samples, const Step &step) const;
+    std::uint16_t replacement(const Samples &samples, const Step &step) const;
 
     const Repair &m_repair;
     mlv::FrameFormat m_format;

@@ -98,15 +98,15 @@ public:
 private:
     static constexpr const char *noFrames = "has none of the frames that are asked for";
 
-    [[nodiscard]] unsigned threads() const { return m_options.threadCount(); }
+    unsigned threads() const { return m_options.threadCount(); }
 
-    [[nodiscard]] FrameLevels foundLevels() const
+    FrameLevels foundLevels() const
     {
         return frameLevels(m_recording, m_decoder.format(), m_options.black, m_options.white,
                            threads());
     }
 
-    [[nodiscard]] FrameLevels knownLevels(const Survey &survey) const
+    FrameLevels knownLevels(const Survey &survey) const
     {
         auto format = m_decoder.format();
         format.whiteLevel = std::min(survey.whiteLevel, format.maxLevel());
@@ -114,7 +114,7 @@ private:
         return {format, {}};
     }
 
-    [[nodiscard]] std::optional<Slate> slate() const
+    std::optional<Slate> slate() const
     {
         return m_options.cinemaDng ? std::optional(slateOf(m_recording, m_reelName)) : std::nullopt;
     }
@@ -126,7 +126,7 @@ private:
         m_output.flush();
     }
 
-    [[nodiscard]] ColourMatrix matrix() const
+    ColourMatrix matrix() const
     {
         return m_known ? m_known->matrix : colourMatrix(*m_recording.rawInfo());
     }
@@ -150,7 +150,7 @@ private:
 
     /// Columns are evened out, and white is looked for, up to the level at which the sensor is
     /// full, whatever frames are tagged with.
-    [[nodiscard]] mlv::FrameFormat sensorFormat() const
+    mlv::FrameFormat sensorFormat() const
     {
         auto format = m_levels.format;
         const bool looksAtFrames =
@@ -163,7 +163,7 @@ private:
         return format;
     }
 
-    [[nodiscard]] FramePlan framePlan(const FrameRange &range) const
+    FramePlan framePlan(const FrameRange &range) const
     {
         auto plan = planFrames(m_recording.videoFrames(), range);
         if (plan.frames.empty())
@@ -172,7 +172,7 @@ private:
     }
 
     /// All frames that the survey is for; where the first are damaged, with what stands in.
-    [[nodiscard]] std::vector<PlannedFrame> selectedFrames(const Survey &survey) const
+    std::vector<PlannedFrame> selectedFrames(const Survey &survey) const
     {
         auto frames = framePlan(survey.selection).frames;
         const auto good = std::ranges::find(frames, survey.firstGood, &PlannedFrame::number);
@@ -209,7 +209,7 @@ private:
         return Extraction(job, std::move(frames), m_output).run();
     }
 
-    [[nodiscard]] PictureTime pictureTime(const FramePlan &plan) const
+    PictureTime pictureTime(const FramePlan &plan) const
     {
         const double rate = m_recording.framesPerSecond();
         const auto seconds = [rate](std::size_t frames) {

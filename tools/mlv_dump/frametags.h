@@ -38,8 +38,8 @@ public:
     }
 
     /// The image directory of the frame of that number from `block`, but for the strip.
-    [[nodiscard]] dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block) const;
-    [[nodiscard]] dng::Ifd exif(const mlv::DataBlock &block) const;
+    dng::Ifd image(std::uint32_t number, const mlv::DataBlock &block) const;
+    dng::Ifd exif(const mlv::DataBlock &block) const;
 
 private:
     void setShape(const mlv::FrameFormat &format);
@@ -50,7 +50,7 @@ private:
     void setAreas(const mlv::FrameFormat &format);
     void setRate();
     void setTimeCode(dng::Ifd &image, std::uint32_t number) const;
-    [[nodiscard]] std::string dateTime(std::uint64_t timestamp) const;
+    std::string dateTime(std::uint64_t timestamp) const;
 
     const mlv::Recording &m_recording;
     ColourMatrix m_matrix;

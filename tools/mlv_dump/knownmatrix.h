@@ -16,10 +16,10 @@ struct KnownMatrix
     ColourMatrix matrix;
 
     /// That it is taken, a sentence.
-    [[nodiscard]] std::string remark() const;
+    std::string remark() const;
 };
 
 /// None unless both the camera's code and all nine recorded numbers are those of a known slip.
-[[nodiscard]] std::optional<KnownMatrix> knownMatrix(const mlv::Recording &recording);
+std::optional<KnownMatrix> knownMatrix(const mlv::Recording &recording);
 
 } // namespace mlvdump

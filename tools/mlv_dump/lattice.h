@@ -21,19 +21,19 @@ struct Lattice
     int lastLine = std::numeric_limits<int>::max();
 
     /// Whether a cell has the place; one of the read-out has it in the cell that it lies in.
-    [[nodiscard]] bool cellHas(int column, int line) const
+    bool cellHas(int column, int line) const
     {
         return ((cell[static_cast<unsigned>(line % lines)] >>
                  static_cast<unsigned>(column % columns)) &
                 1U) != 0;
     }
     /// Whether the place of the read-out belongs to the lattice.
-    [[nodiscard]] bool has(int column, int line) const
+    bool has(int column, int line) const
     {
         return line >= firstLine && line <= lastLine && cellHas(column, line);
     }
     /// The places in a cell.
-    [[nodiscard]] int size() const
+    int size() const
     {
         int count = 0;
         for (const auto line : cell)

@@ -17,7 +17,7 @@ public:
 
     /// Of the place in a cell, on those neighbouring lines where it shows best: a lattice may be
     /// confined to a band of lines.
-    [[nodiscard]] double ofPlace(int column, int line) const
+    double ofPlace(int column, int line) const
     {
         return m_places[static_cast<std::size_t>(line) * Lattice::columns +
                         static_cast<std::size_t>(column)];
@@ -34,18 +34,18 @@ private:
         double count = 0;   ///< pixels; 0: nothing can be told
         double clarity = 0; ///< how well one can see there
     };
-    [[nodiscard]] const Value &at(int y, int column) const
+    const Value &at(int y, int column) const
     {
         return m_values[static_cast<std::size_t>(y) * Lattice::columns +
                         static_cast<std::size_t>(column)];
     }
-    [[nodiscard]] Value ofLine(const Lattice &lattice, int y) const;
-    [[nodiscard]] std::vector<double> likelihoods(const Lattice &lattice) const;
+    Value ofLine(const Lattice &lattice, int y) const;
+    std::vector<double> likelihoods(const Lattice &lattice) const;
     void takeFrom(int y, int column, double usual);
     void levelColumns();
     void levelLines();
     void measureScatter();
-    [[nodiscard]] double best(int column, int line) const;
+    double best(int column, int line) const;
 
     int m_firstLine; ///< of the read-out
     int m_height;

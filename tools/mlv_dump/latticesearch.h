@@ -11,7 +11,7 @@ namespace mlvdump {
 /// ones alone; so whatever repeats in the green ones is the scene's, or the columns', and a lattice
 /// has to stand out against it. Where it is certain it is taken whole, also where it doesn't show
 /// at the moment; but not beyond lines on which it would show and doesn't.
-[[nodiscard]] std::optional<Lattice> findLattice(const PixelStatistics &statistics);
+std::optional<Lattice> findLattice(const PixelStatistics &statistics);
 
 /// The smallest part of a cell that the lattice repeats.
 struct LatticePeriod
@@ -19,6 +19,6 @@ struct LatticePeriod
     int columns;
     int lines;
 };
-[[nodiscard]] LatticePeriod periodOf(const Lattice &lattice);
+LatticePeriod periodOf(const Lattice &lattice);
 
 } // namespace mlvdump

@@ -50,9 +50,9 @@ public:
             --m_top;
     }
 
-    [[nodiscard]] int top() const { return m_top; }
+    int top() const { return m_top; }
 
-    [[nodiscard]] int darkest() const
+    int darkest() const
     {
         double below = 0;
         int level = 0;
@@ -63,7 +63,7 @@ public:
     }
 
     /// Whether samples pile up just below and at `level`, against the levels below.
-    [[nodiscard]] bool isPile(int level) const
+    bool isPile(int level) const
     {
         constexpr int stretch = 4;
         const double pile = count(level - m_width, level);
@@ -74,7 +74,7 @@ public:
 
     /// Whether the frame has a bright area without noise below its top, which no sensor gives: then
     /// the top is nothing but such an area.
-    [[nodiscard]] bool isDrawn() const
+    bool isDrawn() const
     {
         for (int level = m_lowestClip; level < m_top - 3 * m_width; ++level) {
             const bool isPeak = m_levels[static_cast<std::size_t>(level)] >= pileShare * m_total;
@@ -84,10 +84,10 @@ public:
         return false;
     }
 
-    [[nodiscard]] bool clips() const { return m_top > m_lowestClip && isPile(m_top); }
+    bool clips() const { return m_top > m_lowestClip && isPile(m_top); }
 
     /// Where the pile at the top begins.
-    [[nodiscard]] int clipLevel() const
+    int clipLevel() const
     {
         const auto begin = m_levels.begin() + std::max(0, m_top - m_width);
         const auto end = m_levels.begin() + m_top + 1;
@@ -98,7 +98,7 @@ public:
     }
 
 private:
-    [[nodiscard]] double count(int first, int last) const
+    double count(int first, int last) const
     {
         const int end = std::min(last + 1, static_cast<int>(m_levels.size()));
         const int begin = std::clamp(first, 0, std::max(0, end));
@@ -106,7 +106,7 @@ private:
                                0.0);
     }
 
-    [[nodiscard]] bool isPileFromAbove(int level) const
+    bool isPileFromAbove(int level) const
     {
         constexpr int stretch = 4;
         const double above = count(level + m_width + 1, level + m_width + stretch * (m_width + 1));

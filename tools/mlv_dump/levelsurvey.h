@@ -19,8 +19,7 @@ struct FrameExtremes
 };
 
 /// `samples` are pairs of rows of a frame of that format.
-[[nodiscard]] FrameExtremes frameExtremes(std::span<const std::uint16_t> samples,
-                                          const mlv::FrameFormat &format);
+FrameExtremes frameExtremes(std::span<const std::uint16_t> samples, const mlv::FrameFormat &format);
 
 /// The range that the sensor really had, found in frames spread over the whole recording.
 struct LevelSurvey
@@ -31,7 +30,6 @@ struct LevelSurvey
 
 /// Decodes at most 256 frames, on several threads; damaged ones are left out. None where no frame
 /// is left. Throws raw::ReadError, or raw::Error where the frames can't be read at all.
-[[nodiscard]] std::optional<LevelSurvey> surveyLevels(const mlv::Recording &recording,
-                                                      unsigned threads);
+std::optional<LevelSurvey> surveyLevels(const mlv::Recording &recording, unsigned threads);
 
 } // namespace mlvdump

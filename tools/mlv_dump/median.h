@@ -8,7 +8,7 @@
 namespace mlvdump {
 
 /// Of an even number of values the upper middle one, of none 0. Reorders the values.
-[[nodiscard]] inline double median(std::vector<double> &values)
+inline double median(std::vector<double> &values)
 {
     if (values.empty())
         return 0;

@@ -15,10 +15,10 @@ public:
     /// The numbers from `first` to `last`, both included.
     void add(std::uint64_t first, std::uint64_t last);
 
-    [[nodiscard]] bool isEmpty() const { return m_ranges.empty(); }
-    [[nodiscard]] std::uint64_t count() const { return m_count; }
+    bool isEmpty() const { return m_ranges.empty(); }
+    std::uint64_t count() const { return m_count; }
     /// "3, 5-8, 12 and 40 more": never longer than a line can be.
-    [[nodiscard]] std::string text() const;
+    std::string text() const;
 
 private:
     struct Range

@@ -215,7 +215,7 @@ private:
         m_options.input = path;
     }
 
-    [[nodiscard]] Mode mode() const
+    Mode mode() const
     {
         if (m_help || m_version)
             return m_help ? Mode::Help : Mode::Version;
@@ -242,7 +242,7 @@ private:
             fail("the option --survey-frames needs --write-survey");
     }
 
-    [[nodiscard]] bool needsInput() const
+    bool needsInput() const
     {
         return m_options.mode != Mode::Help && m_options.mode != Mode::Version;
     }

@@ -33,10 +33,7 @@ struct FrameRange
     std::uint64_t first = 0;
     std::uint64_t last = std::numeric_limits<std::uint64_t>::max();
 
-    [[nodiscard]] bool contains(std::uint64_t number) const
-    {
-        return number >= first && number <= last;
-    }
+    bool contains(std::uint64_t number) const { return number >= first && number <= last; }
 };
 
 struct Options
@@ -62,9 +59,9 @@ struct Options
     std::filesystem::path knownSurvey;    ///< empty: frames are surveyed first
 
     /// At least 1.
-    [[nodiscard]] unsigned threadCount() const;
+    unsigned threadCount() const;
     /// The files that are read beside the recording.
-    [[nodiscard]] std::vector<std::filesystem::path> references() const;
+    std::vector<std::filesystem::path> references() const;
 };
 
 /// The arguments make no sense. Knows whether they ask for a frame run, which ends without the last
@@ -77,15 +74,15 @@ public:
         , m_asksForFrames(asksForFrames)
     {
     }
-    [[nodiscard]] bool asksForFrames() const { return m_asksForFrames; }
+    bool asksForFrames() const { return m_asksForFrames; }
 
 private:
     bool m_asksForFrames;
 };
 
 /// The arguments without the program's name. Throws UsageError.
-[[nodiscard]] Options parseOptions(std::span<const std::string_view> arguments);
+Options parseOptions(std::span<const std::string_view> arguments);
 
-[[nodiscard]] std::string_view usage();
+std::string_view usage();
 
 } // namespace mlvdump

@@ -29,12 +29,11 @@ public:
 /// blanks between; what follows on the line, and lines that hold no place, are ignored. A first
 /// line "#FPM CODE" names the camera by its code. Answers the places in order, each once, none
 /// beyond what any read-out has. Throws MapError.
-[[nodiscard]] std::vector<Place> readPixelMap(const std::filesystem::path &path,
-                                              const mlv::Recording &recording);
+std::vector<Place> readPixelMap(const std::filesystem::path &path, const mlv::Recording &recording);
 
 /// The map that lies beside a recording: of its own name (.fpm, .bpm), or that of its camera and
 /// read-out, "80000326_1808x727.fpm", whose height may differ by two lines between recorders.
-[[nodiscard]] std::optional<std::filesystem::path>
-pixelMapBeside(const std::filesystem::path &recordingPath, const mlv::Recording &recording);
+std::optional<std::filesystem::path> pixelMapBeside(const std::filesystem::path &recordingPath,
+                                                    const mlv::Recording &recording);
 
 } // namespace mlvdump

@@ -28,14 +28,11 @@ public:
         std::uint8_t high = 0;   ///< frames in which it strikes as too high
         std::uint8_t low = 0;
 
-        [[nodiscard]] float residual() const { return mean(residuals); }
-        [[nodiscard]] float excess() const { return mean(excesses); }
+        float residual() const { return mean(residuals); }
+        float excess() const { return mean(excesses); }
 
     private:
-        [[nodiscard]] float mean(float sum) const
-        {
-            return seen == 0 ? 0 : sum / static_cast<float>(seen);
-        }
+        float mean(float sum) const { return seen == 0 ? 0 : sum / static_cast<float>(seen); }
     };
     /// Of one line of the read-out, those columns that are the same in all lattice cells. Even
     /// places alone.
@@ -53,17 +50,17 @@ public:
     /// The frame lies within the part, its corner at `crop`.
     void add(Residuals &residuals, const FrameNoise &noise, int frameHeight, const Place &crop);
 
-    [[nodiscard]] const Place &corner() const { return m_corner; }
-    [[nodiscard]] int width() const { return m_width; }
-    [[nodiscard]] int height() const { return m_height; }
+    const Place &corner() const { return m_corner; }
+    int width() const { return m_width; }
+    int height() const { return m_height; }
     /// (x, y) from the corner on.
-    [[nodiscard]] const Pixel &pixel(int x, int y) const
+    const Pixel &pixel(int x, int y) const
     {
         return m_pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(m_width) +
                         static_cast<std::size_t>(x)];
     }
     /// `y` from the corner on; `column` of a lattice cell.
-    [[nodiscard]] const Share &share(int y, int column) const
+    const Share &share(int y, int column) const
     {
         return m_shares[static_cast<std::size_t>(y) * Lattice::columns +
                         static_cast<std::size_t>(column)];

@@ -15,7 +15,7 @@ struct Place
     bool operator==(const Place &) const = default;
 };
 
-[[nodiscard]] inline bool operator<(const Place &one, const Place &other)
+inline bool operator<(const Place &one, const Place &other)
 {
     return std::tie(one.y, one.x) < std::tie(other.y, other.x);
 }

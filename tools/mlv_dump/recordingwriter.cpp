@@ -78,8 +78,7 @@ void RecordingWriter::addFrame(std::uint32_t number, std::uint64_t timestamp,
 // An averaged dark frame or flat field serves many recordings later and is not looked at again.
 void RecordingWriter::commit()
 {
-    m_file.sync();
-    m_file.commit();
+    m_file.commitToDisk();
 }
 
 } // namespace mlvdump

@@ -21,7 +21,7 @@ struct Repair
     std::optional<ColumnGains> columns;
     int rowStep = 2; ///< rows to the next one of the same colours and exposure
 
-    [[nodiscard]] bool isEmpty() const { return pixels.empty() && !lattice && !columns; }
+    bool isEmpty() const { return pixels.empty() && !lattice && !columns; }
 };
 
 } // namespace mlvdump

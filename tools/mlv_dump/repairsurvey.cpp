@@ -125,7 +125,7 @@ private:
         });
     }
 
-    [[nodiscard]] bool rowsAlternate() const
+    bool rowsAlternate() const
     {
         bool alternate = false;
         forEachGoodFrame(
@@ -135,7 +135,7 @@ private:
     }
 
     /// Of the read-out, from its upper left corner up to its lower right end.
-    [[nodiscard]] std::pair<Place, Place> surveyedPart() const
+    std::pair<Place, Place> surveyedPart() const
     {
         Place corner = m_frames.empty() ? Place{} : cropOf(m_frames.front());
         Place last = corner;

@@ -25,7 +25,7 @@ struct RepairChoice
     std::filesystem::path map{};
     bool columns = false;
 
-    [[nodiscard]] bool isNothing() const { return pixels == Pixels::Off && !columns; }
+    bool isNothing() const { return pixels == Pixels::Off && !columns; }
 };
 
 struct FoundRepair
@@ -36,7 +36,7 @@ struct FoundRepair
 
 /// The place of a frame's corner in the read-out. Cameras cut frames so that the pattern of colours
 /// begins with red: an odd number is none of theirs.
-[[nodiscard]] inline Place cropOf(const mlv::DataBlock &block)
+inline Place cropOf(const mlv::DataBlock &block)
 {
     return {block.cropY & ~1, block.cropX & ~1};
 }
@@ -46,9 +46,8 @@ struct FoundRepair
 /// has the levels of the frames. Decodes 8 to 16 frames where the choice asks for it, on several
 /// threads; damaged ones are left out. Throws MapError, raw::ReadError, or raw::Error where the
 /// frames can't be read at all.
-[[nodiscard]] FoundRepair findRepair(const mlv::Recording &recording,
-                                     const std::filesystem::path &recordingPath,
-                                     const RepairChoice &choice, const mlv::FrameFormat &format,
-                                     const Calibration &calibration, unsigned threads);
+FoundRepair findRepair(const mlv::Recording &recording, const std::filesystem::path &recordingPath,
+                       const RepairChoice &choice, const mlv::FrameFormat &format,
+                       const Calibration &calibration, unsigned threads);
 
 } // namespace mlvdump

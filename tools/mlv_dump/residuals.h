@@ -36,13 +36,13 @@ public:
         std::span<const std::int16_t> spreads;
     };
     /// Of the loaded frame. It stays until the next call.
-    [[nodiscard]] Row row(int y);
+    Row row(int y);
 
-    [[nodiscard]] int rowStep() const { return m_rowStep; }
-    [[nodiscard]] int shift() const { return m_shift; } ///< from the frame's levels, to the right
+    int rowStep() const { return m_rowStep; }
+    int shift() const { return m_shift; } ///< from the frame's levels, to the right
 
 private:
-    [[nodiscard]] std::size_t startOf(int y) const;
+    std::size_t startOf(int y) const;
 
     int m_width;
     int m_height;

@@ -136,7 +136,7 @@ std::size_t runMode(const Options &options, const mlv::Recording &recording, Out
 
 struct Failure
 {
-    std::string reason;
+    std::string error;
     bool isRecordings; ///< another recording would not fail with it
 };
 
@@ -151,7 +151,7 @@ std::optional<Failure> failureOf(Work work)
     } catch (const RefusedOutput &error) {
         return Failure{error.what(), true};
     } catch (const output::WriteError &error) {
-        return Failure{"A file cannot be written: " + error.code().message(), false};
+        return Failure{"A file can't be written: " + error.code().message(), false};
     } catch (const ShapeMismatch &error) {
         return Failure{error.what(), true};
     } catch (const CalibrationError &error) {
@@ -212,9 +212,9 @@ int run(const Options &options, Output &output)
     };
     const auto failure = failureOf(work);
     if (failure && failure->isRecordings && isOneOfMany(options.mode))
-        output.unusable(failure->reason);
+        output.unusable(failure->error);
     else if (failure)
-        output.error(failure->reason);
+        output.error(failure->error);
     if (!failure || options.mode != Mode::Frames)
         output.finish(summary);
     if (options.mode == Mode::Verify && failure)

@@ -69,7 +69,7 @@ private:
     }
 
     /// A level that stands still amid noise is no measurement, however seldom it strikes.
-    [[nodiscard]] bool isStuck(int x, int y) const
+    bool isStuck(int x, int y) const
     {
         const auto &pixel = m_statistics.pixel(x, y);
         // A highlight stands still too, at the end of the range.
@@ -91,7 +91,7 @@ private:
     }
 
     /// One of those around may be faulty itself.
-    [[nodiscard]] float secondLargestAround(int x, int y) const
+    float secondLargestAround(int x, int y) const
     {
         float largest = 0;
         float second = 0;
@@ -103,7 +103,7 @@ private:
         return second;
     }
 
-    [[nodiscard]] int leastScatterAround(int x, int y) const
+    int leastScatterAround(int x, int y) const
     {
         int least = 65535;
         visitAround(x, y, [&](const Pixel &pixel) { least = std::min(least, scatter(pixel)); });

@@ -20,7 +20,7 @@ struct SinglePixels
 /// other colours, don't: a lens spreads a point of the scene over several. Where many would be
 /// found, the scene makes them and none is. Those of the lattice are left out. `clipLevel` is the
 /// one of Residuals at which the sensor is full.
-[[nodiscard]] SinglePixels findSinglePixels(const PixelStatistics &statistics,
-                                            const std::optional<Lattice> &lattice, int clipLevel);
+SinglePixels findSinglePixels(const PixelStatistics &statistics,
+                              const std::optional<Lattice> &lattice, int clipLevel);
 
 } // namespace mlvdump

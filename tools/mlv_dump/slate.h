@@ -14,7 +14,7 @@ namespace mlvdump {
 
 /// The bytes of the tag TimeCodes: hours, minutes, seconds and the frame in its second, below 40,
 /// as binary coded decimals, the smallest first. Hours begin anew after a day.
-[[nodiscard]] std::array<std::uint8_t, 8> timeCodeBytes(std::uint64_t seconds, std::uint64_t frame);
+std::array<std::uint8_t, 8> timeCodeBytes(std::uint64_t seconds, std::uint64_t frame);
 
 /// What the frames and the sound of a CinemaDNG clip say alike, so that an editor takes them for
 /// one clip: the exact rate, and a timecode that begins with what the camera's clock showed when it
@@ -30,10 +30,10 @@ struct Slate
 
     /// The tag TimeCodes of a frame. Above 30 frames a second two share a number, of which the
     /// second has the field bit. Nothing above 79, whose numbers don't fit.
-    [[nodiscard]] std::optional<std::array<std::uint8_t, 8>> timeCode(std::uint64_t frame) const;
+    std::optional<std::array<std::uint8_t, 8>> timeCode(std::uint64_t frame) const;
 };
 
 /// `reelName` is what the recording is called. Throws raw::Error when it has no frame rate.
-[[nodiscard]] Slate slateOf(const mlv::Recording &recording, const std::string &reelName);
+Slate slateOf(const mlv::Recording &recording, const std::string &reelName);
 
 } // namespace mlvdump

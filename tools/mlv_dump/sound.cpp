@@ -129,7 +129,7 @@ void writeSound(const mlv::Recording &recording, const PictureTime &picture,
     }
     const bool compressed = (recording.header().audioClass & mlv::audioclass::lzma) != 0;
     if (compressed || !isReadable(*recording.waveInfo())) {
-        output.warning("the sound is of a kind that cannot be read and is left out");
+        output.warning("the sound is of a kind that can't be read and is left out");
         return;
     }
     const auto info = completed(*recording.waveInfo());

@@ -30,9 +30,9 @@ inline constexpr auto endless = std::numeric_limits<std::uint64_t>::max();
 
 /// Lays the blocks out so that the sound starts `lead` bytes behind the picture, or before it when
 /// `lead` is negative: then the sound before the picture is left out. A lost block leaves silence
-/// of the size of the first one. More silence than `mostSilence` bytes in one place cannot be true
+/// of the size of the first one. More silence than `mostSilence` bytes in one place can't be true
 /// and is left out. What lies behind `mostBytes` is cut off. The blocks outlive the plan.
-[[nodiscard]] SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead,
-                                  std::uint64_t mostSilence, std::uint64_t mostBytes = endless);
+SoundPlan planSound(const mlv::DataIndex &blocks, std::int64_t lead, std::uint64_t mostSilence,
+                    std::uint64_t mostBytes = endless);
 
 } // namespace mlvdump

@@ -10,8 +10,7 @@
 namespace mlvdump {
 
 /// At most `count` of the frames, evenly spread over all.
-[[nodiscard]] inline std::vector<mlv::DataBlock> spreadFrames(const mlv::DataIndex &frames,
-                                                              std::size_t count)
+inline std::vector<mlv::DataBlock> spreadFrames(const mlv::DataIndex &frames, std::size_t count)
 {
     count = std::min(frames.size(), count);
     std::vector<mlv::DataBlock> chosen;

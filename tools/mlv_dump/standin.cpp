@@ -11,7 +11,7 @@ namespace {
 bool isGood(mlv::FrameDecoder &decoder, const PlannedFrame &frame)
 {
     try {
-        static_cast<void>(decoder.decode(*frame.block));
+        decoder.decode(*frame.block);
         return true;
     } catch (const raw::ReadError &) {
         throw;

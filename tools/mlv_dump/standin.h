@@ -11,11 +11,9 @@ namespace mlvdump {
 
 /// How many of the frames before the first good one are damaged. That one stands in for them: they
 /// have none before them. Throws raw::ReadError, or raw::Error when no frame can be decoded.
-[[nodiscard]] std::size_t leadingDamage(mlv::FrameDecoder &decoder,
-                                        std::span<const PlannedFrame> frames);
+std::size_t leadingDamage(mlv::FrameDecoder &decoder, std::span<const PlannedFrame> frames);
 
 /// The last of the frames that isn't damaged: it stands in for those behind it. Throws likewise.
-[[nodiscard]] const mlv::DataBlock *lastGood(mlv::FrameDecoder &decoder,
-                                             std::span<const PlannedFrame> frames);
+const mlv::DataBlock *lastGood(mlv::FrameDecoder &decoder, std::span<const PlannedFrame> frames);
 
 } // namespace mlvdump

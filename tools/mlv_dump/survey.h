@@ -29,6 +29,6 @@ void writeSurvey(const Survey &survey, const Options &options, const std::filesy
 
 /// Reads the survey that `options` name. Throws surveyfile::SurveyError when it isn't one, or was
 /// made with other options.
-[[nodiscard]] Survey readSurvey(const Options &options);
+Survey readSurvey(const Options &options);
 
 } // namespace mlvdump

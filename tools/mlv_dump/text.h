@@ -8,20 +8,20 @@
 namespace mlvdump {
 
 /// printf() into a string.
-[[nodiscard]] __attribute__((format(printf, 1, 2))) std::string format(const char *pattern, ...);
+__attribute__((format(printf, 1, 2))) std::string format(const char *pattern, ...);
 
 /// Text of a recording, fit to be printed within a line: control characters become blanks, what is
 /// not UTF-8 becomes "?", and the marks that a reader of our output looks for, "[ERROR]",
 /// "[UNUSABLE]" and "Done", are changed so that they are none. Trailing NULs are left out.
-[[nodiscard]] std::string harmless(std::string_view text);
+std::string harmless(std::string_view text);
 
 /// The ASCII part of a text in UTF-8, as tags want it: another character becomes "?", blanks at the
 /// end are left out.
-[[nodiscard]] std::string asciiText(std::string_view text);
+std::string asciiText(std::string_view text);
 
 /// harmless() for a field of fixed size, whose text ends at the first NUL or with the field.
 template <std::size_t size>
-[[nodiscard]] std::string harmless(const std::array<char, size> &field)
+std::string harmless(const std::array<char, size> &field)
 {
     const std::string_view text(field.data(), field.size());
     return harmless(text.substr(0, text.find('\0')));

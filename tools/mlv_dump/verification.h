@@ -17,7 +17,6 @@ struct Findings
 
 /// Reads the whole recording, see readWhole(), and holds its blocks against each other. Throws
 /// raw::Error when frames of that recording can't be read at all.
-[[nodiscard]] Findings verify(const mlv::Recording &recording, unsigned threads,
-                              const ReadingProgress &progress);
+Findings verify(const mlv::Recording &recording, unsigned threads, const ReadingProgress &progress);
 
 } // namespace mlvdump

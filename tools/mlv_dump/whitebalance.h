@@ -27,7 +27,7 @@ struct BalanceChoice
 
 /// "camera", "auto", a colour temperature from 2000 to 25000, or "R,G,B", what the camera's colours
 /// are multiplied by. None when it is none of these.
-[[nodiscard]] std::optional<BalanceChoice> parseBalance(std::string_view text);
+std::optional<BalanceChoice> parseBalance(std::string_view text);
 
 struct FrameBalance
 {
@@ -38,9 +38,8 @@ struct FrameBalance
 /// What the choice means for a recording. `format` has the levels at which its samples begin and
 /// end; `matrix` is the one of its frames. Decodes frames where the choice asks for it, on several
 /// threads. Throws raw::Error.
-[[nodiscard]] FrameBalance frameBalance(const mlv::Recording &recording,
-                                        const BalanceChoice &choice, const Calibration &calibration,
-                                        const mlv::FrameFormat &format, const ColourMatrix &matrix,
-                                        unsigned threads);
+FrameBalance frameBalance(const mlv::Recording &recording, const BalanceChoice &choice,
+                          const Calibration &calibration, const mlv::FrameFormat &format,
+                          const ColourMatrix &matrix, unsigned threads);
 
 } // namespace mlvdump

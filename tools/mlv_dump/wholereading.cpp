@@ -84,14 +84,14 @@ public:
     }
 
     /// After run().
-    [[nodiscard]] Unread unread() const { return m_unread; }
+    Unread unread() const { return m_unread; }
 
 private:
     void take(const Piece &piece, mlv::FrameDecoder &decoder, std::span<std::byte> buffer)
     {
         try {
             if (piece.frame != nullptr)
-                static_cast<void>(decoder.decode(*piece.frame));
+                decoder.decode(*piece.frame);
             else
                 read(piece, buffer);
         } catch (const raw::ReadError &) {

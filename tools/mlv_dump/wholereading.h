@@ -23,7 +23,7 @@ using ReadingProgress = std::function<void(std::uint64_t done, std::uint64_t tot
 /// frame that is compressed, on several threads. Of frames that aren't compressed every sample
 /// could be true: being there is all that can be asked of them. Throws raw::Error when frames of
 /// that recording can't be read at all.
-[[nodiscard]] Unread readWhole(const mlv::Recording &recording, unsigned threads,
-                               const ReadingProgress &progress);
+Unread readWhole(const mlv::Recording &recording, unsigned threads,
+                 const ReadingProgress &progress);
 
 } // namespace mlvdump

@@ -18,7 +18,7 @@ constexpr std::size_t propertyBytes = 5;
 void check(lzma_ret result)
 {
     if (result != LZMA_OK)
-        throw std::runtime_error("liblzma cannot compress a frame");
+        throw std::runtime_error("liblzma can't compress a frame");
 }
 
 } // namespace

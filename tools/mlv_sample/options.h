@@ -10,7 +10,7 @@
 
 namespace sample {
 
-/// A command line that cannot be followed; what() is the line for the person.
+/// A command line that can't be followed; what() is the line for the person.
 class UsageError : public std::runtime_error
 {
 public:

@@ -17,7 +17,7 @@ namespace sample {
 
 [[noreturn]] inline void refuseValue(std::string_view option, std::string_view text)
 {
-    throw UsageError(std::string(option) + " cannot be \"" + std::string(text) + "\"");
+    throw UsageError(std::string(option) + " can't be \"" + std::string(text) + "\"");
 }
 
 /// Throws UsageError when the text is no number within the bounds.

@@ -24,7 +24,7 @@ constexpr mode_t permissionBits = 07777;
 int checked(int descriptor)
 {
     if (descriptor < 0)
-        fail("cannot be written beside");
+        fail("can't be written beside");
     return descriptor;
 }
 
@@ -82,29 +82,30 @@ void OutputFile::takePermissionsOfOld()
     struct stat status = {};
     if (::stat(m_path.c_str(), &status) != 0 ||
         ::fchmod(m_descriptor, status.st_mode & permissionBits) != 0)
-        fail("cannot keep its permissions");
+        fail("can't keep its permissions");
 }
 
 void OutputFile::write(std::span<const std::byte> bytes)
 {
     if (!writeAll(m_descriptor, bytes))
-        fail("cannot be written");
-}
-
-void OutputFile::sync()
-{
-    // EINVAL: a file system without a disk behind it.
-    if (::fsync(m_descriptor) != 0 && errno != EINVAL)
-        fail("cannot be written");
+        fail("can't be written");
 }
 
 void OutputFile::commit()
 {
     if (::close(std::exchange(m_descriptor, -1)) != 0)
-        fail("cannot be written");
+        fail("can't be written");
     if (::rename(m_partPath.c_str(), m_path.c_str()) != 0)
-        fail("cannot be replaced");
+        fail("can't be replaced");
     m_isPending = false;
+}
+
+void OutputFile::commitToDisk()
+{
+    // EINVAL: a file system without a disk behind it.
+    if (::fsync(m_descriptor) != 0 && errno != EINVAL)
+        fail("can't be written");
+    commit();
 }
 
 } // namespace output

@@ -9,7 +9,7 @@
 
 namespace output {
 
-/// A file cannot be written: what could not be done and the system's reason. The text names no
+/// A file can't be written: what could not be done and the system's reason. The text names no
 /// path.
 class WriteError : public std::system_error
 {
@@ -23,12 +23,12 @@ class OutputFile
 {
 public:
     /// A new file, or one in the place of another, which loses nothing before commit(). Throws
-    /// WriteError when it cannot be created.
+    /// WriteError when it can't be created.
     explicit OutputFile(const std::filesystem::path &path);
 
     /// A file in the place of the one that is there, with its permissions; where `path` is a
     /// symbolic link, in the place of what it leads to. Throws std::system_error.
-    [[nodiscard]] static OutputFile replacing(const std::filesystem::path &path);
+    static OutputFile replacing(const std::filesystem::path &path);
 
     OutputFile(OutputFile &&other) noexcept;
     OutputFile &operator=(OutputFile &&other) = delete;
@@ -36,11 +36,11 @@ public:
 
     /// Writes behind what was written before. Throws WriteError.
     void write(std::span<const std::byte> bytes);
-    /// Brings the file to the disk, so that after a power cut its name stands for no empty file;
-    /// takes as long as the disk does. To be called before commit(). Throws WriteError.
-    void sync();
     /// Closes the file and gives it its name. Throws WriteError.
     void commit();
+    /// commit() once the file is on the disk, so that after a power cut its name stands for no
+    /// empty file; takes as long as the disk does. Throws WriteError.
+    void commitToDisk();
 
 private:
     OutputFile(const std::filesystem::path &path, std::string partPath, int descriptor);

@@ -20,7 +20,7 @@ void shareWork(std::size_t count, std::size_t threads, const MakeWork &makeWork)
 {
     std::atomic<std::size_t> next = 0;
     std::mutex mutex;
-    std::exception_ptr failure; // guarded by mutex
+    std::exception_ptr error; // guarded by mutex
     const auto run = [&] {
         try {
             auto work = makeWork();
@@ -29,8 +29,8 @@ void shareWork(std::size_t count, std::size_t threads, const MakeWork &makeWork)
         } catch (...) {
             next = count;
             const std::lock_guard lock(mutex);
-            if (!failure)
-                failure = std::current_exception();
+            if (!error)
+                error = std::current_exception();
         }
     };
     {
@@ -39,8 +39,8 @@ void shareWork(std::size_t count, std::size_t threads, const MakeWork &makeWork)
             others.emplace_back(run);
         run();
     }
-    if (failure)
-        std::rethrow_exception(failure);
+    if (error)
+        std::rethrow_exception(error);
 }
 
 } // namespace parallel

@@ -39,7 +39,7 @@ public:
     }
 
     /// The next `count` bits, 1 to 32, as a number; they stay.
-    [[nodiscard]] std::uint32_t peek(int count) const
+    std::uint32_t peek(int count) const
     {
         return static_cast<std::uint32_t>(m_bits >> (64 - count));
     }
@@ -52,7 +52,7 @@ public:
     }
 
     /// Whether more was taken than there was.
-    [[nodiscard]] bool isOverrun() const { return m_padding > m_count; }
+    bool isOverrun() const { return m_padding > m_count; }
 
 private:
     void refillBytewise()

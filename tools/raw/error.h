@@ -13,7 +13,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// The file cannot be read, whatever it holds.
+/// The file can't be read, whatever it holds.
 class ReadError : public Error
 {
 public:

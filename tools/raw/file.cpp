@@ -14,7 +14,7 @@
 namespace raw {
 namespace {
 
-std::string reason(int errorNumber)
+std::string errorText(int errorNumber)
 {
     return std::generic_category().message(errorNumber);
 }
@@ -26,7 +26,7 @@ File::File(const std::filesystem::path &path)
     : m_descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK))
 {
     if (m_descriptor < 0)
-        throw ReadError("cannot be opened: " + reason(errno));
+        throw ReadError("can't be opened: " + errorText(errno));
     struct stat status = {};
     if (::fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
         ::close(m_descriptor);
@@ -58,7 +58,7 @@ void File::read(std::uint64_t offset, std::span<std::byte> bytes) const
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            throw ReadError("cannot be read: " + reason(errno));
+            throw ReadError("can't be read: " + errorText(errno));
         if (count == 0)
             throw ReadError("became shorter while it was read");
         bytes = bytes.subspan(static_cast<std::size_t>(count));

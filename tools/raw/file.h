@@ -21,16 +21,16 @@ public:
     ~File();
 
     /// The size at the time of opening, bytes.
-    [[nodiscard]] std::uint64_t size() const { return m_size; }
+    std::uint64_t size() const { return m_size; }
     /// When it was written last, at the time of opening: nanoseconds since 1970.
-    [[nodiscard]] std::int64_t modified() const { return m_modified; }
+    std::int64_t modified() const { return m_modified; }
 
-    /// Fills `bytes` from `offset` on. Throws ReadError when the file ends before or cannot be
+    /// Fills `bytes` from `offset` on. Throws ReadError when the file ends before or can't be
     /// read.
     void read(std::uint64_t offset, std::span<std::byte> bytes) const;
 
     /// Whether `path` leads to this very file.
-    [[nodiscard]] bool isSameAs(const std::filesystem::path &path) const;
+    bool isSameAs(const std::filesystem::path &path) const;
 
 private:
     int m_descriptor = -1;
@@ -39,6 +39,6 @@ private:
 };
 
 /// What a text file holds. Throws Error when it has more than `largest` bytes, ReadError.
-[[nodiscard]] std::string readText(const std::filesystem::path &path, std::uint64_t largest);
+std::string readText(const std::filesystem::path &path, std::uint64_t largest);
 
 } // namespace raw

@@ -23,7 +23,7 @@ public:
     static constexpr std::size_t differencesPerRefill = 4;
 
     /// The next difference, modulo 2^16. A bit pattern that no code begins with sets `invalid`.
-    [[nodiscard]] std::uint16_t decode(BitReader &reader, bool &invalid) const
+    std::uint16_t decode(BitReader &reader, bool &invalid) const
     {
         const Entry entry = m_entries[reader.peek(lookupBits)];
         if (entry.length != 0) [[likely]] {

@@ -17,18 +17,15 @@ struct LosslessJpegShape
     int components; ///< 1 to 4
 
     /// Samples a line of all components.
-    [[nodiscard]] std::size_t lineLength() const
+    std::size_t lineLength() const
     {
         return static_cast<std::size_t>(width) * static_cast<std::size_t>(components);
     }
-    [[nodiscard]] std::size_t sampleCount() const
-    {
-        return lineLength() * static_cast<std::size_t>(lines);
-    }
+    std::size_t sampleCount() const { return lineLength() * static_cast<std::size_t>(lines); }
 };
 
-/// The shape of the stream. Throws Error when its headers cannot be decoded.
-[[nodiscard]] LosslessJpegShape losslessJpegShape(std::span<const std::byte> stream);
+/// The shape of the stream. Throws Error when its headers can't be decoded.
+LosslessJpegShape losslessJpegShape(std::span<const std::byte> stream);
 
 /// Decodes the stream into exactly `samples.size()` samples, in the order of the stream: line by
 /// line, components interleaved. The shape of the stream is free as long as the counts agree.

@@ -37,7 +37,7 @@ public:
         const int high = byte();
         return high * 256 + byte();
     }
-    [[nodiscard]] std::size_t remaining() const { return m_bytes.size(); }
+    std::size_t remaining() const { return m_bytes.size(); }
 
 private:
     std::span<const std::byte> m_bytes;
@@ -102,7 +102,7 @@ void readScanHeader(ByteReader segment, const Components &components, LosslessJp
     segment.byte(); // the end of the spectral selection, without a meaning here
     const int pointTransform = segment.byte() & 15;
     if (header.predictor < 1 || header.predictor > 7 || pointTransform != 0)
-        throw Error("has a lossless picture of a kind that cannot be read");
+        throw Error("has a lossless picture of a kind that can't be read");
 }
 
 } // namespace
@@ -129,7 +129,7 @@ LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream)
             break;
         case marker::restartInterval:
             if (segment.word() != 0)
-                throw Error("has a lossless picture with restart intervals, which cannot be read");
+                throw Error("has a lossless picture with restart intervals, which can't be read");
             header.hasRestartInterval = true;
             break;
         case marker::startOfScan:

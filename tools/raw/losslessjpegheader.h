@@ -24,8 +24,8 @@ struct LosslessJpegHeader
     std::size_t scanStart;   ///< of the entropy-coded data, bytes from the start of the stream
 };
 
-/// Throws Error when the stream cannot be decoded.
-[[nodiscard]] LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream);
+/// Throws Error when the stream can't be decoded.
+LosslessJpegHeader readLosslessJpegHeader(std::span<const std::byte> stream);
 
 /// Decodes the first lines of the stream that has the header: `samples` holds whole lines, all
 /// components, at most as many as the picture has. Answers how much of the stream it has read; the

@@ -11,13 +11,13 @@
 /// the same words big-endian, except samples of 16 bits, which keep the byte order of its file.
 namespace raw {
 
-[[nodiscard]] constexpr bool isSupportedDepth(int bitsPerSample)
+constexpr bool isSupportedDepth(int bitsPerSample)
 {
     return bitsPerSample == 10 || bitsPerSample == 12 || bitsPerSample == 14 || bitsPerSample == 16;
 }
 
 /// The bytes that `count` samples occupy: whole 16-bit words.
-[[nodiscard]] constexpr std::size_t packedSize(std::size_t count, int bitsPerSample)
+constexpr std::size_t packedSize(std::size_t count, int bitsPerSample)
 {
     return (count * static_cast<std::size_t>(bitsPerSample) + 15) / 16 * 2;
 }
@@ -49,7 +49,7 @@ public:
     }
 
     /// `index` is below the number of samples in the stream.
-    [[nodiscard]] std::uint16_t operator[](std::size_t index) const
+    std::uint16_t operator[](std::size_t index) const
     {
         const Place place = placeOf(index);
         return static_cast<std::uint16_t>((load(place) >> place.shift) & mask());
@@ -72,14 +72,14 @@ private:
         unsigned shift;
     };
 
-    [[nodiscard]] Place placeOf(std::size_t index) const
+    Place placeOf(std::size_t index) const
     {
         const std::size_t bit = index * m_bits;
         const auto end = static_cast<unsigned>(bit % 8) + m_bits;
         return {m_stream.data() + bit / 8, end > 16, (end > 16 ? 24 : 16) - end};
     }
 
-    [[nodiscard]] std::uint32_t load(const Place &place) const
+    std::uint32_t load(const Place &place) const
     {
         const auto byte = [&](int number) {
             return std::to_integer<std::uint32_t>(place.bytes[number]);
@@ -108,8 +108,8 @@ private:
         put(0, bits >> 8U);
     }
 
-    [[nodiscard]] std::uint32_t mask() const { return (1U << m_bits) - 1; }
-    [[nodiscard]] bool isLittleEndian() const { return m_bits == 16; }
+    std::uint32_t mask() const { return (1U << m_bits) - 1; }
+    bool isLittleEndian() const { return m_bits == 16; }
 
     std::span<std::byte> m_stream;
     unsigned m_bits;

@@ -22,10 +22,10 @@ public:
     ScanData &operator=(const ScanData &) = delete;
 
     /// The next piece, which holds until the next call; empty at the end.
-    [[nodiscard]] std::span<const std::byte> next();
+    std::span<const std::byte> next();
 
     /// How much of the stream has been taken, stuffing included; at the end where the marker is.
-    [[nodiscard]] std::size_t position() const { return m_position; }
+    std::size_t position() const { return m_position; }
 
 private:
     std::span<const std::byte> m_stream;

@@ -24,7 +24,7 @@ public:
     /// Goes to the next line, which has that name. The last one has been read to its end.
     void begin(std::string_view name);
     /// Whether the line goes on.
-    [[nodiscard]] bool hasMore() const { return !m_line.empty(); }
+    bool hasMore() const { return !m_line.empty(); }
     /// The next value of the line. Stays while the reader does.
     std::string_view word();
     template <typename Number>

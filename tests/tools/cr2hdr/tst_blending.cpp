@@ -99,7 +99,7 @@ private Q_SLOTS:
 
     void midTonesKeepTheirFullResolution()
     {
-        // A sawtooth of rows that interpolation cannot know, where neither exposure saturates.
+        // A sawtooth of rows that interpolation can't know, where neither exposure saturates.
         Frame frame = dualscene::frame(dualscene::dualSettings(800), 0);
         const auto model = dualiso::measure({&frame, 1}, {{false, false, true, true}});
         QVERIFY(model.has_value());

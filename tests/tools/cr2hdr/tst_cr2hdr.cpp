@@ -276,7 +276,7 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("content"); // null: no such file
         QTest::addColumn<QByteArray>("reason");
         QTest::newRow("missing") << QByteArray()
-                                 << QByteArray("cannot be opened: No such file or directory");
+                                 << QByteArray("can't be opened: No such file or directory");
         QTest::newRow("empty") << QByteArray("") << QByteArray("is a damaged TIFF file");
         QTest::newRow("text") << QByteArray("no picture at all")
                               << QByteArray("is not a little-endian TIFF file");
@@ -353,7 +353,7 @@ private Q_SLOTS:
         QCOMPARE(process.exitCode(), 1);
         const QByteArray lastLine = process.readAllStandardOutput().trimmed().split('\n').last();
         QCOMPARE(lastLine,
-                 path.toLocal8Bit() + " : failed, cannot be written beside: Permission denied");
+                 path.toLocal8Bit() + " : failed, can't be written beside: Permission denied");
         QCOMPARE(contentOf(path), before);
         QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden).size(), 1);
     }
@@ -437,7 +437,7 @@ private Q_SLOTS:
         const Ended ended = cr2hdr({QStringLiteral("--"), QStringLiteral("--help")});
         QCOMPARE(ended.status, 1);
         QCOMPARE(ended.output,
-                 QByteArray("--help : failed, cannot be opened: No such file or directory\n"));
+                 QByteArray("--help : failed, can't be opened: No such file or directory\n"));
     }
 
     void aFrameWhoseOtherRowsAreBrightFails()
@@ -538,8 +538,8 @@ private Q_SLOTS:
         const QString survey = m_folder->filePath(QStringLiteral("survey"));
         const Ended ended = cr2hdr({QStringLiteral("--write-survey"), survey, missing});
         QCOMPARE(ended.status, 1);
-        QCOMPARE(ended.output, missing.toLocal8Bit() +
-                                   " : failed, cannot be opened: No such file or directory\n");
+        QCOMPARE(ended.output,
+                 missing.toLocal8Bit() + " : failed, can't be opened: No such file or directory\n");
         QVERIFY(!QFile::exists(survey));
     }
 

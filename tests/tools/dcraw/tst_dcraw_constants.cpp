@@ -175,8 +175,8 @@ void TestDcrawConstants::extremeWhiteBalances()
     QFETCH(QList<double>, numbers);
     dcraw::Options options;
     std::copy_n(numbers.cbegin(), 4, options.multipliers.emplace().begin());
-    QVERIFY_THROWS_EXCEPTION(dcraw::NotCovered, static_cast<void>(dcraw::multipliers(
-                                                    negative(), options, daylightOnly)));
+    QVERIFY_THROWS_EXCEPTION(dcraw::NotCovered,
+                             dcraw::multipliers(negative(), options, daylightOnly));
 }
 
 void TestDcrawConstants::stepsOfTheUsualCurve_data()

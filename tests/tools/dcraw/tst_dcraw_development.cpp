@@ -479,7 +479,7 @@ private Q_SLOTS:
         {
             void read(int, std::span<std::uint16_t>) const override
             {
-                throw std::runtime_error("cannot be read");
+                throw std::runtime_error("can't be read");
             }
         };
         Memory memory(unchanged());

@@ -102,7 +102,7 @@ dcraw::Frame TestDcrawNegative::frameOf(const QByteArray &dng, const dcraw::Opti
 {
     QFile file(m_folder->filePath(QStringLiteral("frame.dng")));
     if (!file.open(QIODevice::WriteOnly) || file.write(dng) != dng.size())
-        qFatal("the test's frame cannot be written");
+        qFatal("the test's frame can't be written");
     file.close();
     dcraw::Options complete = options;
     complete.file = file.fileName().toStdString();
@@ -114,7 +114,7 @@ bool TestDcrawNegative::isCovered(const QByteArray &dng, dcraw::Options options)
     options.cameraWhiteBalance = true;
     options.highlights = 3;
     try {
-        static_cast<void>(frameOf(dng, options));
+        frameOf(dng, options);
         return true;
     } catch (const dcraw::NotCovered &) {
         return false;
@@ -400,7 +400,7 @@ void TestDcrawNegative::valuesAreRead()
     dng.image.setLongs(tag::blackLevel, {65536 + 100});
     const std::array<dng::Rational, 2> scale{{{1, 1}, {5, 3}}};
     dng.image.setRationals(tag::defaultScale, scale);
-    static_cast<void>(isCovered(dng.encoded()));
+    isCovered(dng.encoded());
     const raw::File file(m_folder->filePath(QStringLiteral("frame.dng")).toStdString());
     const auto negative = dcraw::readNegative(file);
     QCOMPARE(negative.width, 30);
@@ -425,7 +425,7 @@ void TestDcrawNegative::dateOfTheExposureReplacesThatOfTheFile()
         NegativeWriter dng;
         dng.image.setText(tag::dateTime, ofFile);
         dng.exif.setText(tag::dateTimeOriginal, ofExposure);
-        static_cast<void>(isCovered(dng.encoded()));
+        isCovered(dng.encoded());
         return dcraw::readNegative(
                    raw::File(m_folder->filePath(QStringLiteral("frame.dng")).toStdString()))
             .time;

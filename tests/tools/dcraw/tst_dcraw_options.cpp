@@ -163,7 +163,7 @@ void TestDcrawOptions::whatIsCovered()
     QFETCH(bool, covered);
     bool isCovered = true;
     try {
-        static_cast<void>(parsed(arguments));
+        parsed(arguments);
     } catch (const dcraw::NotCovered &) {
         isCovered = false;
     }

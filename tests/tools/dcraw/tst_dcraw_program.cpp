@@ -204,7 +204,7 @@ void TestDcrawProgram::forcedProgramThatCannotBeRun()
     ToolEnd ended = run(movieCall());
     QCOMPARE(ended.status, 1);
     QCOMPARE(ended.words,
-             QStringLiteral("dcraw: /nowhere/dcraw cannot be run: No such file or directory\n"));
+             QStringLiteral("dcraw: /nowhere/dcraw can't be run: No such file or directory\n"));
     m_environment.insert(QStringLiteral("FILMWRIGHT_DCRAW"), m_program);
     ended = run(movieCall());
     QCOMPARE(ended.status, 1);
@@ -385,7 +385,7 @@ void TestDcrawProgram::fullDiskLeavesNoFile()
     const ToolEnd ended = run(movieCall());
     QCOMPARE(ended.status, 1);
     QCOMPARE(ended.words,
-             QStringLiteral("dcraw: %1 cannot be written: File too large\n").arg(tiff()));
+             QStringLiteral("dcraw: %1 can't be written: File too large\n").arg(tiff()));
     QVERIFY(!QFile::exists(tiff()));
 }
 

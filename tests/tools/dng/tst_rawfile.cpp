@@ -158,7 +158,7 @@ private Q_SLOTS:
             "has no usable frame size");
         row(
             "odd width", [](dng::Ifd &ifd) { ifd.setShorts(tag::imageWidth, {17}); },
-            "has a frame size that cannot be a raw frame's");
+            "has a frame size that can't be a raw frame's");
         row(
             "forged size",
             [](dng::Ifd &ifd) {

@@ -9,8 +9,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <tuple>
-
 class TestFrameDecoder : public QObject
 {
     Q_OBJECT
@@ -58,7 +56,7 @@ void TestFrameDecoder::rowPairsOfACutOffFrameAreRefused()
     auto block = recording.videoFrames().front();
     --block.size;
     mlv::FrameDecoder decoder(recording);
-    QVERIFY_THROWS_EXCEPTION(raw::Error, std::ignore = decoder.decodeRowPairs(block, 4));
+    QVERIFY_THROWS_EXCEPTION(raw::Error, decoder.decodeRowPairs(block, 4));
 }
 
 QTEST_APPLESS_MAIN(TestFrameDecoder)

@@ -414,8 +414,7 @@ void TestRecordingIndex::folderThatCannotBeListedIsTold()
         QFile::setPermissions(folder, open);
     });
     const OrdinaryUser user;
-    QVERIFY(
-        warns(Recording(file.toStdString()), "its folder cannot be listed (Permission denied)"));
+    QVERIFY(warns(Recording(file.toStdString()), "its folder can't be listed (Permission denied)"));
 }
 
 void TestRecordingIndex::foreignChunkIsNotRead()

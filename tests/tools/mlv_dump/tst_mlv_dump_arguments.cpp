@@ -129,7 +129,7 @@ void TestMlvDumpArguments::fullDiskIsAnError()
     const FullDisk disk(1000);
     const auto run = dump({QStringLiteral("--dng"), path, QStringLiteral("-o"), out("tmp")});
     QCOMPARE(run.status, 1);
-    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] A file cannot be written: File too large")));
+    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] A file can't be written: File too large")));
     QVERIFY(!run.hasLineWith(QStringLiteral("Done")));
 }
 
@@ -139,7 +139,7 @@ void TestMlvDumpArguments::missingFolderIsAnError()
     const auto run =
         dump({QStringLiteral("--dng"), path, QStringLiteral("-o"), out("missing/tmp")});
     QCOMPARE(run.status, 1);
-    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] A file cannot be written")));
+    QVERIFY(run.hasLineWith(QStringLiteral("[ERROR] A file can't be written")));
     const auto averaged =
         dump({QStringLiteral("-a"), path, QStringLiteral("-o"), out("missing/b.mlv")});
     QCOMPARE(averaged.status, 1);

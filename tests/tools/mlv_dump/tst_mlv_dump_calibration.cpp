@@ -303,7 +303,7 @@ void TestMlvDumpCalibration::unusableReferenceIsRefused_data()
 {
     QTest::addColumn<QByteArray>("content");
     QTest::addColumn<QString>("error");
-    QTest::newRow("missing") << QByteArray() << QStringLiteral("The flat field cannot be opened");
+    QTest::newRow("missing") << QByteArray() << QStringLiteral("The flat field can't be opened");
     QTest::newRow("no recording") << QByteArray(100, 'x')
                                   << QStringLiteral("The flat field does not begin with an MLV");
     QTest::newRow("no frame") << RecordingBuilder().addRawInfo().bytes()

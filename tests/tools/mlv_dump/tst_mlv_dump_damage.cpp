@@ -45,7 +45,7 @@ private:
     {
         QFile file(out(QStringLiteral("a.MLV")));
         if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("The test's recording cannot be written");
+            qFatal("The test's recording can't be written");
         return file.fileName();
     }
     ProgramRun extract(const QByteArray &recording) const
@@ -183,7 +183,7 @@ void TestMlvDumpDamage::unreadableKindsAreRefused_data()
     QTest::newRow("no video") << withClass(0) << QStringLiteral("holds no raw video");
     QTest::newRow("differences") << withClass(0x41) << QStringLiteral("stored as differences");
     QTest::newRow("both compressions")
-        << withClass(0xa1) << QStringLiteral("a compression that cannot be read");
+        << withClass(0xa1) << QStringLiteral("a compression that can't be read");
     QTest::newRow("no RAWI") << RecordingBuilder().addFrame(0, 1).bytes()
                              << QStringLiteral("(no RAWI block)");
     auto deep = RecordingBuilder::rawInfo();

@@ -212,7 +212,7 @@ void TestMlvDumpSound::unreadableSoundIsLeftOutWithAWarning_data()
 {
     QTest::addColumn<QByteArray>("recording");
     QTest::addColumn<QString>("warning");
-    const auto unreadable = QStringLiteral("[WARNING] the sound is of a kind that cannot be read");
+    const auto unreadable = QStringLiteral("[WARNING] the sound is of a kind that can't be read");
     const auto with = [](const mlv::WaveInfo &info, quint16 audioClass) {
         RecordingBuilder builder;
         builder.header.audioClass = audioClass;

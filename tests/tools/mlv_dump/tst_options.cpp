@@ -193,14 +193,14 @@ void TestOptions::wrongArgumentsAreRefused()
     std::vector<std::string_view> views;
     for (const auto &argument : arguments)
         views.emplace_back(argument.constData());
-    QVERIFY_THROWS_EXCEPTION(mlvdump::UsageError, static_cast<void>(parsed(views)));
+    QVERIFY_THROWS_EXCEPTION(mlvdump::UsageError, parsed(views));
 }
 
 void TestOptions::refusalKnowsOfFrameRuns()
 {
     for (const bool frames : {true, false}) {
         try {
-            static_cast<void>(parsed({frames ? "--dng" : "-v", "a.MLV", "b.MLV"}));
+            parsed({frames ? "--dng" : "-v", "a.MLV", "b.MLV"});
             QFAIL("two recordings were accepted");
         } catch (const mlvdump::UsageError &error) {
             QCOMPARE(error.asksForFrames(), frames);

@@ -37,7 +37,7 @@ private:
         QVERIFY(file.open(QIODevice::WriteOnly));
         QCOMPARE(file.write(text), text.size());
     }
-    [[nodiscard]] std::vector<Place> read(const QByteArray &text) const
+    std::vector<Place> read(const QByteArray &text) const
     {
         write("map.fpm", text);
         return readPixelMap(path("map.fpm"), *m_recording);
@@ -85,8 +85,7 @@ void TestPixelMap::mapOfTheCameraIsRead()
 
 void TestPixelMap::mapOfAnotherCameraIsRefused()
 {
-    QVERIFY_THROWS_EXCEPTION(mlvdump::ForeignMap,
-                             static_cast<void>(read("#FPM \t 80000331\n1 2\n")));
+    QVERIFY_THROWS_EXCEPTION(mlvdump::ForeignMap, read("#FPM \t 80000331\n1 2\n"));
 }
 
 void TestPixelMap::fileThatIsNoMapIsRefused_data()
@@ -100,11 +99,9 @@ void TestPixelMap::fileThatIsNoMapIsRefused_data()
 void TestPixelMap::fileThatIsNoMapIsRefused()
 {
     QFETCH(const QByteArray, text);
-    QVERIFY_THROWS_EXCEPTION(mlvdump::MapError, static_cast<void>(read(text)));
-    QVERIFY_THROWS_EXCEPTION(mlvdump::MapError,
-                             static_cast<void>(readPixelMap(path("nothing.fpm"), *m_recording)));
-    QVERIFY_THROWS_EXCEPTION(mlvdump::MapError,
-                             static_cast<void>(readPixelMap("/dev/zero", *m_recording)));
+    QVERIFY_THROWS_EXCEPTION(mlvdump::MapError, read(text));
+    QVERIFY_THROWS_EXCEPTION(mlvdump::MapError, readPixelMap(path("nothing.fpm"), *m_recording));
+    QVERIFY_THROWS_EXCEPTION(mlvdump::MapError, readPixelMap("/dev/zero", *m_recording));
 }
 
 void TestPixelMap::ownMapGoesBeforeThatOfTheCamera()

@@ -42,7 +42,7 @@ struct Content
     std::map<std::uint32_t, std::size_t> frames;
     std::map<std::uint32_t, std::uint32_t> sounds;
 
-    [[nodiscard]] bool lacks(const Content &whole) const
+    bool lacks(const Content &whole) const
     {
         const auto isSubset = [](const auto &all, const auto &there) {
             return std::ranges::all_of(all, [&there](const auto &entry) {

@@ -31,5 +31,5 @@ struct RecordedFile
     QList<quint32> numbers(const QByteArray &type) const;
 };
 
-/// Fails the running test if the file cannot be read.
+/// Fails the running test if the file can't be read.
 RecordedFile readRecording(const QString &path);

@@ -371,12 +371,12 @@ private Q_SLOTS:
         row("nothing", "", "no output file is given");
         row("unknown option", "--nonsense out.MLV", "unknown option: --nonsense");
         row("no value", "out.MLV --bits", "--bits needs a value");
-        row("no number", "--frames many out.MLV", "--frames cannot be \"many\"");
+        row("no number", "--frames many out.MLV", "--frames can't be \"many\"");
         row("depth", "--bits 11 out.MLV", "--bits must be 10, 12, 14 or 16");
         row("width", "--size 65x48 out.MLV", "--size must be a multiple of 8 by a multiple of 2");
         row("dual ISO", "--dual-iso 800/100 out.MLV",
             "--dual-iso needs the lower sensitivity first");
-        row("compression", "--compress zip out.MLV", "--compress cannot be \"zip\"");
+        row("compression", "--compress zip out.MLV", "--compress can't be \"zip\"");
         row("extension", "--split 2 out.raw2", "--split needs an output file that ends in .MLV");
         row("two outputs", "a.MLV b.MLV", "more than one output file is given");
     }

@@ -65,7 +65,7 @@ private:
         const QString path = m_folder->filePath(QLatin1String(name));
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0)
-            qFatal("%s cannot be written", qPrintable(path));
+            qFatal("%s can't be written", qPrintable(path));
         return path;
     }
     std::string path(const char *name) const
@@ -128,7 +128,7 @@ void TestOutputFile::leftoverThatIsALinkIsNotFollowed()
 void TestOutputFile::fileThatCannotBeCreatedIsAnError()
 {
     QCOMPARE(refusal([&] { OutputFile(path("missing/a.dng")); }),
-             QByteArray("cannot be written beside: No such file or directory"));
+             QByteArray("can't be written beside: No such file or directory"));
 }
 
 void TestOutputFile::fullDiskIsAnErrorAndLeavesNothing()
@@ -138,7 +138,7 @@ void TestOutputFile::fullDiskIsAnErrorAndLeavesNothing()
         OutputFile file(path("a.dng"));
         file.write(bytesOf("eight by"));
         QCOMPARE(refusal([&] { file.write(bytesOf("tes and more")); }),
-                 QByteArray("cannot be written: File too large"));
+                 QByteArray("can't be written: File too large"));
     }
     QVERIFY(entries().isEmpty());
 }
@@ -148,7 +148,7 @@ void TestOutputFile::nameThatCannotBeGivenIsAnErrorAndLeavesNothing()
     QVERIFY(QDir(m_folder->path()).mkpath(QStringLiteral("a.dng/in the way")));
     {
         OutputFile file(path("a.dng"));
-        QCOMPARE(refusal([&] { file.commit(); }), QByteArray("cannot be replaced: Is a directory"));
+        QCOMPARE(refusal([&] { file.commit(); }), QByteArray("can't be replaced: Is a directory"));
     }
     QCOMPARE(entries(), QStringList{QStringLiteral("a.dng")});
 }
@@ -161,8 +161,7 @@ void TestOutputFile::replacementHasThePermissionsOfTheOldFile()
     auto file = OutputFile::replacing(path("a.dng"));
     file.write(bytesOf("new"));
     QCOMPARE(contentOf(old), QByteArray("old"));
-    file.sync();
-    file.commit();
+    file.commitToDisk();
     QCOMPARE(contentOf(old), QByteArray("new"));
     QCOMPARE(QFile::permissions(old) & ~(QFile::ReadUser | QFile::WriteUser | QFile::ExeUser),
              permissions);
@@ -208,8 +207,7 @@ void TestOutputFile::twoReplacementsAtOnceDoNotMix()
 
 void TestOutputFile::whatIsNotThereIsNotReplaced()
 {
-    QVERIFY_THROWS_EXCEPTION(std::system_error,
-                             static_cast<void>(OutputFile::replacing(path("missing.dng"))));
+    QVERIFY_THROWS_EXCEPTION(std::system_error, OutputFile::replacing(path("missing.dng")));
     QVERIFY(entries().isEmpty());
 }
 

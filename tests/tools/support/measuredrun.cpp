@@ -32,7 +32,7 @@ pid_t spawn(const QStringList &command, int output)
     ::posix_spawn_file_actions_adddup2(&actions, output, STDERR_FILENO);
     pid_t child = -1;
     if (::posix_spawn(&child, arguments[0], &actions, nullptr, arguments.data(), environ) != 0)
-        qFatal("%s cannot be run", arguments[0]);
+        qFatal("%s can't be run", arguments[0]);
     ::posix_spawn_file_actions_destroy(&actions);
     return child;
 }

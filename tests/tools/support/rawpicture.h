@@ -14,9 +14,9 @@ struct RawPicture
     std::vector<std::uint16_t> samples;
 
     /// The largest difference of two samples, or -1 when the sizes differ or there are none.
-    [[nodiscard]] int largestDifference(const RawPicture &other) const;
+    int largestDifference(const RawPicture &other) const;
     /// The level of all samples; -1 when they differ.
-    [[nodiscard]] int level() const;
+    int level() const;
 };
 
 /// The samples of a DNG file as dcraw reads them, without any processing.

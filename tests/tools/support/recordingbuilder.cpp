@@ -100,6 +100,6 @@ QString RecordingBuilder::write(const QString &path) const
 {
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes()) != bytes().size())
-        qFatal("The test's recording cannot be written");
+        qFatal("The test's recording can't be written");
     return path;
 }

@@ -56,7 +56,7 @@ public:
     /// Adds bytes that are no block.
     RecordingBuilder &addRaw(const QByteArray &bytes);
 
-    [[nodiscard]] QByteArray bytes() const;
+    QByteArray bytes() const;
     /// Writes the recording and answers the path.
     QString write(const QString &path) const;
 

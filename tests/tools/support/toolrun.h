@@ -13,9 +13,9 @@ struct ProgramRun
     QStringList lines;
     int status = -1; ///< -1: it crashed, did not start or did not end in time
 
-    [[nodiscard]] bool hasLineWith(const QString &text) const;
+    bool hasLineWith(const QString &text) const;
     /// The lines from the one before the last on.
-    [[nodiscard]] QStringList lastTwoLines() const { return lines.mid(lines.size() - 2); }
+    QStringList lastTwoLines() const { return lines.mid(lines.size() - 2); }
 };
 
 /// The path of a program of the build's resources folder, "mlv_dump" for example.
