@@ -4,6 +4,7 @@
 #include "fakewindow.h"
 
 #include "app/progressindicator.h"
+#include "support/events.h"
 #include "support/fulldisk.h"
 
 #include <QComboBox>
@@ -46,12 +47,6 @@ QStringList temporaryEntries(const FakeWindow &window)
 {
     return QDir(window.temporary(QString()))
         .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
-}
-
-/// Lets everything happen that is going to happen by itself.
-void settle()
-{
-    QTest::qWait(300);
 }
 
 } // namespace
@@ -121,7 +116,7 @@ void TestLossesWindow::calibrationChosenDuringABatchIsWaitedFor()
     window.press(QStringLiteral("darkButton"));
     release(window, QStringLiteral("encode"));
     QTRY_COMPARE(window.states().constFirst(), finished);
-    settle();
+    settle(1);
     QCOMPARE(window.states(), QStringList({finished, pending}));
     QVERIFY(window.delegate->isWorking());
     release(window, QStringLiteral("average"));
