@@ -64,6 +64,7 @@ private Q_SLOTS:
     void unusableRecordingCostsOnlyItself();
     void mendedRecordingIsReadAgain();
     void errorBehindAnAlertStopsItsBatch();
+    void secondErrorBehindAnAlertStartsNoBatch();
     void errorOfAnEarlierStateActsOnNone();
     void nameOfAnAverageIsRefusedWithACalibration();
     void temporaryDirectoryIsNotSearched();
@@ -244,6 +245,28 @@ void TestLossesWindow::errorBehindAnAlertStopsItsBatch()
              QStringLiteral("Process aborted|[ERROR] bad block|Ok"));
     QCOMPARE(moviesWritten(window), QStringList{QStringLiteral("a.avi")});
     QCOMPARE(window.states(), QStringList({ready, ready, ready}));
+}
+
+/// Both come in the batch, and the first one's answer stops it.
+void TestLossesWindow::secondErrorBehindAnAlertStartsNoBatch()
+{
+    FakeWindow window;
+    window.setExtraction(untilReleased(window, QStringLiteral("go")) +
+                         QStringLiteral("; printf '[ERROR] bad block\\n[ERROR] worse\\n'; exit 1"));
+    window.launch({a});
+    window.pressStart();
+    window.alerts.whileOpen = [&] {
+        window.alerts.whileOpen = nullptr;
+        release(window, QStringLiteral("go"));
+        settle();
+    };
+    QVERIFY(!window.drop(window.makeRecordings({b})));
+    QTRY_COMPARE(window.alerts.shown.mid(1),
+                 QStringList({QStringLiteral("Process aborted|[ERROR] bad block|Ok"),
+                              QStringLiteral("Process aborted|[ERROR] worse|Ok")}));
+    settle();
+    QVERIFY(!window.delegate->isWorking());
+    QCOMPARE(window.tools.calls(QStringLiteral("mlv_dump")).size(), 2); // a report, an extraction
 }
 
 void TestLossesWindow::errorOfAnEarlierStateActsOnNone()

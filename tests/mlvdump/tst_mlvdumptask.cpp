@@ -119,6 +119,7 @@ private Q_SLOTS:
 
     void abortIsReportedLater();
     void abortOfAnIdleTaskIsReportedToo();
+    void abortForgetsTheError();
     void abortedReportThatWaitsForItsTurnNeverStarts();
     void killedReportGivesItsTurnAway();
     void reportThatAnErrorEndsGivesItsTurnAway();
@@ -792,6 +793,14 @@ private:
 };
 
 } // namespace
+
+void TestMlvDumpTask::abortForgetsTheError()
+{
+    m_task->receivedLine(QStringLiteral("[ERROR] bad block"), *m_task);
+    QCOMPARE(m_task->error(), QStringLiteral("[ERROR] bad block"));
+    m_task->abort();
+    QVERIFY(m_task->error().isNull());
+}
 
 void TestMlvDumpTask::abortedReportThatWaitsForItsTurnNeverStarts()
 {
