@@ -11,10 +11,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
-
-using namespace std::chrono_literals;
 
 namespace filmwright {
 
@@ -23,9 +20,6 @@ namespace {
 /// Enough that starting the tools doesn't count beside the frames, few enough that the converter
 /// doesn't wait long for the first.
 constexpr quint64 mostFramesOfRange = 16;
-
-/// An encoder that fails closes its end of the pipe a moment before it is gone.
-constexpr auto graceOfEncoder = 5s;
 
 /// One range is read while the one before is developed.
 quint64 framesOfRange(quint64 room)
@@ -45,7 +39,8 @@ FrameFlow::FrameFlow(const Plan &plan, MlvDumpTask &reader, CR2HDRTask &blender,
     , m_convert(std::move(convert))
 {
     m_readerOfPipe.setSingleShot(true);
-    m_readerOfPipe.setInterval(graceOfEncoder);
+    // An encoder that fails closes its end of the pipe a moment before it is gone.
+    m_readerOfPipe.setInterval(TaskWrapper::gracePeriod());
     connect(&m_readerOfPipe, &QTimer::timeout, this,
             [this] { give(QStringLiteral("ffmpeg doesn't read its frames any more")); });
 }

@@ -21,7 +21,6 @@ namespace filmwright {
 
 namespace {
 
-constexpr std::chrono::milliseconds graceBeforeKill = 5s;
 constexpr std::chrono::milliseconds cancelPollInterval = 100ms;
 constexpr qsizetype keptOutput = 4096;
 /// A tool that floods its output without a line end must not flood the memory too.
@@ -270,7 +269,7 @@ void TaskWrapper::stop(bool flush)
 
 void TaskWrapper::drain()
 {
-    const QDeadlineTimer deadline(graceBeforeKill);
+    const QDeadlineTimer deadline(gracePeriod());
     do {
         const QByteArray data = m_internalTask->readAll();
         auto *receiver = dynamic_cast<TaskWrapperDrainReceiver *>(m_taskWrapperdelegate);
@@ -284,7 +283,7 @@ void TaskWrapper::interruptAndReap()
 {
     signalProcessGroup(*m_internalTask, SIGINT);
     if (m_internalTask->state() != QProcess::NotRunning &&
-        !m_internalTask->waitForFinished(milliseconds(graceBeforeKill))) {
+        !m_internalTask->waitForFinished(milliseconds(gracePeriod()))) {
         signalProcessGroup(*m_internalTask, SIGKILL);
         m_internalTask->waitForFinished(-1);
     }

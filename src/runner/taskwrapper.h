@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <sys/types.h>
@@ -95,10 +96,15 @@ public:
     virtual bool startAndWaitUntilExit(bool wait);
 
     /// Ends a running child (termination signal, then interrupt; killed when it ignores both for
-    /// 5 s), reads its status, posts TaskWrapperTerminateNotification and calls
+    /// the grace period), reads its status, posts TaskWrapperTerminateNotification and calls
     /// taskWrapperTerminated(). With `flush`, what the pipe still holds is delivered first. Does
     /// nothing while idle. Blocks until the child has exited.
     void stop(bool flush);
+
+    /// How long a child that should end by itself is waited for, of all wrappers; 5 s unless set.
+    /// May be set at any time, on any thread; a wait that has begun keeps its own.
+    static std::chrono::milliseconds gracePeriod() { return s_gracePeriod; }
+    static void setGracePeriod(std::chrono::milliseconds period) { s_gracePeriod = period; }
 
     /// stop(false), then aborted() on the delegate, also when there was nothing to stop.
     void abort();
@@ -134,6 +140,8 @@ protected:
     bool isAborting() const { return m_aborting; }
 
 private:
+    inline static std::atomic<std::chrono::milliseconds> s_gracePeriod{std::chrono::seconds(5)};
+
     void createChild();
     bool launch();
     void runUntilExit();

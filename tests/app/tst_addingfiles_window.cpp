@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "fakewindow.h"
 
+#include "support/events.h"
 #include "support/ordinaryuser.h"
 #include "support/processes.h"
 
@@ -374,7 +375,7 @@ void TestAddingFilesWindow::filesOpenedDuringAnAlertWait()
     window.alerts.whileOpen = [&window] {
         window.alerts.whileOpen = nullptr;
         window.delegate->applicationOpenFiles(window.makeRecordings({c}));
-        QTest::qWait(50);
+        deliverEvents();
         QCOMPARE(window.alerts.shown.size(), 1);
     };
     QVERIFY(window.drop(window.makeRecordings({b})));

@@ -3,6 +3,7 @@
 
 #include "app/imageview.h"
 #include "app/progressindicator.h"
+#include "support/events.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -187,7 +188,7 @@ void TestBatchWindow::stopLaunchesNothingMore()
     const auto *bar = window.widget<ProgressIndicator>(QStringLiteral("progressIndicator"));
     QCOMPARE(bar->doubleValue(), 3.0);
     QVERIFY(!bar->isAnimating());
-    QTest::qWait(200);
+    settle();
     QCOMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 1);
     QCOMPARE(window.status(), QStringLiteral("Stopped: 0 of 3 movies written"));
     QCOMPARE(window.alerts.shown, QStringList());
@@ -457,7 +458,7 @@ void TestBatchWindow::errorLineStopsTheBatch()
     QCOMPARE(atAlert, QStringList({finished, QStringLiteral("Extracting DNG"), pending}));
     QCOMPARE(window.states(), QStringList({ready, ready, ready}));
     QCOMPARE(window.action(QStringLiteral("startStopItem"))->text(), QStringLiteral("Start"));
-    QTest::qWait(100);
+    settle();
     QCOMPARE(window.tools.calls(QStringLiteral("ffmpeg")).size(), 1);
     QTRY_COMPARE(window.stateView(1)->error(), QStringLiteral("bad block"));
     QCOMPARE(window.stateView(0)->error(), QString());
@@ -502,7 +503,7 @@ void TestBatchWindow::errorWhileAnAlertIsOpenWaits()
     window.alerts.whileOpen = [&] {
         window.alerts.whileOpen = nullptr;
         QVERIFY(QFile(window.path(QStringLiteral("go"))).open(QIODevice::WriteOnly));
-        QTest::qWait(400);
+        settle(); // the error has ended the extraction
         shownAtFirstAlert = window.alerts.shown;
         QVERIFY(window.delegate->isWorking());
     };

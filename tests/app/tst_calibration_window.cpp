@@ -2,6 +2,7 @@
 #include "fakewindow.h"
 
 #include "app/progressindicator.h"
+#include "support/events.h"
 #include "support/fulldisk.h"
 #include "support/processes.h"
 
@@ -63,6 +64,12 @@ void cancel(const FakeWindow &window)
 void touch(const QString &path)
 {
     QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+}
+
+/// A question comes 0.1 s after its average.
+void passThePause()
+{
+    QTest::qWait(150);
 }
 
 QByteArray contentOf(const QString &path)
@@ -221,7 +228,7 @@ void TestCalibrationWindow::oneFrameAsksNothing()
     window.launch();
     choose(window, kind);
     QTRY_VERIFY(!sheet(window)->isVisible());
-    QTest::qWait(200);
+    passThePause();
     QCOMPARE(window.alerts.shown, QStringList());
     QVERIFY(QFileInfo::exists(window.temporary(average)));
 }
@@ -431,7 +438,8 @@ void TestCalibrationWindow::questionWaitsForAnOpenAlert()
         window.alerts.whileOpen = nullptr;
         touch(window.path(QStringLiteral("go")));
         QTRY_VERIFY(QFileInfo::exists(window.temporary(darkName)));
-        QTest::qWait(300);
+        settle();
+        passThePause();
         QCOMPARE(window.alerts.shown.size(), 1);
     };
     window.delegate->applicationOpenFiles(window.makeRecordings({QStringLiteral("b.MLV")}));
@@ -451,7 +459,8 @@ void TestCalibrationWindow::errorTakesTheChoiceBack()
     window.launch();
     choose(window, kind);
     QTRY_VERIFY(!sheet(window)->isVisible());
-    QTest::qWait(200);
+    settle();
+    passThePause();
     QCOMPARE(window.alerts.shown,
              QStringList{QStringLiteral("Process aborted|[ERROR] torn block|Ok")});
     QCOMPARE(field(window, kind)->stringValue(), QString());
@@ -478,7 +487,8 @@ void TestCalibrationWindow::errorOfADeadToolIsToldOnce()
     window.launch();
     choose(window, flat);
     QTRY_VERIFY(!sheet(window)->isVisible());
-    QTest::qWait(200);
+    settle();
+    passThePause();
     QCOMPARE(window.alerts.shown,
              QStringList{QStringLiteral("Process aborted|[ERROR] torn block|Ok")});
     QCOMPARE(field(window, flat)->stringValue(), QString());
@@ -493,7 +503,7 @@ void TestCalibrationWindow::noFrameLeavesTheSheetUp()
     window.launch();
     const QString recording = choose(window, kind);
     QTRY_COMPARE(averagings(window).size(), 1);
-    QTest::qWait(300);
+    settle();
     QVERIFY(sheet(window)->isVisible());
     QVERIFY(!QFileInfo::exists(window.temporary(average)));
     QCOMPARE(field(window, kind)->stringValue(), QFileInfo(recording).fileName());
@@ -536,7 +546,8 @@ void TestCalibrationWindow::cancelEndsTheAveraging()
     QVERIFY(!sheet(window)->isVisible());
     QCOMPARE(field(window, dark)->stringValue(), QString());
     QVERIFY(!QFileInfo::exists(window.temporary(darkName)));
-    QTest::qWait(200);
+    settle();
+    passThePause();
     QCOMPARE(window.alerts.shown, QStringList());
 }
 
@@ -559,7 +570,7 @@ void TestCalibrationWindow::cancelDuringThePauseAsksNothing()
     QTRY_VERIFY(!sheetBar(window)->isAnimating());
     cancel(window);
     QVERIFY(!sheet(window)->isVisible());
-    QTest::qWait(200);
+    passThePause();
     QCOMPARE(window.alerts.shown, QStringList());
     QCOMPARE(field(window, dark)->stringValue(), QString());
 }
@@ -604,7 +615,7 @@ void TestCalibrationWindow::darkSubstractsNothing()
         choose(window, kind);
         QTRY_VERIFY(!sheet(window)->isVisible());
     }
-    QTest::qWait(100);
+    settle();
     QCOMPARE(substractions(window).size(), 1);
 }
 

@@ -3,6 +3,7 @@
 #include "fakewindow.h"
 
 #include "project/moviemark.h"
+#include "support/events.h"
 
 using namespace filmwright;
 
@@ -105,7 +106,7 @@ void TestFailuresWindow::failureCostsOneRecording()
     QVERIFY(window.stateView(0)->error().isNull());
     QVERIFY(window.stateView(2)->error().isNull());
     QCOMPARE(window.status(), QStringLiteral("1 of 3 recordings have no whole movie"));
-    QTest::qWait(100);
+    settle();
     QCOMPARE(window.alerts.shown.size(), 1);
     const QFileInfo recording(window.delegate->projectList().front()->mlvPath());
     for (const QString &movie : {QStringLiteral("a.avi"), QStringLiteral("c.avi")})
@@ -205,7 +206,7 @@ void TestFailuresWindow::summaryForgetsAStoppedBatch()
     window.setBeforeReport(QStringLiteral("kill -SEGV $$"));
     window.alerts.answers = {0};
     window.add({b});
-    QTest::qWait(100);
+    settle();
     QCOMPARE(window.status(), QStringLiteral("1 recording in the queue"));
     QCOMPARE(window.alerts.shown.size(), 1);
 }

@@ -4,6 +4,7 @@
 #include "fakewindow.h"
 
 #include "app/progressindicator.h"
+#include "support/events.h"
 #include "support/fulldisk.h"
 
 #include <QComboBox>
@@ -48,12 +49,6 @@ QStringList temporaryEntries(const FakeWindow &window)
         .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
 }
 
-/// Lets everything happen that is going to happen by itself.
-void settle()
-{
-    QTest::qWait(300);
-}
-
 } // namespace
 
 class TestLossesWindow : public QObject
@@ -69,6 +64,7 @@ private Q_SLOTS:
     void unusableRecordingCostsOnlyItself();
     void mendedRecordingIsReadAgain();
     void errorBehindAnAlertStopsItsBatch();
+    void secondErrorBehindAnAlertStartsNoBatch();
     void errorOfAnEarlierStateActsOnNone();
     void nameOfAnAverageIsRefusedWithACalibration();
     void temporaryDirectoryIsNotSearched();
@@ -121,7 +117,7 @@ void TestLossesWindow::calibrationChosenDuringABatchIsWaitedFor()
     window.press(QStringLiteral("darkButton"));
     release(window, QStringLiteral("encode"));
     QTRY_COMPARE(window.states().constFirst(), finished);
-    settle();
+    settle(1);
     QCOMPARE(window.states(), QStringList({finished, pending}));
     QVERIFY(window.delegate->isWorking());
     release(window, QStringLiteral("average"));
@@ -249,6 +245,28 @@ void TestLossesWindow::errorBehindAnAlertStopsItsBatch()
              QStringLiteral("Process aborted|[ERROR] bad block|Ok"));
     QCOMPARE(moviesWritten(window), QStringList{QStringLiteral("a.avi")});
     QCOMPARE(window.states(), QStringList({ready, ready, ready}));
+}
+
+/// Both come in the batch, and the first one's answer stops it.
+void TestLossesWindow::secondErrorBehindAnAlertStartsNoBatch()
+{
+    FakeWindow window;
+    window.setExtraction(untilReleased(window, QStringLiteral("go")) +
+                         QStringLiteral("; printf '[ERROR] bad block\\n[ERROR] worse\\n'; exit 1"));
+    window.launch({a});
+    window.pressStart();
+    window.alerts.whileOpen = [&] {
+        window.alerts.whileOpen = nullptr;
+        release(window, QStringLiteral("go"));
+        settle();
+    };
+    QVERIFY(!window.drop(window.makeRecordings({b})));
+    QTRY_COMPARE(window.alerts.shown.mid(1),
+                 QStringList({QStringLiteral("Process aborted|[ERROR] bad block|Ok"),
+                              QStringLiteral("Process aborted|[ERROR] worse|Ok")}));
+    settle();
+    QVERIFY(!window.delegate->isWorking());
+    QCOMPARE(window.tools.calls(QStringLiteral("mlv_dump")).size(), 2); // a report, an extraction
 }
 
 void TestLossesWindow::errorOfAnEarlierStateActsOnNone()

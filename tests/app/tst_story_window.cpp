@@ -3,6 +3,7 @@
 #include "fakewindow.h"
 
 #include "endtoend/sample.h"
+#include "support/events.h"
 #include "support/processes.h"
 #include "support/standinservice.h"
 
@@ -326,8 +327,7 @@ void TestStoryWindow::stopInEveryStage()
     window.pressStart();
     QVERIFY(!window.delegate->isWorking());
     QCOMPARE(window.states(), QStringList({ready, ready}));
-    QTRY_VERIFY(runningChildren().isEmpty());
-    QTest::qWait(200);
+    settle();
     QVERIFY(runningChildren().isEmpty()); // and no tool follows
     QCOMPARE(window.states(), QStringList({ready, ready}));
     QCOMPARE(QDir(window.recordings()).entryList(QDir::Files | QDir::Hidden),

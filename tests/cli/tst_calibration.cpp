@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "cli/calibration.h"
 #include "runner/temporarydirectory.h"
+#include "support/events.h"
 #include "support/processes.h"
 #include "support/toolfolder.h"
 
@@ -49,7 +50,7 @@ private:
                 [&endings](const QString &reason) { endings << reason; });
         calibration.start();
         [&] { QTRY_VERIFY(!endings.isEmpty()); }();
-        QTest::qWait(50);
+        settle();
         return endings;
     }
 
@@ -147,7 +148,7 @@ void TestCalibration::stoppedCalibrationTellsNothing()
     calibration.start();
     QTRY_COMPARE(m_tools->calls(mlvDump).size(), 1);
     calibration.stop();
-    QTest::qWait(100);
+    settle();
     QCOMPARE(endings, 0);
 }
 

@@ -3,6 +3,7 @@
 #include "conversion/tiffbitmap.h"
 #include "frames.h"
 #include "sluice/slunitprocessmanager.h"
+#include "support/events.h"
 #include "support/processes.h"
 #include "support/toolfolder.h"
 
@@ -117,8 +118,7 @@ QStringList tst_DCRawProcess::brightnesses() const
 qint64 tst_DCRawProcess::waitForPid(const QString &tool) const
 {
     QFile file(toolFile(tool + QStringLiteral(".pid")));
-    while (file.size() == 0)
-        QThread::msleep(5);
+    [&file] { QTRY_VERIFY(file.size() > 0); }();
     return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed().toLongLong() : 0;
 }
 
@@ -263,7 +263,8 @@ void tst_DCRawProcess::stopAndInterruptEndDcraw()
     m_unit->interrupt();
     QTRY_VERIFY(!processRuns(pid));
     QTRY_VERIFY(!QFile::exists(path(QStringLiteral("a.tiff"))));
-    QTest::qWait(20);
+    m_manager.reset(); // waits for the worker
+    deliverEvents();
     QVERIFY(m_viewer->images.isEmpty());
     QCOMPARE(m_tools->calls(dcraw).size(), 1);
 }

@@ -4,6 +4,7 @@
 #include "desktop/displaysleep.h"
 #include "desktop/filereveal.h"
 #include "desktop/suspendinhibitor.h"
+#include "support/events.h"
 #include "support/logcapture.h"
 
 #include <QDesktopServices>
@@ -71,7 +72,7 @@ void TestWithoutBus::notificationIsNotShown()
 {
     const LogCapture log;
     showDesktopNotification(QStringLiteral("Batch finished"), QStringLiteral("clip.MLV"));
-    QTest::qWait(100);
+    deliverEvents();
     QCOMPARE(LogCapture::lines(), QStringList());
 }
 

@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 #include <QTest>
 
 namespace {
@@ -37,6 +38,7 @@ private Q_SLOTS:
     void fullWhileTheMovieIsWritten();
     void framesThatFlowFitWhereAllWouldNot();
     void movieOfARecipeThatDoesNotFitIsRefused();
+    void movieWithoutRoomIsStoppedWhileItGrows();
     void fullWhileAFlowingMovieIsWritten();
     void fullWhileFlowingFramesAreConverted();
     void rawFramesThatDoNotFitAreRefused();
@@ -220,6 +222,41 @@ void TestSpace::movieOfARecipeThatDoesNotFitIsRefused()
              QStringLiteral("a.MLV: failed: its movie needs about 82.94 MB, but only 52.43 MB are "
                             "free in %1")
                  .arg(folder));
+}
+
+/// Its size isn't known beforehand. It gets two fifths of its frames and then no more: so many have
+/// room, and it is for what is still to come that the run has to end.
+void TestSpace::movieWithoutRoomIsStoppedWhileItGrows()
+{
+    constexpr int bytesOfFrame = 320 * 192 * 3;
+    QFile recipe(m_folder->filePath(QStringLiteral("proxy.recipe")));
+    QVERIFY(recipe.open(QIODevice::WriteOnly));
+    recipe.write("[Recipe]\nExtension=mov\nVideo=-c:v prores_ks -profile:v proxy\n");
+    recipe.close();
+    const QString folder = m_folder->filePath(QStringLiteral("small"));
+    ToolFolder tools;
+    tools.addTool(QStringLiteral("ffmpeg"),
+                  QStringLiteral("case $* in *pipe:0*) %1; truncate -s -1300K %2/fill; "
+                                 "{ head -c $((60 * %4)); for n in $(seq 60); do head -c %4; "
+                                 "sleep 0.1; done; exec sleep 600; } | exec %3 \"$@\";; esac; "
+                                 "exec %3 \"$@\"")
+                      .arg(fill.arg(folder), folder, realTool(QStringLiteral("ffmpeg")))
+                      .arg(bytesOfFrame));
+    CommandLine cli;
+    QVERIFY(run(
+        cli,
+        {QStringLiteral("--recipe"), recipe.fileName(), QStringLiteral("--buffer"),
+         QStringLiteral("10000000"), QStringLiteral("--output"), folder,
+         clip(QStringLiteral("a.MLV"), QStringLiteral("--size 320x192 --frames 300 --no-sound"))},
+        folder));
+    QCOMPARE(cli.status(), 1);
+    QCOMPARE(cli.output(), QStringList{QStringLiteral("fill")});
+    static const QRegularExpression reason(
+        QStringLiteral("^a.MLV: failed: the rest of its movie needs about ([\\d.]+) MB, but only "
+                       "([\\d.]+) KB are free in %1$")
+            .arg(folder));
+    const QRegularExpressionMatch said = reason.match(cli.messages().constLast());
+    QVERIFY2(said.hasMatch(), qPrintable(cli.messages().constLast()));
 }
 
 void TestSpace::fullWhileAFlowingMovieIsWritten()

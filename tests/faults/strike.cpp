@@ -116,7 +116,7 @@ const Fault toolFaults[] = {
      }},
     {"prints a flood without a line end",
      [](Strike &strike, const Tool &tool, Dice &) {
-         strike.script = text("head -c 100000000 /dev/zero | tr '\\0' x");
+         strike.script = text("head -c 10000000 /dev/zero | tr '\\0' x");
          expectReasonIfRead(strike, tool);
      }},
     {"prints invalid UTF-8",

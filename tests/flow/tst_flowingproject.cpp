@@ -6,6 +6,8 @@
 #include "project/moviemark.h"
 #include "project/projectmonitor.h"
 #include "project/workstage.h"
+#include "support/events.h"
+#include "support/shortgrace.h"
 
 #include <QDir>
 #include <QFile>
@@ -193,12 +195,17 @@ void TestFlowingProject::rangesWaitForTheEncoder()
     constexpr int wide = 200000;
     FakeProject::writeTiff(project.path(QStringLiteral("whole.tiff")), wide); // 1.2 megabytes
     const QString gate = project.path(QStringLiteral("gate"));
-    project.setEncoding(QStringLiteral("until test -e '%1'; do sleep 0.01; done; ").arg(gate) +
+    // Its first byte tells that the first frame is being written.
+    const QString begun = project.path(QStringLiteral("begun"));
+    project.setEncoding(QStringLiteral("head -c 1 > /dev/null; : > '%1'; "
+                                       "until test -e '%2'; do sleep 0.01; done; ")
+                            .arg(begun, gate) +
                         wholeMovie);
     project.run();
     QTRY_COMPARE(project.events.count(QStringLiteral("image")), 4);
     QTRY_COMPARE(project.tools.calls(ffmpeg).size(), 1);
-    QTest::qWait(100); // what shouldn't happen
+    QTRY_VERIFY(QFile::exists(begun));
+    settle(1);
     QCOMPARE(project.events.count(QStringLiteral("image")), 4);
     QCOMPARE(project.tools.calls(mlvDump).size(), 1 + 1 + 2);
     QVERIFY(QFile(gate).open(QIODevice::WriteOnly));
@@ -363,12 +370,11 @@ void TestFlowingProject::encoderThatEndsTooEarly()
 
 void TestFlowingProject::encoderThatClosesItsInputAndStays()
 {
+    const ShortGrace grace;
     FlowingProject project(50);
     project.setEncoding(QStringLiteral("exec <&-; exec sleep 600"));
     project.run();
-    constexpr int enough = 20000; // an encoder that is about to fail is given five seconds
-    QTRY_COMPARE_WITH_TIMEOUT(project.endings, one("ffmpeg doesn't read its frames any more"),
-                              enough);
+    QTRY_COMPARE(project.endings, one("ffmpeg doesn't read its frames any more"));
     project.controller->stop();
     QCOMPARE(project.left(), QStringList());
 }
@@ -413,7 +419,7 @@ void TestFlowingProject::stopAtAnyMoment()
     project.controller->stop();
     QTRY_VERIFY(!project.controller->isToolBusy());
     project.events.clear();
-    QTest::qWait(50);
+    settle();
     QVERIFY(!project.events.contains(QStringLiteral("image")));
     QCOMPARE(project.left(), QStringList());
     QVERIFY(QFile(gate).open(QIODevice::WriteOnly));

@@ -2,6 +2,7 @@
 #include "mlvdump/mlvdumptask.h"
 #include "mlvdump/reportqueue.h"
 #include "runner/temporarydirectory.h"
+#include "support/events.h"
 #include "support/logcapture.h"
 #include "support/processes.h"
 #include "support/toolfolder.h"
@@ -118,6 +119,7 @@ private Q_SLOTS:
 
     void abortIsReportedLater();
     void abortOfAnIdleTaskIsReportedToo();
+    void abortForgetsTheError();
     void abortedReportThatWaitsForItsTurnNeverStarts();
     void killedReportGivesItsTurnAway();
     void reportThatAnErrorEndsGivesItsTurnAway();
@@ -792,6 +794,14 @@ private:
 
 } // namespace
 
+void TestMlvDumpTask::abortForgetsTheError()
+{
+    m_task->receivedLine(QStringLiteral("[ERROR] bad block"), *m_task);
+    QCOMPARE(m_task->error(), QStringLiteral("[ERROR] bad block"));
+    m_task->abort();
+    QVERIFY(m_task->error().isNull());
+}
+
 void TestMlvDumpTask::abortedReportThatWaitsForItsTurnNeverStarts()
 {
     {
@@ -814,8 +824,7 @@ void TestMlvDumpTask::killedReportGivesItsTurnAway()
     const Crowd crowd;
     m_task->kill();
     QTRY_VERIFY(!crowd.isWaiting());
-    QTRY_COMPARE(childProcesses(), 0);
-    QTest::qWait(1); // its process object goes with it
+    settle(); // its process object goes with it
 }
 
 void TestMlvDumpTask::reportThatAnErrorEndsGivesItsTurnAway()

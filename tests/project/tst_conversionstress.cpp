@@ -138,7 +138,7 @@ void TestConversionStress::endAtAnyMoment()
         project.events.clear();
         // Some rounds begin anew at once, while the last frames are still in work.
         if (std::uniform_int_distribution(0, 1)(m_generator) == 0) {
-            QTest::qWait(30);
+            QTest::qWait(30);                                 // nothing tells that the workers rest
             project.events.removeAll(QStringLiteral("idle")); // an aborted extraction reports later
             QVERIFY2(project.events.isEmpty(), qPrintable(project.events.join(QLatin1Char(' '))));
         }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "fakeproject.h"
+#include "support/events.h"
 
 #include <QDir>
 #include <QFile>
@@ -25,6 +26,12 @@ void create(const QString &path)
 {
     QVERIFY(QDir().mkpath(QFileInfo(path).path()));
     QVERIFY(QFile(path).open(QIODevice::WriteOnly));
+}
+
+/// The movie begins 0.1 s after the last frame.
+void passThePause()
+{
+    QTest::qWait(150);
 }
 
 } // namespace
@@ -325,7 +332,7 @@ void TestMLVProjectController::folderWithoutFramesStaysInConversion()
     project.read();
     project.launch();
     QTRY_COMPARE(project.log(), QStringLiteral("pending extracting converting"));
-    QTest::qWait(200);
+    passThePause();
     QCOMPARE(project.log(), QStringLiteral("pending extracting converting"));
     QCOMPARE(project.controller->state(), QStringLiteral("RGB conversion"));
     project.controller->stop();
@@ -354,7 +361,7 @@ void TestMLVProjectController::extraImageMakesTheCountNegativeAndStartsNothing()
     project.events.clear();
     project.controller->imageRGBReceived(QImage());
     QCOMPARE(project.controller->dngToProcess(), -1);
-    QTest::qWait(200);
+    passThePause();
     QCOMPARE(project.log(), QStringLiteral("no image"));
 }
 
@@ -578,7 +585,7 @@ void TestMLVProjectController::framesThatCouldNotBeBlendedAreNotConverted()
     QTRY_COMPARE(project.log(), QStringLiteral("pending extracting converting converting"));
     QCOMPARE(project.controller->blender().terminationStatus(), 1);
     QCOMPARE(project.controller->framesToConvert(), 0);
-    QTest::qWait(100);
+    settle();
     QCOMPARE(project.tools.calls(QStringLiteral("dcraw")), QList<QStringList>());
 }
 
@@ -592,7 +599,7 @@ void TestMLVProjectController::stopDuringBlending()
     QTRY_VERIFY(project.controller->blender().isRunning());
     project.controller->stop();
     QVERIFY(!project.controller->isToolBusy());
-    QTest::qWait(100);
+    settle();
     QCOMPARE(project.log(), QStringLiteral("pending extracting converting idle"));
     QCOMPARE(project.tools.calls(QStringLiteral("dcraw")), QList<QStringList>());
 }
@@ -607,7 +614,7 @@ void TestMLVProjectController::stopBetweenTwoMerges()
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     project.controller->stop();
     QCOMPARE(project.controller->pairsToMerge(), 0);
-    QTest::qWait(100);
+    passThePause();
     QCOMPARE(project.events.constLast(), QStringLiteral("idle"));
     QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")), QList<QStringList>());
 }
@@ -632,7 +639,7 @@ void TestMLVProjectController::stopBeforeAReusedExtractionIsReported()
     create(project.frame(0, dng));
     project.launch();
     project.controller->stop();
-    QTest::qWait(200);
+    settle();
     QCOMPARE(project.log(), QStringLiteral("pending extracting idle"));
     QCOMPARE(project.tools.calls(QStringLiteral("dcraw")), QList<QStringList>());
 }
@@ -650,7 +657,8 @@ void TestMLVProjectController::stopDuringConversion()
     create(gate);
     // The frame that was being converted is kept, but neither it nor another one is delivered.
     QTRY_VERIFY(QFile::exists(project.frame(0, tiff)));
-    QTest::qWait(200);
+    QTest::qWait(100); // a worker would go on by now, and nothing tells that it doesn't
+    settle();
     QCOMPARE(project.log(), QStringLiteral("pending extracting converting idle"));
     QCOMPARE(project.tools.calls(QStringLiteral("dcraw")).size(), 1);
 }
@@ -665,7 +673,7 @@ void TestMLVProjectController::stopBetweenConversionAndMovie()
     QTRY_COMPARE(project.controller->dngToProcess(), 1);
     project.controller->imageRGBReceived(QImage());
     project.controller->stop();
-    QTest::qWait(200);
+    passThePause();
     QCOMPARE(project.log(), QStringLiteral("pending extracting converting no image idle"));
     QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")), QList<QStringList>());
 }

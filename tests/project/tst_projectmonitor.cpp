@@ -3,6 +3,7 @@
 
 #include "project/moviemark.h"
 #include "project/projectmonitor.h"
+#include "support/events.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -94,7 +95,7 @@ void TestProjectMonitor::errorLineEndsTheRunOnce()
     project.launch();
     QTRY_COMPARE(project.endings, one("bad block"));
     QTRY_VERIFY(!project.controller->isToolBusy());
-    QTest::qWait(50);
+    settle();
     QCOMPARE(project.endings, one("bad block"));
 }
 

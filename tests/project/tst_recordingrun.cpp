@@ -3,6 +3,7 @@
 
 #include "project/recordingrun.h"
 #include "runner/temporarydirectory.h"
+#include "support/events.h"
 
 #include <QFileInfo>
 #include <QSemaphore>
@@ -110,7 +111,7 @@ private Q_SLOTS:
         fake.run.read();
         fake.start();
         fake.project.readyToGo();
-        QTest::qWait(100);
+        deliverEvents();
         QVERIFY(fake.run.isPending());
         QVERIFY(QFile(fake.recording() + QStringLiteral(".go")).open(QIODevice::WriteOnly));
         QVERIFY(fake.waitForEnds(1));
@@ -311,7 +312,7 @@ private Q_SLOTS:
             [&fake] { return fake.project.mlvProjectMode() == MLVProjectModeFinished; }, 60000));
         QVERIFY(fake.run.isPending());
         fake.start();
-        QTest::qWait(100);
+        deliverEvents();
         QCOMPARE(fake.ends, 0);
         disk.release(pool->maxThreadCount());
         QVERIFY(fake.waitForEnds(1));
@@ -329,7 +330,7 @@ private Q_SLOTS:
             60000));
         fake.run.stop();
         QCOMPARE(fake.run.outcome().result, RecordingOutcome::Interrupted);
-        QTest::qWait(50);
+        settle();
         QCOMPARE(fake.ends, 0);
     }
 
@@ -343,7 +344,7 @@ private Q_SLOTS:
             [&fake] { return fake.project.mlvProjectMode() == MLVProjectModeExtracting; }, 60000));
         const int told = fake.told;
         fake.run.detach();
-        QTest::qWait(50);
+        settle();
         QCOMPARE(fake.told, told);
         QCOMPARE(fake.ends, 0);
         QVERIFY(!fake.project.isToolBusy());

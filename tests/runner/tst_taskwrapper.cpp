@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "runner/notificationcenter.h"
 #include "runner/taskwrapper.h"
+#include "support/events.h"
 #include "support/logcapture.h"
 #include "support/processes.h"
+#include "support/shortgrace.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -104,8 +106,7 @@ void endChild(qint64 child)
 {
     QVERIFY(processRuns(child));
     ::kill(static_cast<pid_t>(child), SIGKILL);
-    QTRY_COMPARE(childProcesses(), 0);
-    QTest::qWait(1);
+    settle();
 }
 
 QStringList lines(std::initializer_list<const char *> texts)
@@ -309,7 +310,7 @@ void TestTaskWrapper::linesWaitWhileTheDelegateRunsADialog()
         if (line != QLatin1String("question"))
             return;
         QVERIFY(QFile(goOn).open(QIODevice::WriteOnly));
-        QTest::qWait(300);
+        settle();
         wrapper.events << QStringLiteral("answered");
     };
     wrapper.runShell(
@@ -359,7 +360,7 @@ void TestTaskWrapper::childMayBeKilledBeforeADialog()
         const qint64 child = line.toLongLong();
         wrapper.kill();
         QTRY_VERIFY(!processRuns(child));
-        QTest::qWait(1); // what waits for its deletion is deleted
+        settle(); // what waits for its deletion is deleted
         wrapper.events << QStringLiteral("answered");
     };
     wrapper.runShell(QStringLiteral("echo $$; exec sleep 1000"));
@@ -436,7 +437,8 @@ void TestTaskWrapper::cancelEndsASynchronousRun()
 {
     Recorder wrapper;
     const std::unique_ptr<QThread> canceller(QThread::create([&wrapper] {
-        QThread::msleep(50);
+        while (childProcesses() == 0)
+            QThread::yieldCurrentThread();
         wrapper.requestCancel();
     }));
     canceller->start();
@@ -668,6 +670,8 @@ void TestTaskWrapper::stopFromInsideALineKeepsDeliveringTheChunk()
 
 void TestTaskWrapper::childThatIgnoresBothSignalsIsKilled()
 {
+    QCOMPARE(TaskWrapper::gracePeriod(), std::chrono::seconds(5));
+    const ShortGrace grace;
     Recorder wrapper;
     LineListener listener(wrapper);
     wrapper.runShell(QStringLiteral("trap '' TERM INT; echo up; while :; do sleep 1; done"));
@@ -755,16 +759,20 @@ void TestTaskWrapper::destroyedWrapperLeavesItsChildRunning()
 
 void TestTaskWrapper::whatThatChildLeavesBehindIsKilled()
 {
+    QTemporaryDir folder;
+    const QString goOn = folder.filePath(QStringLiteral("go-on"));
     qint64 leftBehind = 0;
     {
         Recorder wrapper;
         LineListener listener(wrapper);
-        wrapper.runShell(
-            QStringLiteral("trap '' TERM INT HUP; sleep 1000 & echo $!; exec sleep 0.2"));
+        wrapper.runShell(QStringLiteral("trap '' TERM INT HUP; sleep 1000 & echo $!; "
+                                        "until test -e '%1'; do sleep 0.01; done")
+                             .arg(goOn));
         QTRY_COMPARE(wrapper.events.size(), 1);
         leftBehind = wrapper.events.first().mid(5).toLongLong();
     }
     QVERIFY(processRuns(leftBehind));
+    QVERIFY(QFile(goOn).open(QIODevice::WriteOnly));
     QTRY_VERIFY(!processRuns(leftBehind));
 }
 

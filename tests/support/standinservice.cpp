@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "support/standinservice.h"
 
+#include "support/events.h"
+
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QTest>
 
 namespace {
+
+const QString lastCall = QStringLiteral("LastCall");
 
 QString asText(const QVariant &argument)
 {
@@ -48,6 +52,15 @@ StandInService::~StandInService()
     m_thread.wait();
 }
 
+/// Neither calls nor answers overtake each other.
+void StandInService::answerCalls(const QDBusConnection &connection) const
+{
+    const QDBusMessage last =
+        QDBusMessage::createMethodCall(m_name, QStringLiteral("/"), {}, lastCall);
+    QCOMPARE(connection.call(last).type(), QDBusMessage::ReplyMessage);
+    deliverEvents();
+}
+
 QStringList StandInService::calls() const
 {
     const QMutexLocker lock(&m_mutex);
@@ -81,6 +94,8 @@ bool StandInService::lastCallerIsThere() const
 
 bool StandInService::handleMessage(const QDBusMessage &message, const QDBusConnection &connection)
 {
+    if (message.member() == lastCall)
+        return connection.send(message.createReply());
     {
         const QMutexLocker lock(&m_mutex);
         m_messages << message;

@@ -27,6 +27,10 @@ public:
     /// Receives calls, but answers none.
     void fallSilent() { m_silent = true; }
 
+    /// Returns when the service has dealt with all calls that came over the connection so far, and
+    /// their answers have been delivered.
+    void answerCalls(const QDBusConnection &connection) const;
+
     /// The methods called so far, with their arguments: "Inhibit(Filmwright, Working)".
     QStringList calls() const;
     /// The paths that they were called at.
