@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QMap>
 #include <QRegularExpression>
 #include <QTest>
 
@@ -46,10 +47,16 @@ private Q_SLOTS:
     void fullWhileRawFramesAreWritten();
 
 private:
+    /// A copy of a sample that is written once for all tests.
     QString clip(const QString &name, const QString &options)
     {
+        QString &sample = m_samples[options];
+        if (sample.isEmpty()) {
+            sample = m_sampleFolder.filePath(QStringLiteral("%1.MLV").arg(m_samples.size()));
+            [&] { QVERIFY(writeSample(sample, options)); }();
+        }
         const QString path = m_folder->filePath(name);
-        [&](const QString &target) { QVERIFY(writeSample(target, options)); }(path);
+        [&] { QVERIFY(QFile::copy(sample, path)); }();
         return path;
     }
     QString movie(const QString &name) const { return m_folder->filePath(name); }
@@ -77,6 +84,8 @@ private:
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;
+    QTemporaryDir m_sampleFolder;
+    QMap<QString, QString> m_samples; ///< by their options
 };
 
 void TestSpace::init()
