@@ -11,35 +11,57 @@ namespace filmwright {
 
 namespace {
 
+struct Quality
+{
+    QStringList videoCodec; // with its options
+    QString description;
+    double secondsOfMegapixel; // of one core, measured on frames of 1920x1080
+    double rawBytesOfPixel = 0;
+};
+
 struct Format
 {
     QString extension;
-    QStringList videoCodecs[2]; // with their options, by MovieQuality
-    QStringList soundCodec;     // none: ffmpeg's own choice for the container
-    QString descriptions[2];    // by MovieQuality
+    QStringList soundCodec; // none: ffmpeg's own choice for the container
+    bool holdsOddSides;
+    Quality qualities[2]; // by MovieQuality
 };
 
 /// By MovieFormat.
 const std::array formats{
+    // Raw: brightness of each pixel and two colour differences of every fourth.
     Format{QStringLiteral("avi"),
-           {{QStringLiteral("rawvideo")},
-            {QStringLiteral("mpeg4"), QStringLiteral("-qscale:v"), QStringLiteral("1")}},
            {QStringLiteral("-c:a"), QStringLiteral("pcm_s16le")},
-           {QStringLiteral("Raw video, nothing compressed: 4.67 GB a minute of "
-                           "1920x1080 at 25 frames/s"),
-            QStringLiteral("MPEG-4 at its best")}},
+           true,
+           {{{QStringLiteral("rawvideo")},
+             QStringLiteral("Raw video, nothing compressed: 4.67 GB a minute of "
+                            "1920x1080 at 25 frames/s"),
+             0.004,
+             1.5},
+            {{QStringLiteral("mpeg4"), QStringLiteral("-qscale:v"), QStringLiteral("1")},
+             QStringLiteral("MPEG-4 at its best"),
+             0.008}}},
     // Quantiser 1, not 0: with 0, H.264 turns lossless and few players show it.
     Format{QStringLiteral("mov"),
-           {{QStringLiteral("h264"), QStringLiteral("-qp"), QStringLiteral("1")},
-            {QStringLiteral("h264"), QStringLiteral("-qp"), QStringLiteral("17")}},
            {},
-           {QStringLiteral("H.264, next to lossless"), QStringLiteral("H.264, for looking at")}},
+           false,
+           {{{QStringLiteral("h264"), QStringLiteral("-qp"), QStringLiteral("1")},
+             QStringLiteral("H.264, next to lossless"),
+             0.2},
+            {{QStringLiteral("h264"), QStringLiteral("-qp"), QStringLiteral("17")},
+             QStringLiteral("H.264, for looking at"),
+             0.055}}},
 };
 
 const Format &formatOf(qint32 format)
 {
     const auto index = static_cast<std::size_t>(format);
     return formats[index < formats.size() ? index : std::size_t{MovieFormatMOV}];
+}
+
+const Quality &qualityOf(qint32 format, qint32 quality)
+{
+    return formatOf(format).qualities[quality == MovieQualityMaximum ? 0 : 1];
 }
 
 /// ffmpeg finds out by itself that the input is a sequence of pictures, but then takes its rate for
@@ -59,13 +81,22 @@ QStringList movieExtensions()
 
 QString movieDescription(qint32 format, qint32 quality)
 {
-    return formatOf(format).descriptions[quality == MovieQualityMaximum ? 0 : 1];
+    return qualityOf(format, quality).description;
 }
 
-/// Brightness of each pixel and two colour differences of every fourth.
 double rawBytesOfPixel(qint32 format, qint32 quality)
 {
-    return format == MovieFormatAVI && quality == MovieQualityMaximum ? 1.5 : 0;
+    return qualityOf(format, quality).rawBytesOfPixel;
+}
+
+double encodingSecondsOfMegapixel(qint32 format, qint32 quality)
+{
+    return qualityOf(format, quality).secondsOfMegapixel;
+}
+
+bool holdsOddSides(qint32 format)
+{
+    return formatOf(format).holdsOddSides;
 }
 
 QString moviePathFor(const QString &mlvPath, qint32 format)
@@ -90,8 +121,7 @@ QStringList movieArguments(const MovieSources &sources, qint32 format, qint32 qu
     if (!sources.soundPath.isEmpty())
         arguments << QStringLiteral("-i") << sources.soundPath << formatOf(format).soundCodec;
     arguments << QStringLiteral("-pix_fmt") << QStringLiteral("yuv420p")
-              << QStringLiteral("-vcodec")
-              << formatOf(format).videoCodecs[quality == MovieQualityMaximum ? 0 : 1] << moviePath;
+              << QStringLiteral("-vcodec") << qualityOf(format, quality).videoCodec << moviePath;
     return arguments;
 }
 

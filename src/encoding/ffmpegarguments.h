@@ -30,6 +30,12 @@ QString movieDescription(qint32 format, qint32 quality);
 /// The bytes that each pixel of a raw movie takes; 0 for one that is compressed.
 double rawBytesOfPixel(qint32 format, qint32 quality);
 
+/// What encoding a megapixel takes of one core, for estimates.
+double encodingSecondsOfMegapixel(qint32 format, qint32 quality);
+
+/// Whether its frames may be of an odd width or height.
+bool holdsOddSides(qint32 format);
+
 /// Red, green and blue samples in the machine's byte order, frame by frame, without anything
 /// between them.
 struct RawVideo

@@ -15,7 +15,7 @@ namespace {
 
 QString formatError(const QSize &size, qint32 format)
 {
-    if (format == MovieFormatAVI || (size.width() % 2 == 0 && size.height() % 2 == 0))
+    if (holdsOddSides(format) || (size.width() % 2 == 0 && size.height() % 2 == 0))
         return {};
     return QStringLiteral("MOV holds no frames of %1x%2 pixels: both have to be even; choose AVI")
         .arg(size.width())

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "project/moviespace.h"
 
+#include "encoding/encodercost.h"
 #include "encoding/ffmpegarguments.h"
 #include "mlvdump/mlvdumpreport.h"
 #include "project/conversionsettings.h"
@@ -17,34 +18,6 @@
 namespace filmwright {
 
 namespace {
-
-struct EncodedFrames
-{
-    QLatin1String encoder;
-    QLatin1String profile;
-    double bytesOfPixel;
-};
-
-/// DNxHR has one size for each picture size; those of ProRes are the format's usual rates at 1080p,
-/// 102, 220 and 330 megabits a second; lossless frames of 16 bits with next to no noise take a
-/// third of their samples.
-constexpr EncodedFrames evenFrames[] = {
-    {QLatin1String("dnxhd"), QLatin1String("dnxhr_hqx"), 0.44},
-    {QLatin1String("prores_ks"), QLatin1String("lt"), 0.2},
-    {QLatin1String("prores_ks"), QLatin1String("hq"), 0.44},
-    {QLatin1String("prores_ks"), QLatin1String("4444"), 0.66},
-    {QLatin1String("ffv1"), QLatin1String(""), 2},
-};
-
-double bytesOfPixel(const Recipe &recipe)
-{
-    const qsizetype option = recipe.video.indexOf(QLatin1String("-profile:v"));
-    const QString profile = option < 0 ? QString() : recipe.video.value(option + 1);
-    for (const EncodedFrames &frames : evenFrames)
-        if (recipe.videoEncoder() == frames.encoder && profile == frames.profile)
-            return frames.bytesOfPixel * (recipe.developsHalfSize() ? 0.25 : 1);
-    return 0;
-}
 
 QString needText(const std::vector<MovieRoom> &movies)
 {
@@ -66,7 +39,7 @@ double movieBytes(const MlvMetadata &metadata, const ConversionSettings &setting
         return static_cast<double>(metadata.videoFrames) * pixels *
                rawBytesOfPixel(settings.format, settings.quality);
     return static_cast<double>(settings.frames.countOf(metadata.movieFrames())) * pixels *
-           bytesOfPixel(*settings.recipe);
+           encoderCost(*settings.recipe).bytesOfPixel;
 }
 
 QString growthError(const GrowingMovie &movie, double free)

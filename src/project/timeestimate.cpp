@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "project/timeestimate.h"
 
+#include "encoding/encodercost.h"
 #include "encoding/ffmpegarguments.h"
 
-#include <QMap>
 #include <QThread>
 
 #include <algorithm>
@@ -31,31 +31,12 @@ constexpr std::initializer_list<WorkStage> countedStages{WorkStage::Extracting, 
                                                          WorkStage::Converting, WorkStage::Merging,
                                                          WorkStage::Encoding};
 
-/// The encoders' seconds in a recipe; one that isn't known is taken for one in the middle.
-double recipeSeconds(const Recipe &recipe)
-{
-    if (recipe.keepsRawFrames())
-        return 0;
-    static const QMap<QString, double> seconds{
-        {QStringLiteral("prores_ks"), 0.13}, {QStringLiteral("dnxhd"), 0.09},
-        {QStringLiteral("libx265"), 0.13},   {QStringLiteral("ffv1"), 0.24},
-        {QStringLiteral("libx264"), 0.062},
-    };
-    const double size = recipe.developsHalfSize() ? 0.25 : 1;
-    return size * seconds.value(recipe.videoEncoder(), 0.1);
-}
-
-/// Seconds of one core for a megapixel, measured by running the tools on 1920x1080 frames on one
-/// machine. What counts is the ratio of the stages.
+/// What counts is the ratio of the stages.
 double encodingSeconds(const ConversionSettings &settings)
 {
-    if (settings.recipe)
-        return recipeSeconds(*settings.recipe);
-    const qint32 format = settings.format;
-    const qint32 quality = settings.quality;
-    if (format == MovieFormatAVI)
-        return quality == MovieQualityMaximum ? 0.004 : 0.008;
-    return quality == MovieQualityMaximum ? 0.2 : 0.055;
+    if (!settings.recipe)
+        return encodingSecondsOfMegapixel(settings.format, settings.quality);
+    return settings.recipe->keepsRawFrames() ? 0 : encoderCost(*settings.recipe).secondsOfMegapixel;
 }
 
 bool developsFrames(const RecordingWork &work)
