@@ -34,9 +34,13 @@ bool commitFile(QSaveFile &file)
 QString writeFile(const QString &path, const QByteArray &content)
 {
     QSaveFile file(path);
-    const bool written = file.open(QIODevice::WriteOnly) && file.write(content) == content.size() &&
-                         commitFile(file);
-    return written ? QString() : file.errorString();
+    if (!file.open(QIODevice::WriteOnly))
+        return file.errorString();
+    errno = 0;
+    if (file.write(content) == content.size() && commitFile(file))
+        return {};
+    // Qt has no words for a write that ends in the middle, as on a disk that is full.
+    return errno == 0 ? file.errorString() : qt_error_string(errno);
 }
 
 bool syncFile(int descriptor)
