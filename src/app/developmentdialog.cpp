@@ -42,69 +42,85 @@ Field *addRow(QFormLayout *form, const QString &name, const QString &label)
 
 } // namespace
 
+struct DevelopmentDialog::Form
+{
+    explicit Form(QFormLayout *form);
+
+    QDoubleSpinBox *exposure;
+    QComboBox *whiteBalance;
+    QSpinBox *temperature;
+    QLineEdit *multipliers;
+    QDialogButtonBox *buttons;
+};
+
+DevelopmentDialog::Form::Form(QFormLayout *form)
+{
+    exposure =
+        addRow<QDoubleSpinBox>(form, QStringLiteral("exposureField"), QStringLiteral("&Exposure"));
+    exposure->setRange(-mostExposure, mostExposure);
+    exposure->setSingleStep(0.25);
+    exposure->setSuffix(QStringLiteral(" EV"));
+    exposure->setToolTip(QStringLiteral("So much brighter: 1 doubles the light"));
+
+    whiteBalance = addRow<QComboBox>(form, QStringLiteral("whiteBalancePopUpButton"),
+                                     QStringLiteral("&White balance"));
+    whiteBalance->addItems(whiteBalanceItems);
+
+    temperature =
+        addRow<QSpinBox>(form, QStringLiteral("temperatureField"), QStringLiteral("&Temperature"));
+    temperature->setRange(2000, 25000);
+    temperature->setSingleStep(100);
+    temperature->setSuffix(QStringLiteral(" K"));
+    temperature->setValue(5500);
+
+    multipliers =
+        addRow<QLineEdit>(form, QStringLiteral("multipliersField"), QStringLiteral("&Multipliers"));
+    multipliers->setText(QStringLiteral("2,1,1.5"));
+    multipliers->setToolTip(QStringLiteral("What red, green and blue are multiplied by"));
+
+    buttons = new QDialogButtonBox(QDialogButtonBox::Cancel | QDialogButtonBox::Ok |
+                                   QDialogButtonBox::RestoreDefaults);
+    buttons->setObjectName(QStringLiteral("developmentButtons"));
+    form->addRow(buttons);
+}
+
 DevelopmentDialog::DevelopmentDialog(QWidget *parent)
     : QDialog(parent)
+    , m_form(std::make_unique<Form>(new QFormLayout(this)))
 {
     setObjectName(QStringLiteral("developmentDialog"));
     setWindowTitle(QStringLiteral("Exposure and White Balance"));
-    auto *form = new QFormLayout(this);
-    m_exposureField =
-        addRow<QDoubleSpinBox>(form, QStringLiteral("exposureField"), QStringLiteral("&Exposure"));
-    m_exposureField->setRange(-mostExposure, mostExposure);
-    m_exposureField->setSingleStep(0.25);
-    m_exposureField->setSuffix(QStringLiteral(" EV"));
-    m_exposureField->setToolTip(QStringLiteral("So much brighter: 1 doubles the light"));
-
-    m_whiteBalancePopUpButton = addRow<QComboBox>(form, QStringLiteral("whiteBalancePopUpButton"),
-                                                  QStringLiteral("&White balance"));
-    m_whiteBalancePopUpButton->addItems(whiteBalanceItems);
-
-    m_temperatureField =
-        addRow<QSpinBox>(form, QStringLiteral("temperatureField"), QStringLiteral("&Temperature"));
-    m_temperatureField->setRange(2000, 25000);
-    m_temperatureField->setSingleStep(100);
-    m_temperatureField->setSuffix(QStringLiteral(" K"));
-    m_temperatureField->setValue(5500);
-
-    m_multipliersField =
-        addRow<QLineEdit>(form, QStringLiteral("multipliersField"), QStringLiteral("&Multipliers"));
-    m_multipliersField->setText(QStringLiteral("2,1,1.5"));
-    m_multipliersField->setToolTip(QStringLiteral("What red, green and blue are multiplied by"));
-
-    m_developmentButtons = new QDialogButtonBox(QDialogButtonBox::Cancel | QDialogButtonBox::Ok |
-                                                QDialogButtonBox::RestoreDefaults);
-    m_developmentButtons->setObjectName(QStringLiteral("developmentButtons"));
-    form->addRow(m_developmentButtons);
-
-    connect(m_exposureField, &QDoubleSpinBox::valueChanged, this, &DevelopmentDialog::changed);
-    connect(m_whiteBalancePopUpButton, &QComboBox::currentIndexChanged, this,
+    connect(m_form->exposure, &QDoubleSpinBox::valueChanged, this, &DevelopmentDialog::changed);
+    connect(m_form->whiteBalance, &QComboBox::currentIndexChanged, this,
             &DevelopmentDialog::showWhatIsChosen);
-    connect(m_temperatureField, &QSpinBox::valueChanged, this, &DevelopmentDialog::changed);
-    connect(m_multipliersField, &QLineEdit::textChanged, this,
+    connect(m_form->temperature, &QSpinBox::valueChanged, this, &DevelopmentDialog::changed);
+    connect(m_form->multipliers, &QLineEdit::textChanged, this,
             &DevelopmentDialog::showWhatIsChosen);
-    connect(m_developmentButtons, &QDialogButtonBox::accepted, this, &QDialog::accept);
-    connect(m_developmentButtons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-    connect(m_developmentButtons->button(QDialogButtonBox::RestoreDefaults), &QPushButton::clicked,
-            this, [this] { setChoices({}); });
+    connect(m_form->buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
+    connect(m_form->buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
+    connect(m_form->buttons->button(QDialogButtonBox::RestoreDefaults), &QPushButton::clicked, this,
+            [this] { setChoices({}); });
     showWhatIsChosen();
 }
+
+DevelopmentDialog::~DevelopmentDialog() = default;
 
 void DevelopmentDialog::setChoices(const RawCorrections &corrections)
 {
     const WhiteBalanceItem item = itemOf(corrections.whiteBalance);
-    m_exposureField->setValue(corrections.exposure);
-    m_whiteBalancePopUpButton->setCurrentIndex(item);
+    m_form->exposure->setValue(corrections.exposure);
+    m_form->whiteBalance->setCurrentIndex(item);
     if (item == TemperatureItem)
-        m_temperatureField->setValue(corrections.whiteBalance.toInt());
+        m_form->temperature->setValue(corrections.whiteBalance.toInt());
     if (item == MultipliersItem)
-        m_multipliersField->setText(corrections.whiteBalance);
-    m_exposureField->setFocus();
-    m_exposureField->selectAll();
+        m_form->multipliers->setText(corrections.whiteBalance);
+    m_form->exposure->setFocus();
+    m_form->exposure->selectAll();
 }
 
 RawCorrections DevelopmentDialog::appliedTo(RawCorrections corrections) const
 {
-    corrections.exposure = m_exposureField->value();
+    corrections.exposure = m_form->exposure->value();
     if (isWhole())
         corrections.whiteBalance = whiteBalance();
     return corrections;
@@ -112,19 +128,18 @@ RawCorrections DevelopmentDialog::appliedTo(RawCorrections corrections) const
 
 bool DevelopmentDialog::isWhole() const
 {
-    return m_whiteBalancePopUpButton->currentIndex() == CamerasItem ||
-           isWhiteBalance(whiteBalance());
+    return m_form->whiteBalance->currentIndex() == CamerasItem || isWhiteBalance(whiteBalance());
 }
 
 QString DevelopmentDialog::whiteBalance() const
 {
-    switch (m_whiteBalancePopUpButton->currentIndex()) {
+    switch (m_form->whiteBalance->currentIndex()) {
     case FoundItem:
         return QStringLiteral("auto");
     case TemperatureItem:
-        return QString::number(m_temperatureField->value());
+        return QString::number(m_form->temperature->value());
     case MultipliersItem:
-        return m_multipliersField->text().remove(QLatin1Char(' '));
+        return m_form->multipliers->text().remove(QLatin1Char(' '));
     default:
         return {};
     }
@@ -132,10 +147,10 @@ QString DevelopmentDialog::whiteBalance() const
 
 void DevelopmentDialog::showWhatIsChosen()
 {
-    const int item = m_whiteBalancePopUpButton->currentIndex();
-    m_temperatureField->setEnabled(item == TemperatureItem);
-    m_multipliersField->setEnabled(item == MultipliersItem);
-    m_developmentButtons->button(QDialogButtonBox::Ok)->setEnabled(isWhole());
+    const int item = m_form->whiteBalance->currentIndex();
+    m_form->temperature->setEnabled(item == TemperatureItem);
+    m_form->multipliers->setEnabled(item == MultipliersItem);
+    m_form->buttons->button(QDialogButtonBox::Ok)->setEnabled(isWhole());
     Q_EMIT changed();
 }
 

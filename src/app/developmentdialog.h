@@ -5,11 +5,7 @@
 
 #include <QDialog>
 
-class QComboBox;
-class QDialogButtonBox;
-class QDoubleSpinBox;
-class QLineEdit;
-class QSpinBox;
+#include <memory>
 
 namespace filmwright {
 
@@ -20,6 +16,7 @@ class DevelopmentDialog : public QDialog
 
 public:
     explicit DevelopmentDialog(QWidget *parent);
+    ~DevelopmentDialog() override;
 
     /// Shows what is chosen in the corrections.
     void setChoices(const RawCorrections &corrections);
@@ -36,11 +33,8 @@ private:
     bool isWhole() const;
     void showWhatIsChosen();
 
-    QDoubleSpinBox *m_exposureField;
-    QComboBox *m_whiteBalancePopUpButton;
-    QSpinBox *m_temperatureField;
-    QLineEdit *m_multipliersField;
-    QDialogButtonBox *m_developmentButtons;
+    struct Form;
+    std::unique_ptr<Form> m_form;
 };
 
 } // namespace filmwright
