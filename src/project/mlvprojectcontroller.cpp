@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "project/mlvprojectcontroller.h"
 
+#include "conversion/dcrawarguments.h"
 #include "conversion/dcrawprocess.h"
 #include "conversion/tiffbitmap.h"
 #include "encoding/cubelut.h"
@@ -34,7 +35,7 @@ constexpr auto pauseAfterLastFrame = 100ms;
 /// beginning of a TIFF; it must not be taken for a frame and is removed.
 bool wasConverted(const QString &dngPath)
 {
-    const QString tiff = pathWithExtension(dngPath, QStringLiteral("tiff"));
+    const QString tiff = tiffPathFor(dngPath);
     if (!QFileInfo::exists(tiff))
         return false;
     return TiffBitmap::isWhole(tiff) || !QFile::remove(tiff);
