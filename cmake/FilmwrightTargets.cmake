@@ -86,18 +86,24 @@ function(filmwright_test_options target)
     endif()
 endfunction()
 
-# filmwright_precompiled(TARGET)
-# What nearly every file of src and of the tests includes is read once. The headers are those of libraries
-# that all of them link; the rest of Qt depends on what a target is linked to.
-find_package(Qt6 REQUIRED COMPONENTS Core)
-file(WRITE "${CMAKE_BINARY_DIR}/precompiled.cpp" "")
-add_library(precompiled OBJECT EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/precompiled.cpp")
-target_link_libraries(precompiled PRIVATE Qt6::Core)
-target_precompile_headers(precompiled PRIVATE <QtCore> <algorithm> <functional> <memory> <string> <vector>)
-function(filmwright_precompiled target)
-    target_precompile_headers(${target} REUSE_FROM precompiled)
+# filmwright_precompiled(TARGET HEADERS)
+# What nearly every file of src ("precompiled") or of the tests ("precompiledtests") includes is read once.
+# The headers are those of libraries that all of them link; the rest of Qt depends on what a target is
+# linked to. The two differ in their optimisation, which g++ wants to be the target's.
+function(filmwright_precompiled target headers)
+    target_precompile_headers(${target} REUSE_FROM ${headers})
     target_compile_options(${target} PRIVATE -fPIC) # programs, too, or they couldn't share them
 endfunction()
+
+find_package(Qt6 REQUIRED COMPONENTS Core)
+file(WRITE "${CMAKE_BINARY_DIR}/precompiled.cpp" "")
+foreach(headers precompiled precompiledtests)
+    add_library(${headers} OBJECT EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/precompiled.cpp")
+    target_link_libraries(${headers} PRIVATE Qt6::Core)
+    target_precompile_headers(${headers} PRIVATE <QtCore> <algorithm> <functional> <memory> <string>
+                              <vector>)
+endforeach()
+filmwright_test_options(precompiledtests)
 
 # filmwright_test(NAME [SESSION_BUS] SOURCES FILE... LIBRARIES LIB...)
 # One Qt Test program a unit, known to ctest under its name, with a time limit. Tests never reach the
@@ -110,7 +116,7 @@ function(filmwright_test name)
     add_executable(${name} ${test_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     filmwright_test_options(${name})
-    filmwright_precompiled(${name})
+    filmwright_precompiled(${name} precompiledtests)
     target_link_libraries(${name} PRIVATE ${test_LIBRARIES} Qt6::Test)
     set(private_bus)
     if(test_SESSION_BUS)
