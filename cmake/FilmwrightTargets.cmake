@@ -124,7 +124,7 @@ function(filmwright_test name)
             "--config-file=${PROJECT_SOURCE_DIR}/tests/support/privatebus.conf" --)
     endif()
     add_test(NAME ${name} COMMAND ${private_bus} $<TARGET_FILE:${name}>)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 300 ENVIRONMENT
+    set_tests_properties(${name} PROPERTIES TIMEOUT 900 ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen;DBUS_SESSION_BUS_ADDRESS=disabled:;DBUS_SYSTEM_BUS_ADDRESS=disabled:;TSAN_OPTIONS=ignore_noninstrumented_modules=1;FILMWRIGHT_TEST_DATA=${PROJECT_SOURCE_DIR}/tests/data;FILMWRIGHT_BUILD_RESOURCES=${FILMWRIGHT_RESOURCES_DIR}")
 endfunction()
 

@@ -56,10 +56,13 @@ MovieFacts factsOf(const QString &recording, const MlvMetadata &metadata, quint6
                                          QStringLiteral("hh:mm:ss"));
     if (time.isValid())
         facts.timecode = timecode(time, firstFrame - 1, metadata.fps);
-    if (date.isValid() && time.isValid())
-        facts.creationTime = QDateTime(date, time, Qt::UTC)
+    if (date.isValid() && time.isValid()) {
+        const QString start =
+            date.toString(Qt::ISODate) + QLatin1Char('T') + time.toString(Qt::ISODate);
+        facts.creationTime = QDateTime::fromString(start + QLatin1Char('Z'), Qt::ISODate)
                                  .addSecs(secondsOf(firstFrame - 1, metadata.fps))
                                  .toString(Qt::ISODate);
+    }
     // A camera's name begins with its maker's.
     facts.make = metadata.camera.section(QLatin1Char(' '), 0, 0);
     facts.model = metadata.camera;
