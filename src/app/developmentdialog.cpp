@@ -40,6 +40,15 @@ Field *addRow(QFormLayout *form, const QString &name, const QString &label)
     return field;
 }
 
+QDialogButtonBox *addButtons(QFormLayout *form)
+{
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Cancel | QDialogButtonBox::Ok |
+                                         QDialogButtonBox::RestoreDefaults);
+    buttons->setObjectName(QStringLiteral("developmentButtons"));
+    form->addRow(buttons);
+    return buttons;
+}
+
 } // namespace
 
 struct DevelopmentDialog::Form
@@ -78,10 +87,7 @@ DevelopmentDialog::Form::Form(QFormLayout *form)
     multipliers->setText(QStringLiteral("2,1,1.5"));
     multipliers->setToolTip(QStringLiteral("What red, green and blue are multiplied by"));
 
-    buttons = new QDialogButtonBox(QDialogButtonBox::Cancel | QDialogButtonBox::Ok |
-                                   QDialogButtonBox::RestoreDefaults);
-    buttons->setObjectName(QStringLiteral("developmentButtons"));
-    form->addRow(buttons);
+    buttons = addButtons(form);
 }
 
 DevelopmentDialog::DevelopmentDialog(QWidget *parent)
