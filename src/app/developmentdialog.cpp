@@ -84,6 +84,7 @@ DevelopmentDialog::Form::Form(QFormLayout *form)
 
     multipliers =
         addRow<QLineEdit>(form, QStringLiteral("multipliersField"), QStringLiteral("&Multipliers"));
+    multipliers->setAccessibleName(QStringLiteral("Multipliers of red, green and blue"));
     multipliers->setText(QStringLiteral("2,1,1.5"));
     multipliers->setToolTip(QStringLiteral("What red, green and blue are multiplied by"));
 
