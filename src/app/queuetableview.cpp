@@ -5,6 +5,7 @@
 
 #include <QEvent>
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -18,6 +19,8 @@ constexpr int linesPerRow = 3;
 constexpr int rowPadding = 10;
 /// Of each column, in average letters.
 constexpr std::array leastLetters{16, 10, 14, 22, 5};
+constexpr std::array rowKeys{Qt::Key_Up,       Qt::Key_Down, Qt::Key_PageUp,
+                             Qt::Key_PageDown, Qt::Key_Home, Qt::Key_End};
 
 } // namespace
 
@@ -182,6 +185,17 @@ void QueueTableView::changeEvent(QEvent *event)
     QTableView::changeEvent(event);
     if (event->type() == QEvent::FontChange)
         fitRowHeight();
+}
+
+/// A key that finds no other row selects the current one, which need not be selected yet.
+void QueueTableView::keyPressEvent(QKeyEvent *event)
+{
+    QTableView::keyPressEvent(event);
+    const bool isRowKey =
+        std::find(rowKeys.cbegin(), rowKeys.cend(), event->key()) != rowKeys.cend();
+    const bool selects = !event->modifiers().testFlag(Qt::ControlModifier);
+    if (isRowKey && selects && !selectionModel()->hasSelection())
+        selectRow(currentIndex().row());
 }
 
 void QueueTableView::resizeEvent(QResizeEvent *event)

@@ -78,17 +78,6 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Has recordings with `part` in their names tell another shape of their frames than the others.
-void setShapes(FakeWindow &window, const QString &part, const QString &resolution, int bits)
-{
-    window.setRawInformation(QStringLiteral("1920x1080"), 14);
-    window.setBeforeReport(QStringLiteral("case \"$recording\" in *'%1'*) echo 'Block: RAWI'; "
-                                          "printf '1:\\n2:\\n3:\\n4: %2\\n'; "
-                                          "echo '  bits_per_pixel   %3' ;; esac")
-                               .arg(part, resolution)
-                               .arg(bits));
-}
-
 QList<QStringList> averagings(const FakeWindow &window)
 {
     QList<QStringList> calls = window.tools.calls(QStringLiteral("mlv_dump"));
@@ -132,12 +121,6 @@ private Q_SLOTS:
     void severalFramesAskToReplaceTheRecording_data();
     void severalFramesAskToReplaceTheRecording();
     void questionComesAfterAPause();
-    void calibrationOfAnotherSizeIsToldAtOnce_data();
-    void calibrationOfAnotherSizeIsToldAtOnce();
-    void flatAndItsDarkOfDifferentSizesAreTold();
-    void recordingsThatFitAreNotTold();
-    void recordingsAddedToACalibrationOfAnotherSizeAreTold();
-    void misfitGoesWithTheCalibration();
     void replacedRecordingHoldsTheAverage();
     void recordingWithoutRoomForACopyIsAsItWas();
     void recordingIsAsItWasWhenTheDiskIsFull();
@@ -268,98 +251,6 @@ void TestCalibrationWindow::severalFramesAskToReplaceTheRecording()
     QVERIFY(!barMoved);
     QCOMPARE(contentOf(recording), QByteArray(4096, 'x'));
     QCOMPARE(field(window, kind)->stringValue(), QFileInfo(recording).fileName());
-}
-
-void TestCalibrationWindow::calibrationOfAnotherSizeIsToldAtOnce_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("resolution");
-    QTest::addColumn<int>("bits");
-    QTest::newRow("dark") << dark << QStringLiteral("1280x720") << 14;
-    QTest::newRow("flat") << flat << QStringLiteral("1280x720") << 14;
-    QTest::newRow("bits") << dark << QStringLiteral("1920x1080") << 12;
-}
-
-/// While the averaging still goes on.
-void TestCalibrationWindow::calibrationOfAnotherSizeIsToldAtOnce()
-{
-    QFETCH(const QString, kind);
-    QFETCH(const QString, resolution);
-    QFETCH(const int, bits);
-    FakeWindow window(2);
-    setShapes(window, QStringLiteral("small"), resolution, bits);
-    window.setAveraging(endless);
-    window.launch({QStringLiteral("a.MLV"), QStringLiteral("small.MLV"), QStringLiteral("b.MLV")});
-    choose(window, kind);
-    QTRY_COMPARE(window.alerts.shown.size(), 1);
-    QCOMPARE(window.alerts.shown.constFirst(),
-             QStringLiteral("The calibration doesn't fit|%1 take.MLV has frames of 1920x1080 at 14 "
-                            "bits. It can't be used for:\n\nsmall.MLV, %2 at %3 bits|Ok")
-                 .arg(kind, resolution)
-                 .arg(bits));
-    QVERIFY(sheet(window)->isVisible());
-    const QString sentence = QStringLiteral("%1 take.MLV doesn't fit: it has frames of 1920x1080 "
-                                            "at 14 bits, the recording has frames of %2 at %3 bits")
-                                 .arg(kind, resolution)
-                                 .arg(bits);
-    QTRY_VERIFY(window.stateView(1)->toolTip().contains(sentence));
-    QVERIFY(!window.stateView(0)->toolTip().contains(QLatin1String("fit")));
-    cancel(window);
-}
-
-void TestCalibrationWindow::flatAndItsDarkOfDifferentSizesAreTold()
-{
-    FakeWindow window(1);
-    setShapes(window, QStringLiteral("flatDark"), QStringLiteral("640x360"), 14);
-    window.launch();
-    choose(window, flat);
-    QTRY_VERIFY(!sheet(window)->isVisible());
-    QCOMPARE(window.alerts.shown, QStringList());
-    choose(window, flatDark);
-    QTRY_VERIFY(!sheet(window)->isVisible());
-    QTRY_COMPARE(window.alerts.shown.size(), 1);
-    QCOMPARE(
-        window.alerts.shown.constFirst(),
-        QStringLiteral("The calibration doesn't fit|flatDark take.MLV has frames of 640x360 at "
-                       "14 bits. It can't be used for:\n\nflat take.MLV, 1920x1080 at 14 "
-                       "bits|Ok"));
-}
-
-void TestCalibrationWindow::recordingsThatFitAreNotTold()
-{
-    FakeWindow window(1);
-    setShapes(window, QStringLiteral("small"), QStringLiteral("640x360"), 14);
-    window.launch({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
-    choose(window, dark);
-    QTRY_VERIFY(!sheet(window)->isVisible());
-    QTRY_COMPARE(window.tools.calls(QStringLiteral("mlv_dump")).size(), 4);
-    window.add({QStringLiteral("c.MLV")});
-    QCOMPARE(window.alerts.shown.size(), 1); // the question of the drop
-    QCOMPARE(window.status(), QStringLiteral("3 recordings in the queue"));
-}
-
-void TestCalibrationWindow::recordingsAddedToACalibrationOfAnotherSizeAreTold()
-{
-    FakeWindow window(1);
-    setShapes(window, QStringLiteral("small"), QStringLiteral("640x360"), 14);
-    window.launch();
-    choose(window, dark);
-    QTRY_VERIFY(!sheet(window)->isVisible());
-    QTRY_COMPARE(window.tools.calls(QStringLiteral("mlv_dump")).size(), 2);
-    window.add({QStringLiteral("a.MLV"), QStringLiteral("small.MLV")});
-    QTRY_COMPARE(window.status(), QStringLiteral("1 recording doesn't fit the calibration"));
-    QTRY_VERIFY(window.stateView(0)->toolTip().contains(QLatin1String("doesn't fit")));
-}
-
-void TestCalibrationWindow::misfitGoesWithTheCalibration()
-{
-    FakeWindow window(1);
-    setShapes(window, QStringLiteral("small"), QStringLiteral("640x360"), 14);
-    window.launch({QStringLiteral("small.MLV")});
-    choose(window, dark);
-    QTRY_VERIFY(window.stateView(0)->toolTip().contains(QLatin1String("doesn't fit")));
-    field(window, dark)->deleteClicked();
-    QTRY_VERIFY(!window.stateView(0)->toolTip().contains(QLatin1String("doesn't fit")));
 }
 
 /// A timer of half the pause, begun with it, ends before the question comes.
