@@ -252,7 +252,7 @@ void TestCinemaDng::readersOpenTheFrames()
     QFETCH(QStringList, before);
     QFETCH(QStringList, behind);
     if (QStandardPaths::findExecutable(program).isEmpty())
-        QSKIP("this reader isn't installed");
+        QSKIP(qPrintable(program + QStringLiteral(" isn't installed")));
     for (const char *options : {"", "--compress lossless", "--bits 12", "--bits 10"}) {
         // RawTherapee takes small files for something else.
         QVERIFY(sample(QStringLiteral("--size 640x360 ") + QString::fromUtf8(options)));

@@ -66,8 +66,8 @@ void TestFarm::init()
 void TestFarm::parallelOverSshSharesTheFolderOut()
 {
     const SshMachines machines({QStringLiteral("TMPDIR=") + path(QStringLiteral("tmp"))});
-    if (!machines.hindrance().isEmpty())
-        QSKIP(qPrintable(machines.hindrance()));
+    if (!machines.skipReason().isEmpty())
+        QSKIP(qPrintable(machines.skipReason()));
     const QStringList names{QStringLiteral("footage/a take"), QStringLiteral("footage/b"),
                             QStringLiteral("footage/Übung"), QStringLiteral("footage/z 100%")};
     for (const QString &name : names)

@@ -159,7 +159,10 @@ void TestRecipes::everyRecipe()
     QCOMPARE(text(made.video, "r_frame_rate"), QStringLiteral("24000/1001"));
     QCOMPARE(text(made.video, "avg_frame_rate"), QStringLiteral("24000/1001"));
     if (!isAvi) {
-        QCOMPARE(text(made.video, "color_range"), QStringLiteral("tv"));
+        // ProRes knows no other range and can't tell it; ffprobe 7 then tells none.
+        const QString range = text(made.video, "color_range");
+        if (!recipe.startsWith(QLatin1String("prores")) || !range.isEmpty())
+            QCOMPARE(range, QStringLiteral("tv"));
         for (const char *key : {"color_space", "color_transfer", "color_primaries"})
             QCOMPARE(text(made.video, key), QStringLiteral("bt709"));
         QCOMPARE(tag(made.video, "timecode"), QStringLiteral("14:30:00:00"));

@@ -91,7 +91,7 @@ private:
 void TestSpace::init()
 {
     if (Mounting::here().prefix.isEmpty())
-        QSKIP(qPrintable(Mounting::here().hindrance));
+        QSKIP(qPrintable(Mounting::here().skipReason));
     m_folder = std::make_unique<QTemporaryDir>();
     QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("small")));
 }

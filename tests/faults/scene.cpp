@@ -72,7 +72,7 @@ void writeFile(const QString &path, const QByteArray &content)
 
 } // namespace
 
-QString Scene::hindrance(const Strike &strike)
+QString Scene::skipReason(const Strike &strike)
 {
     const bool mounts = isOnTemporaryDisk(strike.event) || isOnMovieDisk(strike.event);
     if (mounts && !SmallDisk::isPossible())

@@ -37,7 +37,7 @@ public:
     static constexpr int frames = 4;
 
     /// Why a run can't be struck so here, a sentence; empty when it can.
-    static QString hindrance(const Strike &strike);
+    static QString skipReason(const Strike &strike);
     static Rehearsal rehearse(const Footage &footage, const Order &order);
 
     Scene(const Footage &footage, const Strike &strike, const Rehearsal &rehearsal);

@@ -104,9 +104,9 @@ void TestFaults::strikeOnFlow()
 
 void TestFaults::play(const Strike &strike)
 {
-    const QString hindrance = Scene::hindrance(strike);
-    if (!hindrance.isEmpty())
-        QSKIP(qPrintable(hindrance));
+    const QString skipReason = Scene::skipReason(strike);
+    if (!skipReason.isEmpty())
+        QSKIP(qPrintable(skipReason));
     const Rehearsal rehearsal = rehearsalOf(strike.order);
     QCOMPARE(rehearsal.frames, Scene::frames - (strike.order.mergesNeighbours ? 1 : 0));
     QVERIFY(rehearsal.temporaryBytes > 0);

@@ -78,9 +78,9 @@ void TestWindowFaults::strike()
     QFETCH(quint32, seed);
     QFETCH(int, number);
     const WindowStrike strike = WindowStrike::make(seed, number);
-    const QString hindrance = WindowScene::hindrance(strike);
-    if (!hindrance.isEmpty())
-        QSKIP(qPrintable(hindrance));
+    const QString skipReason = WindowScene::skipReason(strike);
+    if (!skipReason.isEmpty())
+        QSKIP(qPrintable(skipReason));
     const Order &order = strike.strike.order;
     const WindowRehearsal plain = rehearsalOf(order, false);
     const WindowRehearsal calibrated = rehearsalOf(order, true);

@@ -55,7 +55,7 @@ QByteArray contentOf(Flaw flaw)
 
 } // namespace
 
-QString WindowScene::hindrance(const WindowStrike &strike)
+QString WindowScene::skipReason(const WindowStrike &strike)
 {
     const Event event = strike.strike.event;
     const bool mounts = isOnTemporaryDisk(event) || isOnMovieDisk(event);

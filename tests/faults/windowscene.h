@@ -39,7 +39,7 @@ class WindowScene
 public:
     static constexpr std::chrono::milliseconds hanging = std::chrono::minutes(1);
 
-    static QString hindrance(const WindowStrike &strike);
+    static QString skipReason(const WindowStrike &strike);
     static WindowRehearsal rehearse(const WindowFootage &footage, const Order &order);
 
     /// `plain` and `calibrated` are what batches without and with the dark make.

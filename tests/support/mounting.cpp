@@ -23,7 +23,7 @@ Mounting tried()
                                                    folder.path()});
         if (mounted.status == 0)
             return {prefix, {}};
-        mounting.hindrance = QStringLiteral("no file system can be mounted here: ") +
+        mounting.skipReason = QStringLiteral("no file system can be mounted here: ") +
                              QString::fromLocal8Bit(mounted.errors).trimmed();
     }
     return mounting;

@@ -12,7 +12,7 @@ struct Mounting
     /// What stands before the command; empty when mounting is not possible.
     QStringList prefix;
     /// Why it is not possible, empty otherwise.
-    QString hindrance;
+    QString skipReason;
 
     /// Found by mounting something; tried once.
     static const Mounting &here();

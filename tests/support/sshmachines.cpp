@@ -32,12 +32,14 @@ quint16 freePort()
 }
 
 /// What a command that failed said last, or an empty string.
-QString failureOf(const QString &program, const QStringList &arguments)
+QString errorOf(const QString &program, const QStringList &arguments)
 {
     const Ended ended = runProgram(program, arguments, {}, QProcess::MergedChannels);
-    const QString said = QString::fromLocal8Bit(ended.output).trimmed();
     if (ended.status == 0)
         return {};
+    if (QStandardPaths::findExecutable(program).isEmpty())
+        return program + QStringLiteral(" isn't installed");
+    const QString said = QString::fromLocal8Bit(ended.output).trimmed();
     return program + QStringLiteral(": ") + said.section(QLatin1Char('\n'), -1);
 }
 
@@ -52,10 +54,10 @@ void write(const QString &path, const QStringList &lines)
 
 SshMachines::SshMachines(const QStringList &environment)
 {
-    m_hindrance = makeKeys();
-    if (m_hindrance.isEmpty()) {
+    m_skipReason = makeKeys();
+    if (m_skipReason.isEmpty()) {
         writeConfigurations(freePort(), environment);
-        m_hindrance = start();
+        m_skipReason = start();
     }
 }
 
@@ -75,12 +77,12 @@ QStringList SshMachines::ssh() const
 QString SshMachines::makeKeys() const
 {
     for (const QString &name : {QStringLiteral("host"), QStringLiteral("user")}) {
-        const QString failure =
-            failureOf(QStringLiteral("ssh-keygen"),
-                      {QStringLiteral("-q"), QStringLiteral("-t"), QStringLiteral("ed25519"),
-                       QStringLiteral("-N"), QString(), QStringLiteral("-f"), path(name)});
-        if (!failure.isEmpty())
-            return failure;
+        const QString error =
+            errorOf(QStringLiteral("ssh-keygen"),
+                    {QStringLiteral("-q"), QStringLiteral("-t"), QStringLiteral("ed25519"),
+                     QStringLiteral("-N"), QString(), QStringLiteral("-f"), path(name)});
+        if (!error.isEmpty())
+            return error;
     }
     return {};
 }
@@ -126,7 +128,7 @@ QString SshMachines::start()
                     path(QStringLiteral("sshd_config"))},
                    QIODevice::ReadOnly);
     const QStringList command = ssh() + QStringList{QStringLiteral("two"), QStringLiteral("true")};
-    const QString failure = failureOf(command.first(), command.mid(1));
-    return failure.isEmpty() ? QString()
-                             : QStringLiteral("nobody can log in with sshd here: ") + failure;
+    const QString error = errorOf(command.first(), command.mid(1));
+    return error.isEmpty() ? QString()
+                           : QStringLiteral("nobody can log in with sshd here: ") + error;
 }

@@ -20,7 +20,7 @@ public:
     SshMachines &operator=(const SshMachines &) = delete;
 
     /// Why nobody can log in here, empty when one can: found by doing it.
-    QString hindrance() const { return m_hindrance; }
+    QString skipReason() const { return m_skipReason; }
     /// The command that reaches them, before the machine's name.
     QStringList ssh() const;
 
@@ -32,6 +32,6 @@ private:
 
     QTemporaryDir m_folder;
     QProcess m_server;
-    QString m_hindrance;
+    QString m_skipReason;
     bool m_madeServerFolder = false;
 };
