@@ -24,7 +24,7 @@ Mounting tried()
         if (mounted.status == 0)
             return {prefix, {}};
         mounting.skipReason = QStringLiteral("no file system can be mounted here: ") +
-                             QString::fromLocal8Bit(mounted.errors).trimmed();
+                              QString::fromLocal8Bit(mounted.errors).trimmed();
     }
     return mounting;
 }
