@@ -26,9 +26,9 @@ if(FILMWRIGHT_SANITIZE)
     add_link_options(-fsanitize=${FILMWRIGHT_SANITIZE})
 endif()
 if(FILMWRIGHT_COVERAGE)
-    # Fixed in the program, so that tools count too whose environment the application clears. Programs
-    # that end add up in a few files a program, instead of one file for each of thousands of runs.
-    set(counters "-fprofile-instr-generate=${CMAKE_BINARY_DIR}/profiles/%2m.profraw")
+    # Fixed in the program, so that tools count too whose environment the application clears. A file for
+    # each process: one that is killed while it adds its counts to a common file spoils it for all.
+    set(counters "-fprofile-instr-generate=${CMAKE_BINARY_DIR}/profiles/%p.profraw")
     add_compile_options("${counters}" -fcoverage-mapping)
     add_link_options("${counters}")
 endif()
