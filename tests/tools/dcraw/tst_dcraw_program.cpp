@@ -379,7 +379,7 @@ void TestDcrawProgram::fullDiskLeavesNoFile()
     writeLargeFrame();
     m_inChild = [] {
         std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{1000000, 1000000};
+        const rlimit limit{4000000, 4000000}; // of 4.8 MB
         ::setrlimit(RLIMIT_FSIZE, &limit);
     };
     const ToolEnd ended = run(movieCall());
