@@ -77,64 +77,54 @@ function(filmwright_bundled_tool target)
 endfunction()
 
 # filmwright_test_options(TARGET)
-# Tests spend their time in what they test; more than -O1 would only make them slower to build. The QTRY
-# macros of newer Qts narrow a number.
+# Tests spend their time in what they test: to optimise them takes longer than it saves. The QTRY macros of
+# newer Qts narrow a number.
 function(filmwright_test_options target)
-    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O1>)
+    target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O0>)
+    if(CMAKE_UNITY_BUILD) # the other files' names aren't shadowed, and a test is no header
+        target_compile_options(${target} PRIVATE -Wno-shadow
+                               $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+    endif()
     if(Qt6_VERSION VERSION_GREATER_EQUAL 6.5)
         target_compile_options(${target} PRIVATE -Wno-conversion)
     endif()
 endfunction()
 
-# filmwright_precompiled(TARGET HEADERS)
-# What nearly every file of src ("precompiled") or of the tests ("precompiledtests") includes is read once.
-# The headers are those of libraries that all of them link; the rest of Qt depends on what a target is
-# linked to. The two differ in their optimisation, which g++ wants to be the target's.
-function(filmwright_precompiled target headers)
-    target_precompile_headers(${target} REUSE_FROM ${headers})
-    target_compile_options(${target} PRIVATE -fPIC) # programs, too, or they couldn't share them
-endfunction()
-
-find_package(Qt6 REQUIRED COMPONENTS Core)
-file(WRITE "${CMAKE_BINARY_DIR}/precompiled.cpp" "")
-foreach(headers precompiled precompiledtests)
-    add_library(${headers} OBJECT EXCLUDE_FROM_ALL "${CMAKE_BINARY_DIR}/precompiled.cpp")
-    target_link_libraries(${headers} PRIVATE Qt6::Core)
-    target_precompile_headers(${headers} PRIVATE <QtCore> <algorithm> <functional> <memory> <string>
-                              <vector>)
-endforeach()
-filmwright_test_options(precompiledtests)
-
-# filmwright_test(NAME [SESSION_BUS] SOURCES FILE... LIBRARIES LIB...)
-# One Qt Test program a unit, known to ctest under its name, with a time limit. Tests never reach the
-# buses of the machine: with SESSION_BUS a test has a private one, otherwise there is none.
+# filmwright_tests(PROGRAM TESTS NAME... [ON_SESSION_BUS NAME...] [SOURCES FILE...] LIBRARIES LIB...)
+# A program of the Qt Tests in NAME.cpp..., known to ctest under their names, with a time limit. Tests never
+# reach the buses of the machine: those on a session bus have a private one, for the others there is none.
 # The thread sanitizer is told to leave memory alone that the distribution's Qt hands from thread to
 # thread by itself (posted events, Qt Test's watchdog): that Qt is built without the sanitizer, which
 # therefore doesn't see its locks. Every access made by our own code is still checked.
-function(filmwright_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 test "SESSION_BUS" "" "SOURCES;LIBRARIES")
-    add_executable(${name} ${test_SOURCES})
-    set_target_properties(${name} PROPERTIES AUTOMOC ON)
-    filmwright_test_options(${name})
-    filmwright_precompiled(${name} precompiledtests)
-    target_link_libraries(${name} PRIVATE ${test_LIBRARIES} Qt6::Test)
-    set(private_bus)
-    if(test_SESSION_BUS)
-        set(private_bus dbus-run-session
-            "--config-file=${PROJECT_SOURCE_DIR}/tests/support/privatebus.conf" --)
-    endif()
-    add_test(NAME ${name} COMMAND ${private_bus} $<TARGET_FILE:${name}>)
-    set_tests_properties(${name} PROPERTIES TIMEOUT 900 ENVIRONMENT
-        "QT_QPA_PLATFORM=offscreen;DBUS_SESSION_BUS_ADDRESS=disabled:;DBUS_SYSTEM_BUS_ADDRESS=disabled:;TSAN_OPTIONS=ignore_noninstrumented_modules=1;FILMWRIGHT_TEST_DATA=${PROJECT_SOURCE_DIR}/tests/data;FILMWRIGHT_BUILD_RESOURCES=${FILMWRIGHT_RESOURCES_DIR}")
+set(FILMWRIGHT_TESTS_DIR "${CMAKE_CURRENT_LIST_DIR}/../tests")
+function(filmwright_tests program)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "TESTS;ON_SESSION_BUS;SOURCES;LIBRARIES")
+    set(tests ${arg_TESTS} ${arg_ON_SESSION_BUS})
+    list(TRANSFORM tests APPEND .cpp OUTPUT_VARIABLE sources)
+    add_executable(${program} ${sources} ${arg_SOURCES} "${FILMWRIGHT_TESTS_DIR}/support/testprogram.cpp")
+    set_target_properties(${program} PROPERTIES AUTOMOC ON)
+    filmwright_test_options(${program})
+    target_include_directories(${program} PRIVATE "${FILMWRIGHT_TESTS_DIR}")
+    target_link_libraries(${program} PRIVATE ${arg_LIBRARIES} Qt6::Test)
+    foreach(test IN LISTS tests)
+        set(private_bus)
+        if(test IN_LIST arg_ON_SESSION_BUS)
+            set(private_bus dbus-run-session
+                "--config-file=${FILMWRIGHT_TESTS_DIR}/support/privatebus.conf" --)
+        endif()
+        add_test(NAME ${test} COMMAND ${private_bus} $<TARGET_FILE:${program}> ${test})
+        set_tests_properties(${test} PROPERTIES TIMEOUT 900 ENVIRONMENT
+            "QT_QPA_PLATFORM=offscreen;DBUS_SESSION_BUS_ADDRESS=disabled:;DBUS_SYSTEM_BUS_ADDRESS=disabled:;TSAN_OPTIONS=ignore_noninstrumented_modules=1;FILMWRIGHT_TEST_DATA=${FILMWRIGHT_TESTS_DIR}/data;FILMWRIGHT_BUILD_RESOURCES=${FILMWRIGHT_RESOURCES_DIR}")
+    endforeach()
 endfunction()
 
-# filmwright_threaded_tests(NAME...)
+# filmwright_threaded_tests(PROGRAM NAME...)
 # Marks tests that exercise threads: they are what the thread sanitizer is run on, and the target
 # threaded_tests builds them.
-function(filmwright_threaded_tests)
+function(filmwright_threaded_tests program)
     set_tests_properties(${ARGN} PROPERTIES LABELS threads)
     if(NOT TARGET threaded_tests)
         add_custom_target(threaded_tests)
     endif()
-    add_dependencies(threaded_tests ${ARGN})
+    add_dependencies(threaded_tests ${program})
 endfunction()

@@ -16,7 +16,7 @@ namespace filmwright {
 namespace {
 
 /// Steps of the whole bar: finer than any screen shows.
-constexpr int steps = 10000;
+constexpr int barSteps = 10000;
 
 constexpr auto wayThere = 1200ms;
 constexpr int motionInterval = 40; // milliseconds
@@ -122,8 +122,8 @@ void ProgressIndicator::refresh()
     m_motion.stop();
     const double range = m_maxValue - m_minValue;
     const double part = m_indeterminate || range <= 0 ? 0 : (m_doubleValue - m_minValue) / range;
-    setRange(0, steps);
-    setValue(static_cast<int>(std::clamp(part, 0.0, 1.0) * steps));
+    setRange(0, barSteps);
+    setValue(static_cast<int>(std::clamp(part, 0.0, 1.0) * barSteps));
 }
 
 } // namespace filmwright

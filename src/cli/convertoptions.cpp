@@ -93,8 +93,8 @@ QString pixelRepairOf(const QString &value)
 
 const QString format = QStringLiteral("format");
 const QString quality = QStringLiteral("quality");
-const QString recipe = QStringLiteral("recipe");
-const QString output = QStringLiteral("output");
+const QString recipeOption = QStringLiteral("recipe");
+const QString outputFolder = QStringLiteral("output");
 const QString movieName = QStringLiteral("name");
 const QString existing = QStringLiteral("existing");
 const QString dark = QStringLiteral("dark");
@@ -128,12 +128,12 @@ void describe(QCommandLineParser &parser)
          movieExtensions().join(QLatin1Char('|')), QStringLiteral("mov")},
         {quality, QStringLiteral("Movie quality: high (default) or maximum."),
          QStringLiteral("high|maximum"), QStringLiteral("high")},
-        {recipe,
+        {recipeOption,
          QStringLiteral(
              "Make the movie by this recipe, in place of format and quality; the command recipes "
              "lists them."),
          QStringLiteral("name|file")},
-        {output,
+        {outputFolder,
          QStringLiteral(
              "Write the movies into this folder, which is made if need be; beside each recording "
              "when not given."),
@@ -231,9 +231,9 @@ void describe(QCommandLineParser &parser)
 /// Nothing without the option; an error when the recipe can't be used.
 std::optional<Recipe> recipeOf(const QCommandLineParser &parser, QString &error)
 {
-    if (!parser.isSet(recipe))
+    if (!parser.isSet(recipeOption))
         return std::nullopt;
-    const RecipeFile found = findRecipe(parser.value(recipe));
+    const RecipeFile found = findRecipe(parser.value(recipeOption));
     if (!found.error.isEmpty())
         error = found.error;
     else if (parser.isSet(format) || parser.isSet(quality))
@@ -287,7 +287,7 @@ QString lutOf(const QCommandLineParser &parser, const std::optional<Recipe> &cho
     QString path = absolutePath(parser.value(lut));
     if (!parser.isSet(lut))
         return {};
-    if (!parser.isSet(recipe) || (chosen && chosen->keepsRawFrames()))
+    if (!parser.isSet(recipeOption) || (chosen && chosen->keepsRawFrames()))
         error = QStringLiteral("--lut is for movies that are made by a recipe");
     else if (path.isEmpty())
         error = QStringLiteral("--lut names a file");
@@ -331,8 +331,8 @@ qint64 frameBufferOf(const QCommandLineParser &parser, const std::optional<Recip
 MovieDestination destinationOf(const QCommandLineParser &parser, QString &error)
 {
     MovieDestination destination;
-    if (parser.isSet(output)) {
-        destination.folder = absolutePath(parser.value(output));
+    if (parser.isSet(outputFolder)) {
+        destination.folder = absolutePath(parser.value(outputFolder));
         if (destination.folder.isEmpty())
             error = QStringLiteral("--output names a folder");
     }

@@ -16,8 +16,6 @@ namespace filmwright {
 
 namespace {
 
-const QString json = QStringLiteral("json");
-
 QJsonObject objectOf(const RecipeFile &file)
 {
     const Recipe &recipe = file.recipe;
@@ -64,6 +62,7 @@ int runRecipes(const QStringList &arguments)
         QStringLiteral(
             "Lists the recipes by which movies can be made: the bundled ones and your own in %1.")
             .arg(recipeFolders().constFirst()));
+    const QString json = QStringLiteral("json");
     parser.addOption({json, QStringLiteral("Print JSON.")});
     if (const auto status = readArguments(parser, QStringLiteral("recipes [options]"), arguments))
         return *status;

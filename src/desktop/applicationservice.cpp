@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 /// How long a second start waits for the first, which may be busy reading a slow disk.
-constexpr std::chrono::milliseconds patience = 10s;
+constexpr std::chrono::milliseconds activationPatience = 10s;
 
 const QString objectPath = QStringLiteral("/org/filmwright/Filmwright");
 
@@ -84,7 +84,7 @@ bool ApplicationService::handOver(const QStringList &paths)
         message << absoluteUris(paths);
     message << startUpData();
     const QDBusMessage reply =
-        sessionBus().call(message, QDBus::Block, static_cast<int>(patience.count()));
+        sessionBus().call(message, QDBus::Block, static_cast<int>(activationPatience.count()));
     return reply.type() == QDBusMessage::ReplyMessage;
 }
 

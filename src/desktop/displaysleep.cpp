@@ -14,7 +14,7 @@ namespace filmwright {
 namespace {
 
 using namespace std::chrono_literals;
-constexpr std::chrono::milliseconds patience = 1s;
+constexpr std::chrono::milliseconds inhibitionPatience = 1s;
 
 /// The inhibition has a connection of its own: closing it also takes back a grant that came after
 /// nobody waited for it any more.
@@ -28,7 +28,7 @@ QDBusMessage callScreenSaver(const QString &method, const QVariantList &argument
                                        QStringLiteral("org.freedesktop.ScreenSaver"), method);
     message.setArguments(arguments);
     return QDBusConnection(connectionName)
-        .call(message, QDBus::Block, static_cast<int>(patience.count()));
+        .call(message, QDBus::Block, static_cast<int>(inhibitionPatience.count()));
 }
 
 } // namespace

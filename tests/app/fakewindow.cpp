@@ -47,6 +47,14 @@ int columnOf(const QString &identifier)
 
 } // namespace
 
+void activate(QWidget &window)
+{
+    window.show();
+    QCoreApplication::processEvents(); // a window that has just been closed gives up its place
+    window.activateWindow();
+    QTRY_VERIFY(window.isActiveWindow());
+}
+
 int ScriptedAlerts::runAlert(const QString &title, const QString &message,
                              const QString &defaultButton, const QString &alternateButton,
                              const QString &otherButton)

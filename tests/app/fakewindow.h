@@ -8,6 +8,26 @@
 
 #include <QTest>
 
+// Recordings, and what the table says of them.
+inline const QString a = QStringLiteral("a.MLV");
+inline const QString b = QStringLiteral("b.MLV");
+inline const QString c = QStringLiteral("c.MLV");
+inline const QString d = QStringLiteral("d.MLV");
+inline const QString ready = QStringLiteral("Ready");
+inline const QString pending = QStringLiteral("Pending");
+inline const QString building = QStringLiteral("Building movie");
+inline const QString finished = QStringLiteral("Finished");
+
+/// A tool that doesn't end by itself.
+inline const QString endless = QStringLiteral("exec sleep 60");
+
+/// The alert of what can't be done during a batch.
+inline const QString refusal =
+    QStringLiteral("Please wait|Operation not allowed while working.|Ok");
+
+/// Waits until the window has the keyboard.
+void activate(QWidget &window);
+
 /// Answers alerts as the test says and notes them; an alert without an answer gets the default
 /// button's.
 class ScriptedAlerts : public filmwright::AlertPresenter

@@ -4,6 +4,7 @@
 
 #include "app/imageview.h"
 #include "app/messageboxpresenter.h"
+#include "support/testprogram.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -22,8 +23,6 @@
 using namespace filmwright;
 
 namespace {
-
-const QString a = QStringLiteral("a.MLV");
 
 /// Part of a control that is one for a person.
 bool isInside(const QWidget &widget)
@@ -206,5 +205,5 @@ void TestAccessibilityWindow::alertIsPlainText()
     presenter.runAlert(text, text, QStringLiteral("Ok"), {}, {});
 }
 
-QTEST_MAIN(TestAccessibilityWindow)
+FILMWRIGHT_TEST(TestAccessibilityWindow, QApplication)
 #include "tst_accessibility_window.moc"

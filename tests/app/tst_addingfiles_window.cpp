@@ -4,6 +4,7 @@
 #include "support/events.h"
 #include "support/ordinaryuser.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QMenu>
@@ -12,12 +13,7 @@ using namespace filmwright;
 
 namespace {
 
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-const QString c = QStringLiteral("c.MLV");
-
 const QString question = QStringLiteral("Queue not empty|Add to exisiting queue?|Yes|Replace");
-const QString refusal = QStringLiteral("Please wait|Operation not allowed while working.|Ok");
 
 /// Keeps mlv_dump from reporting until release() was called.
 QString untilReleased(const FakeWindow &window)
@@ -524,5 +520,5 @@ void TestAddingFilesWindow::recentRecordingsAreCleared()
     QCOMPARE(recentEntries(window), QStringList{QStringLiteral("&Clear")});
 }
 
-QTEST_MAIN(TestAddingFilesWindow)
+FILMWRIGHT_TEST(TestAddingFilesWindow, QApplication)
 #include "tst_addingfiles_window.moc"

@@ -4,23 +4,12 @@
 #include "app/imageview.h"
 #include "app/progressindicator.h"
 #include "support/events.h"
+#include "support/testprogram.h"
 
 #include <QCheckBox>
 #include <QComboBox>
 
 using namespace filmwright;
-
-namespace {
-
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-const QString c = QStringLiteral("c.MLV");
-const QString ready = QStringLiteral("Ready");
-const QString pending = QStringLiteral("Pending");
-const QString finished = QStringLiteral("Finished");
-const QString endless = QStringLiteral("exec sleep 60");
-
-} // namespace
 
 class TestBatchWindow : public QObject
 {
@@ -540,5 +529,5 @@ void TestBatchWindow::statusTellsStageAndFrames()
     window.pressStart();
 }
 
-QTEST_MAIN(TestBatchWindow)
+FILMWRIGHT_TEST(TestBatchWindow, QApplication)
 #include "tst_batch_window.moc"

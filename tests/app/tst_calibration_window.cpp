@@ -3,8 +3,10 @@
 
 #include "app/progressindicator.h"
 #include "support/events.h"
+#include "support/filecontent.h"
 #include "support/fulldisk.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 
 #include <QDialogButtonBox>
 #include <QDir>
@@ -24,8 +26,6 @@ const QString darkName = QStringLiteral("dark.mlv");
 const QString flatName = QStringLiteral("flat.mlv");
 const QString flatDarkName = QStringLiteral("flat_dark.mlv");
 const QString substractedName = QStringLiteral("flat-flat_dark.mlv");
-
-const QString endless = QStringLiteral("exec sleep 60");
 
 QDialog *sheet(const FakeWindow &window)
 {
@@ -70,12 +70,6 @@ void touch(const QString &path)
 void passThePause()
 {
     QTest::qWait(150);
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QList<QStringList> averagings(const FakeWindow &window)
@@ -678,5 +672,5 @@ void TestCalibrationWindow::helpIsShownAndClosed()
     QVERIFY(!help->isVisible());
 }
 
-QTEST_MAIN(TestCalibrationWindow)
+FILMWRIGHT_TEST(TestCalibrationWindow, QApplication)
 #include "tst_calibration_window.moc"

@@ -3,6 +3,7 @@
 #include "fakewindow.h"
 
 #include "app/customtextfield.h"
+#include "support/testprogram.h"
 
 #include <QDialog>
 
@@ -126,5 +127,5 @@ void TestCalibrationFitWindow::misfitGoesWithTheCalibration()
     QTRY_VERIFY(!window.stateView(0)->toolTip().contains(QLatin1String("doesn't fit")));
 }
 
-QTEST_MAIN(TestCalibrationFitWindow)
+FILMWRIGHT_TEST(TestCalibrationFitWindow, QApplication)
 #include "tst_calibrationfit_window.moc"

@@ -4,6 +4,7 @@
 
 #include "app/imageview.h"
 #include "app/readablepalette.h"
+#include "support/testprogram.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -21,9 +22,6 @@
 using namespace filmwright;
 
 namespace {
-
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
 
 void useTheme(const QString &theme)
 {
@@ -171,5 +169,5 @@ void TestContrastWindow::contrastIsTheGuidelines()
     QCOMPARE(contrast(Qt::white, Qt::blue), contrast(Qt::blue, Qt::white));
 }
 
-QTEST_MAIN(TestContrastWindow)
+FILMWRIGHT_TEST(TestContrastWindow, QApplication)
 #include "tst_contrast_window.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/customtextfield.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using namespace filmwright;
@@ -23,7 +25,7 @@ public:
     bool buttonWasShown = false;
 };
 
-const QString text = QStringLiteral("dark.MLV");
+const QString fileName = QStringLiteral("dark.MLV");
 
 } // namespace
 
@@ -61,8 +63,8 @@ void TestCustomTextField::init()
 void TestCustomTextField::buttonShowsWhileThereIsText()
 {
     QVERIFY(!m_field->deleteButton()->isVisible());
-    m_field->setStringValue(text);
-    QCOMPARE(m_field->stringValue(), text);
+    m_field->setStringValue(fileName);
+    QCOMPARE(m_field->stringValue(), fileName);
     QVERIFY(m_field->deleteButton()->isVisible());
     m_field->setStringValue(QString());
     QVERIFY(!m_field->deleteButton()->isVisible());
@@ -78,7 +80,7 @@ void TestCustomTextField::typedTextShowsTheButton()
 
 void TestCustomTextField::buttonEmptiesTheFieldAndTellsOnce()
 {
-    m_field->setStringValue(text);
+    m_field->setStringValue(fileName);
     QTest::mouseClick(m_field->deleteButton(), Qt::LeftButton);
     QCOMPARE(m_field->stringValue(), QString());
     QVERIFY(!m_field->deleteButton()->isVisible());
@@ -89,7 +91,7 @@ void TestCustomTextField::buttonEmptiesTheFieldAndTellsOnce()
 
 void TestCustomTextField::emptyingByProgramTellsNobody()
 {
-    m_field->setStringValue(text);
+    m_field->setStringValue(fileName);
     m_field->setStringValue(QString());
     QVERIFY(m_listener.fields.isEmpty());
 }
@@ -98,14 +100,14 @@ void TestCustomTextField::nobodyNeedsToBeTold()
 {
     m_field->setDeleteDelegate(nullptr);
     QCOMPARE(m_field->deleteDelegate(), nullptr);
-    m_field->setStringValue(text);
+    m_field->setStringValue(fileName);
     QTest::mouseClick(m_field->deleteButton(), Qt::LeftButton);
     QCOMPARE(m_field->stringValue(), QString());
 }
 
 void TestCustomTextField::buttonIsInTheFieldAtAnySize()
 {
-    m_field->setStringValue(text);
+    m_field->setStringValue(fileName);
     for (const QSize size : {QSize(200, 24), QSize(80, 24), QSize(400, 60)}) {
         m_field->resize(size);
         const QRect button = m_field->deleteButton()->geometry();
@@ -128,9 +130,9 @@ void TestCustomTextField::keysEmptyAFieldThatIsNotTypedInto()
     m_field->setReadOnly(true);
     QTest::keyClick(m_field.get(), key);
     QVERIFY(m_listener.fields.isEmpty());
-    m_field->setStringValue(text);
+    m_field->setStringValue(fileName);
     QTest::keyClicks(m_field.get(), QStringLiteral("x"));
-    QCOMPARE(m_field->stringValue(), text);
+    QCOMPARE(m_field->stringValue(), fileName);
     QTest::keyClick(m_field.get(), key);
     QCOMPARE(m_field->stringValue(), QString());
     QCOMPARE(m_listener.fields.size(), 1);
@@ -138,11 +140,11 @@ void TestCustomTextField::keysEmptyAFieldThatIsNotTypedInto()
 
 void TestCustomTextField::keysEditAFieldThatIsTypedInto()
 {
-    m_field->setStringValue(text);
+    m_field->setStringValue(fileName);
     QTest::keyClick(m_field.get(), Qt::Key_Backspace);
-    QCOMPARE(m_field->stringValue(), text.chopped(1));
+    QCOMPARE(m_field->stringValue(), fileName.chopped(1));
     QVERIFY(m_listener.fields.isEmpty());
 }
 
-QTEST_MAIN(TestCustomTextField)
+FILMWRIGHT_TEST(TestCustomTextField, QApplication)
 #include "tst_customtextfield.moc"

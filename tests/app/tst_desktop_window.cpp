@@ -5,6 +5,7 @@
 
 #include "support/launcherlistener.h"
 #include "support/standinservice.h"
+#include "support/testprogram.h"
 
 #include <QDBusUnixFileDescriptor>
 
@@ -15,7 +16,6 @@ using namespace filmwright;
 namespace {
 
 /// Extracts until it is ended.
-const QString endlessExtraction = QStringLiteral("sleep 60");
 
 /// A lock of the login manager, of which nobody looks at the other end.
 std::optional<QVariantList> suspendLock(const QString &, const QVariantList &)
@@ -100,7 +100,7 @@ void TestDesktopWindow::displayMaySleepAfterStop()
 {
     const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
     FakeWindow window;
-    window.setExtraction(endlessExtraction);
+    window.setExtraction(endless);
     window.launch({m_clip});
     window.pressStart();
     QCOMPARE(screenSaver.calls(), QStringList{m_inhibit});
@@ -123,7 +123,7 @@ void TestDesktopWindow::displayMaySleepAfterQuit()
 {
     const StandInService screenSaver(m_screenSaver, alwaysAnswers({7U}));
     FakeWindow window;
-    window.setExtraction(endlessExtraction);
+    window.setExtraction(endless);
     window.launch({m_clip});
     window.pressStart();
     window.quit();
@@ -254,5 +254,5 @@ void TestDesktopWindow::showTellsWhenThereIsNoFileManager()
         QStringLiteral("No file manager was found that shows %1").arg(window.recordings()));
 }
 
-QTEST_MAIN(TestDesktopWindow)
+FILMWRIGHT_TEST(TestDesktopWindow, QApplication)
 #include "tst_desktop_window.moc"

@@ -3,6 +3,7 @@
 #include "fakewindow.h"
 
 #include "app/detailswindow.h"
+#include "support/testprogram.h"
 
 #include <QClipboard>
 #include <QDialogButtonBox>
@@ -11,13 +12,6 @@
 #include <QPushButton>
 
 using namespace filmwright;
-
-namespace {
-
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-
-} // namespace
 
 class TestDetailsWindow : public QObject
 {
@@ -130,5 +124,5 @@ void TestDetailsWindow::textsAreNoMarkup()
     QCOMPARE(details.wholeText(), QStringLiteral("a.MLV\nLens: <b>x</b>\n\n<i>y</i>\n"));
 }
 
-QTEST_MAIN(TestDetailsWindow)
+FILMWRIGHT_TEST(TestDetailsWindow, QApplication)
 #include "tst_details_window.moc"

@@ -2,6 +2,8 @@
 // Exposure and white balance of single recordings.
 #include "fakewindow.h"
 
+#include "support/testprogram.h"
+
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
@@ -15,8 +17,6 @@ using namespace filmwright;
 
 namespace {
 
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
 const QString exposureColumn = QStringLiteral("Exposure");
 
 /// The dialog of the window, opened for the rows that are selected.
@@ -257,5 +257,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(TestDevelopmentWindow)
+FILMWRIGHT_TEST(TestDevelopmentWindow, QApplication)
 #include "tst_development_window.moc"

@@ -4,18 +4,9 @@
 
 #include "project/moviemark.h"
 #include "support/events.h"
+#include "support/testprogram.h"
 
 using namespace filmwright;
-
-namespace {
-
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-const QString c = QStringLiteral("c.MLV");
-const QString ready = QStringLiteral("Ready");
-const QString finished = QStringLiteral("Finished");
-
-} // namespace
 
 class TestFailuresWindow : public QObject
 {
@@ -211,5 +202,5 @@ void TestFailuresWindow::summaryForgetsAStoppedBatch()
     QCOMPARE(window.alerts.shown.size(), 1);
 }
 
-QTEST_MAIN(TestFailuresWindow)
+FILMWRIGHT_TEST(TestFailuresWindow, QApplication)
 #include "tst_failures_window.moc"

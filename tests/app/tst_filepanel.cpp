@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/filepanel.h"
 
+#include "support/testprogram.h"
+
 #include <QApplication>
 #include <QDir>
 #include <QFileDialog>
@@ -169,5 +171,5 @@ void TestFilePanel::otherFilesAreNotOffered()
     m_panel.recordingsAndFolders();
 }
 
-QTEST_MAIN(TestFilePanel)
+FILMWRIGHT_TEST(TestFilePanel, QApplication)
 #include "tst_filepanel.moc"

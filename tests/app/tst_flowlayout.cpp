@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/flowlayout.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 #include <QWidget>
 
@@ -142,5 +144,5 @@ void TestFlowLayout::marginsAreKept()
     QCOMPARE(row.layout().sizeHint(), QSize(1 + 40 + 3, 2 + height + 4));
 }
 
-QTEST_MAIN(TestFlowLayout)
+FILMWRIGHT_TEST(TestFlowLayout, QApplication)
 #include "tst_flowlayout.moc"

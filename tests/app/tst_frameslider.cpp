@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/frameslider.h"
 
+#include "support/testprogram.h"
+
 #include <QSignalSpy>
 #include <QTest>
 
@@ -103,5 +105,5 @@ void TestFrameSlider::allFramesAreNotMarked()
     QVERIFY(m_slider->placeOfSelection().isEmpty());
 }
 
-QTEST_MAIN(TestFrameSlider)
+FILMWRIGHT_TEST(TestFrameSlider, QApplication)
 #include "tst_frameslider.moc"

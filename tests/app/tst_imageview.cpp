@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/imageview.h"
 
+#include "support/testprogram.h"
+
 #include <QMouseEvent>
 #include <QSignalSpy>
 #include <QTest>
@@ -282,5 +284,5 @@ void TestImageView::emptyViewIsNotClicked()
     QVERIFY(!view.isActualSize());
 }
 
-QTEST_MAIN(TestImageView)
+FILMWRIGHT_TEST(TestImageView, QApplication)
 #include "tst_imageview.moc"

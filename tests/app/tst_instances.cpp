@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "project/faketools.h"
 
+#include "support/testprogram.h"
+
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDir>
@@ -211,5 +213,5 @@ void TestInstances::withoutABusTheSecondStartLeavesTheFirstAlone()
     QCOMPARE(readRecordings(), QStringList{recording});
 }
 
-QTEST_GUILESS_MAIN(TestInstances)
+FILMWRIGHT_TEST(TestInstances, QCoreApplication)
 #include "tst_instances.moc"

@@ -3,6 +3,7 @@
 #include "fakewindow.h"
 
 #include "app/messageboxpresenter.h"
+#include "support/testprogram.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -17,17 +18,6 @@
 using namespace filmwright;
 
 namespace {
-
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-
-void activate(QWidget &window)
-{
-    window.show();
-    QCoreApplication::processEvents(); // a window that has just been closed gives up its place
-    window.activateWindow();
-    QTRY_VERIFY(window.isActiveWindow());
-}
 
 /// What the Tab key (or the one backwards) reaches in a window, once around.
 QStringList tabStops(QWidget &window, Qt::KeyboardModifiers modifiers = {})
@@ -363,5 +353,5 @@ void TestKeysWindow::alertIsAnsweredByKeys()
              answer);
 }
 
-QTEST_MAIN(TestKeysWindow)
+FILMWRIGHT_TEST(TestKeysWindow, QApplication)
 #include "tst_keys_window.moc"

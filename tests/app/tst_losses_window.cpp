@@ -6,6 +6,7 @@
 #include "app/progressindicator.h"
 #include "support/events.h"
 #include "support/fulldisk.h"
+#include "support/testprogram.h"
 
 #include <QComboBox>
 #include <QDir>
@@ -14,13 +15,6 @@ using namespace filmwright;
 
 namespace {
 
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-const QString c = QStringLiteral("c.MLV");
-const QString ready = QStringLiteral("Ready");
-const QString pending = QStringLiteral("Pending");
-const QString finished = QStringLiteral("Finished");
-const QString building = QStringLiteral("Building movie");
 const QString nothing = QStringLiteral(":");
 const QString encode = QStringLiteral("cp \"$film\" \"$movie\"");
 
@@ -547,5 +541,5 @@ void TestLossesWindow::toolIsNotGuessedFromAName()
                                 "the encoder has spoken\n/media/cr2hdr is gone"));
 }
 
-QTEST_MAIN(TestLossesWindow)
+FILMWRIGHT_TEST(TestLossesWindow, QApplication)
 #include "tst_losses_window.moc"

@@ -2,6 +2,8 @@
 // What the window remembers from one start to the next.
 #include "fakewindow.h"
 
+#include "support/testprogram.h"
+
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFileInfo>
@@ -133,5 +135,5 @@ void TestMemoryWindow::folderOfTheMoviesIsRemembered()
     QCOMPARE(popUp()->currentIndex(), 0);
 }
 
-QTEST_MAIN(TestMemoryWindow)
+FILMWRIGHT_TEST(TestMemoryWindow, QApplication)
 #include "tst_memory_window.moc"

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "fakewindow.h"
 
+#include "runner/resources.h"
+#include "support/testprogram.h"
+
 #include <QCheckBox>
 #include <QDir>
 
@@ -8,13 +11,11 @@ using namespace filmwright;
 
 namespace {
 
-const QString mlvDump = QStringLiteral("mlv_dump");
-
 /// The names of the recordings whose pictures were asked for, in this order.
 QStringList pictured(const FakeWindow &window)
 {
     QStringList names;
-    for (const QStringList &call : window.tools.calls(mlvDump))
+    for (const QStringList &call : window.tools.calls(mlvDumpName))
         if (call.constLast().contains(QLatin1String("filmwright-preview-")))
             names << QFileInfo(call.filter(QStringLiteral(".MLV")).value(0)).fileName();
     return names;
@@ -210,5 +211,5 @@ void TestPicturesWindow::noneIsMadeWhereNoneIsWanted()
     QVERIFY(!window.widget<QCheckBox>(QStringLiteral("prefPicturesCheckBox"))->isChecked());
 }
 
-QTEST_MAIN(TestPicturesWindow)
+FILMWRIGHT_TEST(TestPicturesWindow, QApplication)
 #include "tst_pictures_window.moc"

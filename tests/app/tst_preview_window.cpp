@@ -6,7 +6,9 @@
 #include "app/histogramview.h"
 #include "app/imageview.h"
 #include "app/previewpane.h"
+#include "runner/resources.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -22,9 +24,6 @@ namespace {
 
 constexpr int patience = 60000; // milliseconds; a busy machine is no failure
 
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-const QString mlvDump = QStringLiteral("mlv_dump");
 const QString dcraw = QStringLiteral("dcraw");
 
 /// A window with a hundred frames in each recording, and what is in its preview.
@@ -71,7 +70,7 @@ public:
     QStringList askedFrames() const
     {
         QStringList frames;
-        for (const QStringList &call : previewCalls(mlvDump)) {
+        for (const QStringList &call : previewCalls(mlvDumpName)) {
             if (call.contains(QLatin1String("--write-survey")))
                 continue;
             const QString range = call.value(call.indexOf(QLatin1String("-f")) + 1);
@@ -84,12 +83,6 @@ public:
 private:
     QString text(const char *label) const { return widget<QLabel>(QLatin1String(label))->text(); }
 };
-
-void activate(QWidget &window)
-{
-    window.activateWindow();
-    QTRY_VERIFY_WITH_TIMEOUT(window.isActiveWindow(), patience);
-}
 
 } // namespace
 
@@ -146,7 +139,7 @@ void TestPreviewWindow::selectedRecordingShowsItsFirstFrame()
 {
     PreviewWindow window;
     window.launch({a});
-    QVERIFY(window.previewCalls(mlvDump).isEmpty());
+    QVERIFY(window.previewCalls(mlvDumpName).isEmpty());
     window.show(a);
     QCOMPARE(window.askedFrames(), QStringList{QStringLiteral("0")});
     QCOMPARE(window.place(), QStringLiteral("Frame 1 of 100, 0:00"));
@@ -165,7 +158,7 @@ void TestPreviewWindow::otherRecordingBeginsAtItsFirstFrame()
     QCOMPARE(window.slider()->value(), 1);
     QCOMPARE(window.askedFrames(),
              QStringList({QStringLiteral("0"), QStringLiteral("59-59"), QStringLiteral("0")}));
-    QVERIFY(window.previewCalls(mlvDump).constLast().at(1).endsWith(b));
+    QVERIFY(window.previewCalls(mlvDumpName).constLast().at(1).endsWith(b));
 }
 
 void TestPreviewWindow::sliderShowsOtherFrames()
@@ -239,7 +232,7 @@ void TestPreviewWindow::unusableRecordingTellsTheReason()
     window.select(a);
     QTRY_COMPARE_WITH_TIMEOUT(window.image()->text(), QStringLiteral("The recording is empty"),
                               patience);
-    QVERIFY(window.previewCalls(mlvDump).isEmpty());
+    QVERIFY(window.previewCalls(mlvDumpName).isEmpty());
 }
 
 void TestPreviewWindow::reasonTakesThePlaceOfAConvertedFrame()
@@ -277,7 +270,7 @@ void TestPreviewWindow::marksAreTheFramesOfTheMovie()
     window.pressStart();
     window.waitForEnd();
     QStringList ranges;
-    for (const QStringList &call : window.conversionCalls(mlvDump))
+    for (const QStringList &call : window.conversionCalls(mlvDumpName))
         if (call.constFirst() == QLatin1String("--dng"))
             ranges << call.at(4);
     QCOMPARE(ranges, QStringList({QStringLiteral("2-4"), QStringLiteral("0-0")}));
@@ -293,7 +286,7 @@ void TestPreviewWindow::marksChangeHowRowsAreBlended()
     window.waitForFrame();
     const auto surveyed = [&window] {
         QStringList ranges;
-        for (const QStringList &call : window.previewCalls(mlvDump))
+        for (const QStringList &call : window.previewCalls(mlvDumpName))
             if (call.contains(QLatin1String("--survey-frames")))
                 ranges << call.at(4);
         return ranges;
@@ -405,10 +398,10 @@ void TestPreviewWindow::choicesForTheMovieAreSeen()
     PreviewWindow window;
     window.launch({a});
     window.show(a);
-    QVERIFY(!window.previewCalls(mlvDump).constLast().contains(argument));
+    QVERIFY(!window.previewCalls(mlvDumpName).constLast().contains(argument));
     window.widget<QCheckBox>(control)->setChecked(true);
     window.waitForFrame();
-    QVERIFY(window.previewCalls(mlvDump).constLast().contains(argument));
+    QVERIFY(window.previewCalls(mlvDumpName).constLast().contains(argument));
 }
 
 void TestPreviewWindow::calibrationIsSeen()
@@ -418,15 +411,16 @@ void TestPreviewWindow::calibrationIsSeen()
     window.launch({a});
     window.show(a);
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
-    QTRY_VERIFY_WITH_TIMEOUT(window.previewCalls(mlvDump).constLast().contains(
-                                 window.temporary(QStringLiteral("dark.mlv"))),
+    QTRY_VERIFY_WITH_TIMEOUT(window.previewCalls(mlvDumpName)
+                                 .constLast()
+                                 .contains(window.temporary(QStringLiteral("dark.mlv"))),
                              patience);
     window.waitForFrame();
     window.widget<CustomTextField>(QStringLiteral("darkTextField"))->setFocus();
     QTest::keyClick(window.widget<QWidget>(QStringLiteral("darkTextField")), Qt::Key_Delete);
     window.slider()->setValue(2);
     window.waitForFrame();
-    QVERIFY(!window.previewCalls(mlvDump).constLast().contains(QStringLiteral("-s")));
+    QVERIFY(!window.previewCalls(mlvDumpName).constLast().contains(QStringLiteral("-s")));
 }
 
 void TestPreviewWindow::neighboursAreSeenMerged()
@@ -449,7 +443,7 @@ void TestPreviewWindow::batchIsShownWithoutASelection()
     window.pressStart();
     QTRY_COMPARE_WITH_TIMEOUT(window.image()->image().size(), QSize(4, 2), patience);
     window.waitForEnd();
-    QVERIFY(window.previewCalls(mlvDump).isEmpty());
+    QVERIFY(window.previewCalls(mlvDumpName).isEmpty());
 }
 
 void TestPreviewWindow::selectedRecordingIsShownDuringABatch()
@@ -517,5 +511,5 @@ void TestPreviewWindow::nothingIsLeftAfterQuitting()
     QCOMPARE(childProcesses(), children);
 }
 
-QTEST_MAIN(TestPreviewWindow)
+FILMWRIGHT_TEST(TestPreviewWindow, QApplication)
 #include "tst_preview_window.moc"

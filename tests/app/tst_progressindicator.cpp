@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/progressindicator.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using namespace filmwright;
@@ -150,5 +152,5 @@ void TestProgressIndicator::animationOfADeterminateBarLeavesItsValue()
     QCOMPARE(filled(bar), 50);
 }
 
-QTEST_MAIN(TestProgressIndicator)
+FILMWRIGHT_TEST(TestProgressIndicator, QApplication)
 #include "tst_progressindicator.moc"

@@ -5,6 +5,7 @@
 #include "app/queuetableview.h"
 #include "app/readablepalette.h"
 #include "app/showinfindertablecellview.h"
+#include "support/testprogram.h"
 
 #include <QContextMenuEvent>
 #include <QDesktopServices>
@@ -21,9 +22,6 @@ using namespace filmwright;
 
 namespace {
 
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-const QString c = QStringLiteral("c.MLV");
 const QString file = QStringLiteral("File");
 const QString camera = QStringLiteral("Camera");
 const QString exposure = QStringLiteral("Exposure");
@@ -691,5 +689,5 @@ void TestQueueTableWindow::statesAreWholeAtTheUsualSize()
     QVERIFY(window.table()->viewport()->rect().contains(cell));
 }
 
-QTEST_MAIN(TestQueueTableWindow)
+FILMWRIGHT_TEST(TestQueueTableWindow, QApplication)
 #include "tst_queuetable_window.moc"

@@ -2,6 +2,8 @@
 #include "app/queuetabledatasource.h"
 #include "app/queuetableview.h"
 
+#include "support/testprogram.h"
+
 #include <QAbstractItemModelTester>
 #include <QLabel>
 #include <QSignalSpy>
@@ -244,5 +246,5 @@ void TestQueueTableModel::queueThatIsNotToldOfYetShowsNothingWrong()
     QCOMPARE(shown(*m_view->model()), QStringList());
 }
 
-QTEST_MAIN(TestQueueTableModel)
+FILMWRIGHT_TEST(TestQueueTableModel, QApplication)
 #include "tst_queuetablemodel.moc"

@@ -2,16 +2,9 @@
 // How the window is closed, and what stays behind.
 #include "fakewindow.h"
 
+#include "support/testprogram.h"
+
 using namespace filmwright;
-
-namespace {
-
-const QString a = QStringLiteral("a.MLV");
-const QString ready = QStringLiteral("Ready");
-const QString finished = QStringLiteral("Finished");
-const QString endless = QStringLiteral("exec sleep 60");
-
-} // namespace
 
 class TestQuitWindow : public QObject
 {
@@ -103,5 +96,5 @@ void TestQuitWindow::quitKeepsTheTemporaryDirectoryWhenTold()
     QVERIFY(QFileInfo::exists(average));
 }
 
-QTEST_MAIN(TestQuitWindow)
+FILMWRIGHT_TEST(TestQuitWindow, QApplication)
 #include "tst_quit_window.moc"

@@ -2,16 +2,9 @@
 // How recordings leave the queue, and come back.
 #include "fakewindow.h"
 
+#include "support/testprogram.h"
+
 using namespace filmwright;
-
-namespace {
-
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-const QString c = QStringLiteral("c.MLV");
-const QString d = QStringLiteral("d.MLV");
-
-} // namespace
 
 class TestRemovingWindow : public QObject
 {
@@ -175,5 +168,5 @@ void TestRemovingWindow::replacedQueueDoesNotComeBack()
     QCOMPARE(window.queue(), QStringList{c});
 }
 
-QTEST_MAIN(TestRemovingWindow)
+FILMWRIGHT_TEST(TestRemovingWindow, QApplication)
 #include "tst_removing_window.moc"

@@ -6,6 +6,7 @@
 #include "runner/userdefaults.h"
 #include "support/logcapture.h"
 #include "support/ordinaryuser.h"
+#include "support/testprogram.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -27,7 +28,6 @@ const QString keepKey = QStringLiteral("KeepTempDirectory");
 const QString unusable =
     QStringLiteral("Unable to set temporary directory|Please control read/write access to "
                    "temporary directory.|Ok");
-const QString refusal = QStringLiteral("Please wait|Operation not allowed while working.|Ok");
 
 /// The preferences about the temporary folder as the window shows them.
 struct FolderPreference
@@ -507,5 +507,5 @@ void TestStartupWindow::framesConvertedAtOnceFitTheProcessor()
     QCOMPARE(field->value(), 1);
 }
 
-QTEST_MAIN(TestStartupWindow)
+FILMWRIGHT_TEST(TestStartupWindow, QApplication)
 #include "tst_startup_window.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/statusline.h"
 
+#include "support/testprogram.h"
+
 #include <QAccessible>
 #include <QTest>
 
@@ -69,5 +71,5 @@ void TestStatusLine::textIsNoMarkup()
     QVERIFY(!line.toolTip().contains(QLatin1String("<b>")));
 }
 
-QTEST_MAIN(TestStatusLine)
+FILMWRIGHT_TEST(TestStatusLine, QApplication)
 #include "tst_statusline.moc"

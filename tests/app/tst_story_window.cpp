@@ -6,6 +6,7 @@
 #include "support/events.h"
 #include "support/processes.h"
 #include "support/standinservice.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QJsonObject>
@@ -18,12 +19,8 @@ const QStringList toolNames{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
                             QStringLiteral("ffmpeg"), QStringLiteral("cr2hdr")};
 
 const QString reading = QStringLiteral("Reading data");
-const QString ready = QStringLiteral("Ready");
-const QString pending = QStringLiteral("Pending");
 const QString extracting = QStringLiteral("Extracting DNG");
 const QString converting = QStringLiteral("RGB conversion");
-const QString building = QStringLiteral("Building movie");
-const QString finished = QStringLiteral("Finished");
 
 /// A window whose tools are the real ones; their calls are noted.
 class RealWindow : public FakeWindow
@@ -406,5 +403,5 @@ void TestStoryWindow::quitInEveryState()
     QVERIFY(QFileInfo::exists(flat));
 }
 
-QTEST_MAIN(TestStoryWindow)
+FILMWRIGHT_TEST(TestStoryWindow, QApplication)
 #include "tst_story_window.moc"

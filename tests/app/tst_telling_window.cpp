@@ -4,6 +4,7 @@
 
 #include "app/customtextfield.h"
 #include "app/progressindicator.h"
+#include "support/testprogram.h"
 
 #include <QComboBox>
 #include <QDragEnterEvent>
@@ -18,10 +19,6 @@
 using namespace filmwright;
 
 namespace {
-
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
-const QString endlessExtraction = QStringLiteral("sleep 60");
 
 /// Drops a file on a widget as a file manager does.
 bool dropOn(QWidget &widget, const QString &path)
@@ -112,7 +109,7 @@ void TestTellingWindow::cancelThatAddsIsTold()
 void TestTellingWindow::closingDuringABatchIsTold()
 {
     FakeWindow window;
-    window.setExtraction(endlessExtraction);
+    window.setExtraction(endless);
     window.launch({a});
     window.pressStart();
     QVERIFY(!window.delegate->window()->close());
@@ -124,7 +121,7 @@ void TestTellingWindow::closingDuringABatchIsTold()
 void TestTellingWindow::workersChangedDuringABatchAreTold()
 {
     FakeWindow window;
-    window.setExtraction(endlessExtraction);
+    window.setExtraction(endless);
     window.launch({a});
     auto *workers = window.widget<QSpinBox>(QStringLiteral("prefWorkersField"));
     workers->setMaximum(8);
@@ -226,7 +223,7 @@ void TestTellingWindow::percentIsInTheTitle()
 void TestTellingWindow::recordingInWorkIsInSight()
 {
     FakeWindow window;
-    window.setExtraction(endlessExtraction);
+    window.setExtraction(endless);
     window.launch();
     QStringList names;
     for (int number = 0; number < 40; ++number)
@@ -403,5 +400,5 @@ void TestTellingWindow::developerMenuHasItsName()
     QVERIFY(window.action(QStringLiteral("devMenuItem"))->isVisible());
 }
 
-QTEST_MAIN(TestTellingWindow)
+FILMWRIGHT_TEST(TestTellingWindow, QApplication)
 #include "tst_telling_window.moc"

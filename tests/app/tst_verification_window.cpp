@@ -3,14 +3,13 @@
 
 #include "app/progresstablecellview.h"
 #include "app/queuetableview.h"
+#include "support/testprogram.h"
 
 #include <QAction>
 #include <QTest>
 
 namespace {
 
-const QString a = QStringLiteral("a.MLV");
-const QString b = QStringLiteral("b.MLV");
 const QString verify = QStringLiteral("verifyMenuItem");
 const QString stopVerifying = QStringLiteral("stopVerifyingMenuItem");
 
@@ -181,5 +180,5 @@ void TestVerificationWindow::notesOfAMovieAreNoFailure()
                 .contains(QLatin1String("the white level is wrong")));
 }
 
-QTEST_MAIN(TestVerificationWindow)
+FILMWRIGHT_TEST(TestVerificationWindow, QApplication)
 #include "tst_verification_window.moc"

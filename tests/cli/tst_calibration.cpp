@@ -3,6 +3,7 @@
 #include "runner/temporarydirectory.h"
 #include "support/events.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QFile>
@@ -152,5 +153,5 @@ void TestCalibration::stoppedCalibrationTellsNothing()
     QCOMPARE(endings, 0);
 }
 
-QTEST_GUILESS_MAIN(TestCalibration)
+FILMWRIGHT_TEST(TestCalibration, QCoreApplication)
 #include "tst_calibration.moc"

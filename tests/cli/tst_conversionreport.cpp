@@ -2,6 +2,7 @@
 #include "cli/conversionreport.h"
 
 #include "support/fulldisk.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -235,5 +236,5 @@ void TestConversionReport::checkingAReportLeavesNoTrace()
     QCOMPARE(file.readAll(), QByteArray("old"));
 }
 
-QTEST_GUILESS_MAIN(TestConversionReport)
+FILMWRIGHT_TEST(TestConversionReport, QCoreApplication)
 #include "tst_conversionreport.moc"

@@ -2,6 +2,8 @@
 #include "cli/convertoptions.h"
 #include "mlvdump/mlvdumpreport.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -304,5 +306,5 @@ private:
     QString m_clip;
 };
 
-QTEST_GUILESS_MAIN(TestConvertOptions)
+FILMWRIGHT_TEST(TestConvertOptions, QCoreApplication)
 #include "tst_convertoptions.moc"

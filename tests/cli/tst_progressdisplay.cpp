@@ -3,6 +3,8 @@
 #include "cli/progressdisplay.h"
 #include "cli/progressjson.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using namespace filmwright;
@@ -74,5 +76,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestProgressDisplay)
+FILMWRIGHT_TEST(TestProgressDisplay, QCoreApplication)
 #include "tst_progressdisplay.moc"

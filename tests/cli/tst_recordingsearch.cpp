@@ -2,6 +2,7 @@
 #include "cli/recordingsearch.h"
 #include "project/recordingfiles.h"
 #include "support/ordinaryuser.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -190,5 +191,5 @@ void TestRecordingSearch::folderThatCannotBeReadIsTold()
              QStringLiteral("the folder can't be read: Permission denied"));
 }
 
-QTEST_GUILESS_MAIN(TestRecordingSearch)
+FILMWRIGHT_TEST(TestRecordingSearch, QCoreApplication)
 #include "tst_recordingsearch.moc"

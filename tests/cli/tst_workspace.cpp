@@ -2,6 +2,8 @@
 #include "cli/workspace.h"
 #include "runner/temporarydirectory.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -182,5 +184,5 @@ void TestWorkspace::averagesOfAKilledRunAreRemoved()
     QVERIFY(!QFile::exists(average));
 }
 
-QTEST_GUILESS_MAIN(TestWorkspace)
+FILMWRIGHT_TEST(TestWorkspace, QCoreApplication)
 #include "tst_workspace.moc"

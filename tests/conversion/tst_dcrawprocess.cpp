@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "conversion/dcrawprocess.h"
 #include "conversion/tiffbitmap.h"
+#include "fakedcraw.h"
 #include "frames.h"
+#include "runner/resources.h"
 #include "sluice/slunitprocessmanager.h"
 #include "support/events.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QFile>
@@ -16,16 +19,6 @@
 using namespace filmwright;
 
 namespace {
-
-const QString dcraw = QStringLiteral("dcraw");
-const QString cr2hdr = QStringLiteral("cr2hdr");
-
-const QString writeFrame =
-    QStringLiteral("for last; do :; done; cp \"$0.tiff\" \"${last%.*}.tiff\"");
-// Notes its process and stands in the middle of its output until it is killed.
-const QString writeHalf =
-    QStringLiteral("for last; do :; done; head -c 20 \"$0.tiff\" > "
-                   "\"${last%.*}.tiff\"; echo $$ > \"$0.pid\"; exec sleep 600");
 
 class Viewer : public QObject
 {
@@ -87,8 +80,8 @@ void tst_DCRawProcess::init()
 {
     m_folder = std::make_unique<QTemporaryDir>();
     m_tools = std::make_unique<ToolFolder>();
-    m_tools->addTool(dcraw, writeFrame);
-    m_tools->addTool(cr2hdr, QStringLiteral(":"));
+    m_tools->addTool(dcrawName, writeFrame);
+    m_tools->addTool(cr2hdrName, QStringLiteral(":"));
     QVERIFY(countingBitmap(4, 2).write(toolFile(QStringLiteral("dcraw.tiff"))));
     m_viewer = std::make_unique<Viewer>();
     m_unit = std::make_shared<DCRawProcess>();
@@ -110,7 +103,7 @@ void tst_DCRawProcess::cleanup()
 QStringList tst_DCRawProcess::brightnesses() const
 {
     QStringList texts;
-    for (const QStringList &call : m_tools->calls(dcraw))
+    for (const QStringList &call : m_tools->calls(dcrawName))
         texts << call.value(8);
     return texts;
 }
@@ -148,7 +141,7 @@ void tst_DCRawProcess::everyPathIsConvertedAndDeliveredInOrder()
     m_manager->execute();
     QTRY_COMPARE(m_viewer->images.size(), 4);
     QStringList converted;
-    for (const QStringList &call : m_tools->calls(dcraw))
+    for (const QStringList &call : m_tools->calls(dcrawName))
         converted << call.last();
     QCOMPARE(converted, paths);
     QCOMPARE(brightnesses(), QStringList(4, QStringLiteral("4.000000")));
@@ -186,7 +179,7 @@ void tst_DCRawProcess::existingTiffIsDeliveredWithoutDcraw()
     m_manager->execute();
     QTRY_COMPARE(m_viewer->images.size(), 1);
     QCOMPARE(m_viewer->images.first(), countingBitmap(3, 5, 7).toImage());
-    QVERIFY(m_tools->calls(dcraw).isEmpty());
+    QVERIFY(m_tools->calls(dcrawName).isEmpty());
 }
 
 void tst_DCRawProcess::pathWithoutExtension()
@@ -200,7 +193,7 @@ void tst_DCRawProcess::pathWithoutExtension()
 
 void tst_DCRawProcess::failedConversionDeliversANullImage()
 {
-    m_tools->addTool(dcraw, QStringLiteral("exit 1"));
+    m_tools->addTool(dcrawName, QStringLiteral("exit 1"));
     m_unit->addFilePath(path(QStringLiteral("a.dng")));
     m_unit->addFilePath(path(QStringLiteral("b.dng")));
     m_manager->execute();
@@ -234,8 +227,8 @@ void tst_DCRawProcess::dualIsoFrameIsConvertedOnceAtTheDefaultBrightness()
     QTRY_COMPARE(m_viewer->images.size(), 2);
     // The blend makes the TIFF first; the conversion at the higher exposure finds it there.
     QCOMPARE(brightnesses(), QStringList(2, QStringLiteral("4.000000")));
-    QCOMPARE(m_tools->calls(cr2hdr), QList<QStringList>({{path(QStringLiteral("a.dng"))},
-                                                         {path(QStringLiteral("b.dng"))}}));
+    QCOMPARE(m_tools->calls(cr2hdrName), QList<QStringList>({{path(QStringLiteral("a.dng"))},
+                                                             {path(QStringLiteral("b.dng"))}}));
     QCOMPARE(m_viewer->images.last().size(), QSize(4, 2));
 }
 
@@ -254,11 +247,11 @@ void tst_DCRawProcess::dualIsoRaisesTheExposureForGood()
 
 void tst_DCRawProcess::stopAndInterruptEndDcraw()
 {
-    m_tools->addTool(dcraw, writeHalf);
+    m_tools->addTool(dcrawName, writeHalf);
     m_unit->addFilePath(path(QStringLiteral("a.dng")));
     m_unit->addFilePath(path(QStringLiteral("b.dng")));
     m_manager->execute();
-    const qint64 pid = waitForPid(dcraw);
+    const qint64 pid = waitForPid(dcrawName);
     m_manager->stop();
     m_unit->interrupt();
     QTRY_VERIFY(!processRuns(pid));
@@ -266,16 +259,16 @@ void tst_DCRawProcess::stopAndInterruptEndDcraw()
     m_manager.reset(); // waits for the worker
     deliverEvents();
     QVERIFY(m_viewer->images.isEmpty());
-    QCOMPARE(m_tools->calls(dcraw).size(), 1);
+    QCOMPARE(m_tools->calls(dcrawName).size(), 1);
 }
 
 void tst_DCRawProcess::interruptEndsCr2hdr()
 {
-    m_tools->addTool(cr2hdr, QStringLiteral("echo $$ > \"$0.pid\"; exec /bin/sleep 600"));
+    m_tools->addTool(cr2hdrName, QStringLiteral("echo $$ > \"$0.pid\"; exec /bin/sleep 600"));
     m_unit->setDualIso(true);
     m_unit->addFilePath(path(QStringLiteral("a.dng")));
     m_manager->execute();
-    const qint64 pid = waitForPid(cr2hdr);
+    const qint64 pid = waitForPid(cr2hdrName);
     m_manager->stop();
     m_unit->interrupt();
     QTRY_VERIFY(!processRuns(pid));
@@ -283,13 +276,13 @@ void tst_DCRawProcess::interruptEndsCr2hdr()
 
 void tst_DCRawProcess::convertsAgainAfterAnInterrupt()
 {
-    m_tools->addTool(dcraw, writeHalf);
+    m_tools->addTool(dcrawName, writeHalf);
     m_unit->addFilePath(path(QStringLiteral("a.dng")));
     m_manager->execute();
-    waitForPid(dcraw);
+    waitForPid(dcrawName);
     m_manager->stop();
     m_unit->interrupt();
-    m_tools->addTool(dcraw, writeFrame);
+    m_tools->addTool(dcrawName, writeFrame);
     m_unit->addFilePath(path(QStringLiteral("a.dng")));
     m_manager->execute();
     QTRY_COMPARE(m_viewer->images.size(), 1);
@@ -299,14 +292,14 @@ void tst_DCRawProcess::convertsAgainAfterAnInterrupt()
 
 void tst_DCRawProcess::destroyedManagerLeavesNoChild()
 {
-    m_tools->addTool(dcraw, writeHalf);
+    m_tools->addTool(dcrawName, writeHalf);
     m_unit->addFilePath(path(QStringLiteral("a.dng")));
     m_manager->execute();
-    const qint64 pid = waitForPid(dcraw);
+    const qint64 pid = waitForPid(dcrawName);
     m_manager.reset();
     QVERIFY(!processRuns(pid));
     QVERIFY(!QFile::exists(path(QStringLiteral("a.tiff"))));
 }
 
-QTEST_GUILESS_MAIN(tst_DCRawProcess)
+FILMWRIGHT_TEST(tst_DCRawProcess, QCoreApplication)
 #include "tst_dcrawprocess.moc"

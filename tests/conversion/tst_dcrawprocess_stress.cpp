@@ -6,6 +6,7 @@
 #include "frames.h"
 #include "sluice/slunitprocessmanager.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -112,5 +113,5 @@ void tst_DCRawProcessStress::stopAndDestroyAtAnyMoment()
         QVERIFY(!processRuns(pid.toLongLong()));
 }
 
-QTEST_GUILESS_MAIN(tst_DCRawProcessStress)
+FILMWRIGHT_TEST(tst_DCRawProcessStress, QCoreApplication)
 #include "tst_dcrawprocess_stress.moc"

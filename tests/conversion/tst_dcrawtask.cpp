@@ -2,7 +2,10 @@
 #include "conversion/dcrawarguments.h"
 #include "conversion/dcrawtask.h"
 #include "conversion/tiffbitmap.h"
+#include "fakedcraw.h"
 #include "frames.h"
+#include "runner/resources.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QFile>
@@ -15,16 +18,6 @@
 using namespace filmwright;
 
 namespace {
-
-const QString dcraw = QStringLiteral("dcraw");
-
-// Writes the frame that is kept beside the tool where dcraw would.
-const QString writeFrame =
-    QStringLiteral("for last; do :; done; cp \"$0.tiff\" \"${last%.*}.tiff\"");
-// Stands in the middle of its output until it is killed; longer than any test may take.
-const QString writeHalf = QStringLiteral(
-    "for last; do :; done; head -c 20 \"$0.tiff\" > \"${last%.*}.tiff\"; exec sleep 600");
-const QString writeFrameAndStay = writeFrame + QStringLiteral("; exec sleep 600");
 
 class Listener : public DCRawTaskProtocol
 {
@@ -89,7 +82,7 @@ void tst_DCRawTask::init()
     m_folder = std::make_unique<QTemporaryDir>();
     m_tools.reset();
     m_tools = std::make_unique<ToolFolder>();
-    m_tools->addTool(dcraw, writeFrame);
+    m_tools->addTool(dcrawName, writeFrame);
     QVERIFY(countingBitmap(4, 2).write(m_tools->path() + QStringLiteral("/dcraw.tiff")));
     m_task = DCRawTask::dcRawTask();
     m_listener = Listener();
@@ -107,7 +100,7 @@ void tst_DCRawTask::furtherArgumentsStandInFront()
 {
     m_task->setDevelop({QStringLiteral("-6"), QStringLiteral("-m"), QStringLiteral("2")});
     m_task->convertDNG();
-    QCOMPARE(m_tools->calls(dcraw),
+    QCOMPARE(m_tools->calls(dcrawName),
              (QList<QStringList>{m_task->develop() +
                                  expectedArguments(QStringLiteral("4.000000"),
                                                    path(QStringLiteral("tmp000012.dng")))}));
@@ -166,7 +159,7 @@ void tst_DCRawTask::initialState()
 void tst_DCRawTask::convertsAndReportsOnce()
 {
     m_task->convertDNG();
-    QCOMPARE(m_tools->calls(dcraw),
+    QCOMPARE(m_tools->calls(dcrawName),
              QList<QStringList>{expectedArguments(QStringLiteral("4.000000"),
                                                   path(QStringLiteral("tmp000012.dng")))});
     QVERIFY(QFile::exists(path(QStringLiteral("tmp000012.tiff"))));
@@ -179,7 +172,7 @@ void tst_DCRawTask::existingTiffIsNotConvertedAgain()
     QFile tiff(path(QStringLiteral("tmp000012.tiff")));
     QVERIFY(tiff.open(QIODevice::WriteOnly)); // whatever it holds
     m_task->convertDNG();
-    QVERIFY(m_tools->calls(dcraw).isEmpty());
+    QVERIFY(m_tools->calls(dcrawName).isEmpty());
     QCOMPARE(m_listener.tasks.size(), 1);
     QCOMPARE(tiff.size(), 0);
 }
@@ -188,14 +181,14 @@ void tst_DCRawTask::exposureReachesDcraw()
 {
     m_task->setExposure(8.0F);
     m_task->convertDNG();
-    QCOMPARE(m_tools->calls(dcraw),
+    QCOMPARE(m_tools->calls(dcrawName),
              QList<QStringList>{expectedArguments(QStringLiteral("32.000000"),
                                                   path(QStringLiteral("tmp000012.dng")))});
 }
 
 void tst_DCRawTask::failingDcrawIsReportedAllTheSame()
 {
-    m_tools->addTool(dcraw, QStringLiteral("echo no; exit 1"));
+    m_tools->addTool(dcrawName, QStringLiteral("echo no; exit 1"));
     m_task->convertDNG();
     QCOMPARE(m_listener.tasks.size(), 1);
     QVERIFY(!QFile::exists(path(QStringLiteral("tmp000012.tiff"))));
@@ -212,7 +205,7 @@ void tst_DCRawTask::missingDcrawIsReportedAllTheSame()
 
 void tst_DCRawTask::asynchronousRunReportsAtItsEnd()
 {
-    m_tools->addTool(dcraw, QStringLiteral("sleep 0.2"));
+    m_tools->addTool(dcrawName, QStringLiteral("sleep 0.2"));
     m_task->setArguments({});
     QVERIFY(m_task->startAndWaitUntilExit(false));
     QVERIFY(m_listener.tasks.isEmpty());
@@ -223,7 +216,7 @@ void tst_DCRawTask::withoutDelegate()
 {
     m_task->setDelegate(nullptr);
     m_task->convertDNG();
-    QCOMPARE(m_tools->calls(dcraw).size(), 1);
+    QCOMPARE(m_tools->calls(dcrawName).size(), 1);
 }
 
 void tst_DCRawTask::convertCancelledWhenTheTiffIsThere(qint64 tiffSize)
@@ -239,7 +232,7 @@ void tst_DCRawTask::convertCancelledWhenTheTiffIsThere(qint64 tiffSize)
 
 void tst_DCRawTask::cancelRemovesTheHalfWrittenTiff()
 {
-    m_tools->addTool(dcraw, writeHalf);
+    m_tools->addTool(dcrawName, writeHalf);
     convertCancelledWhenTheTiffIsThere(20);
     QVERIFY(!QFile::exists(path(QStringLiteral("tmp000012.tiff"))));
     QCOMPARE(m_listener.tasks.size(), 1);
@@ -247,7 +240,7 @@ void tst_DCRawTask::cancelRemovesTheHalfWrittenTiff()
 
 void tst_DCRawTask::cancelKeepsAWholeTiff()
 {
-    m_tools->addTool(dcraw, writeFrameAndStay);
+    m_tools->addTool(dcrawName, writeFrame + QStringLiteral("; exec sleep 600"));
     convertCancelledWhenTheTiffIsThere(
         QFile(m_tools->path() + QStringLiteral("/dcraw.tiff")).size());
     QVERIFY(TiffBitmap::isWhole(path(QStringLiteral("tmp000012.tiff"))));
@@ -257,7 +250,7 @@ void tst_DCRawTask::cancelledBeforehandRunsNothing()
 {
     m_task->requestCancel();
     m_task->convertDNG();
-    QVERIFY(m_tools->calls(dcraw).isEmpty());
+    QVERIFY(m_tools->calls(dcrawName).isEmpty());
     QCOMPARE(m_listener.tasks.size(), 1);
 }
 
@@ -295,5 +288,5 @@ void tst_DCRawTask::realDcrawConvertsADng()
     QVERIFY(!TiffBitmap::isWhole(tiff));
 }
 
-QTEST_GUILESS_MAIN(tst_DCRawTask)
+FILMWRIGHT_TEST(tst_DCRawTask, QCoreApplication)
 #include "tst_dcrawtask.moc"

@@ -4,6 +4,7 @@
 #include "frames.h"
 #include "mergereference.h"
 #include "support/logcapture.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -387,5 +388,5 @@ void tst_HDRDualImagesMerge::sharedBytesAreCopied()
     QVERIFY(first.bytes() != copy.bytes());
 }
 
-QTEST_GUILESS_MAIN(tst_HDRDualImagesMerge)
+FILMWRIGHT_TEST(tst_HDRDualImagesMerge, QCoreApplication)
 #include "tst_hdrdualimagesmerge.moc"

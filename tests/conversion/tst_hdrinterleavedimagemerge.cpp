@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "conversion/hdrinterleavedimagemerge.h"
 #include "frames.h"
+#include "runner/resources.h"
 #include "support/logcapture.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QFile>
@@ -10,13 +12,6 @@
 #include <QThread>
 
 using namespace filmwright;
-
-namespace {
-
-const QString dcraw = QStringLiteral("dcraw");
-const QString cr2hdr = QStringLiteral("cr2hdr");
-
-} // namespace
 
 class tst_HDRInterleavedImageMerge : public QObject
 {
@@ -56,9 +51,10 @@ void tst_HDRInterleavedImageMerge::init()
     m_folder = std::make_unique<QTemporaryDir>();
     m_tools.reset();
     m_tools = std::make_unique<ToolFolder>();
-    m_tools->addTool(dcraw, QStringLiteral("for last; do :; done; echo tiff > \"${last%.*}.tiff\"; "
-                                           "echo dcraw >> \"${0%/*}/order\""));
-    m_tools->addTool(cr2hdr, QStringLiteral("echo cr2hdr >> \"${0%/*}/order\""));
+    m_tools->addTool(dcrawName,
+                     QStringLiteral("for last; do :; done; echo tiff > \"${last%.*}.tiff\"; "
+                                    "echo dcraw >> \"${0%/*}/order\""));
+    m_tools->addTool(cr2hdrName, QStringLiteral("echo cr2hdr >> \"${0%/*}/order\""));
     m_dng = m_folder->filePath(QStringLiteral("tmp000000.dng"));
 }
 
@@ -68,9 +64,9 @@ void tst_HDRInterleavedImageMerge::convertsAtTheDefaultBrightnessAndThenBlends()
     merge.setImagePath(m_dng);
     merge.hdrMerge();
     QCOMPARE(contents(toolFile(QStringLiteral("order"))), QByteArray("dcraw\ncr2hdr\n"));
-    QCOMPARE(m_tools->calls(dcraw).size(), 1);
-    QCOMPARE(m_tools->calls(dcraw).first().value(8), QStringLiteral("4.000000"));
-    QCOMPARE(m_tools->calls(cr2hdr), QList<QStringList>{{m_dng}});
+    QCOMPARE(m_tools->calls(dcrawName).size(), 1);
+    QCOMPARE(m_tools->calls(dcrawName).first().value(8), QStringLiteral("4.000000"));
+    QCOMPARE(m_tools->calls(cr2hdrName), QList<QStringList>{{m_dng}});
     QCOMPARE(contents(m_folder->filePath(QStringLiteral("tmp000000.tiff"))), QByteArray("tiff\n"));
 }
 
@@ -86,7 +82,7 @@ void tst_HDRInterleavedImageMerge::existingTiffIsKept()
 
 void tst_HDRInterleavedImageMerge::environmentIsThePathOfItsFolderOnly()
 {
-    m_tools->addTool(cr2hdr, QStringLiteral("/bin/cat /proc/$$/environ > \"$0.env\""));
+    m_tools->addTool(cr2hdrName, QStringLiteral("/bin/cat /proc/$$/environ > \"$0.env\""));
     HDRInterleavedImageMerge merge;
     merge.setImagePath(m_dng);
     merge.hdrMerge();
@@ -96,7 +92,7 @@ void tst_HDRInterleavedImageMerge::environmentIsThePathOfItsFolderOnly()
 
 void tst_HDRInterleavedImageMerge::linesAreLogged()
 {
-    m_tools->addTool(cr2hdr, QStringLiteral("echo 'one : 1'; echo 'two : 2' >&2"));
+    m_tools->addTool(cr2hdrName, QStringLiteral("echo 'one : 1'; echo 'two : 2' >&2"));
     HDRInterleavedImageMerge merge;
     merge.setImagePath(m_dng);
     const LogCapture log;
@@ -107,7 +103,7 @@ void tst_HDRInterleavedImageMerge::linesAreLogged()
 
 void tst_HDRInterleavedImageMerge::percentSignsAreReadAsAFormat()
 {
-    m_tools->addTool(cr2hdr, QStringLiteral("echo '50%% of %s'"));
+    m_tools->addTool(cr2hdrName, QStringLiteral("echo '50%% of %s'"));
     HDRInterleavedImageMerge merge;
     merge.setImagePath(m_dng);
     const LogCapture log;
@@ -117,8 +113,9 @@ void tst_HDRInterleavedImageMerge::percentSignsAreReadAsAFormat()
 
 void tst_HDRInterleavedImageMerge::unfinishedLineOfOneFrameIsNotPutBeforeTheNext()
 {
-    m_tools->addTool(cr2hdr, QStringLiteral("if test -e \"$0.second\"; then echo whole; else : > "
-                                            "\"$0.second\"; printf half; fi"));
+    m_tools->addTool(cr2hdrName,
+                     QStringLiteral("if test -e \"$0.second\"; then echo whole; else : > "
+                                    "\"$0.second\"; printf half; fi"));
     HDRInterleavedImageMerge merge;
     merge.setImagePath(m_dng);
     const LogCapture log;
@@ -129,7 +126,7 @@ void tst_HDRInterleavedImageMerge::unfinishedLineOfOneFrameIsNotPutBeforeTheNext
 
 void tst_HDRInterleavedImageMerge::missingToolIsPassedOver()
 {
-    QVERIFY(QFile::remove(toolFile(cr2hdr)));
+    QVERIFY(QFile::remove(toolFile(cr2hdrName)));
     const QByteArray path = qgetenv("PATH");
     qputenv("PATH", m_tools->path().toUtf8()); // in case one is installed
     HDRInterleavedImageMerge merge;
@@ -145,17 +142,17 @@ void tst_HDRInterleavedImageMerge::cancelledRunsNothing()
     merge.setImagePath(m_dng);
     merge.requestCancel();
     merge.hdrMerge();
-    QVERIFY(m_tools->calls(dcraw).isEmpty());
-    QVERIFY(m_tools->calls(cr2hdr).isEmpty());
+    QVERIFY(m_tools->calls(dcrawName).isEmpty());
+    QVERIFY(m_tools->calls(cr2hdrName).isEmpty());
     merge.clearCancelRequest();
     merge.hdrMerge();
-    QCOMPARE(m_tools->calls(cr2hdr).size(), 1);
+    QCOMPARE(m_tools->calls(cr2hdrName).size(), 1);
 }
 
 void tst_HDRInterleavedImageMerge::cancelEndsARunningTool()
 {
     const QString running = toolFile(QStringLiteral("running"));
-    m_tools->addTool(cr2hdr, QStringLiteral(": > '%1'; exec /bin/sleep 1000").arg(running));
+    m_tools->addTool(cr2hdrName, QStringLiteral(": > '%1'; exec /bin/sleep 1000").arg(running));
     HDRInterleavedImageMerge merge;
     merge.setImagePath(m_dng);
     const std::unique_ptr<QThread> canceller(QThread::create([&] {
@@ -169,5 +166,5 @@ void tst_HDRInterleavedImageMerge::cancelEndsARunningTool()
     QVERIFY(QFile::exists(running));
 }
 
-QTEST_GUILESS_MAIN(tst_HDRInterleavedImageMerge)
+FILMWRIGHT_TEST(tst_HDRInterleavedImageMerge, QCoreApplication)
 #include "tst_hdrinterleavedimagemerge.moc"

@@ -2,6 +2,8 @@
 #include "conversion/mergepixels.h"
 #include "mergereference.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <hwy/targets.h>
@@ -25,18 +27,12 @@ class tst_MergePixels : public QObject
 private Q_SLOTS:
     void cleanup();
 
-    void latticePairsEqualTheReference_data() { addInstructionSets(); }
     void latticePairsEqualTheReference();
-    void randomPixelsEqualTheReference_data() { addInstructionSets(); }
     void randomPixelsEqualTheReference();
-    void neighbouringValuesEqualTheReference_data() { addInstructionSets(); }
     void neighbouringValuesEqualTheReference();
-    void everyCountEqualsTheReference_data() { addInstructionSets(); }
     void everyCountEqualsTheReference();
     void resultMayBeTheFirst();
-    void deepPixelsEqualTheReference_data() { addInstructionSets(); }
     void deepPixelsEqualTheReference();
-    void everyCountOfDeepPixelsEqualsTheReference_data() { addInstructionSets(); }
     void everyCountOfDeepPixelsEqualsTheReference();
     void deepPixelsHaveTheLookOfShallowOnes();
 
@@ -45,10 +41,6 @@ private Q_SLOTS:
     void blackStaysBlack();
     void choiceOfColour_data();
     void choiceOfColour();
-
-private:
-    static void addInstructionSets();
-    static void useInstructionSet();
 };
 
 namespace {
@@ -60,54 +52,50 @@ Pixel merged(const Pixel &first, const Pixel &second)
     return result;
 }
 
-// Fails at the first pixel that differs from the reference.
+/// 0: the best again.
+void useInstructionSet(std::int64_t target)
+{
+    hwy::SetSupportedTargetsForTest(target);
+    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+}
+
+// Fails at the first pixel that differs from the reference with one of the processor's instruction
+// sets.
 template <typename Samples>
 void compareWithReference(const Samples &first, const Samples &second)
 {
     const std::size_t count = first.size() / 3;
     Samples expected(first.size());
-    Samples result(first.size(), 77);
     mergeReference(first.data(), second.data(), expected.data(), count);
-    mergePixels(first.data(), second.data(), result.data(), count);
-    const auto [wrong, right] = std::mismatch(result.begin(), result.end(), expected.begin());
-    if (wrong == result.end())
-        return;
-    const auto pixel = (wrong - result.begin()) / 3 * 3;
-    const auto text = [pixel](const Samples &samples) {
-        const auto *p = samples.data() + pixel;
-        return QStringLiteral("(%1, %2, %3)").arg(p[0]).arg(p[1]).arg(p[2]);
-    };
-    QFAIL(qPrintable(text(first) + QStringLiteral(" and ") + text(second) +
-                     QStringLiteral(" give ") + text(result) + QStringLiteral(" instead of ") +
-                     text(expected)));
+    useInstructionSet(0); // or only the last one would be among those that are supported
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
+        useInstructionSet(target);
+        Samples result(first.size(), 77);
+        mergePixels(first.data(), second.data(), result.data(), count);
+        if (result == expected)
+            continue;
+        const auto wrong = std::mismatch(result.begin(), result.end(), expected.begin()).first;
+        const auto pixel = (wrong - result.begin()) / 3 * 3;
+        const auto text = [pixel](const Samples &samples) {
+            const auto *p = samples.data() + pixel;
+            return QStringLiteral("(%1, %2, %3)").arg(p[0]).arg(p[1]).arg(p[2]);
+        };
+        QFAIL(qPrintable(QStringLiteral("%1: %2 and %3 give %4 instead of %5")
+                             .arg(QLatin1String(hwy::TargetName(target)), text(first), text(second),
+                                  text(result), text(expected))));
+    }
 }
 
 } // namespace
 
-void tst_MergePixels::addInstructionSets()
-{
-    QTest::addColumn<qint64>("target");
-    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets())
-        QTest::newRow(hwy::TargetName(target)) << qint64(target);
-}
-
-void tst_MergePixels::useInstructionSet()
-{
-    QFETCH(qint64, target);
-    hwy::SetSupportedTargetsForTest(target);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-}
-
 void tst_MergePixels::cleanup()
 {
-    hwy::SetSupportedTargetsForTest(0);
-    hwy::GetChosenTarget().Update(hwy::SupportedTargets());
+    useInstructionSet(0);
 }
 
 // 16 levels a sample, the bounds of the choice among them, make 4096 colours and 2^24 pairs.
 void tst_MergePixels::latticePairsEqualTheReference()
 {
-    useInstructionSet();
     constexpr std::uint8_t levels[16] = {0,   1,   2,   31,  62,  63,  64,  65,
                                          100, 127, 128, 160, 200, 253, 254, 255};
     Bytes colours;
@@ -117,9 +105,9 @@ void tst_MergePixels::latticePairsEqualTheReference()
                 colours.insert(colours.end(), {red, green, blue});
     }
     for (std::size_t i = 0; i < colours.size(); i += 3) {
-        Bytes first;
-        while (first.size() < colours.size())
-            first.insert(first.end(), {colours[i], colours[i + 1], colours[i + 2]});
+        Bytes first(colours.size());
+        for (std::size_t k = 0; k < first.size(); k += 3)
+            std::memcpy(first.data() + k, colours.data() + i, 3);
         compareWithReference(first, colours);
         if (QTest::currentTestFailed())
             return;
@@ -128,7 +116,6 @@ void tst_MergePixels::latticePairsEqualTheReference()
 
 void tst_MergePixels::randomPixelsEqualTheReference()
 {
-    useInstructionSet();
     std::mt19937 generator(20240611);
     const auto fill = [&](Bytes &bytes) {
         for (std::size_t i = 0; i < bytes.size(); i += 4) {
@@ -150,7 +137,6 @@ void tst_MergePixels::randomPixelsEqualTheReference()
 // Pairs as they come in films: nearly the same colour twice, where the choice hangs by one step.
 void tst_MergePixels::neighbouringValuesEqualTheReference()
 {
-    useInstructionSet();
     std::mt19937 generator(7);
     Bytes first(3000000);
     Bytes second(first.size());
@@ -164,7 +150,6 @@ void tst_MergePixels::neighbouringValuesEqualTheReference()
 
 void tst_MergePixels::everyCountEqualsTheReference()
 {
-    useInstructionSet();
     std::mt19937 generator(3);
     for (std::size_t count = 0; count <= 200; ++count) {
         Bytes first(3 * count);
@@ -193,7 +178,6 @@ void tst_MergePixels::resultMayBeTheFirst()
 // Random ones, and pairs of nearly the same colour, where the choice hangs by one step.
 void tst_MergePixels::deepPixelsEqualTheReference()
 {
-    useInstructionSet();
     std::mt19937 generator(11);
     DeepSamples first(3000000);
     DeepSamples second(first.size());
@@ -207,7 +191,6 @@ void tst_MergePixels::deepPixelsEqualTheReference()
 
 void tst_MergePixels::everyCountOfDeepPixelsEqualsTheReference()
 {
-    useInstructionSet();
     std::mt19937 generator(13);
     for (std::size_t count = 0; count <= 100; ++count) {
         DeepSamples first(3 * count);
@@ -309,5 +292,5 @@ void tst_MergePixels::choiceOfColour()
     QCOMPARE(result[0] > result[2], takesFirst);
 }
 
-QTEST_APPLESS_MAIN(tst_MergePixels)
+FILMWRIGHT_TEST(tst_MergePixels, QCoreApplication)
 #include "tst_mergepixels.moc"

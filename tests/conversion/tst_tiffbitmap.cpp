@@ -2,6 +2,7 @@
 #include "conversion/tiffbitmap.h"
 #include "frames.h"
 #include "support/fulldisk.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -360,5 +361,5 @@ void tst_TiffBitmap::otherBitmapsComeBackAsTheyAre()
     QVERIFY(TiffBitmap().eightBits().isEmpty());
 }
 
-QTEST_GUILESS_MAIN(tst_TiffBitmap)
+FILMWRIGHT_TEST(tst_TiffBitmap, QCoreApplication)
 #include "tst_tiffbitmap.moc"

@@ -2,6 +2,7 @@
 #include "desktop/applicationservice.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
+#include "support/testprogram.h"
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
@@ -198,5 +199,5 @@ void TestApplicationService::nobodyTakesOver()
     QVERIFY(!ApplicationService::handOver({QStringLiteral("/clip.MLV")}));
 }
 
-QTEST_GUILESS_MAIN(TestApplicationService)
+FILMWRIGHT_TEST(TestApplicationService, QCoreApplication)
 #include "tst_applicationservice.moc"

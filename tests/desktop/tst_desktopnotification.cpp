@@ -2,6 +2,7 @@
 #include "desktop/desktopnotification.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -68,5 +69,5 @@ void TestDesktopNotification::withoutAServiceALineSaysSo()
         LogCapture::lines().first().startsWith(QStringLiteral("No notification can be shown: ")));
 }
 
-QTEST_GUILESS_MAIN(TestDesktopNotification)
+FILMWRIGHT_TEST(TestDesktopNotification, QCoreApplication)
 #include "tst_desktopnotification.moc"

@@ -2,6 +2,7 @@
 #include "desktop/displaysleep.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -70,5 +71,5 @@ void TestDisplaySleep::grantAfterTheWaitIsTakenBack()
     QTRY_VERIFY(!screenSaver.lastCallerIsThere());
 }
 
-QTEST_GUILESS_MAIN(TestDisplaySleep)
+FILMWRIGHT_TEST(TestDisplaySleep, QCoreApplication)
 #include "tst_displaysleep.moc"

@@ -2,6 +2,7 @@
 #include "desktop/filereveal.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
+#include "support/testprogram.h"
 
 #include <QDesktopServices>
 #include <QTest>
@@ -113,5 +114,5 @@ void TestFileReveal::nothingThatShowsItIsTold()
                  QStringList{QStringLiteral("No file manager was found that shows /footage")});
 }
 
-QTEST_GUILESS_MAIN(TestFileReveal)
+FILMWRIGHT_TEST(TestFileReveal, QCoreApplication)
 #include "tst_filereveal.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/launcherprogress.h"
 #include "support/launcherlistener.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -33,5 +34,5 @@ void TestLauncherProgress::progressIsShownAndTakenAway()
                  QStringList({QStringLiteral("0.25 shown"), QStringLiteral("0 hidden")}));
 }
 
-QTEST_GUILESS_MAIN(TestLauncherProgress)
+FILMWRIGHT_TEST(TestLauncherProgress, QCoreApplication)
 #include "tst_launcherprogress.moc"

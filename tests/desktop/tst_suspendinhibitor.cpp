@@ -2,6 +2,7 @@
 #include "desktop/suspendinhibitor.h"
 #include "support/logcapture.h"
 #include "support/standinservice.h"
+#include "support/testprogram.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -191,5 +192,5 @@ void TestSuspendInhibitor::withoutEitherALineSaysSo()
         QStringLiteral("The machine may suspend during a batch: ")));
 }
 
-QTEST_GUILESS_MAIN(TestSuspendInhibitor)
+FILMWRIGHT_TEST(TestSuspendInhibitor, QCoreApplication)
 #include "tst_suspendinhibitor.moc"

@@ -6,6 +6,7 @@
 #include "desktop/suspendinhibitor.h"
 #include "support/events.h"
 #include "support/logcapture.h"
+#include "support/testprogram.h"
 
 #include <QDesktopServices>
 #include <QTest>
@@ -84,5 +85,5 @@ void TestWithoutBus::folderIsOpenedInstead()
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
 }
 
-QTEST_GUILESS_MAIN(TestWithoutBus)
+FILMWRIGHT_TEST(TestWithoutBus, QCoreApplication)
 #include "tst_withoutbus.moc"

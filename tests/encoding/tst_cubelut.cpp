@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "encoding/cubelut.h"
 
+#include "support/testprogram.h"
+
 #include <QFile>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -131,5 +133,5 @@ private:
     QString m_path;
 };
 
-QTEST_GUILESS_MAIN(TestCubeLut)
+FILMWRIGHT_TEST(TestCubeLut, QCoreApplication)
 #include "tst_cubelut.moc"

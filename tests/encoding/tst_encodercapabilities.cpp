@@ -2,6 +2,7 @@
 #include "encoding/encodercapabilities.h"
 #include "encoding/ffmpegtask.h"
 #include "support/logcapture.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QTest>
@@ -176,5 +177,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestEncoderCapabilities)
+FILMWRIGHT_TEST(TestEncoderCapabilities, QCoreApplication)
 #include "tst_encodercapabilities.moc"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "encoding/ffmpegtask.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QFile>
@@ -263,5 +264,5 @@ void TestFFmpegTask::progressIsTheLastFrameNumber()
     QCOMPARE(m_task->encodedFrames(), 12U);
 }
 
-QTEST_GUILESS_MAIN(TestFFmpegTask)
+FILMWRIGHT_TEST(TestFFmpegTask, QCoreApplication)
 #include "tst_ffmpegtask.moc"

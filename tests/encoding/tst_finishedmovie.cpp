@@ -6,6 +6,7 @@
 #include "encoding/recipemovie.h"
 #include "support/fakemovie.h"
 #include "support/programrun.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -224,5 +225,5 @@ void TestFinishedMovie::noMovie()
     QCOMPARE(framesOfFinishedMovie(file(QStringLiteral("nowhere.mov"))), std::nullopt);
 }
 
-QTEST_GUILESS_MAIN(TestFinishedMovie)
+FILMWRIGHT_TEST(TestFinishedMovie, QCoreApplication)
 #include "tst_finishedmovie.moc"

@@ -3,6 +3,9 @@
 #include "encoding/recipes.h"
 #include "encoding/shellwords.h"
 
+#include "support/testprogram.h"
+#include "support/words.h"
+
 #include <QDir>
 #include <QFile>
 #include <QStandardPaths>
@@ -23,11 +26,6 @@ const QByteArray good = "[Recipe]\n"
                         "Develop=-6\n"
                         "Video=-c:v prores_ks -profile:v hq -pix_fmt yuv422p10le\n"
                         "Sound=-c:a pcm_s16le\n";
-
-QStringList words(const char *text)
-{
-    return QString::fromUtf8(text).split(QLatin1Char(' '));
-}
 
 } // namespace
 
@@ -438,5 +436,5 @@ void TestRecipe::moviePath()
     QCOMPARE(moviePathFor(QStringLiteral("/a/b.c.MLV"), raw), QStringLiteral("/a/b.c"));
 }
 
-QTEST_GUILESS_MAIN(TestRecipe)
+FILMWRIGHT_TEST(TestRecipe, QCoreApplication)
 #include "tst_recipe.moc"

@@ -2,7 +2,9 @@
 #include "encoding/ffmpegtask.h"
 #include "encoding/framerate.h"
 #include "encoding/recipemovie.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
+#include "support/words.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -12,11 +14,6 @@
 using namespace filmwright;
 
 namespace {
-
-QStringList words(const QString &text)
-{
-    return text.split(QLatin1Char(' '));
-}
 
 RecipeMovie plainMovie()
 {
@@ -297,5 +294,5 @@ void TestRecipeMovie::taskMakesTheMovieByTheRecipe()
     QTRY_VERIFY(!task->isRunning());
 }
 
-QTEST_GUILESS_MAIN(TestRecipeMovie)
+FILMWRIGHT_TEST(TestRecipeMovie, QCoreApplication)
 #include "tst_recipemovie.moc"

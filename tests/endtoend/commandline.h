@@ -5,6 +5,10 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+inline const QString convert = QStringLiteral("convert");
+inline const QString asJson = QStringLiteral("--json");
+inline const QString mlvDump = QStringLiteral("mlv_dump");
+
 /// One run of filmwright-cli in a temporary folder of its own.
 class CommandLine
 {

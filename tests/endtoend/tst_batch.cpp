@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -15,7 +16,6 @@
 
 namespace {
 
-const QString convert = QStringLiteral("convert");
 const QString smallClip = QStringLiteral("--size 128x72 --frames 3 --no-sound");
 
 } // namespace
@@ -313,5 +313,5 @@ void TestBatch::strangeFileNames()
     QCOMPARE(cli.status(), 0);
 }
 
-QTEST_GUILESS_MAIN(TestBatch)
+FILMWRIGHT_TEST(TestBatch, QCoreApplication)
 #include "tst_batch.moc"

@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -10,12 +11,6 @@
 #include <QTest>
 
 #include <algorithm>
-
-namespace {
-
-const QString mlvDump = QStringLiteral("mlv_dump");
-
-} // namespace
 
 class TestCalibratedMovie : public QObject
 {
@@ -161,5 +156,5 @@ void TestCalibratedMovie::hotPixelsAreGone()
              qPrintable(QStringLiteral("%1, %2").arg(calibrated).arg(uncalibrated)));
 }
 
-QTEST_GUILESS_MAIN(TestCalibratedMovie)
+FILMWRIGHT_TEST(TestCalibratedMovie, QCoreApplication)
 #include "tst_calibratedmovie.moc"

@@ -2,8 +2,11 @@
 // Folders of raw frames and their sound, made by the real tools, and what readers say of them.
 
 #include "commandline.h"
+#include "metadata.h"
 #include "sample.h"
+#include "support/filecontent.h"
 #include "support/programrun.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -17,26 +20,7 @@
 
 namespace {
 
-constexpr int frames = 6;
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-/// What exiftool reads of a file, numbers as numbers.
-QJsonObject exifOf(const QString &path, const QStringList &options = {})
-{
-    const QByteArray json =
-        outputOf(QStringLiteral("exiftool"), options + QStringList{QStringLiteral("-j"), path});
-    return QJsonDocument::fromJson(json).array().first().toObject();
-}
-
-QString text(const QJsonObject &object, const char *key)
-{
-    return object.value(QLatin1String(key)).toVariant().toString();
-}
+constexpr int rawFrameCount = 6;
 
 QStringList entriesOf(const QString &folder)
 {
@@ -80,8 +64,8 @@ private:
     }
     bool sample(const QString &options = {}) const
     {
-        return writeSample(clip(),
-                           QStringLiteral("--size 320x192 --frames %1 ").arg(frames) + options);
+        return writeSample(
+            clip(), QStringLiteral("--size 320x192 --frames %1 ").arg(rawFrameCount) + options);
     }
     static QStringList arguments(const QStringList &more)
     {
@@ -92,7 +76,7 @@ private:
     QStringList names() const
     {
         QStringList all{QStringLiteral("clip.wav")};
-        for (int number = 0; number < frames; ++number)
+        for (int number = 0; number < rawFrameCount; ++number)
             all << QFileInfo(frame(number)).fileName();
         return all;
     }
@@ -156,12 +140,12 @@ void TestCinemaDng::everyRate()
     QVERIFY(cli.run(arguments({clip()})));
     QCOMPARE(cli.status(), 0);
     const QJsonObject tags =
-        exifOf(frame(frames - 1), {QStringLiteral("-validate"), QStringLiteral("-warning")});
+        exifOf(frame(rawFrameCount - 1), {QStringLiteral("-validate"), QStringLiteral("-warning")});
     QCOMPARE(text(tags, "Validate"), QStringLiteral("OK"));
     // It prints ten digits.
-    const QJsonObject all = exifOf(frame(frames - 1), {QStringLiteral("-n")});
+    const QJsonObject all = exifOf(frame(rawFrameCount - 1), {QStringLiteral("-n")});
     // exiftool shows no field bit.
-    QTEST(text(exifOf(frame(frames - 1)), "TimeCodes"), "timeCode");
+    QTEST(text(exifOf(frame(rawFrameCount - 1)), "TimeCodes"), "timeCode");
     QVERIFY(std::abs(all.value(QStringLiteral("FrameRate")).toDouble() - rate) < 1e-7);
     QCOMPARE(text(all, "ReelName"), QStringLiteral("clip"));
     QCOMPARE(text(all, "UniqueCameraModel"), QStringLiteral("Filmwright Sample"));
@@ -211,7 +195,7 @@ void TestCinemaDng::framesDevelopAsThoseOfAnOrdinaryRun()
     QVERIFY(ordinary.run(QStringList{QStringLiteral("convert"), QStringLiteral("--temp-dir"),
                                      work.path(), QStringLiteral("--keep-temp")} +
                          choices + QStringList{clip()}));
-    for (int number = 0; number < frames; ++number) {
+    for (int number = 0; number < rawFrameCount; ++number) {
         QCOMPARE(QProcess::execute(realTool(QStringLiteral("dcraw")),
                                    {QStringLiteral("-H"), QStringLiteral("3"), QStringLiteral("-q"),
                                     QStringLiteral("3"), QStringLiteral("-w"), QStringLiteral("-W"),
@@ -308,27 +292,27 @@ void TestCinemaDng::neitherDcrawNorFfmpegIsNeeded()
 void TestCinemaDng::existingFolder()
 {
     QVERIFY(sample());
-    const auto convert = [this](const QStringList &more) {
+    const auto outputOfRun = [this](const QStringList &more) {
         CommandLine cli;
         return cli.run(arguments(more + QStringList{clip()})) ? cli.output() : QStringList{};
     };
     const QStringList skip{QStringLiteral("--existing"), QStringLiteral("skip")};
     const QStringList folder{path(QStringLiteral("clip"))};
-    QCOMPARE(convert({}), folder);
-    QCOMPARE(convert(skip), QStringList());
-    QVERIFY(QFile::remove(frame(frames - 1)));
-    QCOMPARE(convert(skip), folder); // it had lost a frame
+    QCOMPARE(outputOfRun({}), folder);
+    QCOMPARE(outputOfRun(skip), QStringList());
+    QVERIFY(QFile::remove(frame(rawFrameCount - 1)));
+    QCOMPARE(outputOfRun(skip), folder); // it had lost a frame
     QVERIFY(QFile::remove(path(QStringLiteral("clip/clip.wav"))));
-    QCOMPARE(convert(skip), folder); // it had lost its sound
+    QCOMPARE(outputOfRun(skip), folder); // it had lost its sound
     QVERIFY(QFile::resize(frame(2), 1000));
-    QCOMPARE(convert(skip), folder); // a frame was cut off
+    QCOMPARE(outputOfRun(skip), folder); // a frame was cut off
     const QStringList black{QStringLiteral("--black-level"), QStringLiteral("1000")};
-    QCOMPARE(convert(skip + black), folder); // made with another choice
-    QCOMPARE(convert(skip + black), QStringList());
-    QCOMPARE(convert({QStringLiteral("--existing"), QStringLiteral("keep")}),
+    QCOMPARE(outputOfRun(skip + black), folder); // made with another choice
+    QCOMPARE(outputOfRun(skip + black), QStringList());
+    QCOMPARE(outputOfRun({QStringLiteral("--existing"), QStringLiteral("keep")}),
              QStringList{path(QStringLiteral("clip-2"))});
     QCOMPARE(entriesOf(path(QStringLiteral("clip-2"))).constFirst(), QStringLiteral("clip-2.wav"));
-    QCOMPARE(convert({}), folder);
+    QCOMPARE(outputOfRun({}), folder);
     QCOMPARE(entriesOf(folder.constFirst()), names());
 }
 
@@ -384,7 +368,7 @@ void TestCinemaDng::reportNamesTheFolder()
     const QJsonObject recording =
         report.value(QStringLiteral("recordings")).toArray().first().toObject();
     QCOMPARE(text(recording, "movie"), path(QStringLiteral("clip")));
-    QCOMPARE(recording.value(QStringLiteral("frames")).toInt(), frames);
+    QCOMPARE(recording.value(QStringLiteral("frames")).toInt(), rawFrameCount);
 }
 
 void TestCinemaDng::interruptedRunLeavesNothing()
@@ -486,7 +470,7 @@ void TestCinemaDng::keptWorkOfAnotherChoiceStays()
         QVERIFY(cli.waitForEnd());
     }
     const QStringList before = entriesOf(kept);
-    QVERIFY(before.size() >= 2 * frames);
+    QVERIFY(before.size() >= 2 * rawFrameCount);
     CommandLine cli;
     QVERIFY(cli.run(arguments({QStringLiteral("--temp-dir"), work, clip()})));
     QCOMPARE(cli.output(), QStringList{path(QStringLiteral("clip"))});
@@ -495,5 +479,5 @@ void TestCinemaDng::keptWorkOfAnotherChoiceStays()
     QCOMPARE(text(exifOf(frame(0)), "TimeCodes"), QStringLiteral("14:30:00.00"));
 }
 
-QTEST_GUILESS_MAIN(TestCinemaDng)
+FILMWRIGHT_TEST(TestCinemaDng, QCoreApplication)
 #include "tst_cinemadng.moc"

@@ -4,6 +4,8 @@
 #include "commandline.h"
 #include "sample.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QJsonArray>
@@ -147,5 +149,5 @@ void TestDestination::existingMovieIsKept()
              QStringList{card(QStringLiteral("clip-2.mov"))});
 }
 
-QTEST_GUILESS_MAIN(TestDestination)
+FILMWRIGHT_TEST(TestDestination, QCoreApplication)
 #include "tst_destination.moc"

@@ -4,7 +4,9 @@
 #include "commandline.h"
 #include "sample.h"
 #include "support/programrun.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
+#include "support/words.h"
 
 #include <QDir>
 #include <QFile>
@@ -18,11 +20,6 @@
 #include <csignal>
 
 namespace {
-
-QStringList words(const QString &text)
-{
-    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-}
 
 QByteArray decoded(const QString &movie, const QString &options)
 {
@@ -520,5 +517,5 @@ void TestDevelopment::wrongChoicesAreRefusedBeforeTheWork()
                                          reason.replace(QLatin1String("LOOK"), look)});
 }
 
-QTEST_GUILESS_MAIN(TestDevelopment)
+FILMWRIGHT_TEST(TestDevelopment, QCoreApplication)
 #include "tst_development.moc"

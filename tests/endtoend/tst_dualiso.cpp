@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -16,8 +17,8 @@
 
 namespace {
 
-constexpr int width = 320;
-constexpr int height = 192;
+constexpr int dualWidth = 320;
+constexpr int dualHeight = 192;
 
 double mean(const char *begin, qsizetype count)
 {
@@ -45,12 +46,12 @@ double rowPattern(const QByteArray &frame)
 {
     double cosine = 0;
     double sine = 0;
-    for (int row = 0; row < height; ++row) {
-        const double value = mean(frame.constData() + row * width, width);
+    for (int row = 0; row < dualHeight; ++row) {
+        const double value = mean(frame.constData() + row * dualWidth, dualWidth);
         cosine += value * std::cos(M_PI / 2 * row);
         sine += value * std::sin(M_PI / 2 * row);
     }
-    return std::hypot(cosine, sine) / height;
+    return std::hypot(cosine, sine) / dualHeight;
 }
 
 const QString size = QStringLiteral("--size 320x192 --fps 24 ");
@@ -178,5 +179,5 @@ void TestDualIso::singleFrameFailsWithoutAMovie()
     QVERIFY(!QFile::exists(path("one.mov")));
 }
 
-QTEST_GUILESS_MAIN(TestDualIso)
+FILMWRIGHT_TEST(TestDualIso, QCoreApplication)
 #include "tst_dualiso.moc"

@@ -4,6 +4,7 @@
 #include "commandline.h"
 #include "sample.h"
 #include "support/sshmachines.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -149,5 +150,5 @@ void TestFarm::arrayJobConvertsOneRecordingATask()
     QCOMPARE(cli.messages(), QStringList{QStringLiteral("no recording has the number 3")});
 }
 
-QTEST_GUILESS_MAIN(TestFarm)
+FILMWRIGHT_TEST(TestFarm, QCoreApplication)
 #include "tst_farm.moc"

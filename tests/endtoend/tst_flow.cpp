@@ -3,6 +3,8 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/filecontent.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -13,8 +15,8 @@
 
 namespace {
 
-constexpr int width = 320;
-constexpr int height = 192;
+constexpr int flowWidth = 320;
+constexpr int flowHeight = 192;
 constexpr int fewFrames = 18;
 constexpr int manyFrames = 66;
 
@@ -23,13 +25,7 @@ QString bufferOf(int frames)
 {
     constexpr double samples = 14.0 / 8 + 6;
     constexpr int besideSamples = 2 * 8192;
-    return QString::number(frames * qint64(width * height * samples + besideSamples));
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return QString::number(frames * qint64(flowWidth * flowHeight * samples + besideSamples));
 }
 
 } // namespace
@@ -62,7 +58,8 @@ void TestFlow::writeRecipe(const char *name, const char *lines) const
 
 void TestFlow::initTestCase()
 {
-    const QString size = QStringLiteral("--size %1x%2 --fps 23.976 ").arg(width).arg(height);
+    const QString size =
+        QStringLiteral("--size %1x%2 --fps 23.976 ").arg(flowWidth).arg(flowHeight);
     const QString few = size + QStringLiteral("--frames %1 ").arg(fewFrames);
     QVERIFY(writeSample(path("few.MLV"), few));
     QVERIFY(writeSample(path("many.MLV"), size + QStringLiteral("--frames %1").arg(manyFrames)));
@@ -212,5 +209,5 @@ void TestFlow::framesAreGoneAfterAnInterruption()
     QVERIFY(!QFile::exists(path(".few.avi.unfinished")));
 }
 
-QTEST_GUILESS_MAIN(TestFlow)
+FILMWRIGHT_TEST(TestFlow, QCoreApplication)
 #include "tst_flow.moc"

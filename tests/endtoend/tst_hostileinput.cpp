@@ -4,17 +4,13 @@
 #include "commandline.h"
 #include "sample.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTest>
 
 #include <sys/stat.h>
-
-namespace {
-
-const QString convert = QStringLiteral("convert");
-
-} // namespace
 
 class TestHostileInput : public QObject
 {
@@ -166,5 +162,5 @@ void TestHostileInput::closedStandardOutputCostsNoMovie()
         QCOMPARE(Movie::probe(path(QString::fromUtf8(movie))).frames(), 2);
 }
 
-QTEST_GUILESS_MAIN(TestHostileInput)
+FILMWRIGHT_TEST(TestHostileInput, QCoreApplication)
 #include "tst_hostileinput.moc"

@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -17,7 +18,6 @@
 namespace {
 
 const QString info = QStringLiteral("info");
-const QString json = QStringLiteral("--json");
 
 QJsonArray array(const CommandLine &cli)
 {
@@ -41,7 +41,7 @@ private Q_SLOTS:
     void everyValueInJson()
     {
         CommandLine cli;
-        QVERIFY(cli.run({info, json, m_clip}));
+        QVERIFY(cli.run({info, asJson, m_clip}));
         QCOMPARE(cli.status(), 0);
         QCOMPARE(array(cli).size(), 1);
         const QJsonObject values = array(cli).first().toObject();
@@ -73,7 +73,7 @@ private Q_SLOTS:
         const QString before = QDir::currentPath();
         QVERIFY(QDir::setCurrent(m_folder.path()));
         CommandLine cli;
-        const bool ran = cli.run({info, json, QStringLiteral("--"), QStringLiteral("-d.MLV")});
+        const bool ran = cli.run({info, asJson, QStringLiteral("--"), QStringLiteral("-d.MLV")});
         QVERIFY(QDir::setCurrent(before));
         QVERIFY(ran);
         QCOMPARE(cli.status(), 0);
@@ -84,7 +84,7 @@ private Q_SLOTS:
     void unreadableFileDoesNotHoldUpTheOthers()
     {
         CommandLine cli;
-        QVERIFY(cli.run({info, json, QStringLiteral("/no/such.MLV"), m_clip}));
+        QVERIFY(cli.run({info, asJson, QStringLiteral("/no/such.MLV"), m_clip}));
         QCOMPARE(cli.status(), 2);
         QCOMPARE(array(cli).size(), 1);
         QCOMPARE(cli.messages(),
@@ -98,7 +98,7 @@ private Q_SLOTS:
         letter.write("this is a letter, not a recording, though its name says so\n");
         letter.close();
         CommandLine cli;
-        QVERIFY(cli.run({info, json, letter.fileName()}));
+        QVERIFY(cli.run({info, asJson, letter.fileName()}));
         QCOMPARE(cli.status(), 1);
         QCOMPARE(array(cli).size(), 0);
         QVERIFY(cli.messages().join(QLatin1Char(' ')).contains(letter.fileName()));
@@ -121,7 +121,7 @@ private Q_SLOTS:
                                                       "--recorded-black 0")));
         QVERIFY(QFile(recording).resize(QFileInfo(recording).size() - 5));
         CommandLine cli;
-        QVERIFY(cli.run({info, json, recording, m_clip}));
+        QVERIFY(cli.run({info, asJson, recording, m_clip}));
         QCOMPARE(cli.status(), 0);
         const QJsonArray warnings = array(cli)[0][QStringLiteral("warnings")].toArray();
         QCOMPARE(warnings.size(), 2);
@@ -157,7 +157,7 @@ private Q_SLOTS:
     void encodersInJson()
     {
         CommandLine cli;
-        QVERIFY(cli.run({QStringLiteral("encoders"), json}));
+        QVERIFY(cli.run({QStringLiteral("encoders"), asJson}));
         QCOMPARE(cli.status(), 0);
         const QByteArray output = cli.output().join(QLatin1Char('\n')).toUtf8();
         const QJsonObject kinds = QJsonDocument::fromJson(output).object();
@@ -185,7 +185,7 @@ private Q_SLOTS:
     void toolsInJson()
     {
         CommandLine cli;
-        QVERIFY(cli.run({QStringLiteral("tools"), json}));
+        QVERIFY(cli.run({QStringLiteral("tools"), asJson}));
         QCOMPARE(cli.status(), 0);
         QStringList names;
         for (const QJsonValue &tool : array(cli)) {
@@ -228,5 +228,5 @@ private:
     QString m_clip;
 };
 
-QTEST_GUILESS_MAIN(TestInformation)
+FILMWRIGHT_TEST(TestInformation, QCoreApplication)
 #include "tst_information.moc"

@@ -4,6 +4,7 @@
 #include "commandline.h"
 #include "sample.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -14,7 +15,7 @@
 
 namespace {
 
-constexpr int frames = 5;
+constexpr int framesOfClip = 5;
 
 /// The tool notes its process id and never ends; `before` is what it does first.
 QString hanging(const QString &before = {})
@@ -31,7 +32,6 @@ QString hangingAt(const QString &name, const QString &pattern, const QString &be
 }
 
 const QString dcraw = QStringLiteral("dcraw");
-const QString mlvDump = QStringLiteral("mlv_dump");
 const QString ffmpeg = QStringLiteral("ffmpeg");
 
 } // namespace
@@ -95,7 +95,7 @@ void TestInterruption::init()
     m_tools = std::make_unique<ToolFolder>();
     m_clip = m_folder->filePath(QStringLiteral("clip.MLV"));
     m_movie = m_folder->filePath(QStringLiteral("clip.mov"));
-    QVERIFY(writeSample(m_clip, QStringLiteral("--size 128x72 --frames %1").arg(frames)));
+    QVERIFY(writeSample(m_clip, QStringLiteral("--size 128x72 --frames %1").arg(framesOfClip)));
     for (const QString &tool : {mlvDump, dcraw, ffmpeg})
         passThrough(tool);
 }
@@ -150,7 +150,7 @@ void TestInterruption::interruptionEndsTheToolsOfAllJobs()
     CommandLine cli;
     cli.start({QStringLiteral("convert"), QStringLiteral("--jobs"), QStringLiteral("8"), m_clip});
     // A shell that is about to become its sleep counts twice.
-    QTRY_VERIFY_WITH_TIMEOUT(running() >= frames, 60000);
+    QTRY_VERIFY_WITH_TIMEOUT(running() >= framesOfClip, 60000);
     cli.sendSignal(SIGINT);
     QVERIFY(cli.waitForEnd());
     QCOMPARE(cli.status(), 130);
@@ -199,7 +199,7 @@ void TestInterruption::interruptedConversionGoesOnWhereItStopped()
     QCOMPARE(cli.output(), QStringList{m_movie});
     QCOMPARE(conversions(), 3 + 3); // the frame that was interrupted and the two behind it
     QCOMPARE(extractions(), 1);
-    QCOMPARE(Movie::probe(m_movie).frames(), frames);
+    QCOMPARE(Movie::probe(m_movie).frames(), framesOfClip);
     QCOMPARE(Movie::probe(m_movie).sound.size(), 1);
     QCOMPARE(QDir(base).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
              QStringList());
@@ -214,14 +214,14 @@ void TestInterruption::interruptedEncodingConvertsNothingAgain()
     QVERIFY(waitForTool(ffmpeg));
     cli.sendSignal(SIGINT);
     QVERIFY(cli.waitForEnd());
-    QCOMPARE(conversions(), frames);
+    QCOMPARE(conversions(), framesOfClip);
 
     passThrough(ffmpeg);
     QVERIFY(cli.run(convertIn(base)));
     QCOMPARE(cli.status(), 0);
-    QCOMPARE(conversions(), frames);
+    QCOMPARE(conversions(), framesOfClip);
     QCOMPARE(extractions(), 1);
-    QCOMPARE(Movie::probe(m_movie).frames(), frames);
+    QCOMPARE(Movie::probe(m_movie).frames(), framesOfClip);
 }
 
 void TestInterruption::killedConversionGoesOnWhereItStopped()
@@ -247,7 +247,7 @@ void TestInterruption::killedConversionGoesOnWhereItStopped()
     QCOMPARE(cli.output(), QStringList{m_movie});
     QCOMPARE(conversions(), 3 + 3);
     QCOMPARE(extractions(), 1);
-    QCOMPARE(Movie::probe(m_movie).frames(), frames);
+    QCOMPARE(Movie::probe(m_movie).frames(), framesOfClip);
 }
 
 void TestInterruption::killedRunTakesItsToolsAlong()
@@ -306,17 +306,18 @@ void TestInterruption::unfinishedWorkOfANamesakeIsNotUsed()
     QVERIFY(waitForTool(ffmpeg));
     cli.sendSignal(SIGINT);
     QVERIFY(cli.waitForEnd());
-    QCOMPARE(conversions(), frames);
+    QCOMPARE(conversions(), framesOfClip);
 
     QVERIFY(QDir(m_folder->path()).mkdir(QStringLiteral("other")));
     m_clip = m_folder->filePath(QStringLiteral("other/clip.MLV"));
-    QVERIFY(writeSample(m_clip, QStringLiteral("--size 128x72 --frames %1 --seed 2").arg(frames)));
+    QVERIFY(writeSample(m_clip,
+                        QStringLiteral("--size 128x72 --frames %1 --seed 2").arg(framesOfClip)));
     passThrough(ffmpeg);
     QVERIFY(cli.run(convertIn(base)));
     QCOMPARE(cli.status(), 0);
     QCOMPARE(extractions(), 2);
-    QCOMPARE(conversions(), 2 * frames);
+    QCOMPARE(conversions(), 2 * framesOfClip);
 }
 
-QTEST_GUILESS_MAIN(TestInterruption)
+FILMWRIGHT_TEST(TestInterruption, QCoreApplication)
 #include "tst_interruption.moc"

@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QFile>
@@ -73,5 +74,5 @@ void TestLocale::recordingIsConvertedWithoutAWordAboutTheLocale()
     QCOMPARE(QString::fromUtf8(file.readAll()), chosen);
 }
 
-QTEST_GUILESS_MAIN(TestLocale)
+FILMWRIGHT_TEST(TestLocale, QCoreApplication)
 #include "tst_locale.moc"

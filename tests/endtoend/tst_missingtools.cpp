@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -190,5 +191,5 @@ void TestMissingTools::otherDcrawIsNotMissed()
     QCOMPARE(m_cli->output(), QStringList{m_folder->filePath(QStringLiteral("clip.mov"))});
 }
 
-QTEST_GUILESS_MAIN(TestMissingTools)
+FILMWRIGHT_TEST(TestMissingTools, QCoreApplication)
 #include "tst_missingtools.moc"

@@ -4,6 +4,8 @@
 #include "commandline.h"
 #include "sample.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTest>
@@ -245,5 +247,5 @@ void TestMovies::recordingIsUnharmed()
     QCOMPARE(recording.readAll(), before);
 }
 
-QTEST_GUILESS_MAIN(TestMovies)
+FILMWRIGHT_TEST(TestMovies, QCoreApplication)
 #include "tst_movies.moc"

@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -49,7 +50,7 @@ private:
 
 namespace {
 
-constexpr int frames = 3;
+constexpr int framesOfNight = 3;
 
 /// Whether the recording of this number has to fail, and why.
 const QMap<int, QString> reasons{
@@ -106,7 +107,7 @@ void TestNight::spoil(int number)
 void TestNight::everyFifthOfFiftyIsBad()
 {
     const QString first = name(1, "MLV");
-    QVERIFY(writeSample(first, QStringLiteral("--size 128x72 --frames %1").arg(frames)));
+    QVERIFY(writeSample(first, QStringLiteral("--size 128x72 --frames %1").arg(framesOfNight)));
     QFile file(first);
     QVERIFY(file.open(QIODevice::ReadOnly));
     m_recording = file.readAll();
@@ -149,12 +150,12 @@ void TestNight::everyFifthOfFiftyIsBad()
                      qPrintable(recording + QStringLiteral(": ") + reason));
         } else {
             QVERIFY2(reason.isEmpty(), qPrintable(recording + QStringLiteral(": ") + reason));
-            QCOMPARE(Movie::probe(name(number, "mov")).frames(), frames);
+            QCOMPARE(Movie::probe(name(number, "mov")).frames(), framesOfNight);
         }
     }
     removeUnnamed();
     QCOMPARE(QDir(m_folder.path()).entryList({QStringLiteral("*.mov")}, QDir::Files).size(), 40);
 }
 
-QTEST_GUILESS_MAIN(TestNight)
+FILMWRIGHT_TEST(TestNight, QCoreApplication)
 #include "tst_night.moc"

@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -38,12 +39,12 @@ void TestParallelRuns::eightRecordingsFourAtATime()
                             QStringLiteral("--size 128x72 --frames %1").arg(number + 3)));
     }
     CommandLine cli;
-    const QStringList convert{cli.program, QStringLiteral("convert"), QStringLiteral("{}"),
+    const QStringList command{cli.program, QStringLiteral("convert"), QStringLiteral("{}"),
                               QStringLiteral(":::")};
     cli.program = QStringLiteral("parallel");
     QVERIFY(cli.run(
         QStringList{QStringLiteral("--will-cite"), QStringLiteral("--jobs"), QStringLiteral("4")} +
-        convert + recordings));
+        command + recordings));
     QCOMPARE(cli.status(), 0);
     QStringList movies;
     for (const QString &recording : recordings)
@@ -91,5 +92,5 @@ void TestParallelRuns::secondRunOnTheSameRecordingLeavesTheFirstAlone()
     QCOMPARE(Movie::probe(path(QStringLiteral("clip.mov"))).frames(), 4);
 }
 
-QTEST_GUILESS_MAIN(TestParallelRuns)
+FILMWRIGHT_TEST(TestParallelRuns, QCoreApplication)
 #include "tst_parallelruns.moc"

@@ -2,8 +2,10 @@
 // Movies by every bundled recipe, made by the real tools, and what readers of movies say of them.
 
 #include "commandline.h"
+#include "metadata.h"
 #include "sample.h"
 #include "support/programrun.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -18,23 +20,11 @@
 
 namespace {
 
-constexpr int frames = 6;
-
-QString text(const QJsonObject &object, const char *key)
-{
-    return object.value(QLatin1String(key)).toString();
-}
+constexpr int movieFrameCount = 6;
 
 QString tag(const QJsonObject &stream, const char *key)
 {
     return text(stream.value(QStringLiteral("tags")).toObject(), key);
-}
-
-/// What exiftool reads, without groups.
-QJsonObject exifOf(const QString &movie)
-{
-    const QByteArray json = outputOf(QStringLiteral("exiftool"), {QStringLiteral("-j"), movie});
-    return QJsonDocument::fromJson(json).array().first().toObject();
 }
 
 /// The least luma PSNR among the frames of a movie, in decibels, against the developed frames, both
@@ -61,7 +51,7 @@ double leastPsnr(const QString &movie, const QString &frameFolder, const QString
         const QString value = matches.next().captured(1);
         least = std::min(least, value == QLatin1String("inf") ? 999 : value.toDouble());
     }
-    return compared == frames ? least : 0;
+    return compared == movieFrameCount ? least : 0;
 }
 
 } // namespace
@@ -97,7 +87,8 @@ private:
 
 void TestRecipes::initTestCase()
 {
-    const QString options = QStringLiteral("--size 320x192 --frames %1 --fps 23.976").arg(frames);
+    const QString options =
+        QStringLiteral("--size 320x192 --frames %1 --fps 23.976").arg(movieFrameCount);
     QVERIFY(writeSample(file(QStringLiteral("sound.MLV")), options));
     QVERIFY(writeSample(file(QStringLiteral("squeezed.MLV")),
                         options + QStringLiteral(" --no-sound --sampling 5x3")));
@@ -151,7 +142,7 @@ void TestRecipes::everyRecipe()
     if (!profile.isEmpty())
         QCOMPARE(text(made.video, "profile"), profile);
     QTEST(text(made.video, "pix_fmt"), "pixelFormat");
-    QCOMPARE(made.frames(), frames);
+    QCOMPARE(made.frames(), movieFrameCount);
     const int scale = recipe == QLatin1String("draft") ? 2 : 1;
     QCOMPARE(made.video.value(QStringLiteral("width")).toInt(), 320 / scale);
     QCOMPARE(made.video.value(QStringLiteral("height")).toInt(),
@@ -197,7 +188,8 @@ void TestRecipes::everyRecipe()
             continue;
         // 2002 samples a frame; the container tells the end of AAC to the millisecond.
         const int samples = stream.value(QStringLiteral("duration_ts")).toInt();
-        QVERIFY(std::abs(samples - 2002 * frames) <= (sound == QLatin1String("aac") ? 48 : 0));
+        QVERIFY(std::abs(samples - 2002 * movieFrameCount) <=
+                (sound == QLatin1String("aac") ? 48 : 0));
     }
     QCOMPARE(codecs, sound.isEmpty() ? QStringList() : QStringList{sound});
 }
@@ -267,7 +259,7 @@ void TestRecipes::neighboursAreMergedWith16Bits()
         cli.run({QStringLiteral("convert"), QStringLiteral("--hdr"), QStringLiteral("--temp-dir"),
                  work.path(), QStringLiteral("--keep-temp"), QStringLiteral("--recipe"),
                  QStringLiteral("ffv1"), file(QStringLiteral("sound.MLV"))}));
-    QCOMPARE(Movie::probe(cli.output().value(0)).frames(), frames - 1);
+    QCOMPARE(Movie::probe(cli.output().value(0)).frames(), movieFrameCount - 1);
     const QJsonObject merged =
         exifOf(work.filePath(QStringLiteral("FilmwrightTmp/sound.MLV/hdr/tmp000000.tiff")));
     QCOMPARE(text(merged, "BitsPerSample"), QStringLiteral("16 16 16"));
@@ -427,5 +419,5 @@ void TestRecipes::slipIsToldBeforeTheWork()
                                                         "name another output")});
 }
 
-QTEST_GUILESS_MAIN(TestRecipes)
+FILMWRIGHT_TEST(TestRecipes, QCoreApplication)
 #include "tst_recipes.moc"

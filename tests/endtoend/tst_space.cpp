@@ -5,6 +5,7 @@
 #include "commandline.h"
 #include "sample.h"
 #include "support/mounting.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -15,7 +16,7 @@
 
 namespace {
 
-const QString smallClip = QStringLiteral("--size 320x192 --frames 4 --no-sound");
+const QString clipForDisk = QStringLiteral("--size 320x192 --frames 4 --no-sound");
 
 const QStringList rawFrames{QStringLiteral("--recipe"), QStringLiteral("cinema-dng")};
 
@@ -100,7 +101,7 @@ void TestSpace::recordingThatDoesNotFitIsRefused()
 {
     const QStringList recordings{
         clip(QStringLiteral("a.MLV"), QStringLiteral("--size 1920x1080 --frames 6 --no-sound")),
-        clip(QStringLiteral("b.MLV"), smallClip)};
+        clip(QStringLiteral("b.MLV"), clipForDisk)};
     CommandLine cli;
     QVERIFY(run(cli, recordings));
     QCOMPARE(cli.status(), 1);
@@ -134,8 +135,8 @@ void TestSpace::fullWhileFramesAreConverted()
                        "\"$@\"")
             .arg(fill.arg(QStringLiteral("\"${f%/*}\"")), realTool(QStringLiteral("dcraw"))));
     CommandLine cli;
-    QVERIFY(run(cli, {QStringLiteral("--jobs"), jobs, clip(QStringLiteral("a.MLV"), smallClip),
-                      clip(QStringLiteral("b.MLV"), smallClip)}));
+    QVERIFY(run(cli, {QStringLiteral("--jobs"), jobs, clip(QStringLiteral("a.MLV"), clipForDisk),
+                      clip(QStringLiteral("b.MLV"), clipForDisk)}));
     QCOMPARE(cli.status(), 1);
     QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("b.mov"))});
     const QStringList failures = cli.messages().filter(QStringLiteral("failed: "));
@@ -158,8 +159,8 @@ void TestSpace::fullWhileFramesAreExtracted()
                        "exec %2 \"$@\"")
             .arg(fill.arg(QStringLiteral("\"${f%/*}\"")), realTool(QStringLiteral("mlv_dump"))));
     CommandLine cli;
-    QVERIFY(run(
-        cli, {clip(QStringLiteral("a.MLV"), smallClip), clip(QStringLiteral("b.MLV"), smallClip)}));
+    QVERIFY(run(cli, {clip(QStringLiteral("a.MLV"), clipForDisk),
+                      clip(QStringLiteral("b.MLV"), clipForDisk)}));
     QCOMPARE(cli.status(), 1);
     QCOMPARE(cli.output(), QStringList{movie(QStringLiteral("b.mov"))});
     const QStringList failures = cli.messages().filter(QStringLiteral("failed: "));
@@ -193,7 +194,7 @@ void TestSpace::fullWhileTheMovieIsWritten()
                       .arg(folder, realTool(QStringLiteral("ffmpeg"))));
     CommandLine cli;
     QVERIFY(run(cli, {QStringLiteral("--format"), format, folder + QStringLiteral("/a.MLV")},
-                folder, clip(QStringLiteral("a.MLV"), smallClip)));
+                folder, clip(QStringLiteral("a.MLV"), clipForDisk)));
     QCOMPARE(cli.status(), 1);
     QCOMPARE(cli.output(), (QStringList{QStringLiteral("a.MLV"), QStringLiteral("fill")}));
     const QString start =
@@ -280,7 +281,7 @@ void TestSpace::fullWhileAFlowingMovieIsWritten()
     QVERIFY(
         run(cli,
             {QStringLiteral("--recipe"), QStringLiteral("ffv1"), folder + QStringLiteral("/a.MLV")},
-            folder, clip(QStringLiteral("a.MLV"), smallClip)));
+            folder, clip(QStringLiteral("a.MLV"), clipForDisk)));
     QCOMPARE(cli.status(), 1);
     QCOMPARE(cli.output(), (QStringList{QStringLiteral("a.MLV"), QStringLiteral("fill")}));
     QVERIFY2(
@@ -298,7 +299,7 @@ void TestSpace::fullWhileFlowingFramesAreConverted()
             .arg(fill.arg(QStringLiteral("\"${f%/*}\"")), realTool(QStringLiteral("dcraw"))));
     CommandLine cli;
     QVERIFY(run(cli, {QStringLiteral("--recipe"), QStringLiteral("ffv1"),
-                      clip(QStringLiteral("a.MLV"), smallClip)}));
+                      clip(QStringLiteral("a.MLV"), clipForDisk)}));
     QCOMPARE(cli.status(), 1);
     QVERIFY2(cli.messages().constLast().startsWith(
                  QStringLiteral("a.MLV: failed: no space left in the temporary folder ")),
@@ -345,7 +346,7 @@ void TestSpace::fullWhileRawFramesAreWritten()
                       .arg(fill.arg(folder), folder, realTool(QStringLiteral("mlv_dump"))));
     CommandLine cli;
     QVERIFY(run(cli, rawFrames + QStringList{folder + QStringLiteral("/a.MLV")}, folder,
-                clip(QStringLiteral("a.MLV"), smallClip)));
+                clip(QStringLiteral("a.MLV"), clipForDisk)));
     QCOMPARE(cli.status(), 1);
     QCOMPARE(cli.output(), (QStringList{QStringLiteral("a.MLV"), QStringLiteral("fill")}));
     const QString start =
@@ -353,5 +354,5 @@ void TestSpace::fullWhileRawFramesAreWritten()
     QVERIFY2(cli.messages().constLast().startsWith(start), qPrintable(cli.messages().constLast()));
 }
 
-QTEST_GUILESS_MAIN(TestSpace)
+FILMWRIGHT_TEST(TestSpace, QCoreApplication)
 #include "tst_space.moc"

@@ -4,6 +4,8 @@
 #include "commandline.h"
 #include "sample.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -109,5 +111,5 @@ void TestTwoUsers::plantedDirectoryIsNotUsed()
     checkRefusal(QStringLiteral("belongs to another user"));
 }
 
-QTEST_GUILESS_MAIN(TestTwoUsers)
+FILMWRIGHT_TEST(TestTwoUsers, QCoreApplication)
 #include "tst_twousers.moc"

@@ -3,6 +3,7 @@
 
 #include "commandline.h"
 #include "sample.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -18,7 +19,6 @@
 namespace {
 
 const QString verify = QStringLiteral("verify");
-const QString json = QStringLiteral("--json");
 
 } // namespace
 
@@ -70,7 +70,7 @@ private Q_SLOTS:
     void resultsForPrograms()
     {
         CommandLine cli;
-        QVERIFY(cli.run({verify, json, path("gap.MLV"), QStringLiteral("/no/such.MLV")}));
+        QVERIFY(cli.run({verify, asJson, path("gap.MLV"), QStringLiteral("/no/such.MLV")}));
         QCOMPARE(cli.status(), 2);
         const auto results =
             QJsonDocument::fromJson(cli.output().join(QLatin1Char('\n')).toUtf8()).array();
@@ -144,5 +144,5 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
-QTEST_GUILESS_MAIN(TestVerify)
+FILMWRIGHT_TEST(TestVerify, QCoreApplication)
 #include "tst_verify.moc"

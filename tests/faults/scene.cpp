@@ -35,16 +35,6 @@ constexpr bool sanitized = __has_feature(address_sanitizer);
 constexpr bool sanitized = false;
 #endif
 
-bool isOnTemporaryDisk(Event event)
-{
-    return event == Event::TemporaryDiskSmall || event == Event::TemporaryDiskFills;
-}
-
-bool isOnMovieDisk(Event event)
-{
-    return event == Event::MovieDiskSmall || event == Event::MovieDiskFills;
-}
-
 /// An administrator could read and write everything all the same.
 bool needsOrdinaryUser(Event event)
 {

@@ -300,6 +300,16 @@ Strike ordered(Dice &dice)
 
 } // namespace
 
+bool isOnTemporaryDisk(Event event)
+{
+    return event == Event::TemporaryDiskSmall || event == Event::TemporaryDiskFills;
+}
+
+bool isOnMovieDisk(Event event)
+{
+    return event == Event::MovieDiskSmall || event == Event::MovieDiskFills;
+}
+
 Strike Strike::make(quint32 seed, int number)
 {
     Dice dice(seed, number);

@@ -30,6 +30,10 @@ enum class Event {
     ClockChanged,
 };
 
+/// Small disks have to be mounted.
+bool isOnTemporaryDisk(Event event);
+bool isOnMovieDisk(Event event);
+
 /// What a run is asked for.
 struct Order
 {

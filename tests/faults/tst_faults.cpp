@@ -6,6 +6,8 @@
 #include "footage.h"
 #include "scene.h"
 
+#include "support/testprogram.h"
+
 #include <QFile>
 #include <QMap>
 #include <QRegularExpression>
@@ -128,5 +130,5 @@ void TestFaults::cleanupTestCase()
     }
 }
 
-QTEST_GUILESS_MAIN(TestFaults)
+FILMWRIGHT_TEST(TestFaults, QCoreApplication)
 #include "tst_faults.moc"

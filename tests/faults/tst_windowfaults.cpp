@@ -6,6 +6,8 @@
 #include "footage.h"
 #include "windowscene.h"
 
+#include "support/testprogram.h"
+
 #include <QMap>
 
 #include <cstdio>
@@ -100,5 +102,5 @@ void TestWindowFaults::cleanupTestCase()
         std::printf("%s: %s\n", qPrintable(ending.key()), qPrintable(ending.value()));
 }
 
-QTEST_MAIN(TestWindowFaults)
+FILMWRIGHT_TEST(TestWindowFaults, QApplication)
 #include "tst_windowfaults.moc"

@@ -13,19 +13,9 @@
 
 namespace {
 
-constexpr qint64 ampleBytes = qint64(64) << 20;
+constexpr qint64 ampleBatchBytes = qint64(64) << 20;
 const QStringList toolNames{QStringLiteral("mlv_dump"), QStringLiteral("dcraw"),
                             QStringLiteral("cr2hdr"), QStringLiteral("ffmpeg")};
-
-bool isOnTemporaryDisk(Event event)
-{
-    return event == Event::TemporaryDiskSmall || event == Event::TemporaryDiskFills;
-}
-
-bool isOnMovieDisk(Event event)
-{
-    return event == Event::MovieDiskSmall || event == Event::MovieDiskFills;
-}
 
 qint64 sizeOfAll(const QMap<QString, QByteArray> &files)
 {
@@ -128,10 +118,10 @@ void WindowScene::layOut()
                                                  shareOf(sizeOfAll(rehearsal.movies), share));
         break;
     case Event::TemporaryDiskFills:
-        m_disk = std::make_unique<SmallDisk>(m_temporaryFolder, ampleBytes);
+        m_disk = std::make_unique<SmallDisk>(m_temporaryFolder, ampleBatchBytes);
         break;
     case Event::MovieDiskFills:
-        m_disk = std::make_unique<SmallDisk>(m_window->recordings(), ampleBytes);
+        m_disk = std::make_unique<SmallDisk>(m_window->recordings(), ampleBatchBytes);
         break;
     default:
         break;

@@ -8,6 +8,7 @@
 #include "project/workstage.h"
 #include "support/events.h"
 #include "support/shortgrace.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -427,5 +428,5 @@ void TestFlowingProject::stopAtAnyMoment()
     QTRY_COMPARE(project.endings, QStringList{QString()});
 }
 
-QTEST_GUILESS_MAIN(TestFlowingProject)
+FILMWRIGHT_TEST(TestFlowingProject, QCoreApplication)
 #include "tst_flowingproject.moc"

@@ -2,6 +2,8 @@
 #include "conversion/mergebitmaps.h"
 #include "flow/framepipe.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QSignalSpy>
 #include <QTemporaryDir>
@@ -213,5 +215,5 @@ void TestFramePipe::destructionDoesntWaitForTheReader()
     QCOMPARE(::read(pipe.readEnd(), &byte, 1), 1); // it is at work
 }
 
-QTEST_GUILESS_MAIN(TestFramePipe)
+FILMWRIGHT_TEST(TestFramePipe, QCoreApplication)
 #include "tst_framepipe.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlvdump/frameselection.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using namespace filmwright;
@@ -83,5 +85,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestFrameSelection)
+FILMWRIGHT_TEST(TestFrameSelection, QCoreApplication)
 #include "tst_frameselection.moc"

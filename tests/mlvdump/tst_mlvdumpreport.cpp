@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "mlvdump/mlvdumpreport.h"
 #include "support/logcapture.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -385,5 +386,5 @@ void TestMlvDumpReport::leadingIntegerIsLenient()
     QTEST(leadingInteger(text), "value");
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpReport)
+FILMWRIGHT_TEST(TestMlvDumpReport, QCoreApplication)
 #include "tst_mlvdumpreport.moc"

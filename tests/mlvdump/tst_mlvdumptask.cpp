@@ -5,6 +5,7 @@
 #include "support/events.h"
 #include "support/logcapture.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -848,5 +849,5 @@ void TestMlvDumpTask::reportThatAnErrorEndsGivesItsTurnAway()
     QTRY_COMPARE(childProcesses(), 0);
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpTask)
+FILMWRIGHT_TEST(TestMlvDumpTask, QCoreApplication)
 #include "tst_mlvdumptask.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlvdump/reportqueue.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using namespace filmwright;
@@ -108,5 +110,5 @@ void TestReportQueue::leavingTwiceLetsOneIn()
     m_queue.leave(&fourth);
 }
 
-QTEST_GUILESS_MAIN(TestReportQueue)
+FILMWRIGHT_TEST(TestReportQueue, QCoreApplication)
 #include "tst_reportqueue.moc"

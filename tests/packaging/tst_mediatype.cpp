@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: MIT
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QMimeDatabase>
@@ -76,5 +78,5 @@ void TestMediaType::otherVersionIsNotARecording()
     QVERIFY(m_types.mimeTypeForData(header(0, "v9.9")).name() != m_type);
 }
 
-QTEST_GUILESS_MAIN(TestMediaType)
+FILMWRIGHT_TEST(TestMediaType, QCoreApplication)
 #include "tst_mediatype.moc"

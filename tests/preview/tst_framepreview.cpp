@@ -10,6 +10,8 @@
 #include "runner/files.h"
 #include "runner/temporarydirectory.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
+#include "support/words.h"
 
 #include <QDir>
 #include <QTest>
@@ -21,11 +23,6 @@ namespace {
 constexpr int patience = 60000; // milliseconds; a busy machine is no failure
 
 const QString size = QStringLiteral("--size 320x180 --fps 25 --no-sound ");
-
-QStringList words(const QString &text)
-{
-    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-}
 
 /// What a preview has shown, in order: "2 quick", "2", "3: the reason".
 class Shown
@@ -526,5 +523,5 @@ void TestFramePreview::folderOfAKilledRunIsRemoved()
                           QFileInfo(folder.path()).fileName() + QStringLiteral(".lock")}));
 }
 
-QTEST_GUILESS_MAIN(TestFramePreview)
+FILMWRIGHT_TEST(TestFramePreview, QCoreApplication)
 #include "tst_framepreview.moc"

@@ -2,6 +2,7 @@
 #include "preview/histogram.h"
 
 #include "conversion/tiffbitmap.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -65,5 +66,5 @@ void TestHistogram::greyHasNone()
     QCOMPARE(histogramOf({}).highestCount(), 0U);
 }
 
-QTEST_APPLESS_MAIN(TestHistogram)
+FILMWRIGHT_TEST(TestHistogram, QCoreApplication)
 #include "tst_histogram.moc"

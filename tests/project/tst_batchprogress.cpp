@@ -2,6 +2,8 @@
 #include "fakeproject.h"
 #include "project/batchprogress.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QTest>
 #include <QTimer>
@@ -161,5 +163,5 @@ void TestBatchProgress::batchIsKnownWhenAllFramesAre()
         QVERIFY(QFile(fake.frame(frame, QStringLiteral("go"))).open(QIODevice::WriteOnly));
 }
 
-QTEST_GUILESS_MAIN(TestBatchProgress)
+FILMWRIGHT_TEST(TestBatchProgress, QCoreApplication)
 #include "tst_batchprogress.moc"

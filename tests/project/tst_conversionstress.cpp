@@ -6,6 +6,7 @@
 // FILMWRIGHT_STRESS_ROUNDS sets the rounds of each kind, FILMWRIGHT_STRESS_SEED the moments.
 #include "fakeproject.h"
 #include "support/processes.h"
+#include "support/testprogram.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -157,5 +158,5 @@ void TestConversionStress::endAtAnyMoment()
     QTRY_COMPARE(runningTools(project), QStringList()); // what tools had started is killed, too
 }
 
-QTEST_GUILESS_MAIN(TestConversionStress)
+FILMWRIGHT_TEST(TestConversionStress, QCoreApplication)
 #include "tst_conversionstress.moc"

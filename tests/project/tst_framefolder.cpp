@@ -3,6 +3,7 @@
 
 #include "project/movieorigin.h"
 #include "support/programrun.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -234,5 +235,5 @@ void TestFrameFolder::folderIsFinishedWhileItIsWhole()
     QVERIFY(!isFinishedMovie(m_movie, "one", 3));
 }
 
-QTEST_GUILESS_MAIN(TestFrameFolder)
+FILMWRIGHT_TEST(TestFrameFolder, QCoreApplication)
 #include "tst_framefolder.moc"

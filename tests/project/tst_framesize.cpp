@@ -3,6 +3,7 @@
 
 #include "encoding/ffmpegarguments.h"
 #include "mlvdump/mlvdumpreport.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -100,5 +101,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestFrameSize)
+FILMWRIGHT_TEST(TestFrameSize, QCoreApplication)
 #include "tst_framesize.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "fakeproject.h"
 #include "support/events.h"
+#include "support/testprogram.h"
+#include "support/words.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,11 +13,6 @@
 using namespace filmwright;
 
 namespace {
-
-QStringList words(const char *text)
-{
-    return QString::fromLatin1(text).split(QLatin1Char(' '));
-}
 
 const QString dng = QStringLiteral("dng");
 const QString tiff = QStringLiteral("tiff");
@@ -704,5 +701,5 @@ void TestMLVProjectController::destructionDuringConversionLeavesNoTool()
     QVERIFY(!QFile::exists(converted));
 }
 
-QTEST_GUILESS_MAIN(TestMLVProjectController)
+FILMWRIGHT_TEST(TestMLVProjectController, QCoreApplication)
 #include "tst_mlvprojectcontroller.moc"

@@ -3,6 +3,7 @@
 #include "project/batchmovies.h"
 #include "project/movieorigin.h"
 #include "support/fakemovie.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -227,5 +228,5 @@ void TestMovieDestination::finishedMovie()
     QVERIFY(!isFinishedMovie(cut, origin, 10));
 }
 
-QTEST_GUILESS_MAIN(TestMovieDestination)
+FILMWRIGHT_TEST(TestMovieDestination, QCoreApplication)
 #include "tst_moviedestination.moc"

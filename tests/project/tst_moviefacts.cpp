@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "project/moviefacts.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using namespace filmwright;
@@ -98,5 +100,5 @@ void TestMovieFacts::longExposure()
     QCOMPARE(factsOf(QStringLiteral("c.MLV"), metadata).comment, QStringLiteral("2.5 s"));
 }
 
-QTEST_GUILESS_MAIN(TestMovieFacts)
+FILMWRIGHT_TEST(TestMovieFacts, QCoreApplication)
 #include "tst_moviefacts.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "project/moviemark.h"
 #include "support/ordinaryuser.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -246,5 +247,5 @@ void TestMovieMark::folderWithoutWriteAccess()
     QCOMPARE(mark.set(), QStringLiteral("its movie can't be written: Permission denied"));
 }
 
-QTEST_GUILESS_MAIN(TestMovieMark)
+FILMWRIGHT_TEST(TestMovieMark, QCoreApplication)
 #include "tst_moviemark.moc"

@@ -4,6 +4,7 @@
 #include "project/moviemark.h"
 #include "project/projectmonitor.h"
 #include "support/events.h"
+#include "support/testprogram.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -436,5 +437,5 @@ void TestProjectMonitor::movieThatAnotherRunBeginsMeanwhile()
     QCOMPARE(project.tools.calls(QStringLiteral("ffmpeg")), QList<QStringList>());
 }
 
-QTEST_GUILESS_MAIN(TestProjectMonitor)
+FILMWRIGHT_TEST(TestProjectMonitor, QCoreApplication)
 #include "tst_projectmonitor.moc"

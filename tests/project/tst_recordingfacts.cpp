@@ -2,6 +2,8 @@
 #include "mlvdump/mlvdumpreport.h"
 #include "project/recordingfacts.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using namespace filmwright;
@@ -77,5 +79,5 @@ void TestRecordingFacts::skippedPixelsAreTold()
              QStringList{QStringLiteral("Sampling: 1 of 3 columns, 1 of 5 lines")});
 }
 
-QTEST_GUILESS_MAIN(TestRecordingFacts)
+FILMWRIGHT_TEST(TestRecordingFacts, QCoreApplication)
 #include "tst_recordingfacts.moc"

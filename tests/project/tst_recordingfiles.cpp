@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "project/recordingfiles.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -58,5 +60,5 @@ void TestRecordingFiles::identityFollowsEveryPart()
     QVERIFY(recordingIdentity(clip) != changed);
 }
 
-QTEST_GUILESS_MAIN(TestRecordingFiles)
+FILMWRIGHT_TEST(TestRecordingFiles, QCoreApplication)
 #include "tst_recordingfiles.moc"

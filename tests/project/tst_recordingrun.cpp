@@ -4,6 +4,7 @@
 #include "project/recordingrun.h"
 #include "runner/temporarydirectory.h"
 #include "support/events.h"
+#include "support/testprogram.h"
 
 #include <QFileInfo>
 #include <QSemaphore>
@@ -351,5 +352,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestRecordingRun)
+FILMWRIGHT_TEST(TestRecordingRun, QCoreApplication)
 #include "tst_recordingrun.moc"

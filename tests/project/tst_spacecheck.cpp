@@ -6,6 +6,8 @@
 #include "project/spacecheck.h"
 #include "runner/files.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QTest>
 
@@ -218,5 +220,5 @@ void TestSpaceCheck::hugeCountsAreRefused()
     QVERIFY(!spaceError(*fake.controller).isEmpty());
 }
 
-QTEST_GUILESS_MAIN(TestSpaceCheck)
+FILMWRIGHT_TEST(TestSpaceCheck, QCoreApplication)
 #include "tst_spacecheck.moc"

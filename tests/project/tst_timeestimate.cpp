@@ -2,6 +2,8 @@
 #include "encoding/ffmpegarguments.h"
 #include "project/timeestimate.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTest>
@@ -415,5 +417,5 @@ void TestTimeEstimate::rateOfAStageBeginsAnew()
     QCOMPARE(estimate.framesPerSecond(), 0.0);
 }
 
-QTEST_GUILESS_MAIN(TestTimeEstimate)
+FILMWRIGHT_TEST(TestTimeEstimate, QCoreApplication)
 #include "tst_timeestimate.moc"

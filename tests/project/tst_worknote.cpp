@@ -2,6 +2,8 @@
 #include "project/conversionsettings.h"
 #include "project/worknote.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -244,5 +246,5 @@ void TestWorkNote::forgottenNoteIsGone()
     QCOMPARE(QDir(m_folder->filePath(QStringLiteral("tmp"))).entryList(QDir::Files), QStringList());
 }
 
-QTEST_GUILESS_MAIN(TestWorkNote)
+FILMWRIGHT_TEST(TestWorkNote, QCoreApplication)
 #include "tst_worknote.moc"

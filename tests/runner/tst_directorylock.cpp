@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "runner/directorylock.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -107,5 +109,5 @@ void TestDirectoryLock::abandonedDirectoriesAreRemoved()
     QVERIFY(!QFile::exists(path(QStringLiteral("run-dead.lock"))));
 }
 
-QTEST_GUILESS_MAIN(TestDirectoryLock)
+FILMWRIGHT_TEST(TestDirectoryLock, QCoreApplication)
 #include "tst_directorylock.moc"

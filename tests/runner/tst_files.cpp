@@ -2,6 +2,7 @@
 #include "runner/files.h"
 #include "runner/systemlog.h"
 #include "support/logcapture.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -94,5 +95,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestFiles)
+FILMWRIGHT_TEST(TestFiles, QCoreApplication)
 #include "tst_files.moc"

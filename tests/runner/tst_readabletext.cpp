@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "runner/readabletext.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <limits>
@@ -108,5 +110,5 @@ void TestReadableText::shares()
     QCOMPARE(shareText(1), QStringLiteral("100.0 %"));
 }
 
-QTEST_GUILESS_MAIN(TestReadableText)
+FILMWRIGHT_TEST(TestReadableText, QCoreApplication)
 #include "tst_readabletext.moc"

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "runner/resources.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QCoreApplication>
@@ -50,5 +51,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestResources)
+FILMWRIGHT_TEST(TestResources, QCoreApplication)
 #include "tst_resources.moc"

@@ -5,6 +5,7 @@
 #include "support/logcapture.h"
 #include "support/processes.h"
 #include "support/shortgrace.h"
+#include "support/testprogram.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
@@ -844,5 +845,5 @@ void TestTaskWrapper::childReadsThePipeThatItIsGiven()
     QCOMPARE(wrapper.events.value(0), QStringLiteral("line /dev/null"));
 }
 
-QTEST_GUILESS_MAIN(TestTaskWrapper)
+FILMWRIGHT_TEST(TestTaskWrapper, QCoreApplication)
 #include "tst_taskwrapper.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "runner/temporarydirectory.h"
 #include "support/ordinaryuser.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QStandardPaths>
@@ -216,5 +217,5 @@ void TestTemporaryDirectory::directoryOfAnotherUserIsRefused()
                  .arg(temporaryDirectory()));
 }
 
-QTEST_GUILESS_MAIN(TestTemporaryDirectory)
+FILMWRIGHT_TEST(TestTemporaryDirectory, QCoreApplication)
 #include "tst_temporarydirectory.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "runner/userdefaults.h"
 
+#include "support/testprogram.h"
+
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -53,5 +55,5 @@ private:
     QTemporaryDir m_folder;
 };
 
-QTEST_GUILESS_MAIN(TestUserDefaults)
+FILMWRIGHT_TEST(TestUserDefaults, QCoreApplication)
 #include "tst_userdefaults.moc"

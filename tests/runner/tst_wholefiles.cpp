@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "runner/wholefiles.h"
 #include "support/fulldisk.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -87,5 +88,5 @@ void TestWholeFiles::missingFileIsNotOnTheDisk()
     QVERIFY(!syncDiskOf(path(QStringLiteral("none"))));
 }
 
-QTEST_GUILESS_MAIN(TestWholeFiles)
+FILMWRIGHT_TEST(TestWholeFiles, QCoreApplication)
 #include "tst_wholefiles.moc"

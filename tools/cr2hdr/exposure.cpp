@@ -7,7 +7,7 @@
 namespace dualiso {
 namespace {
 
-constexpr float binsPerStop = 8.0F;
+constexpr float exposureBinsPerStop = 8.0F;
 // High values that differ by more than noise and this share stand at an edge.
 constexpr float likelyDeviations = 4.0F;
 constexpr float likelyShare = 0.03F;
@@ -44,7 +44,7 @@ void ExposureMatching::add(const Frame &frame, const RowPattern &pattern)
             if (around > shareOfClipped * m_clippedFrom || !areAlike(high[x - 2], high[x + 2]) ||
                 !areAlike(highAbove[x], highBelow[x]) || !areAlike(highAbove[x], around))
                 continue;
-            const float bin = binsPerStop * std::log2(1 + std::max(0.0F, around));
+            const float bin = exposureBinsPerStop * std::log2(1 + std::max(0.0F, around));
             Bin &sums = m_bins[std::min(static_cast<std::size_t>(bin), m_bins.size() - 1)];
             sums.low += static_cast<double>(lowAbove[x] + lowBelow[x]) / 2;
             sums.high += static_cast<double>(high[x]);

@@ -8,7 +8,7 @@ namespace dualiso {
 namespace {
 
 constexpr float firstBinLight = 16.0F;
-constexpr float binsPerStop = 2.0F;
+constexpr float noiseBinsPerStop = 2.0F;
 constexpr std::size_t enoughDifferences = 20000;
 constexpr std::size_t fewestDifferences = 200;
 
@@ -38,7 +38,7 @@ std::size_t NoiseMeasurement::binOf(float light)
 {
     if (light <= firstBinLight)
         return 0;
-    const float bin = 1 + binsPerStop * std::log2(light / firstBinLight);
+    const float bin = 1 + noiseBinsPerStop * std::log2(light / firstBinLight);
     return std::min(static_cast<std::size_t>(bin), binCount - 1);
 }
 

@@ -7,7 +7,7 @@ namespace dcraw {
 
 namespace {
 
-constexpr int rowsAtOnce = 16; // are read
+constexpr int rowsReadAtOnce = 16; // are read
 
 } // namespace
 
@@ -15,7 +15,7 @@ LightRows::LightRows(const Development &development, const SampleRows &samples)
     : m_development(development)
     , m_samples(samples)
     , m_width(static_cast<std::size_t>(development.width))
-    , m_read(roundedUp(rowsAtOnce * m_width, 64) + 64)
+    , m_read(roundedUp(rowsReadAtOnce * m_width, 64) + 64)
     , m_light(development.width)
 {
 }
@@ -24,7 +24,7 @@ void LightRows::make(int y)
 {
     if (y < m_firstRead || y >= m_endRead) {
         m_firstRead = y;
-        m_endRead = std::min(y + rowsAtOnce, m_development.height);
+        m_endRead = std::min(y + rowsReadAtOnce, m_development.height);
         m_samples.read(y, {m_read.get(), static_cast<std::size_t>(m_endRead - y) * m_width});
     }
     const auto &colours = m_development.pattern[static_cast<unsigned>(y % 2)];

@@ -4,7 +4,7 @@
 namespace dcraw {
 namespace {
 
-constexpr std::size_t rowsAtOnce = 48; // some hundred kilobytes
+constexpr std::size_t rowsWrittenAtOnce = 48; // some hundred kilobytes
 
 } // namespace
 
@@ -13,7 +13,7 @@ RowWriter::RowWriter(const Development &development, const PixelPacker &packer, 
     , m_sink(sink)
     , m_width(development.pictureWidth())
     , m_rowBytes(development.outputRowBytes())
-    , m_waiting(rowsAtOnce * m_rowBytes)
+    , m_waiting(rowsWrittenAtOnce * m_rowBytes)
 {
     if (development.pixelAspect > 1) {
         m_stretch.emplace(development.outputWidth(), 1 / development.pixelAspect);

@@ -43,13 +43,13 @@ constexpr std::uint16_t iccProfileTag = 34675;
 constexpr std::uint16_t rgb = 2;
 constexpr std::uint16_t inch = 2;
 
-using Bytes = BytesAt<std::endian::little>;
+using LittleEndianBytes = BytesAt<std::endian::little>;
 
 /// Writes the entries of a directory one after the other.
 class DirectoryWriter
 {
 public:
-    DirectoryWriter(Bytes &bytes, std::uint32_t place)
+    DirectoryWriter(LittleEndianBytes &bytes, std::uint32_t place)
         : m_bytes(bytes)
         , m_place(place)
     {
@@ -88,19 +88,19 @@ public:
     }
 
 private:
-    Bytes &m_bytes;
+    LittleEndianBytes &m_bytes;
     std::uint32_t m_place;
     std::uint16_t m_count = 0;
 };
 
-void putMillionths(Bytes &bytes, std::uint32_t place, float value)
+void putMillionths(LittleEndianBytes &bytes, std::uint32_t place, float value)
 {
     constexpr std::int32_t million = 1000000;
     bytes.number(place, static_cast<std::int32_t>(million * value));
     bytes.number(place + 4, million);
 }
 
-void putNumbers(Bytes &bytes, const Negative &negative, const Development &development)
+void putNumbers(LittleEndianBytes &bytes, const Negative &negative, const Development &development)
 {
     for (std::uint32_t i = 0; i < 4; ++i) { // a fourth, though a pixel has three samples
         bytes.number(place::bitsPerSample + i * 2,
@@ -115,8 +115,8 @@ void putNumbers(Bytes &bytes, const Negative &negative, const Development &devel
     putMillionths(bytes, focalLength, negative.focalLength);
 }
 
-void putImageDirectory(Bytes &bytes, const Negative &negative, const Development &development,
-                       std::uint32_t profileBytes)
+void putImageDirectory(LittleEndianBytes &bytes, const Negative &negative,
+                       const Development &development, std::uint32_t profileBytes)
 {
     const auto width = static_cast<std::uint32_t>(development.outputWidth());
     const auto height = static_cast<std::uint32_t>(development.outputHeight());
@@ -147,7 +147,7 @@ void putImageDirectory(Bytes &bytes, const Negative &negative, const Development
         directory.add(iccProfileTag, FieldType::Undefined, profileBytes, place::end);
 }
 
-void putExifDirectory(Bytes &bytes, const Negative &negative)
+void putExifDirectory(LittleEndianBytes &bytes, const Negative &negative)
 {
     DirectoryWriter directory(bytes, place::exifDirectory);
     directory.addRatio(tag::exposureTime, exposureTime);
@@ -162,7 +162,7 @@ std::vector<std::byte> tiffHead(const Negative &negative, const Development &dev
                                 std::span<const std::byte> profile)
 {
     std::vector<std::byte> head(place::end + profile.size());
-    Bytes bytes(head);
+    LittleEndianBytes bytes(head);
     bytes.put(0, dng::tifflayout::littleEndian);
     bytes.number(dng::tifflayout::littleEndian.size(), place::directory);
     putNumbers(bytes, negative, development);

@@ -13,7 +13,7 @@
 namespace mlvdump {
 namespace {
 
-constexpr std::size_t maxSurveyedFrames = 24;
+constexpr std::size_t maxBalanceFrames = 24;
 
 /// Samples; the sensitivities of alternating rows are averaged in it.
 constexpr int tileSide = 16;
@@ -102,7 +102,7 @@ std::vector<Tile> allTiles(const mlv::Recording &recording, const Calibration &c
     };
     std::mutex mutex;
     std::vector<Surveyed> frames; // guarded by mutex
-    forEachFrame(recording, spreadFrames(recording.videoFrames(), maxSurveyedFrames), threads,
+    forEachFrame(recording, spreadFrames(recording.videoFrames(), maxBalanceFrames), threads,
                  [&](mlv::FrameDecoder &decoder, const mlv::DataBlock &block) {
                      try {
                          const auto samples = decoder.decode(block);

@@ -20,7 +20,7 @@ double determinant(const ColourMatrix &m)
            m[2] * (m[3] * m[7] - m[4] * m[6]);
 }
 
-bool isUsable(const ColourMatrix &matrix)
+bool isUsableMatrix(const ColourMatrix &matrix)
 {
     const bool moderate = std::all_of(matrix.begin(), matrix.end(), [](double value) {
         return std::isfinite(value) && std::abs(value) <= 10;
@@ -91,7 +91,7 @@ ColourMatrix colourMatrix(const mlv::RawInfo &rawInfo)
         const double numerator = rawInfo.colourMatrix[2 * i];
         matrix[i] = numerator / rawInfo.colourMatrix[2 * i + 1];
     }
-    return isUsable(matrix) ? matrix : srgb;
+    return isUsableMatrix(matrix) ? matrix : srgb;
 }
 
 Neutral neutralOfKelvin(double kelvin, const ColourMatrix &matrix)

@@ -11,12 +11,12 @@
 namespace mlvdump {
 namespace {
 
-constexpr int period = ColumnGains::period;
-constexpr int bins = 2000;         // of a histogram of ratios
-constexpr double farthest = 0.1;   // from 1; no sensor is worse
-constexpr std::uint32_t few = 500; // ratios tell nothing
+constexpr int bins = 2000;       // of a histogram of ratios
+constexpr double farthest = 0.1; // from 1; no sensor is worse
+constexpr int columnPeriod = ColumnGains::period;
+constexpr std::uint32_t fewRatios = 500; // ratios tell nothing
 constexpr std::size_t fewParts = 4;
-constexpr int rowStride = 8;
+constexpr int columnRowStride = 8;
 constexpr double visible = 0.002;
 constexpr double certain = 6;         // standard deviations
 constexpr double goodEnough = 0.0006; // an estimate that scatters more would leave stripes
@@ -27,19 +27,19 @@ ColumnSurvey::ColumnSurvey(const mlv::FrameFormat &format)
     : m_format(format)
     , m_least(format.blackLevel + (format.whiteLevel - format.blackLevel) / 8)
     , m_most(format.blackLevel + (format.whiteLevel - format.blackLevel) / 10 * 9)
-    , m_ratios(static_cast<std::size_t>(sides * sides * 2 * period) * bins)
+    , m_ratios(static_cast<std::size_t>(sides * sides * 2 * columnPeriod) * bins)
 {
 }
 
 std::size_t ColumnSurvey::binOf(int part, int line, int column) const
 {
-    return static_cast<std::size_t>((part * 2 + line) * period + column) * bins;
+    return static_cast<std::size_t>((part * 2 + line) * columnPeriod + column) * bins;
 }
 
 void ColumnSurvey::add(std::span<const std::uint16_t> samples, int cropX, int cropY)
 {
     std::vector<std::uint32_t> ratios(m_ratios.size());
-    for (int y = 1; y + 2 < m_format.height; y += rowStride) {
+    for (int y = 1; y + 2 < m_format.height; y += columnRowStride) {
         addRow(samples, y, cropX, cropY, ratios);
         addRow(samples, y + 1, cropX, cropY, ratios);
     }
@@ -76,7 +76,7 @@ void ColumnSurvey::addRow(std::span<const std::uint16_t> samples, int y, int cro
         const int part = y * sides / m_format.height * sides + x * sides / width;
         const auto bin =
             static_cast<std::size_t>((light / mean - 1 + farthest) / (2 * farthest) * bins);
-        ++ratios[binOf(part, (y + cropY) % 2, (x + cropX) % period) +
+        ++ratios[binOf(part, (y + cropY) % 2, (x + cropX) % columnPeriod) +
                  std::min<std::size_t>(bin, bins - 1)];
     }
 }
@@ -85,7 +85,7 @@ std::optional<double> ColumnSurvey::median(int part, int line, int column) const
 {
     const auto *const histogram = &m_ratios[binOf(part, line, column)];
     const auto total = std::accumulate(histogram, histogram + bins, 0U);
-    if (total < few)
+    if (total < fewRatios)
         return std::nullopt;
     double below = 0;
     int bin = 0;
@@ -116,9 +116,9 @@ ColumnSurvey::Estimate ColumnSurvey::estimate(int line, int column) const
 
 ColumnSurvey::Result ColumnSurvey::result() const
 {
-    std::array<std::array<Estimate, period>, 2> estimates;
+    std::array<std::array<Estimate, columnPeriod>, 2> estimates;
     for (int line = 0; line < 2; ++line) {
-        for (int column = 0; column < period; ++column) {
+        for (int column = 0; column < columnPeriod; ++column) {
             estimates[static_cast<std::size_t>(line)][static_cast<std::size_t>(column)] =
                 estimate(line, column);
         }
@@ -130,7 +130,7 @@ ColumnSurvey::Result ColumnSurvey::result() const
     const auto greenLine = [](std::size_t column) { return column % 2 == 0 ? 1U : 0U; };
     double evenMean = 0;
     double oddMean = 0;
-    for (std::size_t column = 0; column < period; ++column) {
+    for (std::size_t column = 0; column < columnPeriod; ++column) {
         const auto &green = estimates[greenLine(column)][column];
         if (!green.isKnown)
             return {};
@@ -138,7 +138,7 @@ ColumnSurvey::Result ColumnSurvey::result() const
         result.scatter = std::max(result.scatter, green.scatter);
         strongest = std::max(strongest, std::abs(green.gain - 1) / std::max(green.scatter, 1e-6));
     }
-    for (std::size_t column = 0; column < period; ++column) {
+    for (std::size_t column = 0; column < columnPeriod; ++column) {
         const auto line = greenLine(column);
         const auto &green = estimates[line][column];
         const auto &other = estimates[1 - line][column];

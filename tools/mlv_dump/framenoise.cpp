@@ -10,9 +10,9 @@
 namespace mlvdump {
 namespace {
 
-constexpr int rowStride = 7;       // every seventh row is measured, so that all colours are
-constexpr std::uint32_t few = 200; // samples tell nothing of a step
-constexpr int levels = 2048;       // of a histogram; what lies beyond counts as the last
+constexpr int noiseRowStride = 7;         // every seventh row is measured, so that all colours are
+constexpr std::uint32_t fewSamples = 200; // samples tell nothing of a step
+constexpr int levels = 2048;              // of a histogram; what lies beyond counts as the last
 constexpr int strikingTimes = 5;
 
 using Histogram = std::vector<std::uint32_t>;
@@ -48,7 +48,7 @@ FrameNoise::FrameNoise(Residuals &residuals, const mlv::FrameFormat &format)
     spreads.fill(Histogram(levels));
     residualsOfEven.fill(Histogram(levels));
     const auto forEachSample = [&](const auto &visit) {
-        for (int y = 0; y < format.height; y += rowStride) {
+        for (int y = 0; y < format.height; y += noiseRowStride) {
             const auto row = residuals.row(y);
             for (std::size_t x = 0; x < row.samples.size(); ++x) {
                 const int light = row.samples[x] - row.residuals[x] - m_black;
@@ -69,7 +69,7 @@ FrameNoise::FrameNoise(Residuals &residuals, const mlv::FrameFormat &format)
     for (std::size_t step = 0; step < steps; ++step) {
         const auto &histogram = residualsOfEven[step];
         auto &limits = m_limits[step];
-        if (std::accumulate(histogram.begin(), histogram.end(), 0U) >= few) {
+        if (std::accumulate(histogram.begin(), histogram.end(), 0U) >= fewSamples) {
             limits.usual = std::max(1, quantile(histogram, 0.7));
             striking = strikingTimes * (limits.usual + 1);
             const int light = static_cast<int>(2 * step + 1) << m_shift >> 1;

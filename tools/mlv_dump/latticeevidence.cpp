@@ -11,7 +11,7 @@
 namespace mlvdump {
 namespace {
 
-constexpr double few = 8;        // pixels of a line tell nothing
+constexpr double fewPixels = 8;  // pixels of a line tell nothing
 constexpr double shows = 6;      // standard deviations
 constexpr double weakest = 0.25; // of what it typically shows
 constexpr double nothing = -3;   // of likelihood, at least: it may as well be there
@@ -25,7 +25,7 @@ LatticeEvidence::LatticeEvidence(const PixelStatistics &statistics)
     for (int y = 0; y < m_height; ++y) {
         for (int column = 0; column < Lattice::columns; ++column) {
             const auto &share = statistics.share(y, column);
-            const double count = share.counted >= few ? share.counted : 0;
+            const double count = share.counted >= fewPixels ? share.counted : 0;
             m_values.push_back(
                 count > 0 ? Value{share.unusual / count, count, share.clarity / count} : Value());
         }

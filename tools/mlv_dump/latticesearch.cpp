@@ -11,9 +11,9 @@
 namespace mlvdump {
 namespace {
 
-constexpr double certain = 8;          // standard deviations
+constexpr double certainPlace = 8;     // standard deviations
 constexpr double timesGreen = 1.5;     // as far as the farthest green place
-constexpr int largestPart = 4;         // of the red and blue places of a cell, one in so many
+constexpr int largestLatticePart = 4;  // of the red and blue places of a cell, one in so many
 constexpr double besideTypical = 0.3;  // of what the lattice's places typically have
 constexpr double enough = 0.5;         // of it, for places that would complete a lattice
 constexpr double likelyMembers = 0.75; // of a place that repeats, so that the others follow
@@ -89,7 +89,7 @@ std::array<double, 2> limits(const LatticeEvidence &evidence)
         if (isGreen(column, line))
             farthestGreen = std::max(farthestGreen, evidence.ofPlace(column, line));
     });
-    const double limit = std::max(certain, timesGreen * farthestGreen);
+    const double limit = std::max(certainPlace, timesGreen * farthestGreen);
     std::array<std::vector<double>, 2> beyond;
     forEachPlace([&](int column, int line) {
         const double found = evidence.ofPlace(column, line);
@@ -111,7 +111,7 @@ std::optional<Lattice> certainPlaces(const LatticeEvidence &evidence,
             insert(lattice, column, line);
     });
     constexpr int redAndBlue = Lattice::columns * Lattice::lines / 2;
-    const bool isLattice = lattice.size() > 0 && lattice.size() <= redAndBlue / largestPart;
+    const bool isLattice = lattice.size() > 0 && lattice.size() <= redAndBlue / largestLatticePart;
     return isLattice ? std::optional(lattice) : std::nullopt;
 }
 

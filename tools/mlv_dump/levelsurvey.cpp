@@ -12,7 +12,7 @@
 namespace mlvdump {
 namespace {
 
-constexpr std::size_t maxSurveyedFrames = 256;
+constexpr std::size_t maxLevelFrames = 256;
 constexpr int pairStep = 4; // every fourth pair of rows is enough to see an area
 
 // Shares of the samples of one colour.
@@ -167,7 +167,7 @@ std::optional<LevelSurvey> surveyLevels(const mlv::Recording &recording, unsigne
     std::mutex mutex;
     std::vector<FrameExtremes> frames; // guarded by mutex
     int width = 0;                     // guarded by mutex
-    forEachFrame(recording, spreadFrames(recording.videoFrames(), maxSurveyedFrames), threads,
+    forEachFrame(recording, spreadFrames(recording.videoFrames(), maxLevelFrames), threads,
                  [&](mlv::FrameDecoder &decoder, const mlv::DataBlock &block) {
                      try {
                          const auto found = frameExtremes(decoder.decodeRowPairs(block, pairStep),

@@ -19,10 +19,10 @@ namespace mlvdump {
 namespace {
 
 // Small frames tell less each.
-constexpr std::size_t leastSurveyedFrames = 8;
-constexpr std::size_t maxSurveyedFrames = 16;
+constexpr std::size_t leastRepairFrames = 8;
+constexpr std::size_t maxRepairFrames = 16;
 constexpr std::size_t enoughSamples = 16U << 20U;
-static_assert(maxSurveyedFrames <= PixelStatistics::maxFrames);
+static_assert(maxRepairFrames <= PixelStatistics::maxFrames);
 
 /// The frames to look at: those whose window lies within half a frame of the first one's, so that
 /// forged places don't make anybody take memory for a read-out that no sensor has.
@@ -30,7 +30,7 @@ std::vector<mlv::DataBlock> surveyedFrames(const mlv::Recording &recording,
                                            const mlv::FrameFormat &format)
 {
     const auto count =
-        std::clamp(enoughSamples / format.sampleCount(), leastSurveyedFrames, maxSurveyedFrames);
+        std::clamp(enoughSamples / format.sampleCount(), leastRepairFrames, maxRepairFrames);
     auto frames = spreadFrames(recording.videoFrames(), count);
     const Place first = frames.empty() ? Place{} : cropOf(frames.front());
     std::erase_if(frames, [&](const auto &block) {
@@ -42,11 +42,11 @@ std::vector<mlv::DataBlock> surveyedFrames(const mlv::Recording &recording,
 }
 
 /// Looks for what is to be repaired, and tells it.
-class Search
+class RepairSearch
 {
 public:
-    Search(const mlv::Recording &recording, const mlv::FrameFormat &format,
-           const Calibration &calibration, unsigned threads)
+    RepairSearch(const mlv::Recording &recording, const mlv::FrameFormat &format,
+                 const Calibration &calibration, unsigned threads)
         : m_recording(recording)
         , m_format(format)
         , m_calibration(calibration)
@@ -204,7 +204,7 @@ FoundRepair findRepair(const mlv::Recording &recording, const std::filesystem::p
     using Pixels = RepairChoice::Pixels;
     if (choice.isNothing())
         return {};
-    Search search(recording, format, calibration, threads);
+    RepairSearch search(recording, format, calibration, threads);
     if (choice.pixels == Pixels::Map) {
         search.takeMap(choice.map);
     } else if (choice.pixels == Pixels::Auto) {

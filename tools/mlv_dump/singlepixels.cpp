@@ -10,12 +10,12 @@ namespace {
 
 using Pixel = PixelStatistics::Pixel;
 
-constexpr int nearlyAll = 80;            // per cent of the frames
-constexpr float standsOut = 8;           // times as far as what lies about it
-constexpr int stuckFrames = 6;           // fewer don't tell that a level stands still
-constexpr int stuckScatter = 1;          // levels
-constexpr int livingScatter = 4;         // levels
-constexpr std::size_t largestPart = 200; // one in so many of a sensor's pixels at most
+constexpr int nearlyAll = 80;                  // per cent of the frames
+constexpr float standsOut = 8;                 // times as far as what lies about it
+constexpr int stuckFrames = 6;                 // fewer don't tell that a level stands still
+constexpr int stuckScatter = 1;                // levels
+constexpr int livingScatter = 4;               // levels
+constexpr std::size_t largestDefectPart = 200; // one in so many of a sensor's pixels at most
 
 int scatter(const Pixel &pixel)
 {
@@ -27,10 +27,11 @@ bool isNearlyAll(int count, int of)
     return count * 100 >= of * nearlyAll;
 }
 
-class Search
+class SinglePixelSearch
 {
 public:
-    Search(const PixelStatistics &statistics, const std::optional<Lattice> &lattice, int clipLevel)
+    SinglePixelSearch(const PixelStatistics &statistics, const std::optional<Lattice> &lattice,
+                      int clipLevel)
         : m_statistics(statistics)
         , m_lattice(lattice)
         , m_clipLevel(clipLevel)
@@ -44,8 +45,8 @@ public:
                 judge(x, y);
         const auto pixels = static_cast<std::size_t>(m_statistics.width()) *
                             static_cast<std::size_t>(m_statistics.height());
-        const bool tooMany =
-            m_found.hot.size() + m_found.cold.size() + m_found.stuck.size() > pixels / largestPart;
+        const bool tooMany = m_found.hot.size() + m_found.cold.size() + m_found.stuck.size() >
+                             pixels / largestDefectPart;
         return tooMany ? SinglePixels() : std::move(m_found);
     }
 
@@ -121,7 +122,7 @@ private:
 SinglePixels findSinglePixels(const PixelStatistics &statistics,
                               const std::optional<Lattice> &lattice, int clipLevel)
 {
-    return Search(statistics, lattice, clipLevel).run();
+    return SinglePixelSearch(statistics, lattice, clipLevel).run();
 }
 
 } // namespace mlvdump

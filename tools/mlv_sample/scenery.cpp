@@ -11,7 +11,7 @@ namespace sample {
 
 namespace {
 
-enum Purpose : std::uint64_t { Presence = 101, OffsetX, OffsetY, Brightness, Roughness };
+enum SceneryPurpose : std::uint64_t { Presence = 101, OffsetX, OffsetY, Brightness, Roughness };
 
 constexpr double pointRadius = 0.65; // pixels: the lens's blur, a standard deviation
 

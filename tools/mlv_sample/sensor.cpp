@@ -28,7 +28,7 @@ constexpr float pixelResponseSpread = 0.02F;
 constexpr float columnOffsetSpread = 6.0F;
 constexpr float dustDepth = 0.12F;
 
-enum Purpose : std::uint64_t { HotPixel = 1, HotLevel, Response, Column };
+enum SensorPurpose : std::uint64_t { HotPixel = 1, HotLevel, Response, Column };
 
 struct Dust
 {

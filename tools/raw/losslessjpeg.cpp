@@ -137,7 +137,6 @@ Tables tablesOf(const LosslessJpegHeader &header)
     return tables;
 }
 
-constexpr std::byte markerStart{0xff};
 constexpr std::byte endOfImage{0xd9};
 
 /// The size of the stream up to and with its end marker.

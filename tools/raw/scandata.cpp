@@ -7,8 +7,6 @@
 namespace raw {
 namespace {
 
-constexpr std::byte markerStart{0xff};
-
 /// How many bytes stand before the first 0xff.
 std::size_t plainBytes(std::span<const std::byte> bytes)
 {

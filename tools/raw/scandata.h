@@ -7,6 +7,9 @@
 
 namespace raw {
 
+/// The first byte of every marker of a JPEG.
+constexpr std::byte markerStart{0xff};
+
 /// The entropy-coded data of a JPEG scan without the zeros that are stuffed in behind 0xff, piece
 /// by piece in the same small memory.
 class ScanData

@@ -17,6 +17,9 @@
 #include <utility>
 #include <vector>
 
+/// Milliseconds in which a worker that didn't wait would go on; nothing tells that it waits.
+constexpr int shortWhile = 20;
+
 /// Keeps what an outlet delivers.
 class Receiver : public QObject
 {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "sluice/slpipeline.h"
 
+#include "support/testprogram.h"
+
 #include <QObject>
 #include <QTest>
 
@@ -160,5 +162,5 @@ void tst_SLPipeline::oneProducerAndOneConsumer()
     QVERIFY(pipeline.isEmpty());
 }
 
-QTEST_GUILESS_MAIN(tst_SLPipeline)
+FILMWRIGHT_TEST(tst_SLPipeline, QCoreApplication)
 #include "tst_slpipeline.moc"

@@ -3,6 +3,8 @@
 #include "sluice/slunitprocessmanager.h"
 #include "testunit.h"
 
+#include "support/testprogram.h"
+
 #include <QCoreApplication>
 #include <QTest>
 
@@ -22,9 +24,6 @@ private Q_SLOTS:
 };
 
 namespace {
-
-/// Milliseconds in which a worker that didn't wait would go on; nothing tells that it waits.
-constexpr int shortWhile = 20;
 
 /// Units that share the pipeline of the first, in a manager.
 class Units
@@ -173,5 +172,5 @@ void tst_SLSharedPipeline::executeDoesNotBlockForAnOldProcess()
     QTRY_COMPARE(units.receiver.values.size(), 1);
 }
 
-QTEST_GUILESS_MAIN(tst_SLSharedPipeline)
+FILMWRIGHT_TEST(tst_SLSharedPipeline, QCoreApplication)
 #include "tst_slsharedpipeline.moc"

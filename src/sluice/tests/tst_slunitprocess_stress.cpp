@@ -4,6 +4,8 @@
 #include "sluice/slunitprocessmanager.h"
 #include "testunit.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <chrono>
@@ -111,5 +113,5 @@ void tst_SLUnitProcessStress::destroyAtAnyMoment()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_SLUnitProcessStress)
+FILMWRIGHT_TEST(tst_SLUnitProcessStress, QCoreApplication)
 #include "tst_slunitprocess_stress.moc"

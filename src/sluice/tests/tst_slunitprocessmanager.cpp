@@ -2,6 +2,8 @@
 #include "sluice/slunitprocessmanager.h"
 #include "testunit.h"
 
+#include "support/testprogram.h"
+
 #include <QCoreApplication>
 #include <QTest>
 
@@ -48,9 +50,6 @@ private Q_SLOTS:
 };
 
 namespace {
-
-/// Milliseconds in which a worker that didn't wait would go on; nothing tells that it waits.
-constexpr int shortWhile = 20;
 
 /// A unit in a manager, and who receives what it delivers.
 struct OneUnit
@@ -466,5 +465,5 @@ void tst_SLUnitProcessManager::destructorInterruptsAndWaits()
     QCOMPARE(unit.use_count(), 1L);
 }
 
-QTEST_GUILESS_MAIN(tst_SLUnitProcessManager)
+FILMWRIGHT_TEST(tst_SLUnitProcessManager, QCoreApplication)
 #include "tst_slunitprocessmanager.moc"

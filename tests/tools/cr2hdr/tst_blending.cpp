@@ -3,6 +3,8 @@
 #include "cr2hdr/blending.h"
 #include "dualscene.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <cmath>
@@ -163,5 +165,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestBlending)
+FILMWRIGHT_TEST(TestBlending, QCoreApplication)
 #include "tst_blending.moc"

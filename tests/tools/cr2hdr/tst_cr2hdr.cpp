@@ -7,6 +7,8 @@
 #include "dng/rawfile.h"
 #include "dng/tags.h"
 #include "raw/samples.h"
+#include "support/filecontent.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,19 +22,6 @@
 #include <unistd.h>
 
 namespace {
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void setContent(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
 
 Ended cr2hdr(const QStringList &arguments)
 {
@@ -640,5 +629,5 @@ private:
     QStringList m_truthFrames;
 };
 
-QTEST_GUILESS_MAIN(TestCr2hdr)
+FILMWRIGHT_TEST(TestCr2hdr, QCoreApplication)
 #include "tst_cr2hdr.moc"

@@ -3,6 +3,8 @@
 #include "cr2hdr/model.h"
 #include "dualscene.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <cmath>
@@ -176,5 +178,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestDualIsoModel)
+FILMWRIGHT_TEST(TestDualIsoModel, QCoreApplication)
 #include "tst_dualisomodel.moc"

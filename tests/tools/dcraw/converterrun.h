@@ -6,6 +6,10 @@
 #include <QStringList>
 #include <QTemporaryDir>
 
+/// The options that frames of movies are developed with.
+inline const QStringList movieArguments =
+    QStringLiteral("-H 3 -q 3 -w -W -T -b 4.000000").split(QLatin1Char(' '));
+
 /// What a call of dcraw left behind.
 struct ConverterRun
 {

@@ -6,6 +6,8 @@
 #include "dcraw/notcovered.h"
 #include "dcraw/tone.h"
 
+#include "support/testprogram.h"
+
 #include <QtMath>
 
 #include <QTest>
@@ -254,5 +256,5 @@ void TestDcrawConstants::powerOfTheProfile()
     QTEST(qFloor(dcraw::meanPower(dcraw::toneCurve({exponent, slope})) + 0.5), "power");
 }
 
-QTEST_APPLESS_MAIN(TestDcrawConstants)
+FILMWRIGHT_TEST(TestDcrawConstants, QCoreApplication)
 #include "tst_dcraw_constants.moc"

@@ -3,6 +3,8 @@
 #include "dcraw/instructionset.h"
 #include "plaindevelopment.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <cmath>
@@ -507,5 +509,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(TestDevelopment)
+FILMWRIGHT_TEST(TestDevelopment, QCoreApplication)
 #include "tst_dcraw_development.moc"

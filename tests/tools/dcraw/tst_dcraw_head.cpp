@@ -4,6 +4,8 @@
 #include "dcraw/threads.h"
 #include "dcraw/tiffhead.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 #include <QtEndian>
 
@@ -151,5 +153,5 @@ void TestDcrawHead::smallFramesAndSingleCoresHaveOneThread()
     QCOMPARE(::sched_setaffinity(0, sizeof before, &before), 0);
 }
 
-QTEST_APPLESS_MAIN(TestDcrawHead)
+FILMWRIGHT_TEST(TestDcrawHead, QCoreApplication)
 #include "tst_dcraw_head.moc"

@@ -7,6 +7,7 @@
 #include "dcraw/frame.h"
 #include "dcraw/instructionset.h"
 #include "dcraw/notcovered.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QTest>
@@ -29,11 +30,6 @@ void addSeeds(const char *variable)
     for (int seed = first; seed < end; seed += rowSize)
         QTest::addRow("from seed %d", seed) << seed << std::min(seed + rowSize, end);
 }
-
-const QStringList movieArguments{
-    QStringLiteral("-H"), QStringLiteral("3"),  QStringLiteral("-q"),
-    QStringLiteral("3"),  QStringLiteral("-w"), QStringLiteral("-W"),
-    QStringLiteral("-T"), QStringLiteral("-b"), QStringLiteral("4.000000")};
 
 /// Keeps the rows in memory.
 class MemorySink : public dcraw::PixelSink
@@ -294,5 +290,5 @@ void TestDcrawIdentity::mutilatedHeads()
     qInfo("%d, %d of them developed by ours, all alike", end - first, covered);
 }
 
-QTEST_GUILESS_MAIN(TestDcrawIdentity)
+FILMWRIGHT_TEST(TestDcrawIdentity, QCoreApplication)
 #include "tst_dcraw_identity.moc"

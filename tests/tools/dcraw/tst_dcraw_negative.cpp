@@ -8,6 +8,7 @@
 #include "dcraw/notcovered.h"
 #include "dng/tags.h"
 #include "raw/error.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -554,5 +555,5 @@ void TestDcrawNegative::listAboveTheWorkingFolderIsLeftToTheRealOne()
     QVERIFY(isCovered(dng, options));
 }
 
-QTEST_GUILESS_MAIN(TestDcrawNegative)
+FILMWRIGHT_TEST(TestDcrawNegative, QCoreApplication)
 #include "tst_dcraw_negative.moc"

@@ -2,6 +2,8 @@
 #include "dcraw/notcovered.h"
 #include "dcraw/options.h"
 
+#include "support/testprogram.h"
+
 #include <QStringList>
 #include <QTest>
 
@@ -192,5 +194,5 @@ void TestDcrawOptions::outputBesideTheInput()
     QTEST(QString::fromStdString(dcraw::outputPath(input.toStdString())), "output");
 }
 
-QTEST_APPLESS_MAIN(TestDcrawOptions)
+FILMWRIGHT_TEST(TestDcrawOptions, QCoreApplication)
 #include "tst_dcraw_options.moc"

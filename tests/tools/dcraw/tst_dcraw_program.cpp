@@ -6,6 +6,7 @@
 
 #include "conversion/tiffbitmap.h"
 #include "dng/tags.h"
+#include "support/testprogram.h"
 #include "support/toolfolder.h"
 
 #include <QDir>
@@ -20,11 +21,7 @@
 
 namespace {
 
-const QString dcraw = QStringLiteral("dcraw");
-const QStringList movieArguments{
-    QStringLiteral("-H"), QStringLiteral("3"),  QStringLiteral("-q"),
-    QStringLiteral("3"),  QStringLiteral("-w"), QStringLiteral("-W"),
-    QStringLiteral("-T"), QStringLiteral("-b"), QStringLiteral("4.000000")};
+const QString converter = QStringLiteral("dcraw");
 
 struct ToolEnd
 {
@@ -66,7 +63,10 @@ private Q_SLOTS:
 
 private:
     ToolEnd run(const QStringList &arguments);
-    void addFakeReal() { m_real->addTool(dcraw, QStringLiteral("echo from the real one; exit 3")); }
+    void addFakeReal()
+    {
+        m_real->addTool(converter, QStringLiteral("echo from the real one; exit 3"));
+    }
     QString dng() const { return m_folder->path(QStringLiteral("frame.dng")); }
     QString tiff() const { return m_folder->path(QStringLiteral("frame.tiff")); }
     QStringList movieCall() const { return movieArguments + QStringList{dng()}; }
@@ -84,7 +84,7 @@ void TestDcrawProgram::init()
     m_folder = std::make_unique<ConverterFolder>();
     m_folder->write(QStringLiteral("frame.dng"), NegativeWriter().encoded());
     m_real = std::make_unique<ToolFolder>();
-    m_program = builtProgram(dcraw);
+    m_program = builtProgram(converter);
     m_inChild = {};
     m_environment = QProcessEnvironment::systemEnvironment();
     // Scripts need the shell's folders, where there is no dcraw.
@@ -132,7 +132,7 @@ void TestDcrawProgram::coveredCallRunsNothingElse()
     QCOMPARE(ended.words, QString());
     QCOMPARE(ended.status, 0);
     QVERIFY(filmwright::TiffBitmap::isWhole(tiff()));
-    QVERIFY(m_real->calls(dcraw).isEmpty());
+    QVERIFY(m_real->calls(converter).isEmpty());
 }
 
 void TestDcrawProgram::otherCallsAreHandedOverAsTheyAre_data()
@@ -158,7 +158,7 @@ void TestDcrawProgram::otherCallsAreHandedOverAsTheyAre()
     QFETCH(QStringList, arguments);
     addFakeReal();
     QCOMPARE(run(arguments).status, 3);
-    QCOMPARE(m_real->calls(dcraw), QList<QStringList>{arguments});
+    QCOMPARE(m_real->calls(converter), QList<QStringList>{arguments});
 }
 
 void TestDcrawProgram::statusAndWordsOfTheRealOneAreTheAnswer()
@@ -179,7 +179,7 @@ void TestDcrawProgram::nothingIsWrittenBeforeAHandOver()
     m_folder->write(QStringLiteral("frame.dng"), cutOff.encoded());
     m_folder->write(QStringLiteral("frame.tiff"), "older");
     QCOMPARE(run(movieCall()).status, 3);
-    QCOMPARE(m_real->calls(dcraw), QList<QStringList>{movieCall()});
+    QCOMPARE(m_real->calls(converter), QList<QStringList>{movieCall()});
     QCOMPARE(m_folder->read(QStringLiteral("frame.tiff")), QByteArray("older"));
 }
 
@@ -192,7 +192,7 @@ void TestDcrawProgram::environmentForcesTheRealOne()
                          m_real->path() + QStringLiteral("/another"));
     QCOMPARE(run(movieCall()).status, 4);
     QCOMPARE(m_real->calls(QStringLiteral("another")), QList<QStringList>{movieCall()});
-    QVERIFY(m_real->calls(dcraw).isEmpty());
+    QVERIFY(m_real->calls(converter).isEmpty());
     m_environment.insert(QStringLiteral("FILMWRIGHT_DCRAW"), QString());
     QCOMPARE(run(movieCall()).status, 0); // names nothing
 }
@@ -241,7 +241,7 @@ void TestDcrawProgram::itselfIsNeverTheRealOne()
     }
     m_environment.insert(QStringLiteral("PATH"), first + u':' + m_real->path());
     QCOMPARE(run({QStringLiteral("-i")}).status, 3);
-    QCOMPARE(m_real->calls(dcraw).size(), 1);
+    QCOMPARE(m_real->calls(converter).size(), 1);
 }
 
 void TestDcrawProgram::copiesOfItselfEndTheSearch()
@@ -259,7 +259,7 @@ void TestDcrawProgram::copiesOfItselfEndTheSearch()
     m_environment.insert(QStringLiteral("PATH"),
                          (folders + QStringList{m_real->path()}).join(u':'));
     QCOMPARE(run({QStringLiteral("-i")}).status, 3);
-    QCOMPARE(m_real->calls(dcraw), QList<QStringList>{{QStringLiteral("-i")}});
+    QCOMPARE(m_real->calls(converter), QList<QStringList>{{QStringLiteral("-i")}});
 }
 
 void TestDcrawProgram::withoutARealOneItSaysSo_data()
@@ -345,7 +345,7 @@ void TestDcrawProgram::inputThatIsTheOutputIsHandedOver()
     QVERIFY(QFile::remove(tiff()));
     QCOMPARE(::link(qPrintable(dng()), qPrintable(tiff())), 0);
     QCOMPARE(run(movieCall()).status, 3);
-    QCOMPARE(m_real->calls(dcraw), (QList<QStringList>{call, movieCall(), movieCall()}));
+    QCOMPARE(m_real->calls(converter), (QList<QStringList>{call, movieCall(), movieCall()}));
     QCOMPARE(m_folder->read(QStringLiteral("frame.dng")), NegativeWriter().encoded());
 }
 
@@ -371,7 +371,7 @@ void TestDcrawProgram::outputThatCannotBeMadeIsHandedOver()
     else
         QVERIFY(QFile::link(QStringLiteral("/dev/full"), tiff()));
     QCOMPARE(run(movieCall()).status, 3);
-    QCOMPARE(m_real->calls(dcraw), QList<QStringList>{movieCall()});
+    QCOMPARE(m_real->calls(converter), QList<QStringList>{movieCall()});
 }
 
 void TestDcrawProgram::fullDiskLeavesNoFile()
@@ -418,5 +418,5 @@ void TestDcrawProgram::killedRunLeavesNothingThatPassesForWhole()
     qInfo("%d of %d left a part", cut, kills);
 }
 
-QTEST_GUILESS_MAIN(TestDcrawProgram)
+FILMWRIGHT_TEST(TestDcrawProgram, QCoreApplication)
 #include "tst_dcraw_program.moc"

@@ -2,6 +2,8 @@
 #include "dcraw/notcovered.h"
 #include "dcraw/texts.h"
 
+#include "support/testprogram.h"
+
 #include <QString>
 #include <QTest>
 
@@ -130,5 +132,5 @@ void TestDcrawTexts::extremeDates()
     QVERIFY_THROWS_EXCEPTION(dcraw::NotCovered, dcraw::parseTime(text.toStdString()));
 }
 
-QTEST_APPLESS_MAIN(TestDcrawTexts)
+FILMWRIGHT_TEST(TestDcrawTexts, QCoreApplication)
 #include "tst_dcraw_texts.moc"

@@ -3,6 +3,7 @@
 
 #include "dcraw/notcovered.h"
 #include "support/fulldisk.h"
+#include "support/testprogram.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -117,5 +118,5 @@ void TestDcrawTiffFile::onlyFilesAreWritten()
     QVERIFY(QFile::exists(QStringLiteral("/dev/null")));
 }
 
-QTEST_APPLESS_MAIN(TestDcrawTiffFile)
+FILMWRIGHT_TEST(TestDcrawTiffFile, QCoreApplication)
 #include "tst_dcraw_tifffile.moc"

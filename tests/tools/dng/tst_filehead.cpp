@@ -2,6 +2,8 @@
 #include "dng/filehead.h"
 #include "dng/tags.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 #include <QtEndian>
 
@@ -159,5 +161,5 @@ void TestFileHead::withoutExifFieldsThereIsNoExifDirectory()
     QCOMPARE(head.field(8, dng::tag::exifIfd), 0U);
 }
 
-QTEST_APPLESS_MAIN(TestFileHead)
+FILMWRIGHT_TEST(TestFileHead, QCoreApplication)
 #include "tst_filehead.moc"

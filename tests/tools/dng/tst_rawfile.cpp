@@ -7,6 +7,7 @@
 #include "dng/tags.h"
 #include "mlv_sample/frames.h"
 #include "raw/error.h"
+#include "support/testprogram.h"
 
 #include <QFile>
 #include <QRandomGenerator>
@@ -229,5 +230,5 @@ private:
     QTemporaryDir m_folder;
 };
 
-QTEST_GUILESS_MAIN(TestRawFile)
+FILMWRIGHT_TEST(TestRawFile, QCoreApplication)
 #include "tst_rawfile.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/blocks.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <cstddef>
@@ -89,5 +91,5 @@ void TestBlocks::encodedLayoutIsReadBack()
     QVERIFY(read.name == written.name);
 }
 
-QTEST_APPLESS_MAIN(TestBlocks)
+FILMWRIGHT_TEST(TestBlocks, QCoreApplication)
 #include "tst_blocks.moc"

@@ -4,6 +4,7 @@
 #include "raw/error.h"
 
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 #include "toolrun.h"
 
 #include <QTemporaryDir>
@@ -59,5 +60,5 @@ void TestFrameDecoder::rowPairsOfACutOffFrameAreRefused()
     QVERIFY_THROWS_EXCEPTION(raw::Error, decoder.decodeRowPairs(block, 4));
 }
 
-QTEST_APPLESS_MAIN(TestFrameDecoder)
+FILMWRIGHT_TEST(TestFrameDecoder, QCoreApplication)
 #include "tst_framedecoder.moc"

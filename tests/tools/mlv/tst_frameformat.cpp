@@ -3,6 +3,7 @@
 
 #include "raw/error.h"
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -77,5 +78,5 @@ void TestFrameFormat::levelsThatContradictTheDepthAreMoved()
     QTEST(format.whiteLevel, "usedWhite");
 }
 
-QTEST_APPLESS_MAIN(TestFrameFormat)
+FILMWRIGHT_TEST(TestFrameFormat, QCoreApplication)
 #include "tst_frameformat.moc"

@@ -3,6 +3,7 @@
 
 #include "mlv_sample/lzmaframe.h"
 #include "raw/error.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -112,5 +113,5 @@ void TestLzmaFrame::plausibilityFollowsTheBestRatio()
     QVERIFY(!mlv::canLzmaFrameHold(100, 256U << 20));
 }
 
-QTEST_APPLESS_MAIN(TestLzmaFrame)
+FILMWRIGHT_TEST(TestLzmaFrame, QCoreApplication)
 #include "tst_lzmaframe.moc"

@@ -4,6 +4,7 @@
 #include "raw/error.h"
 #include "recordingbuilder.h"
 #include "support/ordinaryuser.h"
+#include "support/testprogram.h"
 
 #include <QScopeGuard>
 #include <QTemporaryDir>
@@ -488,5 +489,5 @@ void TestRecordingIndex::fileThatBecomesShorterIsNoDamage()
     }
 }
 
-QTEST_APPLESS_MAIN(TestRecordingIndex)
+FILMWRIGHT_TEST(TestRecordingIndex, QCoreApplication)
 #include "tst_recordingindex.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv/timeline.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 class TestTimeline : public QObject
@@ -59,5 +61,5 @@ void TestTimeline::changesBeyondReasonAreNotKept()
     QCOMPARE(timeline.at(1000000)->value, 65535);
 }
 
-QTEST_APPLESS_MAIN(TestTimeline)
+FILMWRIGHT_TEST(TestTimeline, QCoreApplication)
 #include "tst_timeline.moc"

@@ -5,7 +5,11 @@
 #include "mlv_dump/repairsurvey.h"
 #include "mlv_sample/settings.h"
 
+#include <QMetaType>
+
 #include <vector>
+
+Q_DECLARE_METATYPE(sample::Settings)
 
 /// A camera that films `subject` with a part of its sensor. FILMWRIGHT_FULL_FRAMES=1 asks for
 /// frames of full size, with which the tests take minutes.

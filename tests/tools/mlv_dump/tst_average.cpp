@@ -3,6 +3,7 @@
 
 #include "raw/error.h"
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -62,5 +63,5 @@ void TestAverage::recordingThatBecomesShorterHasNoAverage()
     QVERIFY_THROWS_EXCEPTION(raw::ReadError, averageOf(recording));
 }
 
-QTEST_APPLESS_MAIN(TestAverage)
+FILMWRIGHT_TEST(TestAverage, QCoreApplication)
 #include "tst_average.moc"

@@ -2,6 +2,7 @@
 #include "mlv_dump/colour.h"
 
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -173,5 +174,5 @@ void TestColour::noNumbersMakeTheNeutralUnusable()
     }
 }
 
-QTEST_APPLESS_MAIN(TestColour)
+FILMWRIGHT_TEST(TestColour, QCoreApplication)
 #include "tst_colour.moc"

@@ -2,6 +2,7 @@
 #include "filmedfaults.h"
 
 #include "mlv_dump/columnsurvey.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -10,8 +11,6 @@
 
 using mlvdump::ColumnGains;
 using sample::Subject;
-
-Q_DECLARE_METATYPE(sample::Settings)
 
 namespace {
 
@@ -130,5 +129,5 @@ void TestColumnSurvey::samplesNearBlackAndClippedOnesStay()
     QCOMPARE(samples, even);
 }
 
-QTEST_APPLESS_MAIN(TestColumnSurvey)
+FILMWRIGHT_TEST(TestColumnSurvey, QCoreApplication)
 #include "tst_columnsurvey.moc"

@@ -3,6 +3,7 @@
 
 #include "raw/error.h"
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -207,5 +208,5 @@ void TestExtraction::recordingThatBecomesShorterIsNoDamage()
     QVERIFY(none.names().isEmpty());
 }
 
-QTEST_APPLESS_MAIN(TestExtraction)
+FILMWRIGHT_TEST(TestExtraction, QCoreApplication)
 #include "tst_extraction.moc"

@@ -2,6 +2,7 @@
 #include "mlv_dump/flatfield.h"
 
 #include "raw/error.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -167,5 +168,5 @@ void TestFlatField::flatWithoutLightIsRefused()
     QVERIFY_THROWS_EXCEPTION(raw::Error, FlatField(flatOf(level, 0), format));
 }
 
-QTEST_APPLESS_MAIN(TestFlatField)
+FILMWRIGHT_TEST(TestFlatField, QCoreApplication)
 #include "tst_flatfield.moc"

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/framelevels.h"
 
+#include "mlv_sample/random.h"
 #include "raw/samples.h"
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <cmath>
 #include <functional>
-#include <random>
 
 using mlvdump::frameLevels;
 using mlvdump::LevelChoice;
@@ -44,9 +45,8 @@ struct Camera
     double cut = 1e9; ///< light beyond it doesn't reach the sensor
 };
 
-QByteArray frame(const Scene &scene, const Camera &camera, std::mt19937 &random)
+QByteArray frame(const Scene &scene, const Camera &camera, sample::Random &random)
 {
-    std::normal_distribution<double> normal;
     std::vector<std::uint16_t> samples(std::size_t{width} * height);
     const double scale = std::ldexp(1.0, camera.bits - 14);
     for (int y = 0; y < height; ++y) {
@@ -57,8 +57,9 @@ QByteArray frame(const Scene &scene, const Camera &camera, std::mt19937 &random)
                                  std::min(camera.cut, scene(1.0 * x / width, 1.0 * y / height)) *
                                  14000;
             const double noise = std::sqrt(36 + camera.gain * light / 4.6);
-            const double end = camera.clip + camera.scatter * normal(random);
-            const double level = std::min(camera.black + light + noise * normal(random), end);
+            const double scatter = camera.scatter > 0 ? camera.scatter * random.normal() : 0;
+            const double level =
+                std::min(camera.black + light + noise * random.normal(), camera.clip + scatter);
             samples[static_cast<std::size_t>(y * width + x)] =
                 static_cast<std::uint16_t>(std::clamp(level, 0.0, 16383.0) * scale);
         }
@@ -182,7 +183,7 @@ private:
     }
 
     QTemporaryDir m_folder;
-    std::mt19937 m_random{1};
+    sample::Random m_random{1};
 };
 
 void TestFrameLevels::clippedHighlightsTellTheWhiteLevel_data()
@@ -260,7 +261,7 @@ void TestFrameLevels::drawnAreasAreNoClipping()
     Camera exact;
     exact.gain = 0;
     const auto steps = [](double x, double) { return 0.1 * std::floor(x * 10); };
-    std::mt19937 random{2};
+    sample::Random random{2};
     Camera noiseless = exact;
     noiseless.red = noiseless.blue = 1;
     for (const Camera &camera : {exact, noiseless}) {
@@ -332,5 +333,5 @@ void TestFrameLevels::levelsCanBeGivenOrLeftAlone()
     QVERIFY(impossible.remarks.empty());
 }
 
-QTEST_APPLESS_MAIN(TestFrameLevels)
+FILMWRIGHT_TEST(TestFrameLevels, QCoreApplication)
 #include "tst_framelevels.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/frameplan.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using mlvdump::FramePlan;
@@ -105,5 +107,5 @@ void TestFramePlan::withoutFramesThereIsNoPlan()
     QCOMPARE(planned({}), QString());
 }
 
-QTEST_APPLESS_MAIN(TestFramePlan)
+FILMWRIGHT_TEST(TestFramePlan, QCoreApplication)
 #include "tst_frameplan.moc"

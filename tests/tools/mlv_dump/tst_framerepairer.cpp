@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/framerepairer.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <algorithm>
@@ -10,29 +12,29 @@ using namespace mlvdump;
 
 namespace {
 
-constexpr mlv::FrameFormat format{32, 24, 14, 2048, 15000};
+constexpr mlv::FrameFormat smallFormat{32, 24, 14, 2048, 15000};
 
 using Samples = std::vector<std::uint16_t>;
 
 Samples drawn(const std::function<int(int x, int y)> &level)
 {
     Samples samples;
-    for (int y = 0; y < format.height; ++y)
-        for (int x = 0; x < format.width; ++x)
+    for (int y = 0; y < smallFormat.height; ++y)
+        for (int x = 0; x < smallFormat.width; ++x)
             samples.push_back(static_cast<std::uint16_t>(level(x, y)));
     return samples;
 }
 
 std::uint16_t &at(Samples &samples, int x, int y)
 {
-    return samples[static_cast<std::size_t>(y * format.width + x)];
+    return samples[static_cast<std::size_t>(y * smallFormat.width + x)];
 }
 
 Repair repairOf(std::vector<Place> pixels)
 {
     std::sort(pixels.begin(), pixels.end());
     Repair repair;
-    repair.format = format;
+    repair.format = smallFormat;
     repair.pixels = std::move(pixels);
     return repair;
 }
@@ -146,8 +148,8 @@ void TestFrameRepairer::clustersAreFilledFromTheirRims()
 void TestFrameRepairer::colourThatIsBadEverywhereStays()
 {
     std::vector<Place> places;
-    for (int y = 0; y < format.height; y += 2)
-        for (int x = 0; x < format.width; x += 2)
+    for (int y = 0; y < smallFormat.height; y += 2)
+        for (int x = 0; x < smallFormat.width; x += 2)
             places.push_back({y, x});
     Samples samples = drawn(slope);
     const Repair repair = repairOf(places);
@@ -223,18 +225,18 @@ void TestFrameRepairer::packedSamplesAreRepairedAlike()
     Repair repair = repairOf({{8, 10}, {8, 12}, {9, 12}, {0, 0}, {23, 31}});
     Samples samples =
         drawn([](int x, int y) { return slope(x, y) + (x * 7919 + y * 104729) % 900; });
-    std::vector<std::byte> stream(raw::packedSize(samples.size(), format.bitsPerSample));
+    std::vector<std::byte> stream(raw::packedSize(samples.size(), smallFormat.bitsPerSample));
     const auto pack = [&] {
-        raw::packSamples(samples, format.bitsPerSample, raw::WordOrder::BigEndian, stream);
+        raw::packSamples(samples, smallFormat.bitsPerSample, raw::WordOrder::BigEndian, stream);
     };
     pack();
     auto repaired = stream;
-    FrameRepairer(repair).apply(raw::PackedSamples(repaired, format.bitsPerSample), {0, 0});
+    FrameRepairer(repair).apply(raw::PackedSamples(repaired, smallFormat.bitsPerSample), {0, 0});
     FrameRepairer(repair).apply(samples, {0, 0});
     QVERIFY(repaired != stream);
     pack();
     QVERIFY(repaired == stream);
 }
 
-QTEST_APPLESS_MAIN(TestFrameRepairer)
+FILMWRIGHT_TEST(TestFrameRepairer, QCoreApplication)
 #include "tst_framerepairer.moc"

@@ -3,6 +3,7 @@
 
 #include "dng/tags.h"
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QSize>
 #include <QTemporaryDir>
@@ -295,5 +296,5 @@ void TestFrameTags::stretchGivesEvenSides()
              encoded<std::uint32_t>({scale[0], scale[1], scale[2], scale[3]}));
 }
 
-QTEST_APPLESS_MAIN(TestFrameTags)
+FILMWRIGHT_TEST(TestFrameTags, QCoreApplication)
 #include "tst_frametags.moc"

@@ -3,6 +3,7 @@
 
 #include "raw/samples.h"
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 #include "toolrun.h"
 
 #include <QImage>
@@ -164,5 +165,5 @@ void TestKnownMatrix::recordedMatrixCanBeKept()
     QVERIFY(std::abs(developed(recording).red() - kept.red()) > 3);
 }
 
-QTEST_GUILESS_MAIN(TestKnownMatrix)
+FILMWRIGHT_TEST(TestKnownMatrix, QCoreApplication)
 #include "tst_knownmatrix.moc"

@@ -3,6 +3,7 @@
 #include "toolrun.h"
 
 #include "support/fulldisk.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -169,5 +170,5 @@ void TestMlvDumpArguments::recordingWithoutOptionsIsJustRead()
                           QStringLiteral("Done")}));
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpArguments)
+FILMWRIGHT_TEST(TestMlvDumpArguments, QCoreApplication)
 #include "tst_mlv_dump_arguments.moc"

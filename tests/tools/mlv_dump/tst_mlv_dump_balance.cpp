@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "toolrun.h"
 
+#include "support/testprogram.h"
+#include "support/words.h"
+
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -9,15 +12,6 @@
 #include <QTest>
 
 #include <algorithm>
-
-namespace {
-
-QStringList words(const QString &text)
-{
-    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-}
-
-} // namespace
 
 /// The white balance that frames are developed with, in the programs that users have.
 class TestMlvDumpBalance : public QObject
@@ -280,5 +274,5 @@ void TestMlvDumpBalance::whatIsNotChosenChangesNothing()
     QCOMPARE(bytes(QStringLiteral("camera000000.dng")), bytes(QStringLiteral("plain000000.dng")));
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpBalance)
+FILMWRIGHT_TEST(TestMlvDumpBalance, QCoreApplication)
 #include "tst_mlv_dump_balance.moc"

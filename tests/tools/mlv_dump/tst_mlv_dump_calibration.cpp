@@ -3,6 +3,8 @@
 #include "recordingbuilder.h"
 #include "toolrun.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
@@ -359,5 +361,5 @@ void TestMlvDumpCalibration::averageNeverReplacesItsInput()
     }
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpCalibration)
+FILMWRIGHT_TEST(TestMlvDumpCalibration, QCoreApplication)
 #include "tst_mlv_dump_calibration.moc"

@@ -2,6 +2,8 @@
 #include "recordingbuilder.h"
 #include "toolrun.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
@@ -172,5 +174,5 @@ void TestMlvDumpClip::recordingWithoutARateIsRefused()
     QVERIFY(run.hasLineWith(QStringLiteral("[UNUSABLE] The recording has no frame rate")));
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpClip)
+FILMWRIGHT_TEST(TestMlvDumpClip, QCoreApplication)
 #include "tst_mlv_dump_clip.moc"

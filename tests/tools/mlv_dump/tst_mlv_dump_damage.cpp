@@ -4,6 +4,8 @@
 #include "recordingbuilder.h"
 #include "toolrun.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -253,5 +255,5 @@ void TestMlvDumpDamage::foreignChunkIsSaid()
     QCOMPARE(frames(), 1);
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpDamage)
+FILMWRIGHT_TEST(TestMlvDumpDamage, QCoreApplication)
 #include "tst_mlv_dump_damage.moc"

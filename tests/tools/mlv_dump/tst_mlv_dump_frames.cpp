@@ -4,6 +4,7 @@
 #include "toolrun.h"
 
 #include "raw/samples.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QProcess>
@@ -393,5 +394,5 @@ void TestMlvDumpFrames::killedRunLeavesOnlyWholeFrames()
     QCOMPARE(QFileInfo(out(QStringLiteral("tmp.wav"))).size(), 44 + 4000);
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpFrames)
+FILMWRIGHT_TEST(TestMlvDumpFrames, QCoreApplication)
 #include "tst_mlv_dump_frames.moc"

@@ -2,6 +2,9 @@
 #include "rawpicture.h"
 #include "toolrun.h"
 
+#include "support/testprogram.h"
+#include "support/words.h"
+
 #include <QDir>
 #include <QImage>
 #include <QTemporaryDir>
@@ -13,16 +16,11 @@
 namespace {
 
 const QString pixels = QStringLiteral("--repair-pixels");
-const QString automatic = QStringLiteral("auto");
+const QString asFound = QStringLiteral("auto");
 const QString columns = QStringLiteral("--repair-columns");
 
-QStringList words(const char *text)
-{
-    return QString::fromLatin1(text).split(QLatin1Char(' '), Qt::SkipEmptyParts);
-}
-
 /// An even wall before a camera without noise, of which twelve frames are recorded.
-const char *const wall = "--size 480x320 --frames 12 --flat --perfect --crop 72x28";
+const char *const evenWall = "--size 480x320 --frames 12 --flat --perfect --crop 72x28";
 
 } // namespace
 
@@ -146,12 +144,12 @@ void TestMlvDumpRepair::repairedFramesDevelopWithoutDots_data()
 void TestMlvDumpRepair::repairedFramesDevelopWithoutDots()
 {
     QFETCH(const QString, faults);
-    const auto clean = sample(QStringLiteral("clean.MLV"), words(wall));
+    const auto clean = sample(QStringLiteral("clean.MLV"), words(evenWall));
     const auto faulty =
-        sample(QStringLiteral("faulty.MLV"), words(wall) + faults.split(QLatin1Char(' ')));
+        sample(QStringLiteral("faulty.MLV"), words(evenWall) + faults.split(QLatin1Char(' ')));
     QCOMPARE(extract(clean, QStringLiteral("clean"), {}).status, 0);
     QCOMPARE(extract(faulty, QStringLiteral("faulty"), {}).status, 0);
-    QCOMPARE(extract(faulty, QStringLiteral("repaired"), {pixels, automatic}).status, 0);
+    QCOMPARE(extract(faulty, QStringLiteral("repaired"), {pixels, asFound}).status, 0);
     const QImage wanted = developed(QStringLiteral("clean"));
     QVERIFY(largestDifference(developed(QStringLiteral("faulty")), wanted) > 10);
     const int left = largestDifference(developed(QStringLiteral("repaired")), wanted);
@@ -164,7 +162,7 @@ void TestMlvDumpRepair::repairIsTheSameInEveryFrame()
     const auto faulty =
         sample(QStringLiteral("a.MLV"), options + words("--hot 30 --lattice 8x10:1/3,5/1"));
     QCOMPARE(extract(faulty, QStringLiteral("plain"), {}).status, 0);
-    QCOMPARE(extract(faulty, QStringLiteral("repaired"), {pixels, automatic}).status, 0);
+    QCOMPARE(extract(faulty, QStringLiteral("repaired"), {pixels, asFound}).status, 0);
     std::vector<bool> touched(480 * 320);
     for (int number = 0; number < 12; ++number) {
         const auto plain = frame(QStringLiteral("plain"), number);
@@ -181,9 +179,9 @@ void TestMlvDumpRepair::whatIsRepairedIsTold()
 {
     const auto faulty =
         sample(QStringLiteral("a.MLV"),
-               words(wall) + words("--hot 12 --cold 3 --lattice 8x10:1/3,5/1,2/6,6/8 "
-                                   "--column-gains 1.004,0.996,1,1,1,1,1,1"));
-    const auto run = extract(faulty, QStringLiteral("tmp"), {pixels, automatic, columns});
+               words(evenWall) + words("--hot 12 --cold 3 --lattice 8x10:1/3,5/1,2/6,6/8 "
+                                       "--column-gains 1.004,0.996,1,1,1,1,1,1"));
+    const auto run = extract(faulty, QStringLiteral("tmp"), {pixels, asFound, columns});
     QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: a lattice of 7680, repeated "
                                               "every 8 columns and 10 lines, on lines 28 to "
                                               "347 of the sensor")));
@@ -194,9 +192,9 @@ void TestMlvDumpRepair::whatIsRepairedIsTold()
 void TestMlvDumpRepair::framesWithoutFaultsAreWrittenAsEver()
 {
     for (const char *compression : {"", "--compress lossless"}) {
-        const auto clean = sample(QStringLiteral("a.MLV"), words(wall) + words(compression));
+        const auto clean = sample(QStringLiteral("a.MLV"), words(evenWall) + words(compression));
         extract(clean, QStringLiteral("plain"), {});
-        const auto run = extract(clean, QStringLiteral("repaired"), {pixels, automatic, columns});
+        const auto run = extract(clean, QStringLiteral("repaired"), {pixels, asFound, columns});
         QVERIFY(
             run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: 0 hot, 0 cold, 0 stuck")));
         QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired columns: none")));
@@ -207,7 +205,7 @@ void TestMlvDumpRepair::framesWithoutFaultsAreWrittenAsEver()
 
 void TestMlvDumpRepair::repairThatIsOffChangesNothing()
 {
-    const auto faulty = sample(QStringLiteral("a.MLV"), words(wall) + words("--hot 20"));
+    const auto faulty = sample(QStringLiteral("a.MLV"), words(evenWall) + words("--hot 20"));
     const auto plain = extract(faulty, QStringLiteral("plain"), {});
     const auto off = extract(faulty, QStringLiteral("off"), {pixels, QStringLiteral("off")});
     QCOMPARE(off.lines, plain.lines);
@@ -217,11 +215,11 @@ void TestMlvDumpRepair::repairThatIsOffChangesNothing()
 
 void TestMlvDumpRepair::losslessFramesAreWrittenAnew()
 {
-    const auto options = words(wall) + words("--hot 20");
+    const auto options = words(evenWall) + words("--hot 20");
     const auto packed = sample(QStringLiteral("a.MLV"), options);
     const auto lossless = sample(QStringLiteral("b.MLV"), options + words("--compress lossless"));
-    QCOMPARE(extract(packed, QStringLiteral("a"), {pixels, automatic}).status, 0);
-    QCOMPARE(extract(lossless, QStringLiteral("b"), {pixels, automatic}).status, 0);
+    QCOMPARE(extract(packed, QStringLiteral("a"), {pixels, asFound}).status, 0);
+    QCOMPARE(extract(lossless, QStringLiteral("b"), {pixels, asFound}).status, 0);
     QCOMPARE(frame(QStringLiteral("b")).largestDifference(frame(QStringLiteral("a"))), 0);
     QCOMPARE(bytes(QStringLiteral("b000000.dng")).size(),
              bytes(QStringLiteral("a000000.dng")).size());
@@ -237,13 +235,13 @@ void TestMlvDumpRepair::averagesAndRewrittenRecordingsAreNeverRepaired_data()
 void TestMlvDumpRepair::averagesAndRewrittenRecordingsAreNeverRepaired()
 {
     QFETCH(const QStringList, mode);
-    const auto faulty = sample(QStringLiteral("a.MLV"), words(wall) + words("--hot 20"));
+    const auto faulty = sample(QStringLiteral("a.MLV"), words(evenWall) + words("--hot 20"));
     const auto run = [&](const QString &name, const QStringList &options) {
         return runBuilt(QStringLiteral("mlv_dump"),
                         mode + options + QStringList{faulty, QStringLiteral("-o"), path(name)});
     };
     const auto plain = run(QStringLiteral("plain.mlv"), {});
-    const auto asked = run(QStringLiteral("asked.mlv"), {pixels, automatic, columns});
+    const auto asked = run(QStringLiteral("asked.mlv"), {pixels, asFound, columns});
     QCOMPARE(asked.lines, plain.lines);
     QVERIFY(!bytes(QStringLiteral("asked.mlv")).isEmpty());
     QCOMPARE(bytes(QStringLiteral("asked.mlv")), bytes(QStringLiteral("plain.mlv")));
@@ -259,7 +257,7 @@ void TestMlvDumpRepair::darkTakesHotPixelsAwayBeforeTheyAreLookedFor()
                  .status,
              0);
     const QStringList less{QStringLiteral("-s"), path(QStringLiteral("dark.mlv"))};
-    const auto run = extract(clip, QStringLiteral("tmp"), QStringList{pixels, automatic} + less);
+    const auto run = extract(clip, QStringLiteral("tmp"), QStringList{pixels, asFound} + less);
     const auto line = run.lines.filter(QStringLiteral(" hot, ")).value(0);
     const int hot = line.section(QLatin1Char(' '), 2, 2).toInt();
     // But for those that the light drives beyond the sensor's range.
@@ -290,9 +288,9 @@ void TestMlvDumpRepair::placesOfAMapAreThoseOfTheReadOut()
 
 void TestMlvDumpRepair::mapBesideTheRecordingIsUsedToo()
 {
-    const auto clip = sample(QStringLiteral("a.MLV"), words(wall) + words("--hot 5"));
+    const auto clip = sample(QStringLiteral("a.MLV"), words(evenWall) + words("--hot 5"));
     write(QStringLiteral("80f10001_552x348.fpm"), "100 100\n102 100\n");
-    const auto run = extract(clip, QStringLiteral("tmp"), {pixels, automatic});
+    const auto run = extract(clip, QStringLiteral("tmp"), {pixels, asFound});
     QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: 2 of the map")));
     QVERIFY(run.lines.contains(QStringLiteral("[NOTE] Repaired pixels: 5 hot, 0 cold, 0 stuck")));
 }
@@ -312,7 +310,7 @@ void TestMlvDumpRepair::mapThatCantBeUsedEndsTheRun()
 {
     QFETCH(const QByteArray, map);
     QFETCH(const QString, line);
-    const auto clip = sample(QStringLiteral("a.MLV"), words(wall));
+    const auto clip = sample(QStringLiteral("a.MLV"), words(evenWall));
     write(QStringLiteral("map.fpm"), map);
     const auto run =
         extract(clip, QStringLiteral("tmp"), {pixels, path(QStringLiteral("map.fpm"))});
@@ -323,7 +321,7 @@ void TestMlvDumpRepair::mapThatCantBeUsedEndsTheRun()
 
 void TestMlvDumpRepair::mapIsNeverReplaced()
 {
-    const auto clip = sample(QStringLiteral("a.MLV"), words(wall));
+    const auto clip = sample(QStringLiteral("a.MLV"), words(evenWall));
     write(QStringLiteral("tmp000001.dng"), "100 100\n");
     const auto run =
         extract(clip, QStringLiteral("tmp"), {pixels, path(QStringLiteral("tmp000001.dng"))});
@@ -337,7 +335,7 @@ void TestMlvDumpRepair::rowsOfTwoSensitivitiesStayApart()
     const auto clip =
         sample(QStringLiteral("a.MLV"), options + words("--hot 20 --scene landscape"));
     extract(clip, QStringLiteral("plain"), {});
-    const auto run = extract(clip, QStringLiteral("tmp"), {pixels, automatic, columns});
+    const auto run = extract(clip, QStringLiteral("tmp"), {pixels, asFound, columns});
     QVERIFY(run.hasLineWith(QStringLiteral("The columns are not repaired")));
     const auto plain = frame(QStringLiteral("plain"));
     const auto repaired = frame(QStringLiteral("tmp"));
@@ -364,5 +362,5 @@ void TestMlvDumpRepair::columnsAreEvenedOut()
     QVERIFY2(left <= 10, qPrintable(QString::number(left)));
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpRepair)
+FILMWRIGHT_TEST(TestMlvDumpRepair, QCoreApplication)
 #include "tst_mlv_dump_repair.moc"

@@ -2,6 +2,8 @@
 #include "recordingbuilder.h"
 #include "toolrun.h"
 
+#include "support/testprogram.h"
+
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -283,5 +285,5 @@ void TestMlvDumpReport::warningsStandBeforeTheFirstBlock()
     QCOMPARE(run.lines[1], QStringLiteral("File Header (MLVI)"));
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpReport)
+FILMWRIGHT_TEST(TestMlvDumpReport, QCoreApplication)
 #include "tst_mlv_dump_report.moc"

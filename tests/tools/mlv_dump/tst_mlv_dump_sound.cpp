@@ -2,6 +2,8 @@
 #include "recordingbuilder.h"
 #include "toolrun.h"
 
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <QTest>
@@ -254,5 +256,5 @@ void TestMlvDumpSound::prefixMayContainUnderscores()
     QVERIFY(QFile::exists(out("a_b/tmp000000.dng")));
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpSound)
+FILMWRIGHT_TEST(TestMlvDumpSound, QCoreApplication)
 #include "tst_mlv_dump_sound.moc"

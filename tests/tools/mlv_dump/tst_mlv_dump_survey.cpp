@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "toolrun.h"
 
+#include "support/filecontent.h"
+#include "support/testprogram.h"
+#include "support/words.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -9,24 +13,6 @@
 #include <map>
 
 namespace {
-
-QStringList words(const QString &text)
-{
-    return text.split(QLatin1Char(' '), Qt::SkipEmptyParts);
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void setContent(const QString &path, const QByteArray &content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QCOMPARE(file.write(content), content.size());
-}
 
 /// The files of a folder by name.
 std::map<QString, QByteArray> contentsOf(const QString &folder)
@@ -460,5 +446,5 @@ void TestMlvDumpSurvey::wrongArgumentsAreRefused()
              QStringLiteral("[ERROR] ") + reason + QStringLiteral("; see mlv_dump --help"));
 }
 
-QTEST_APPLESS_MAIN(TestMlvDumpSurvey)
+FILMWRIGHT_TEST(TestMlvDumpSurvey, QCoreApplication)
 #include "tst_mlv_dump_survey.moc"

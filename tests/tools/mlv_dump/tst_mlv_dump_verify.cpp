@@ -3,6 +3,7 @@
 #include "toolrun.h"
 
 #include "mlv_dump/numberranges.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -348,5 +349,5 @@ void TestMlvDumpVerify::rangesOfNumbers()
     QVERIFY(ranges.text().size() < 1000);
 }
 
-QTEST_GUILESS_MAIN(TestMlvDumpVerify)
+FILMWRIGHT_TEST(TestMlvDumpVerify, QCoreApplication)
 #include "tst_mlv_dump_verify.moc"

@@ -3,6 +3,9 @@
 #include "mutator.h"
 #include "toolrun.h"
 
+#include "support/filecontent.h"
+#include "support/testprogram.h"
+
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
@@ -11,32 +14,16 @@
 
 namespace {
 
-/// Set to 10000 for the long run.
-int mutationCount()
-{
-    const int wanted = qEnvironmentVariableIntValue("FILMWRIGHT_MUTATIONS");
-    return wanted > 0 ? wanted : 1000;
-}
-
-// What nobody calls slow, on whatever machine; a hang is longer.
-constexpr std::chrono::seconds hang{60};
-
-enum class Kind {
+enum class RunKind {
     Report,
     Frames,
     Average,
     RepairedFrames,
 };
 
-bool writesFrames(Kind kind)
+bool writesFrames(RunKind kind)
 {
-    return kind == Kind::Frames || kind == Kind::RepairedFrames;
-}
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    return kind == RunKind::Frames || kind == RunKind::RepairedFrames;
 }
 
 } // namespace
@@ -51,11 +38,11 @@ private Q_SLOTS:
     void everyRunEndsInOrder();
 
 private:
-    void check(const MeasuredRun &run, Kind kind, bool damagedReference, qint64 inputSize) const;
-    static void checkWord(const QByteArray &error, Kind kind, bool damagedReference);
+    void check(const MeasuredRun &run, RunKind kind, bool damagedReference, qint64 inputSize) const;
+    static void checkWord(const QByteArray &error, RunKind kind, bool damagedReference);
     void checkFrames(const QString &count) const;
     void emptyOutputFolder() const;
-    QStringList arguments(Kind kind, bool damagedReference) const;
+    QStringList arguments(RunKind kind, bool damagedReference) const;
     QString out(const char *name) const { return m_folder.filePath(QLatin1String(name)); }
 
     QTemporaryDir m_folder;
@@ -99,7 +86,7 @@ void TestMutations::everyRunEndsInOrder()
         undamaged.write(original);
         undamaged.close();
 
-        const auto kind = static_cast<Kind>(seed / m_recordings.size() % 4);
+        const auto kind = static_cast<RunKind>(seed / m_recordings.size() % 4);
         const bool damagedReference = seed % 7 == 0;
         const auto run =
             runMeasured(QStringLiteral("mlv_dump"), arguments(kind, damagedReference), hang);
@@ -118,20 +105,20 @@ void TestMutations::everyRunEndsInOrder()
           static_cast<long long>(longest.count()), static_cast<long long>(mostMemory / 1024));
 }
 
-QStringList TestMutations::arguments(Kind kind, bool damagedReference) const
+QStringList TestMutations::arguments(RunKind kind, bool damagedReference) const
 {
     const auto damaged = out("a.MLV");
     const auto whole = out("whole.MLV");
     switch (kind) {
-    case Kind::Report:
+    case RunKind::Report:
         return {QStringLiteral("-m"), QStringLiteral("-v"), damaged};
-    case Kind::Frames:
+    case RunKind::Frames:
         if (damagedReference) {
             return {QStringLiteral("--dng"), whole,   QStringLiteral("-s"), damaged,
                     QStringLiteral("-t"),    damaged, QStringLiteral("-o"), out("out/tmp")};
         }
         return {QStringLiteral("--dng"), damaged, QStringLiteral("-o"), out("out/tmp")};
-    case Kind::RepairedFrames:
+    case RunKind::RepairedFrames:
         return {QStringLiteral("--dng"),
                 damaged,
                 QStringLiteral("--repair-pixels"),
@@ -139,13 +126,13 @@ QStringList TestMutations::arguments(Kind kind, bool damagedReference) const
                 QStringLiteral("--repair-columns"),
                 QStringLiteral("-o"),
                 out("out/tmp")};
-    case Kind::Average:
+    case RunKind::Average:
         return {QStringLiteral("-a"), damaged, QStringLiteral("-o"), out("out/a.mlv")};
     }
     return {};
 }
 
-void TestMutations::check(const MeasuredRun &run, Kind kind, bool damagedReference,
+void TestMutations::check(const MeasuredRun &run, RunKind kind, bool damagedReference,
                           qint64 inputSize) const
 {
     QCOMPARE(run.signal, 0);
@@ -181,11 +168,11 @@ void TestMutations::check(const MeasuredRun &run, Kind kind, bool damagedReferen
 }
 
 /// What is wrong with the recording alone has its own word where other recordings follow.
-void TestMutations::checkWord(const QByteArray &error, Kind kind, bool damagedReference)
+void TestMutations::checkWord(const QByteArray &error, RunKind kind, bool damagedReference)
 {
-    if (kind == Kind::Average) {
+    if (kind == RunKind::Average) {
         QVERIFY(error.startsWith("[ERROR] "));
-    } else if (kind == Kind::Report || kind == Kind::RepairedFrames || !damagedReference) {
+    } else if (kind == RunKind::Report || kind == RunKind::RepairedFrames || !damagedReference) {
         QVERIFY(error.startsWith("[UNUSABLE] "));
     } else {
         QVERIFY(error.startsWith(error.contains(", but the recording is ") ? "[UNUSABLE] The "
@@ -211,5 +198,5 @@ void TestMutations::emptyOutputFolder() const
         folder.remove(name);
 }
 
-QTEST_APPLESS_MAIN(TestMutations)
+FILMWRIGHT_TEST(TestMutations, QCoreApplication)
 #include "tst_mutations.moc"

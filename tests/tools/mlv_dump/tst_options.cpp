@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/options.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <vector>
@@ -220,5 +222,5 @@ void TestOptions::helpAndVersionNeedNoRecording()
     QVERIFY(parsed({"--version"}).mode == Mode::Version);
 }
 
-QTEST_APPLESS_MAIN(TestOptions)
+FILMWRIGHT_TEST(TestOptions, QCoreApplication)
 #include "tst_options.moc"

@@ -2,6 +2,7 @@
 #include "mlv_dump/output.h"
 
 #include "packetreader.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -49,5 +50,5 @@ void TestOutput::withoutARateThereAreNoSeconds()
              QByteArrayList{"Processed 8 video frames at 0.00 FPS (0.00 s)\nDone\n"});
 }
 
-QTEST_APPLESS_MAIN(TestOutput)
+FILMWRIGHT_TEST(TestOutput, QCoreApplication)
 #include "tst_output.moc"

@@ -2,6 +2,7 @@
 #include "mlv_dump/pixelmap.h"
 
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -129,5 +130,5 @@ void TestPixelMap::nothingBesideIsNoMap()
     QVERIFY(!mlvdump::pixelMapBeside(path("a.MLV"), *m_recording));
 }
 
-QTEST_APPLESS_MAIN(TestPixelMap)
+FILMWRIGHT_TEST(TestPixelMap, QCoreApplication)
 #include "tst_pixelmap.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "filmedfaults.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <algorithm>
@@ -8,8 +10,6 @@
 using mlvdump::Place;
 using mlvdump::RepairChoice;
 using sample::Subject;
-
-Q_DECLARE_METATYPE(sample::Settings)
 
 namespace {
 
@@ -151,5 +151,5 @@ void TestRepairSurvey::sceneIsLeftAlone()
     }
 }
 
-QTEST_APPLESS_MAIN(TestRepairSurvey)
+FILMWRIGHT_TEST(TestRepairSurvey, QCoreApplication)
 #include "tst_repairsurvey.moc"

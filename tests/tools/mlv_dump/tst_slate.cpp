@@ -3,6 +3,7 @@
 
 #include "raw/error.h"
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QTemporaryDir>
 #include <QTest>
@@ -159,5 +160,5 @@ void TestSlate::recordingWithoutARateHasNoSlate()
     QVERIFY_THROWS_EXCEPTION(raw::Error, slateOf(builder.addRawInfo()));
 }
 
-QTEST_APPLESS_MAIN(TestSlate)
+FILMWRIGHT_TEST(TestSlate, QCoreApplication)
 #include "tst_slate.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/soundplan.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using mlvdump::SoundPlan;
@@ -123,5 +125,5 @@ void TestSoundPlan::bytesAreCounted()
     QCOMPARE(mlvdump::planSound({}, 10, plenty).bytes, 0U);
 }
 
-QTEST_APPLESS_MAIN(TestSoundPlan)
+FILMWRIGHT_TEST(TestSoundPlan, QCoreApplication)
 #include "tst_soundplan.moc"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "mlv_dump/text.h"
 
+#include "support/testprogram.h"
+
 #include <QTest>
 
 using mlvdump::harmless;
@@ -63,5 +65,5 @@ void TestText::fieldWithoutNulEndsWithItself()
     QCOMPARE(harmless(std::array<char, 3>{'a', 'b', 'c'}), std::string("abc"));
 }
 
-QTEST_APPLESS_MAIN(TestText)
+FILMWRIGHT_TEST(TestText, QCoreApplication)
 #include "tst_text.moc"

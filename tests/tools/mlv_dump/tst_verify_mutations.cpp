@@ -5,6 +5,8 @@
 
 #include "mlv/framedecoder.h"
 #include "raw/error.h"
+#include "support/filecontent.h"
+#include "support/testprogram.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -13,28 +15,6 @@
 #include <map>
 
 namespace {
-
-/// Set to 10000 for the long run.
-int mutationCount()
-{
-    const int wanted = qEnvironmentVariableIntValue("FILMWRIGHT_MUTATIONS");
-    return wanted > 0 ? wanted : 1000;
-}
-
-constexpr std::chrono::seconds hang{60};
-
-QByteArray contentOf(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void write(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    if (file.open(QIODevice::WriteOnly))
-        file.write(bytes);
-}
 
 /// What can be had of a recording: frames that can be decoded and sound, by number.
 struct Content
@@ -111,7 +91,7 @@ void TestVerifyMutations::initTestCase()
     }
     for (const auto &recording : m_recordings) {
         QVERIFY(!recording.isEmpty());
-        write(out("a.MLV"), recording);
+        setContent(out("a.MLV"), recording);
         QCOMPARE(
             runBuilt(QStringLiteral("mlv_dump"), {QStringLiteral("--verify"), out("a.MLV")}).status,
             0);
@@ -123,9 +103,9 @@ void TestVerifyMutations::everyLossIsTold()
     int lossy = 0;
     for (int seed = 0; seed < mutationCount(); ++seed) {
         const auto &original = m_recordings[seed % m_recordings.size()];
-        write(out("a.MLV"), original);
+        setContent(out("a.MLV"), original);
         const auto whole = contentOfRecording(out("a.MLV"));
-        write(out("a.MLV"), Mutator(static_cast<quint32>(seed)).mutated(original));
+        setContent(out("a.MLV"), Mutator(static_cast<quint32>(seed)).mutated(original));
         const auto left = contentOfRecording(out("a.MLV"));
 
         const auto run = runMeasured(QStringLiteral("mlv_dump"),
@@ -149,5 +129,5 @@ void TestVerifyMutations::everyLossIsTold()
     QVERIFY(lossy > mutationCount() / 4);
 }
 
-QTEST_APPLESS_MAIN(TestVerifyMutations)
+FILMWRIGHT_TEST(TestVerifyMutations, QCoreApplication)
 #include "tst_verify_mutations.moc"

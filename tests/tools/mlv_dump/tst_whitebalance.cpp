@@ -2,6 +2,7 @@
 #include "mlv_dump/whitebalance.h"
 
 #include "recordingbuilder.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -64,5 +65,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestWhiteBalance)
+FILMWRIGHT_TEST(TestWhiteBalance, QCoreApplication)
 #include "tst_whitebalance.moc"

@@ -3,6 +3,7 @@
 #include "sampleprogram.h"
 
 #include "mlv_sample/losslessjpeg.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -10,13 +11,13 @@
 
 namespace {
 
-constexpr int width = 32;
-constexpr int height = 16;
+constexpr int smallWidth = 32;
+constexpr int smallHeight = 16;
 
 std::vector<quint16> randomFrame(int bits)
 {
     std::mt19937 random(static_cast<unsigned>(bits));
-    std::vector<quint16> samples(width * height);
+    std::vector<quint16> samples(smallWidth * smallHeight);
     for (quint16 &sample : samples)
         sample = static_cast<quint16>(random() & ((1U << static_cast<unsigned>(bits)) - 1));
     return samples;
@@ -63,22 +64,22 @@ private Q_SLOTS:
         QFETCH(int, predictor);
         const auto samples = randomFrame(bits);
         for (const auto shape : {sample::LosslessShape::Folded, sample::LosslessShape::Plain}) {
-            const auto stream =
-                sample::encodeLosslessJpeg(samples, width, height, bits, shape, predictor);
+            const auto stream = sample::encodeLosslessJpeg(samples, smallWidth, smallHeight, bits,
+                                                           shape, predictor);
             QCOMPARE(decodedByFfmpeg(stream, bits), samples);
         }
     }
 
     void smoothFramesGetSmaller()
     {
-        std::vector<quint16> samples(width * height);
+        std::vector<quint16> samples(smallWidth * smallHeight);
         for (std::size_t i = 0; i < samples.size(); ++i)
             samples[i] = static_cast<quint16>(2048 + i % 7);
-        const auto stream = sample::encodeLosslessJpeg(samples, width, height, 14,
+        const auto stream = sample::encodeLosslessJpeg(samples, smallWidth, smallHeight, 14,
                                                        sample::LosslessShape::Camera, 1);
         QVERIFY(stream.size() < samples.size() * 14 / 8);
     }
 };
 
-QTEST_GUILESS_MAIN(TestLosslessEncoder)
+FILMWRIGHT_TEST(TestLosslessEncoder, QCoreApplication)
 #include "tst_losslessencoder.moc"

@@ -8,6 +8,7 @@
 #include "mlv_sample/scene.h"
 #include "mlv_sample/sound.h"
 #include "raw/samples.h"
+#include "support/testprogram.h"
 
 #include <QFileInfo>
 #include <QTest>
@@ -414,5 +415,5 @@ private:
     QTemporaryDir m_folder;
 };
 
-QTEST_GUILESS_MAIN(TestRecording)
+FILMWRIGHT_TEST(TestRecording, QCoreApplication)
 #include "tst_recording.moc"

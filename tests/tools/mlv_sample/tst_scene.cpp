@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The filmed frames: colours, exposures, noise and what calibration can undo.
+#include "levels.h"
+
 #include "mlv_sample/camera.h"
 #include "mlv_sample/frames.h"
+
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -12,8 +16,6 @@ namespace {
 
 constexpr int width = 192;
 constexpr int height = 108;
-constexpr int black = 2048;
-constexpr int white = 15000;
 
 sample::Settings settings()
 {
@@ -231,5 +233,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestScene)
+FILMWRIGHT_TEST(TestScene, QCoreApplication)
 #include "tst_scene.moc"

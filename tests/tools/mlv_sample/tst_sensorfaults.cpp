@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // What is wrong with the cameras that mlv_sample can be told to have.
+#include "levels.h"
 #include "recordedblocks.h"
 #include "sampleprogram.h"
 
 #include "mlv_sample/faults.h"
 #include "mlv_sample/frames.h"
+#include "support/testprogram.h"
+#include "support/words.h"
 
 #include <QDir>
 #include <QTest>
@@ -12,9 +15,6 @@
 #include <cmath>
 
 namespace {
-
-constexpr int black = 2048;
-constexpr int white = 15000;
 
 sample::Settings perfectWall()
 {
@@ -40,11 +40,6 @@ std::size_t indexOf(const sample::Place &place, const sample::Place &crop)
 double lightRatio(std::uint16_t sample, std::uint16_t other)
 {
     return static_cast<double>(sample - black) / (other - black);
-}
-
-QStringList words(const char *text)
-{
-    return QString::fromLatin1(text).split(QLatin1Char(' '));
 }
 
 } // namespace
@@ -244,5 +239,5 @@ void TestSensorFaults::partsAreLostOrSpelledOtherwise()
                                    QStringLiteral("part.m02")}));
 }
 
-QTEST_GUILESS_MAIN(TestSensorFaults)
+FILMWRIGHT_TEST(TestSensorFaults, QCoreApplication)
 #include "tst_sensorfaults.moc"

@@ -2,6 +2,7 @@
 #include "output/lineoutput.h"
 
 #include "packetreader.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -103,5 +104,5 @@ void TestLineOutput::linesThatNobodyReadsAreLost()
     QCOMPARE(reader.packets(), QByteArrayList{"heard\n"});
 }
 
-QTEST_APPLESS_MAIN(TestLineOutput)
+FILMWRIGHT_TEST(TestLineOutput, QCoreApplication)
 #include "tst_lineoutput.moc"

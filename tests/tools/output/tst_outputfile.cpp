@@ -2,6 +2,7 @@
 #include "output/outputfile.h"
 
 #include "support/fulldisk.h"
+#include "support/testprogram.h"
 
 #include <QDir>
 #include <QFile>
@@ -211,5 +212,5 @@ void TestOutputFile::whatIsNotThereIsNotReplaced()
     QVERIFY(entries().isEmpty());
 }
 
-QTEST_APPLESS_MAIN(TestOutputFile)
+FILMWRIGHT_TEST(TestOutputFile, QCoreApplication)
 #include "tst_outputfile.moc"

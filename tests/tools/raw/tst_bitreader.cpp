@@ -1,16 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "raw/bitreader.h"
 
+#include "bytesof.h"
+
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <vector>
 
 namespace {
-
-std::span<const std::byte> bytesOf(const QByteArray &bytes)
-{
-    return std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
-}
 
 std::uint32_t take(raw::BitReader &reader, int count)
 {
@@ -86,5 +85,5 @@ void TestBitReader::lastBitIsNoOverrun()
     QVERIFY(reader.isOverrun());
 }
 
-QTEST_APPLESS_MAIN(TestBitReader)
+FILMWRIGHT_TEST(TestBitReader, QCoreApplication)
 #include "tst_bitreader.moc"

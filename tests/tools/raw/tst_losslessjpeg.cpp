@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "raw/losslessjpeg.h"
 
+#include "bytesof.h"
+
 #include "mlv_sample/losslessjpeg.h"
 #include "raw/error.h"
+#include "support/testprogram.h"
 
 #include <QTest>
 
@@ -25,11 +28,6 @@ const QByteArray frameHeader = QByteArray::fromHex("ffc3000b0e00010002010011"
                                                    "00");
 const QByteArray scanHeader = QByteArray::fromHex("ffda0008010000010000");
 const QByteArray endOfImage = QByteArray::fromHex("ffd9");
-
-std::span<const std::byte> bytesOf(const QByteArray &bytes)
-{
-    return std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
-}
 
 QByteArray streamWith(const QByteArray &data)
 {
@@ -264,5 +262,5 @@ void TestLosslessJpeg::flippedBitsNeverDoHarm()
     QVERIFY(refused > 0);
 }
 
-QTEST_APPLESS_MAIN(TestLosslessJpeg)
+FILMWRIGHT_TEST(TestLosslessJpeg, QCoreApplication)
 #include "tst_losslessjpeg.moc"

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "raw/samples.h"
 
+#include "bytesof.h"
+
+#include "support/testprogram.h"
+
 #include <QTest>
 
 #include <random>
@@ -11,11 +15,6 @@ using Samples = std::vector<std::uint16_t>;
 Q_DECLARE_METATYPE(Samples)
 
 namespace {
-
-std::span<const std::byte> bytesOf(const QByteArray &bytes)
-{
-    return std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
-}
 
 QByteArray packed(const Samples &samples, int bits, WordOrder order)
 {
@@ -142,5 +141,5 @@ void TestSamples::swappingLeavesALastSingleByte()
     QCOMPARE(bytes.toHex(), QByteArray("020103"));
 }
 
-QTEST_APPLESS_MAIN(TestSamples)
+FILMWRIGHT_TEST(TestSamples, QCoreApplication)
 #include "tst_samples.moc"

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "raw/scandata.h"
 
+#include "bytesof.h"
+
+#include "support/testprogram.h"
+
 #include <QTest>
 
 namespace {
-
-std::span<const std::byte> bytesOf(const QByteArray &bytes)
-{
-    return std::as_bytes(std::span(bytes.constData(), static_cast<std::size_t>(bytes.size())));
-}
 
 /// All pieces.
 QByteArray taken(raw::ScanData &data)
@@ -73,5 +72,5 @@ void TestScanData::everyPlaceOfAStuffedByteIsReadAlike()
     }
 }
 
-QTEST_APPLESS_MAIN(TestScanData)
+FILMWRIGHT_TEST(TestScanData, QCoreApplication)
 #include "tst_scandata.moc"

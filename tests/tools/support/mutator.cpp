@@ -13,6 +13,12 @@ constexpr qsizetype sizeField = 4;
 
 } // namespace
 
+int mutationCount()
+{
+    const int wanted = qEnvironmentVariableIntValue("FILMWRIGHT_MUTATIONS");
+    return wanted > 0 ? wanted : 1000;
+}
+
 Mutator::Mutator(std::uint32_t seed)
     : m_random(seed)
 {

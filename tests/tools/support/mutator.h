@@ -3,8 +3,15 @@
 
 #include <QByteArray>
 
+#include <chrono>
 #include <cstdint>
 #include <random>
+
+/// How many recordings are damaged: FILMWRIGHT_MUTATIONS, 10000 for the long run; by default 1000.
+int mutationCount();
+
+/// What nobody calls slow, on whatever machine; a hang is longer.
+constexpr std::chrono::seconds hang{60};
 
 /// Damages recordings: flips bits, cuts and moves blocks, forges sizes, numbers and settings. The
 /// same seed damages the same recording in the same way.
