@@ -13,8 +13,11 @@ option(FILMWRIGHT_WARNINGS_AS_ERRORS "Stop the build at a compiler warning" OFF)
 set(FILMWRIGHT_SANITIZE "" CACHE STRING "Sanitizers to build with, for example address,undefined")
 option(FILMWRIGHT_COVERAGE "Count which lines run; needs clang++" OFF)
 
-add_compile_options(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+add_compile_options(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wold-style-cast
                     -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference)
+if(NOT CMAKE_UNITY_BUILD) # where other files' names would count
+    add_compile_options(-Wshadow)
+endif()
 if(FILMWRIGHT_WARNINGS_AS_ERRORS)
     add_compile_options(-Werror)
 endif()
@@ -81,9 +84,8 @@ endfunction()
 # newer Qts narrow a number.
 function(filmwright_test_options target)
     target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-O0>)
-    if(CMAKE_UNITY_BUILD) # the other files' names aren't shadowed, and a test is no header
-        target_compile_options(${target} PRIVATE -Wno-shadow
-                               $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+    if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU") # takes each test for a header
+        target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
     endif()
     if(Qt6_VERSION VERSION_GREATER_EQUAL 6.5)
         target_compile_options(${target} PRIVATE -Wno-conversion)
