@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/detailswindow.h"
 
+#include "app/windowmemory.h"
+
 #include <QClipboard>
 #include <QDialogButtonBox>
 #include <QFontDatabase>
@@ -9,6 +11,7 @@
 #include <QLabel>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QVBoxLayout>
 
 namespace filmwright {
@@ -22,7 +25,7 @@ constexpr int logLines = 12;
 
 DetailsWindow::DetailsWindow(QWidget *parent)
     : QDialog(parent)
-    , m_form(new QFormLayout)
+    , m_factsArea(new QScrollArea(this))
     , m_log(new QPlainTextEdit(this))
 {
     setObjectName(QStringLiteral("detailsWindow"));
@@ -43,11 +46,20 @@ DetailsWindow::DetailsWindow(QWidget *parent)
     connect(copyButton, &QPushButton::clicked, this, &DetailsWindow::copy);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
+    // The log gets what the facts leave; on a low screen these are scrolled, so that the buttons
+    // stay on it.
+    m_log->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Ignored);
+    m_factsArea->setAccessibleName(QStringLiteral("What is known of the recording"));
+    m_factsArea->setWidgetResizable(true);
+    m_factsArea->setFrameShape(QFrame::NoFrame);
+    m_factsArea->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+
     auto *box = new QVBoxLayout(this);
-    box->addLayout(m_form);
+    box->addWidget(m_factsArea);
     box->addWidget(m_log, 1);
     box->addWidget(buttons);
-    resize(logLetters * metrics.averageCharWidth(), 2 * logLines * metrics.lineSpacing());
+    resize(QSize(logLetters * metrics.averageCharWidth(), 2 * logLines * metrics.lineSpacing())
+               .boundedTo(roomForWindow(*this)));
 }
 
 void DetailsWindow::showRecording(const QString &name, const QList<RecordingFact> &facts,
@@ -61,16 +73,21 @@ void DetailsWindow::showRecording(const QString &name, const QList<RecordingFact
     m_name = name;
     m_facts = facts;
     setWindowTitle(name);
-    while (m_form->rowCount() > 0)
-        m_form->removeRow(0);
+    auto *content = new QWidget;
+    auto *form = new QFormLayout(content);
+    form->setContentsMargins({});
     for (const RecordingFact &fact : facts) {
         auto *value = new QLabel(fact.value);
         value->setTextFormat(Qt::PlainText);
         value->setWordWrap(true);
         value->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
         value->setAccessibleName(QStringLiteral("%1: %2").arg(fact.name, fact.value));
-        m_form->addRow(fact.name + QLatin1Char(':'), value);
+        form->addRow(fact.name + QLatin1Char(':'), value);
     }
+    m_factsArea->setWidget(content); // in place of the last one
+    const int width = rect().marginsRemoved(layout()->contentsMargins()).width();
+    m_factsArea->setMaximumHeight(content->heightForWidth(width));
+    m_factsArea->updateGeometry(); // which setWidget() leaves to others
 }
 
 QString DetailsWindow::wholeText() const

@@ -6,8 +6,8 @@
 #include <QDialog>
 #include <QStringList>
 
-class QFormLayout;
 class QPlainTextEdit;
+class QScrollArea;
 
 namespace filmwright {
 
@@ -33,7 +33,7 @@ private:
 
     QString m_name;
     QList<RecordingFact> m_facts;
-    QFormLayout *m_form;
+    QScrollArea *m_factsArea;
     QPlainTextEdit *m_log;
 };
 

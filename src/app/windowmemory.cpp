@@ -23,16 +23,18 @@ const QString histogramKey = QStringLiteral("Histogram");
 const QString movieFolderKey = QStringLiteral("MovieFolder");
 const QString recipeKey = QStringLiteral("MovieRecipe");
 
-/// What window managers put around a window: borders, and the bar of its title.
-const QSize frameOfWindow(16, 48);
-
 } // namespace
+
+QSize roomForWindow(const QWidget &window)
+{
+    const QSize bordersAndTitle(16, 48);
+    return window.screen()->availableSize() - bordersAndTitle;
+}
 
 void WindowMemory::restore() const
 {
     const QVariantMap stored = userDefaultsValueForKey(windowKey).toMap();
-    const QSize room = m_window.screen()->availableSize() - frameOfWindow;
-    m_window.resize(m_window.size().boundedTo(room));
+    m_window.resize(m_window.size().boundedTo(roomForWindow(m_window)));
     m_window.restoreGeometry(stored.value(geometryKey).toByteArray());
     m_ui.splitter->setSizes({5 * m_window.width() / 8, 3 * m_window.width() / 8});
     m_ui.splitter->setStretchFactor(0, 5);

@@ -1,15 +1,21 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QSize>
 #include <QString>
 
 class QMainWindow;
+class QWidget;
 
 namespace Ui {
 class MainWindow;
 } // namespace Ui
 
 namespace filmwright {
+
+/// The largest size that a window has room for on its screen, borders and title around it. Main
+/// thread only.
+QSize roomForWindow(const QWidget &window);
 
 /// What the window remembers of its last time: its place and size, its columns, the movie's format,
 /// quality and recipe. Main thread only.

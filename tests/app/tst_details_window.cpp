@@ -23,6 +23,7 @@ private Q_SLOTS:
     void toolsLinesAreShownAndCopied();
     void doubleClickWithoutAMovieShowsThem();
     void textsAreNoMarkup();
+    void buttonsAreInReachOnALowScreen();
 
 private:
     static DetailsWindow *details(const FakeWindow &window)
@@ -122,6 +123,22 @@ void TestDetailsWindow::textsAreNoMarkup()
     }
     QVERIFY(found);
     QCOMPARE(details.wholeText(), QStringLiteral("a.MLV\nLens: <b>x</b>\n\n<i>y</i>\n"));
+}
+
+void TestDetailsWindow::buttonsAreInReachOnALowScreen()
+{
+    QList<RecordingFact> facts;
+    for (int number = 0; number < 16; ++number)
+        facts << RecordingFact{QStringLiteral("Fact %1").arg(number), QStringLiteral("something")};
+    DetailsWindow details(nullptr);
+    details.showRecording(a, facts, {QStringLiteral("mlv_dump: done")});
+    details.show();
+    // 1366x768, as a person sees it at 200 %, without the bar of the title and that of the desktop.
+    details.resize(600, 310);
+    QCOMPARE(details.height(), 310);
+    const auto *buttons = details.findChild<QDialogButtonBox *>();
+    QVERIFY(details.rect().contains(buttons->geometry()));
+    QVERIFY(details.height() <= details.screen()->availableSize().height());
 }
 
 FILMWRIGHT_TEST(TestDetailsWindow, QApplication)
