@@ -59,9 +59,12 @@ double grainAt(double x, double y, double pixels)
     const auto piece = [&](int right, int down) {
         return scattered(static_cast<int>(column) + right, static_cast<int>(row) + down, Roughness);
     };
-    const double above = std::lerp(piece(0, 0), piece(1, 0), shareX);
-    const double below = std::lerp(piece(0, 1), piece(1, 1), shareX);
-    return std::lerp(above, below, shareY);
+    // Much quicker than std::lerp, whose extra cases don't come here.
+    const auto between = [](double first, double second, double share) {
+        return first + share * (second - first);
+    };
+    return between(between(piece(0, 0), piece(1, 0), shareX),
+                   between(piece(0, 1), piece(1, 1), shareX), shareY);
 }
 
 double waves(double position, double period)

@@ -115,9 +115,23 @@ double sun(double x, double y)
     return 0.05 + 0.85 * std::exp(-distance * distance * 30) + 0.05 * (1 - y);
 }
 
+/// Most frames are of it, so its light is computed once.
 double texture(double x, double y)
 {
-    return 0.45 + 0.2 * std::sin(x * 900) * std::cos(y * 700) + 0.2 * std::sin(x * 40 + y * 30);
+    static const std::vector<double> light = [] {
+        std::vector<double> result;
+        for (int row = 0; row < height; ++row) {
+            const double down = 1.0 * row / height;
+            for (int column = 0; column < width; ++column) {
+                const double right = 1.0 * column / width;
+                result.push_back(0.45 + 0.2 * std::sin(right * 900) * std::cos(down * 700) +
+                                 0.2 * std::sin(right * 40 + down * 30));
+            }
+        }
+        return result;
+    }();
+    return light[static_cast<std::size_t>(std::lround(y * height) * width +
+                                          std::lround(x * width))];
 }
 
 double darkness(double, double)
