@@ -390,7 +390,6 @@ void TestAddingFilesWindow::nothingStartsUntilAllAreRead()
     QVERIFY(window.drop(window.makeRecordings({a, b})));
     QCOMPARE(window.status(), QStringLiteral("Reading recordings…"));
     const QString reading = QStringLiteral("Reading data");
-    const QString ready = QStringLiteral("Ready");
     QCOMPARE(window.states(), QStringList({reading, reading}));
     QTRY_COMPARE(window.states(), QStringList({ready, reading}));
     QVERIFY(!window.action(QStringLiteral("startStopItem"))->isEnabled());

@@ -277,10 +277,10 @@ void TestQueueTableWindow::stateAndBarOfEveryMode()
     FakeWindow window;
     const QString extracting = QStringLiteral("extracting");
     const QString converting = QStringLiteral("converting");
-    const QString building = QStringLiteral("building");
+    const QString encoding = QStringLiteral("encoding");
     window.setExtraction(waitFor(window, extracting) + FakeTools::extraction(2));
     window.setConversion(waitFor(window, converting) + QStringLiteral("cp \"$frame\" \"$tiff\""));
-    window.setEncoding(waitFor(window, building) + QStringLiteral("cp \"$film\" \"$movie\""));
+    window.setEncoding(waitFor(window, encoding) + QStringLiteral("cp \"$film\" \"$movie\""));
     window.launch({a, b});
     QTRY_COMPARE(stateCell(window, 1), QStringLiteral("Ready: ") + stopped);
     window.pressStart();
@@ -293,7 +293,7 @@ void TestQueueTableWindow::stateAndBarOfEveryMode()
     go(window, converting);
     QTRY_COMPARE(stateCell(window, 1),
                  QStringLiteral("Building movie: determinate 2 of 3 started"));
-    go(window, building);
+    go(window, encoding);
     QTRY_COMPARE(stateCell(window, 1), QStringLiteral("Finished: determinate 3 of 3 stopped"));
     window.waitForEnd();
     QVERIFY(QFile::remove(window.path(extracting)));
