@@ -246,3 +246,5 @@ bool AppDelegate::checkTools(const QStringList &names)
 }
 
 } // namespace filmwright
+
+#include "moc_appdelegate.cpp"

@@ -75,3 +75,5 @@ void CustomTextField::keyPressEvent(QKeyEvent *event)
 }
 
 } // namespace filmwright
+
+#include "moc_customtextfield.cpp"

@@ -106,3 +106,5 @@ void DetailsWindow::copy() const
 }
 
 } // namespace filmwright
+
+#include "moc_detailswindow.cpp"

@@ -162,3 +162,5 @@ void DevelopmentDialog::showWhatIsChosen()
 }
 
 } // namespace filmwright
+
+#include "moc_developmentdialog.cpp"

@@ -143,3 +143,5 @@ void FlowLayout::place(const Line &line, const QRect &room) const
 }
 
 } // namespace filmwright
+
+#include "moc_flowlayout.cpp"

@@ -87,3 +87,5 @@ void FrameSlider::mousePressEvent(QMouseEvent *event)
 }
 
 } // namespace filmwright
+
+#include "moc_frameslider.cpp"

@@ -81,3 +81,5 @@ void HistogramView::paintEvent(QPaintEvent *)
 }
 
 } // namespace filmwright
+
+#include "moc_histogramview.cpp"

@@ -186,3 +186,5 @@ void ImageView::keyPressEvent(QKeyEvent *event)
 }
 
 } // namespace filmwright
+
+#include "moc_imageview.cpp"

@@ -223,3 +223,5 @@ void PreviewPane::keyPressEvent(QKeyEvent *event)
 }
 
 } // namespace filmwright
+
+#include "moc_previewpane.cpp"

@@ -127,3 +127,5 @@ void ProgressIndicator::refresh()
 }
 
 } // namespace filmwright
+
+#include "moc_progressindicator.cpp"

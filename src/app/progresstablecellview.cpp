@@ -73,3 +73,5 @@ void ProgressTableCellView::setOutcome(bool movieWritten, const QString &error,
 }
 
 } // namespace filmwright
+
+#include "moc_progresstablecellview.cpp"

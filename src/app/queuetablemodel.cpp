@@ -93,3 +93,5 @@ QVariant QueueTableModel::headerData(int section, Qt::Orientation orientation, i
 }
 
 } // namespace filmwright
+
+#include "moc_queuetablemodel.cpp"

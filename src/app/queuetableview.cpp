@@ -247,3 +247,5 @@ void QueueTableView::showDropHighlight(bool shown)
 }
 
 } // namespace filmwright
+
+#include "moc_queuetableview.cpp"

@@ -68,3 +68,5 @@ void RowPictures::take(const FrameRequest &request, const DevelopedFrame &frame)
 }
 
 } // namespace filmwright
+
+#include "moc_rowpictures.cpp"

@@ -33,3 +33,5 @@ void ShowInFinderTableCellView::openFile()
 }
 
 } // namespace filmwright
+
+#include "moc_showinfindertablecellview.cpp"

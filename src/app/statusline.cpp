@@ -67,3 +67,5 @@ void StatusLine::paintEvent(QPaintEvent *)
 }
 
 } // namespace filmwright
+
+#include "moc_statusline.cpp"

@@ -94,3 +94,5 @@ QString VerificationQueue::statusText() const
 }
 
 } // namespace filmwright
+
+#include "moc_verificationqueue.cpp"

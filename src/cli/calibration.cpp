@@ -127,3 +127,5 @@ void Calibration::end(const QString &error)
 }
 
 } // namespace filmwright
+
+#include "moc_calibration.cpp"

@@ -119,3 +119,5 @@ void ConversionQueue::settle(const RecordingOutcome &outcome)
 }
 
 } // namespace filmwright
+
+#include "moc_conversionqueue.cpp"

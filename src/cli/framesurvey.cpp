@@ -48,3 +48,5 @@ void FrameSurvey::settle()
 }
 
 } // namespace filmwright
+
+#include "moc_framesurvey.cpp"

@@ -52,3 +52,5 @@ void Interruption::receive()
 }
 
 } // namespace filmwright
+
+#include "moc_interruption.cpp"

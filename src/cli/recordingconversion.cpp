@@ -74,3 +74,5 @@ void RecordingConversion::showProgress()
 }
 
 } // namespace filmwright
+
+#include "moc_recordingconversion.cpp"

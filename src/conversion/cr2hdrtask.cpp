@@ -39,3 +39,5 @@ void CR2HDRTask::taskWrapperTerminated()
 }
 
 } // namespace filmwright
+
+#include "moc_cr2hdrtask.cpp"

@@ -47,3 +47,5 @@ void DCRawTask::reportFinished()
 }
 
 } // namespace filmwright
+
+#include "moc_dcrawtask.cpp"

@@ -61,3 +61,5 @@ void ApplicationInterface::ActivateAction(const QString &, const QVariantList &,
 }
 
 } // namespace filmwright
+
+#include "moc_applicationinterface.cpp"

@@ -89,3 +89,5 @@ bool ApplicationService::handOver(const QStringList &paths)
 }
 
 } // namespace filmwright
+
+#include "moc_applicationservice.cpp"

@@ -112,3 +112,5 @@ void FFmpegTask::aborted()
 }
 
 } // namespace filmwright
+
+#include "moc_ffmpegtask.cpp"

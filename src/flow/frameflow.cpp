@@ -202,3 +202,5 @@ void FrameFlow::give(const QString &error)
 }
 
 } // namespace filmwright
+
+#include "moc_frameflow.cpp"

@@ -64,3 +64,5 @@ void FramePipe::finish()
 }
 
 } // namespace filmwright
+
+#include "moc_framepipe.cpp"

@@ -130,3 +130,5 @@ void FrameWriter::fail(const QString &error)
 }
 
 } // namespace filmwright
+
+#include "moc_framewriter.cpp"

@@ -349,3 +349,5 @@ void MlvDumpTask::tellLater(void (MlvDumpTaskProtocol::*report)(MlvDumpTask &))
 }
 
 } // namespace filmwright
+
+#include "moc_mlvdumptask.cpp"

@@ -82,3 +82,5 @@ void RecordingCheck::finish()
 }
 
 } // namespace filmwright
+
+#include "moc_recordingcheck.cpp"

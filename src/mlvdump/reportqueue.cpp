@@ -44,3 +44,5 @@ void ReportQueue::startNext()
 }
 
 } // namespace filmwright
+
+#include "moc_reportqueue.cpp"

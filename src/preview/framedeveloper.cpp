@@ -144,3 +144,5 @@ void FrameDeveloper::end(const DevelopedFrame &frame)
 }
 
 } // namespace filmwright
+
+#include "moc_framedeveloper.cpp"

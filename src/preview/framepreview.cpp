@@ -166,3 +166,5 @@ void FramePreview::keep(const FrameRequest &request, const DevelopedFrame &frame
 }
 
 } // namespace filmwright
+
+#include "moc_framepreview.cpp"

@@ -96,3 +96,5 @@ void Surveyor::end(const QString &error)
 }
 
 } // namespace filmwright
+
+#include "moc_surveyor.cpp"

@@ -56,3 +56,5 @@ void ToolRun::taskWrapperTerminated()
 }
 
 } // namespace filmwright
+
+#include "moc_toolrun.cpp"

@@ -644,3 +644,5 @@ void MLVProjectController::movieExtractionAborted(FFmpegTask &)
 }
 
 } // namespace filmwright
+
+#include "moc_mlvprojectcontroller.cpp"

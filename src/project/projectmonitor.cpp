@@ -378,3 +378,5 @@ void ProjectMonitor::end(const Failure &failure)
 }
 
 } // namespace filmwright
+
+#include "moc_projectmonitor.cpp"

@@ -324,3 +324,5 @@ void RecordingRun::discardWork()
 }
 
 } // namespace filmwright
+
+#include "moc_recordingrun.cpp"

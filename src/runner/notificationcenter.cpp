@@ -10,3 +10,5 @@ NotificationCenter &NotificationCenter::defaultCenter()
 }
 
 } // namespace filmwright
+
+#include "moc_notificationcenter.cpp"

@@ -334,3 +334,5 @@ void TaskWrapper::releaseChild()
 }
 
 } // namespace filmwright
+
+#include "moc_taskwrapper.cpp"

@@ -146,3 +146,5 @@ bool SLUnitRunner::inputsWait() const
         return input->pipeline() && !input->pipeline()->isEmpty();
     });
 }
+
+#include "moc_slunitrunner.cpp"

@@ -26,3 +26,5 @@ void LauncherListener::update(const QString &application, const QVariantMap &pro
         properties.value(QStringLiteral("progress-visible")).toBool() ? QStringLiteral("shown")
                                                                       : QStringLiteral("hidden"));
 }
+
+#include "moc_launcherlistener.cpp"
