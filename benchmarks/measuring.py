@@ -27,14 +27,16 @@ def write_sample(path, *options):
 def take_turns(rounds, works):
     """Calls each of the named works once a round and returns the median of what each answers.
 
-    Whatever disturbs the machine then disturbs all of them. Another one goes first in each round: it
-    may find the machine cooler.
+    Whatever disturbs the machine then disturbs all of them. Another one goes first in each second
+    round, for it may find the machine cooler; the rounds between go backwards, for each finds memory
+    and disk as the one before has left them. So an even number of rounds is fair to all.
     """
     answers = {name: [] for name in works}
     names = list(works)
     for turn in range(rounds):
-        first = turn % len(names)
-        for name in names[first:] + names[:first]:
+        first = turn // 2 % len(names)
+        order = names[first:] + names[:first]
+        for name in reversed(order) if turn % 2 else order:
             answers[name].append(works[name]())
     return {name: statistics.median(values) for name, values in answers.items()}
 
