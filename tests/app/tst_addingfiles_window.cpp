@@ -15,18 +15,6 @@ namespace {
 
 const QString question = QStringLiteral("Queue not empty|Add to exisiting queue?|Yes|Replace");
 
-/// Keeps mlv_dump from reporting until release() was called.
-QString untilReleased(const FakeWindow &window)
-{
-    return QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done")
-        .arg(window.path(QStringLiteral("go")));
-}
-
-void release(const FakeWindow &window)
-{
-    QVERIFY(QFile(window.path(QStringLiteral("go"))).open(QIODevice::WriteOnly));
-}
-
 QStringList recentEntries(const FakeWindow &window)
 {
     QStringList entries;
@@ -385,7 +373,7 @@ void TestAddingFilesWindow::nothingStartsUntilAllAreRead()
 {
     FakeWindow window;
     window.setBeforeReport(
-        QStringLiteral("case \"$recording\" in *b.MLV) %1 ;; esac").arg(untilReleased(window)));
+        QStringLiteral("case \"$recording\" in *b.MLV) %1 ;; esac").arg(window.untilReleased()));
     window.launch();
     QVERIFY(window.drop(window.makeRecordings({a, b})));
     QCOMPARE(window.status(), QStringLiteral("Reading recordings…"));
@@ -394,7 +382,7 @@ void TestAddingFilesWindow::nothingStartsUntilAllAreRead()
     QTRY_COMPARE(window.states(), QStringList({ready, reading}));
     QVERIFY(!window.action(QStringLiteral("startStopItem"))->isEnabled());
     QVERIFY(!window.action(QStringLiteral("sourceItem"))->isEnabled());
-    release(window);
+    window.release();
     QTRY_COMPARE(window.states(), QStringList({ready, ready}));
     QVERIFY(window.action(QStringLiteral("startStopItem"))->isEnabled());
     QVERIFY(window.action(QStringLiteral("sourceItem"))->isEnabled());

@@ -416,15 +416,13 @@ void TestBatchWindow::calibrationIsReadAnewForEveryRecording()
     FakeWindow window(1);
     window.launch({a, b});
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("dark.MLV"));
-    window.setEncoding(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done; cp \"$film\" "
-                                      "\"$movie\"")
-                           .arg(window.path(QStringLiteral("go"))));
+    window.setEncoding(window.untilReleased() + QStringLiteral("cp \"$film\" \"$movie\""));
     window.pressStart();
     QTRY_COMPARE(window.states(), QStringList({QStringLiteral("Building movie"), pending}));
     auto *field = window.widget<CustomTextField>(QStringLiteral("darkTextField"));
     QTest::mouseClick(field->deleteButton(), Qt::LeftButton);
     QVERIFY(!QFileInfo::exists(window.temporary(QStringLiteral("dark.mlv"))));
-    QVERIFY(QFile(window.path(QStringLiteral("go"))).open(QIODevice::WriteOnly));
+    window.release();
     window.waitForEnd();
     const auto &projects = window.delegate->projectList();
     QCOMPARE(projects.at(0)->darkPath(), window.temporary(QStringLiteral("dark.mlv")));
@@ -483,15 +481,14 @@ void TestBatchWindow::errorWhileNothingRunsStartsABatch()
 void TestBatchWindow::errorWhileAnAlertIsOpenWaits()
 {
     FakeWindow window;
-    window.setExtraction(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done\n"
-                                        "echo '[ERROR] bad block'; exec sleep 60")
-                             .arg(window.path(QStringLiteral("go"))));
+    window.setExtraction(window.untilReleased() +
+                         QStringLiteral("echo '[ERROR] bad block'; exec sleep 60"));
     window.launch({a});
     window.pressStart();
     QStringList shownAtFirstAlert;
     window.alerts.whileOpen = [&] {
         window.alerts.whileOpen = nullptr;
-        QVERIFY(QFile(window.path(QStringLiteral("go"))).open(QIODevice::WriteOnly));
+        window.release();
         settle(); // the error has ended the extraction
         shownAtFirstAlert = window.alerts.shown;
         QVERIFY(window.delegate->isWorking());

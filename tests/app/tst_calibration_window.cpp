@@ -61,11 +61,6 @@ void cancel(const FakeWindow &window)
     QTest::mouseClick(buttons->button(QDialogButtonBox::Cancel), Qt::LeftButton);
 }
 
-void touch(const QString &path)
-{
-    QVERIFY(QFile(path).open(QIODevice::WriteOnly));
-}
-
 /// A question comes 0.1 s after its average.
 void passThePause()
 {
@@ -150,9 +145,7 @@ void TestCalibrationWindow::sheetTellsOfTheAveraging()
     QFETCH(const QString, kind);
     QFETCH(const QString, average);
     FakeWindow window(1);
-    const QString go = window.path(QStringLiteral("go"));
-    window.setAveraging(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done\n%2")
-                            .arg(go, FakeTools::averaging(1)));
+    window.setAveraging(window.untilReleased() + FakeTools::averaging(1));
     window.launch();
     const QString recording = choose(window, kind);
     QVERIFY(sheet(window)->isVisible());
@@ -161,7 +154,7 @@ void TestCalibrationWindow::sheetTellsOfTheAveraging()
     QVERIFY(sheetBar(window)->isIndeterminate());
     QVERIFY(sheetBar(window)->isAnimating());
     QCOMPARE(field(window, kind)->stringValue(), QFileInfo(recording).fileName());
-    touch(go);
+    window.release();
     QTRY_VERIFY(!sheet(window)->isVisible());
     QVERIFY(!sheetBar(window)->isAnimating());
     QVERIFY(QFileInfo::exists(window.temporary(average)));
@@ -315,13 +308,12 @@ void TestCalibrationWindow::recordingIsAsItWasWhenTheDiskIsFull()
 void TestCalibrationWindow::questionWaitsForAnOpenAlert()
 {
     FakeWindow window(2);
-    window.setAveraging(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done\n%2")
-                            .arg(window.path(QStringLiteral("go")), FakeTools::averaging(2)));
+    window.setAveraging(window.untilReleased() + FakeTools::averaging(2));
     window.launch({QStringLiteral("a.MLV")});
     choose(window, dark);
     window.alerts.whileOpen = [&window] {
         window.alerts.whileOpen = nullptr;
-        touch(window.path(QStringLiteral("go")));
+        window.release();
         QTRY_VERIFY(QFileInfo::exists(window.temporary(darkName)));
         settle();
         passThePause();
@@ -471,9 +463,7 @@ void TestCalibrationWindow::secondOfFlatAndItsDarkIsSubstracted()
 {
     QFETCH(const QStringList, kinds);
     FakeWindow window(1);
-    const QString go = window.path(QStringLiteral("go"));
-    window.setSubstraction(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done\n%2")
-                               .arg(go, FakeTools::averaging(1)));
+    window.setSubstraction(window.untilReleased() + FakeTools::averaging(1));
     window.launch();
     choose(window, kinds.constFirst());
     QTRY_VERIFY(!sheet(window)->isVisible());
@@ -484,7 +474,7 @@ void TestCalibrationWindow::secondOfFlatAndItsDarkIsSubstracted()
     QCOMPARE(sheetText(window), QStringLiteral("Substracting flat dark from flat."));
     QVERIFY(sheetBar(window)->isAnimating());
     QVERIFY(!window.delegate->checkCalibrationIntegrity());
-    touch(go);
+    window.release();
     QTRY_VERIFY(!sheet(window)->isVisible());
     QVERIFY(window.delegate->checkCalibrationIntegrity());
     for (const QString &name : {flatName, flatDarkName, substractedName})
@@ -519,9 +509,7 @@ void TestCalibrationWindow::choosingAgainSubstractsAgain()
 void TestCalibrationWindow::substractionRunsBehindTheQuestion()
 {
     FakeWindow window(2);
-    const QString go = window.path(QStringLiteral("go"));
-    window.setSubstraction(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done\n%2")
-                               .arg(go, FakeTools::averaging(1)));
+    window.setSubstraction(window.untilReleased() + FakeTools::averaging(1));
     window.launch();
     window.calibrate(QStringLiteral("flatButton"), QStringLiteral("flat.MLV"));
     qsizetype runningAtQuestion = 0;
@@ -535,7 +523,7 @@ void TestCalibrationWindow::substractionRunsBehindTheQuestion()
     // The answer takes the sheet down though the subtraction goes on.
     QTRY_VERIFY(!sheet(window)->isVisible());
     QVERIFY(!window.delegate->checkCalibrationIntegrity());
-    touch(go);
+    window.release();
     QTRY_VERIFY(window.delegate->checkCalibrationIntegrity());
 }
 
@@ -627,16 +615,13 @@ void TestCalibrationWindow::batchUsesTheFlatAloneAfterItsDarkIsDeleted()
 void TestCalibrationWindow::calibrationMayChangeDuringABatch()
 {
     FakeWindow window(1);
-    const QString go = window.path(QStringLiteral("go"));
-    window.setEncoding(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done; "
-                                      "cp \"$film\" \"$movie\"")
-                           .arg(go));
+    window.setEncoding(window.untilReleased() + QStringLiteral("cp \"$film\" \"$movie\""));
     window.launch({QStringLiteral("a.MLV"), QStringLiteral("b.MLV")});
     window.pressStart();
     QTRY_COMPARE(window.states().constFirst(), QStringLiteral("Building movie"));
     choose(window, dark);
     QTRY_VERIFY(!sheet(window)->isVisible());
-    touch(go);
+    window.release();
     window.waitForEnd();
     QCOMPARE(window.delegate->projectList().at(0)->darkPath(), QString());
     QCOMPARE(window.delegate->projectList().at(1)->darkPath(), window.temporary(darkName));

@@ -18,16 +18,6 @@ namespace {
 const QString nothing = QStringLiteral(":");
 const QString encode = QStringLiteral("cp \"$film\" \"$movie\"");
 
-QString untilReleased(const FakeWindow &window, const QString &name)
-{
-    return QStringLiteral("while [ ! -e '%1' ]; do sleep 0.05; done").arg(window.path(name));
-}
-
-void release(const FakeWindow &window, const QString &name)
-{
-    QVERIFY(QFile(window.path(name)).open(QIODevice::WriteOnly));
-}
-
 QStringList moviesWritten(const FakeWindow &window)
 {
     QStringList names;
@@ -101,20 +91,18 @@ void TestLossesWindow::calibrationChosenDuringABatchIsWaitedFor()
     FakeWindow window(1);
     window.launch({a, b});
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("A.MLV"));
-    window.setEncoding(untilReleased(window, QStringLiteral("encode")) + QStringLiteral("; ") +
-                       encode);
-    window.setAveraging(untilReleased(window, QStringLiteral("average")) + QLatin1Char('\n') +
-                        FakeTools::averaging(1));
+    window.setEncoding(window.untilReleased(QStringLiteral("encode")) + encode);
+    window.setAveraging(window.untilReleased(QStringLiteral("average")) + FakeTools::averaging(1));
     window.pressStart();
     QTRY_COMPARE(window.states(), QStringList({building, pending}));
     window.panel.chosen = window.makeRecordings({QStringLiteral("B.MLV")});
     window.press(QStringLiteral("darkButton"));
-    release(window, QStringLiteral("encode"));
+    window.release(QStringLiteral("encode"));
     QTRY_COMPARE(window.states().constFirst(), finished);
     settle(1);
     QCOMPARE(window.states(), QStringList({finished, pending}));
     QVERIFY(window.delegate->isWorking());
-    release(window, QStringLiteral("average"));
+    window.release(QStringLiteral("average"));
     window.waitForEnd();
     QCOMPARE(window.states(), QStringList({finished, finished}));
     const auto tip = [&window](int row) {
@@ -129,13 +117,12 @@ void TestLossesWindow::deletedCalibrationHoldsFromTheNextRecording()
     FakeWindow window(1);
     window.launch({a, b});
     window.calibrate(QStringLiteral("darkButton"), QStringLiteral("A.MLV"));
-    window.setEncoding(untilReleased(window, QStringLiteral("encode")) + QStringLiteral("; ") +
-                       encode);
+    window.setEncoding(window.untilReleased(QStringLiteral("encode")) + encode);
     window.pressStart();
     QTRY_COMPARE(window.states(), QStringList({building, pending}));
     auto *field = window.widget<CustomTextField>(QStringLiteral("darkTextField"));
     QTest::mouseClick(field->deleteButton(), Qt::LeftButton);
-    release(window, QStringLiteral("encode"));
+    window.release(QStringLiteral("encode"));
     window.waitForEnd();
     QCOMPARE(window.delegate->toolTipForTableColumn(QStringLiteral("State"), 1),
              QStringLiteral("Finished\nDark: A.MLV"));
@@ -145,14 +132,14 @@ void TestLossesWindow::deletedCalibrationHoldsFromTheNextRecording()
 void TestLossesWindow::metadataThatAStopHasCostIsReadAgain()
 {
     FakeWindow window;
-    window.setBeforeReport(onlyForB("recording", QStringLiteral("echo '[ERROR] torn block'"),
-                                    untilReleased(window, QStringLiteral("go"))));
+    window.setBeforeReport(
+        onlyForB("recording", QStringLiteral("echo '[ERROR] torn block'"), window.untilReleased()));
     window.launch();
     QVERIFY(window.drop(window.makeRecordings({a, b, c})));
     QTRY_COMPARE(window.alerts.shown,
                  QStringList{QStringLiteral("Process aborted|[ERROR] torn block|Ok")});
     QVERIFY(window.delegate->isWorking());
-    release(window, QStringLiteral("go"));
+    window.release();
     window.waitForEnd();
     const auto &projects = window.delegate->projectList();
     QCOMPARE(projects.at(0)->videoFrames(), quint64(2));
@@ -220,16 +207,15 @@ void TestLossesWindow::mendedRecordingIsReadAgain()
 void TestLossesWindow::errorBehindAnAlertStopsItsBatch()
 {
     FakeWindow window;
-    window.setExtraction(onlyForB("recording",
-                                  untilReleased(window, QStringLiteral("go")) +
-                                      QStringLiteral("; echo '[ERROR] bad block'; exit 1"),
-                                  FakeTools::extraction(2)));
+    window.setExtraction(onlyForB(
+        "recording", window.untilReleased() + QStringLiteral("echo '[ERROR] bad block'; exit 1"),
+        FakeTools::extraction(2)));
     window.launch({a, b, c});
     window.pressStart();
     QTRY_COMPARE(window.states().constFirst(), finished);
     window.alerts.whileOpen = [&] {
         window.alerts.whileOpen = nullptr;
-        release(window, QStringLiteral("go"));
+        window.release();
         settle(); // "b" fails, and a movie of "c" would begin
     };
     QVERIFY(!window.drop(window.makeRecordings({QStringLiteral("d.MLV")})));
@@ -245,13 +231,13 @@ void TestLossesWindow::errorBehindAnAlertStopsItsBatch()
 void TestLossesWindow::secondErrorBehindAnAlertStartsNoBatch()
 {
     FakeWindow window;
-    window.setExtraction(untilReleased(window, QStringLiteral("go")) +
-                         QStringLiteral("; printf '[ERROR] bad block\\n[ERROR] worse\\n'; exit 1"));
+    window.setExtraction(window.untilReleased() +
+                         QStringLiteral("printf '[ERROR] bad block\\n[ERROR] worse\\n'; exit 1"));
     window.launch({a});
     window.pressStart();
     window.alerts.whileOpen = [&] {
         window.alerts.whileOpen = nullptr;
-        release(window, QStringLiteral("go"));
+        window.release();
         settle();
     };
     QVERIFY(!window.drop(window.makeRecordings({b})));
@@ -424,7 +410,7 @@ void TestLossesWindow::quitWaitsForFramesInWork()
 void TestLossesWindow::openWorksAfterTheQueueWasEmptied()
 {
     FakeWindow window;
-    window.setBeforeReport(untilReleased(window, QStringLiteral("go")));
+    window.setBeforeReport(window.untilReleased());
     window.launch();
     QVERIFY(window.drop(window.makeRecordings({a})));
     const QString empty = window.recordings() + QStringLiteral("/empty");
@@ -435,7 +421,7 @@ void TestLossesWindow::openWorksAfterTheQueueWasEmptied()
     QVERIFY(window.action(QStringLiteral("sourceItem"))->isEnabled());
     QVERIFY(!window.action(QStringLiteral("startStopItem"))->isEnabled());
     QCOMPARE(window.status(), QStringLiteral("No recordings in empty"));
-    release(window, QStringLiteral("go"));
+    window.release();
     window.open(window.makeRecordings({b}));
     window.waitUntilRead();
     QCOMPARE(window.queue(), QStringList{b});

@@ -119,13 +119,11 @@ void TestPicturesWindow::scrolledRowsComeFirst()
 {
     FakeWindow window;
     FakeWindow::showPictures(true);
-    window.setConversion(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.02; done; "
-                                        "cp \"$frame\" \"$tiff\"")
-                             .arg(window.path(QStringLiteral("go"))));
+    window.setConversion(window.untilReleased() + QStringLiteral("cp \"$frame\" \"$tiff\""));
     window.launch(numbered(60));
     QTRY_COMPARE(pictured(window).size(), 1);
     window.table()->scrollToBottom();
-    QVERIFY(QFile(window.path(QStringLiteral("go"))).open(QIODevice::WriteOnly));
+    window.release();
     QTRY_VERIFY(isFrame(pictureAt(window, 59)));
     const auto [first, last] = window.table()->rowsInSight();
     QTRY_COMPARE(pictured(window).size(), 1 + last - first + 1);

@@ -28,17 +28,6 @@ const QString exposure = QStringLiteral("Exposure");
 
 const QString stopped = QStringLiteral("determinate 0 of 3 stopped");
 
-/// Has a tool wait for a file of the fake tools' folder, which go() makes.
-QString waitFor(const FakeWindow &window, const QString &name)
-{
-    return QStringLiteral("while [ ! -e '%1' ]; do sleep 0.02; done\n").arg(window.path(name));
-}
-
-void go(const FakeWindow &window, const QString &name)
-{
-    QVERIFY(QFile(window.path(name)).open(QIODevice::WriteOnly));
-}
-
 void setExposure(FakeWindow &window, const QString &microseconds)
 {
     window.setBlock(QStringLiteral("EXPO"),
@@ -166,7 +155,7 @@ void TestQueueTableWindow::newestIsOnTop()
 void TestQueueTableWindow::onlyTheNameIsKnownWhileReading()
 {
     FakeWindow window;
-    window.setBeforeReport(waitFor(window, QStringLiteral("go")));
+    window.setBeforeReport(window.untilReleased());
     window.launch();
     QVERIFY(window.drop(window.makeRecordings({a})));
     QCOMPARE(window.cell(file, 0), a);
@@ -174,7 +163,7 @@ void TestQueueTableWindow::onlyTheNameIsKnownWhileReading()
     QCOMPARE(window.cell(exposure, 0), QString());
     QTRY_COMPARE(stateCell(window, 0),
                  QStringLiteral("Reading data: indeterminate 0 of 3 started"));
-    go(window, QStringLiteral("go"));
+    window.release();
     window.waitUntilRead();
     QCOMPARE(window.cell(file, 0).count(QLatin1Char('\n')), 2);
 }
@@ -278,22 +267,23 @@ void TestQueueTableWindow::stateAndBarOfEveryMode()
     const QString extracting = QStringLiteral("extracting");
     const QString converting = QStringLiteral("converting");
     const QString encoding = QStringLiteral("encoding");
-    window.setExtraction(waitFor(window, extracting) + FakeTools::extraction(2));
-    window.setConversion(waitFor(window, converting) + QStringLiteral("cp \"$frame\" \"$tiff\""));
-    window.setEncoding(waitFor(window, encoding) + QStringLiteral("cp \"$film\" \"$movie\""));
+    window.setExtraction(window.untilReleased(extracting) + FakeTools::extraction(2));
+    window.setConversion(window.untilReleased(converting) +
+                         QStringLiteral("cp \"$frame\" \"$tiff\""));
+    window.setEncoding(window.untilReleased(encoding) + QStringLiteral("cp \"$film\" \"$movie\""));
     window.launch({a, b});
     QTRY_COMPARE(stateCell(window, 1), QStringLiteral("Ready: ") + stopped);
     window.pressStart();
     QTRY_COMPARE(stateCell(window, 1),
                  QStringLiteral("Extracting DNG: determinate 0 of 3 started"));
     QCOMPARE(stateCell(window, 0), QStringLiteral("Pending: ") + stopped);
-    go(window, extracting);
+    window.release(extracting);
     QTRY_COMPARE(stateCell(window, 1),
                  QStringLiteral("RGB conversion: determinate 1 of 3 started"));
-    go(window, converting);
+    window.release(converting);
     QTRY_COMPARE(stateCell(window, 1),
                  QStringLiteral("Building movie: determinate 2 of 3 started"));
-    go(window, encoding);
+    window.release(encoding);
     QTRY_COMPARE(stateCell(window, 1), QStringLiteral("Finished: determinate 3 of 3 stopped"));
     window.waitForEnd();
     QVERIFY(QFile::remove(window.path(extracting)));
@@ -333,8 +323,8 @@ void TestQueueTableWindow::showCellHasItsRecording()
 void TestQueueTableWindow::cellsDrawnByTheTableTakeTheListsOrder()
 {
     FakeWindow window;
-    window.setBeforeReport(QStringLiteral("case \"$recording\" in *b.MLV) %1 ;; esac")
-                               .arg(waitFor(window, QStringLiteral("go"))));
+    window.setBeforeReport(
+        QStringLiteral("case \"$recording\" in *b.MLV) %1 ;; esac").arg(window.untilReleased()));
     window.launch();
     QVERIFY(window.drop(window.makeRecordings({a, b})));
     QTRY_COMPARE(window.states().constFirst(), QStringLiteral("Ready"));
@@ -345,7 +335,7 @@ void TestQueueTableWindow::cellsDrawnByTheTableTakeTheListsOrder()
     QCOMPARE(cell.text(), QStringLiteral("Ready"));
     window.delegate->willDisplayCell(cell, QStringLiteral("State"), 1);
     QCOMPARE(cell.text(), QStringLiteral("Reading data"));
-    go(window, QStringLiteral("go"));
+    window.release();
     window.waitUntilRead();
 }
 

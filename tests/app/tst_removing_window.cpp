@@ -121,15 +121,14 @@ void TestRemovingWindow::undoneRecordingIsAsItWas()
 void TestRemovingWindow::recordingThatWasStillReadIsReadAnew()
 {
     FakeWindow window;
-    const QString go = window.path(QStringLiteral("go"));
-    window.setBeforeReport(QStringLiteral("while [ ! -e '%1' ]; do sleep 0.02; done").arg(go));
+    window.setBeforeReport(window.untilReleased());
     window.launch();
     QVERIFY(window.drop(window.makeRecordings({a})));
     remove(window, a);
     QCOMPARE(window.status(), QStringLiteral("The queue is empty"));
     undo(window)->trigger();
     QCOMPARE(window.status(), QStringLiteral("Reading recordings…"));
-    QVERIFY(QFile(go).open(QIODevice::WriteOnly));
+    window.release();
     window.waitUntilRead();
     QCOMPARE(window.states(), QStringList{QStringLiteral("Ready")});
     QCOMPARE(window.delegate->projectList().front()->videoFrames(), quint64(2));

@@ -153,6 +153,16 @@ void FakeTools::setBlending(const QString &script)
     tools.addTool(QStringLiteral("cr2hdr"), script);
 }
 
+QString FakeTools::untilReleased(const QString &name) const
+{
+    return QStringLiteral("while [ ! -e '%1' ]; do sleep 0.02; done\n").arg(path(name));
+}
+
+void FakeTools::release(const QString &name) const
+{
+    QVERIFY(QFile(path(name)).open(QIODevice::WriteOnly));
+}
+
 void FakeTools::writeTiff(const QString &path, int width)
 {
     constexpr int height = 2;

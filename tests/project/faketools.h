@@ -40,6 +40,11 @@ public:
     /// A script that writes an average of so many frames.
     static QString averaging(int frames);
 
+    /// A script that waits for release() of the same name; what follows stands on a line of its
+    /// own.
+    QString untilReleased(const QString &name = QStringLiteral("go")) const;
+    void release(const QString &name = QStringLiteral("go")) const;
+
     QString path(const QString &name) const { return m_folder.filePath(name); }
     static void writeTiff(const QString &path, int width = 4);
     static void writeMovie(const QString &path, int frames);
